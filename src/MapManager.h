@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Box.h"
+#include "Vector.h"
+
+#include <string>
+#include <vector>
+
+/// The world: a block of cubes from the origin, `columns` along x, `rows` along y, `depth` along z.
+/// Cell (i, j, k) reaches from (64i, 64j, 64k) to (64i+64, 64j+64, 64k+64) world units.
+///
+/// Queries only read. Outside the world they clamp to the nearest edge cell, which is then tested
+/// as it stands. In a map without cells nothing collides and no ray hits.
+struct MapManager {
+    int rows = 0;
+    int columns = 0;
+    int depth = 0;
+
+    /// Extents along x, y and z in world units.
+    float width = 0.0f;
+    float height = 0.0f;
+    float length = 0.0f;
+    float cubeSize = 0.0f;
+
+    /// cubes[column][row][depth index], empty cells included: those have `solid` 0.
+    std::vector<std::vector<std::vector<Box>>> cubes;
+
+    /// Reads decimal integers: columns, rows, depth, then for each column, row and depth index (the
+    /// last varies fastest) the pair `solid`, `cellValue`. From the first thing that is no int on,
+    /// all cells are empty; what follows the last pair is ignored. Appends to `cubes`: call it
+    /// once.
+    void init(std::string text);
+
+    /// Whether the cell lies in the grid and is empty; outside the grid nothing is empty.
+    bool cubeIsNull(int i, int j, int k) const;
+
+    /// Whether the point lies beyond the world's faces; on a face is inside.
+    bool outOfBounds(vec3 p) const;
+
+    /// Index of the cell that holds a coordinate, clamped to the grid. All of (-64, 64) is cell 0.
+    int getColumn(float x) const;
+    int getRow(float y) const;
+    int getDepth(float z) const;
+
+    /// (getColumn, getRow, getDepth) as floats.
+    vec3 cubeIndices(vec3 p) const;
+
+    /// Whether the box overlaps or touches a solid cube.
+    bool collides(Box box) const;
+
+    /// Whether the point lies in or on the cell that holds it and that cell is solid.
+    bool collides(vec3 p) const;
+
+    /// Marches from `start` in steps of exactly `dir` (neither scaled nor normalised) for up to
+    /// 5000 steps to the first solid cube, backs off by 64 steps and looks again for 65. Returns
+    /// the cell's indices or (-1, -1, -1). The second look starts behind `start` when the first
+    /// cube was nearer than 64 steps, and may find another one there.
+    vec3 boxToCheckForLineIntersection(vec3 start, vec3 dir) const;
+
+    /// Where the ray from `start` along `dir` enters the cube that the march finds, in world units,
+    /// or (-1, -1, -1).
+    vec3 pointOfIntersection(vec3 start, vec3 dir) const;
+
+    /// Whether the grid holds any cell at all.
+    bool hasCells() const { return columns > 0 && rows > 0 && depth > 0; }
+
+    /// The cube in the clamped cell of p when it is solid and p lies in or on it, else null. Needs
+    /// a map with cells.
+    const Box* solidCubeAt(vec3 p) const;
+};

@@ -1,0 +1,331 @@
+#include "Arenas.h"
+#include "Components.h"
+#include "MapManager.h"
+
+#include <climits>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace {
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
+
+using Three = std::array<float, 3>;
+
+constexpr Three nothing = {-1, -1, -1};
+
+MapManager loaded(const std::string& text) {
+    MapManager map;
+    map.init(text);
+    return map;
+}
+
+/// A world of these dimensions with the one cell (i, j, k) solid.
+MapManager onlySolid(int columns, int rows, int depth, int i, int j, int k) {
+    return loaded(arenaText(columns, rows, depth, [=](int column, int row, int z) {
+        return column == i && row == j && z == k;
+    }));
+}
+
+MapManager withoutSolids(int columns, int rows, int depth) {
+    return loaded(arenaText(columns, rows, depth, [](int, int, int) { return false; }));
+}
+
+/// A row of cells along x, '#' solid and '.' empty.
+MapManager corridor(const std::string& cells) {
+    return loaded(arenaText(int(cells.size()), 1, 1,
+                            [&](int i, int, int) { return cells[size_t(i)] == '#'; }));
+}
+
+Three marchedCell(const MapManager& map, vec3 start, vec3 dir) {
+    return components(map.boxToCheckForLineIntersection(start, dir));
+}
+
+Three marchedPoint(const MapManager& map, vec3 start, vec3 dir) {
+    return components(map.pointOfIntersection(start, dir));
+}
+
+const MapManager oneCube = onlySolid(1, 1, 1, 0, 0, 0);
+
+} // namespace
+
+TEST(CellIndex, IsTheCoordinateBySixtyFourWithEachAxisClampedToItsOwnCount) {
+    const MapManager map = withoutSolids(2, 3, 5);
+    EXPECT_EQ(map.getColumn(63.9f), 0);
+    EXPECT_EQ(map.getColumn(64), 1);
+    EXPECT_EQ(map.getColumn(127.9f), 1);
+    EXPECT_EQ(map.getColumn(128), 1);
+    EXPECT_EQ(map.getRow(128), 2);
+    EXPECT_EQ(map.getRow(192), 2);
+    EXPECT_EQ(map.getDepth(319.9f), 4);
+    EXPECT_EQ(map.getDepth(320), 4);
+    EXPECT_EQ(components(map.cubeIndices(vec3(70, 130, 260))), (Three{1, 2, 4}));
+    EXPECT_EQ(components(map.cubeIndices(vec3(-5, 1e6f, -1e6f))), (Three{0, 2, 0}));
+}
+
+TEST(CellIndex, TruncatesSoThatACellsWidthBelowZeroIsStillTheFirst) {
+    const MapManager map = withoutSolids(2, 2, 2);
+    for (float x : {-1e6f, -64.0f, -63.9f, -10.0f, -0.0f, 0.5f})
+        EXPECT_EQ(map.getColumn(x), 0) << x;
+}
+
+TEST(CellIndex, SaturatesForHugeCoordinatesAndTakesNaNAsZero) {
+    const MapManager map = withoutSolids(2, 3, 5);
+    for (float huge : {1e6f, 2147483648.0f, 1e30f, infinity}) {
+        EXPECT_EQ(components(map.cubeIndices(vec3(huge))), (Three{1, 2, 4})) << huge;
+        EXPECT_EQ(components(map.cubeIndices(vec3(-huge))), (Three{0, 0, 0})) << huge;
+    }
+    EXPECT_EQ(components(map.cubeIndices(vec3(NaN))), (Three{0, 0, 0}));
+}
+
+TEST(CubeIsNull, IsTrueOnlyForAnEmptyCellInTheGrid) {
+    const MapManager map = onlySolid(2, 3, 5, 1, 2, 4);
+    EXPECT_FALSE(map.cubeIsNull(1, 2, 4));
+    EXPECT_TRUE(map.cubeIsNull(0, 2, 4));
+    EXPECT_TRUE(map.cubeIsNull(1, 0, 4));
+    EXPECT_TRUE(map.cubeIsNull(1, 2, 0));
+}
+
+TEST(CubeIsNull, OutsideTheGridNothingIsEmpty) {
+    const MapManager map = withoutSolids(2, 3, 5);
+    ASSERT_TRUE(map.cubeIsNull(0, 0, 0));
+    for (int outside : {-1, INT_MIN, 5, INT_MAX}) {
+        EXPECT_FALSE(map.cubeIsNull(outside, 0, 0)) << outside;
+        EXPECT_FALSE(map.cubeIsNull(0, outside, 0)) << outside;
+        EXPECT_FALSE(map.cubeIsNull(0, 0, outside)) << outside;
+    }
+    EXPECT_FALSE(map.cubeIsNull(2, 0, 0));
+    EXPECT_FALSE(map.cubeIsNull(0, 3, 0));
+}
+
+TEST(CubeIsNull, AnySolidValueButZeroIsPresent) {
+    const MapManager map = loaded("1 1 3 -1 0 2 0 0 9");
+    EXPECT_FALSE(map.cubeIsNull(0, 0, 0));
+    EXPECT_FALSE(map.cubeIsNull(0, 0, 1));
+    EXPECT_TRUE(map.cubeIsNull(0, 0, 2)) << "the cell value says nothing";
+}
+
+TEST(OutOfBounds, FacesOfTheWorldAreInBounds) {
+    EXPECT_FALSE(oneCube.outOfBounds(vec3(64, 64, 64)));
+    EXPECT_FALSE(oneCube.outOfBounds(vec3(0, -0.0f, 0)));
+}
+
+TEST(OutOfBounds, EverySideIsTestedByItsOwnExtent) {
+    const MapManager map = withoutSolids(2, 3, 5);
+    EXPECT_FALSE(map.outOfBounds(vec3(128, 192, 320)));
+    EXPECT_TRUE(map.outOfBounds(vec3(-0.001f, 1, 1)));
+    EXPECT_TRUE(map.outOfBounds(vec3(1, -0.001f, 1)));
+    EXPECT_TRUE(map.outOfBounds(vec3(1, 1, -0.001f)));
+    EXPECT_TRUE(map.outOfBounds(vec3(128.1f, 1, 1)));
+    EXPECT_TRUE(map.outOfBounds(vec3(1, 192.1f, 1)));
+    EXPECT_TRUE(map.outOfBounds(vec3(1, 1, 320.1f)));
+}
+
+TEST(OutOfBounds, NaNIsNotOut) {
+    EXPECT_FALSE(oneCube.outOfBounds(vec3(NaN)));
+    EXPECT_TRUE(oneCube.outOfBounds(vec3(NaN, -1, NaN)));
+}
+
+TEST(PointInMap, CollidesInAndOnASolidCube) {
+    EXPECT_TRUE(oneCube.collides(vec3(32, 32, 32)));
+    EXPECT_TRUE(oneCube.collides(vec3(64, 64, 64)));
+    EXPECT_TRUE(oneCube.collides(vec3(0, 0, 0)));
+    EXPECT_FALSE(oneCube.collides(vec3(64.5f, 10, 10)));
+    EXPECT_FALSE(oneCube.collides(vec3(10, -0.5f, 10))) << "the edge cell, but not in it";
+    EXPECT_FALSE(oneCube.collides(vec3(NaN, 10, 10)));
+}
+
+TEST(PointInMap, EveryAxisNamesItsOwnIndex) {
+    const MapManager map = onlySolid(4, 5, 6, 1, 2, 4);
+    EXPECT_TRUE(map.collides(vec3(96, 160, 288)));
+    EXPECT_FALSE(map.collides(vec3(160, 96, 288)));
+    EXPECT_FALSE(map.collides(vec3(96, 288, 160)));
+}
+
+TEST(PointInMap, BetweenTwoCellsBelongsToTheUpperOneAlone) {
+    EXPECT_FALSE(corridor("#.").collides(vec3(64, 32, 32)));
+    EXPECT_TRUE(corridor(".#").collides(vec3(64, 32, 32)));
+}
+
+TEST(BoxInMap, BodyThatTouchesACubeFromBelowCollides) {
+    const MapManager map = onlySolid(1, 4, 1, 0, 3, 0);
+    const vec3 body(50, 150, 50);
+    EXPECT_TRUE(map.collides(Box(vec3(32, 117, 32), body))) << "its top is at 192";
+    EXPECT_FALSE(map.collides(Box(vec3(32, 116.75f, 32), body)));
+}
+
+TEST(BoxInMap, BodyThatStandsOnACubeDoesNotSeeItInTheCellBelow) {
+    const MapManager map = onlySolid(1, 4, 1, 0, 0, 0);
+    const vec3 body(50, 150, 50);
+    EXPECT_FALSE(map.collides(Box(vec3(32, 139, 32), body))) << "its bottom is at 64";
+    EXPECT_TRUE(map.collides(Box(vec3(32, 138.75f, 32), body)));
+}
+
+TEST(BoxInMap, LastCellIsTouchedFromBeyondTheWorld) {
+    EXPECT_TRUE(oneCube.collides(Box(vec3(65, 32, 32), 2)));
+    EXPECT_TRUE(oneCube.collides(Box(vec3(-1, 32, 32), 2)));
+}
+
+TEST(BoxInMap, WhollyOutsideTheWorldIsFreeThoughTheEdgeCellsAreSolid) {
+    EXPECT_FALSE(oneCube.collides(Box(vec3(67, 32, 32), 2)));
+    EXPECT_FALSE(oneCube.collides(Box(vec3(32, -3, 32), 2)));
+    EXPECT_FALSE(oneCube.collides(Box(vec3(1e9f, 1e9f, 1e9f), 2)));
+}
+
+TEST(BoxInMap, ExactlyTheCellsThatTheBoxReachesAreTested) {
+    const Box body = Box(vec3(96, 200, 350), vec3(50, 150, 50)); // columns 1, rows 1-4, depth 5
+    for (int i = 0; i < 3; ++i) {
+        for (int j = 0; j < 6; ++j) {
+            for (int k = 0; k < 7; ++k) {
+                const bool reached = i == 1 && j >= 1 && j <= 4 && k == 5;
+                EXPECT_EQ(onlySolid(3, 6, 7, i, j, k).collides(body), reached) << i << j << k;
+            }
+        }
+    }
+}
+
+TEST(BoxInMap, LargestBodyReachesSixteenCells) {
+    const Box body(vec3(64, 320, 192), vec3(50, 150, 50));
+    int reached = 0;
+    for (int i = 0; i < 3; ++i) {
+        for (int j = 0; j < 8; ++j) {
+            for (int k = 0; k < 5; ++k)
+                reached += onlySolid(3, 8, 5, i, j, k).collides(body);
+        }
+    }
+    EXPECT_EQ(reached, 16);
+}
+
+TEST(BoxInMap, BoxLargerThanTheWorldFindsItsOnlyCube) {
+    const Box endless(vec3(), 1e30f);
+    EXPECT_TRUE(onlySolid(3, 3, 3, 1, 2, 1).collides(endless));
+    EXPECT_FALSE(withoutSolids(3, 3, 3).collides(endless));
+}
+
+TEST(BoxInMap, NaNBodyCollidesWithNothing) {
+    EXPECT_FALSE(oneCube.collides(Box(vec3(32, NaN, 32), 10)));
+    EXPECT_FALSE(oneCube.collides(Box(vec3(NaN), 10)));
+}
+
+TEST(March, FallsOntoTheTopFaceOfTheCubeBelow) {
+    const MapManager map = onlySolid(1, 4, 1, 0, 0, 0);
+    EXPECT_EQ(marchedCell(map, vec3(32, 200, 32), vec3(0, -1, 0)), (Three{0, 0, 0}));
+    EXPECT_EQ(marchedPoint(map, vec3(32, 200, 32), vec3(0, -1, 0)), (Three{32, 64, 32}));
+}
+
+TEST(March, FindsTheFirstOfSeveralCubes) {
+    const MapManager map = corridor("....#.#");
+    EXPECT_EQ(marchedCell(map, vec3(10, 32, 32), vec3(1, 0, 0)), (Three{4, 0, 0}));
+    EXPECT_EQ(marchedPoint(map, vec3(99.75f, 32, 32), vec3(1, 0, 0)), (Three{256, 32, 32}));
+    EXPECT_EQ(marchedCell(corridor("#.#...."), vec3(440, 32, 32), vec3(-1, 0, 0)),
+              (Three{2, 0, 0}));
+}
+
+TEST(March, EveryAxisNamesItsOwnIndex) {
+    const MapManager map = onlySolid(4, 5, 6, 1, 2, 4);
+    EXPECT_EQ(marchedCell(map, vec3(96, 160, 99.75f), vec3(0, 0, 1)), (Three{1, 2, 4}));
+    EXPECT_EQ(marchedPoint(map, vec3(96, 160, 99.75f), vec3(0, 0, 1)), (Three{96, 160, 256}));
+}
+
+TEST(March, HitIsInterpolatedAlongTenThousandStepsAndNotSnappedToTheFace) {
+    const float justBeforeTheFace = std::nextafter(256.0f, 0.0f);
+    EXPECT_EQ(marchedPoint(corridor("....#"), vec3(10, 32, 32), vec3(1, 0, 0)),
+              (Three{justBeforeTheFace, 32, 32}))
+        << "10 + 10000 · (246 / 10000), each step rounded";
+}
+
+TEST(March, InAnEmptyWorldFindsNothing) {
+    const MapManager map = withoutSolids(3, 3, 3);
+    EXPECT_EQ(marchedCell(map, vec3(96, 96, 96), vec3(1, 0, 0)), nothing);
+    EXPECT_EQ(marchedPoint(map, vec3(96, 96, 96), vec3(1, 0, 0)), nothing);
+}
+
+TEST(March, OutsideTheWorldSolidEdgeCellsAreNotHitUnlessThePointIsInOne) {
+    const MapManager map = corridor("##");
+    EXPECT_EQ(marchedCell(map, vec3(130, 32, 32), vec3(1, 0, 0)), nothing);
+    EXPECT_EQ(marchedCell(map, vec3(-10, 70, 32), vec3(1, 0, 0)), nothing) << "above it";
+    EXPECT_EQ(marchedPoint(map, vec3(-100, 32, 32), vec3(1, 0, 0)), (Three{0, 32, 32}));
+}
+
+TEST(March, StepsAreExactlyAsLongAsTheDirection) {
+    const MapManager map = corridor("..#.#");
+    EXPECT_EQ(marchedCell(map, vec3(1, 32, 32), vec3(256, 0, 0)), (Three{4, 0, 0}))
+        << "one step of 256 leaps over the nearer cube";
+}
+
+TEST(March, FromInsideACubeHitsAtTheStart) {
+    const MapManager map = corridor(".#.");
+    EXPECT_EQ(marchedCell(map, vec3(100, 32, 32), vec3(1, 0, 0)), (Three{1, 0, 0}));
+    EXPECT_EQ(marchedPoint(map, vec3(100, 32, 32), vec3(1, 0, 0)), (Three{100, 32, 32}));
+}
+
+TEST(March, BackOffFromANearHitReachesBehindTheShooterAndMayFindAnotherCubeThere) {
+    const MapManager map = corridor("#.#");
+    const vec3 start(100, 32, 32);
+    EXPECT_EQ(marchedCell(map, start, vec3(2, 0, 0)), (Three{0, 0, 0}))
+        << "first hit at 128, back by 128 to 0";
+    EXPECT_EQ(marchedPoint(map, start, vec3(2, 0, 0)), (Three{100, 32, 32}))
+        << "the cube behind is clipped to the start";
+    EXPECT_EQ(marchedCell(corridor("..#"), start, vec3(2, 0, 0)), (Three{2, 0, 0}));
+}
+
+// Steps of a 64th of a unit are exact; cell 1 begins at x = 64.
+TEST(March, LooksFiveThousandStepsAheadAndSixtyFiveMore) {
+    const MapManager map = corridor(".#");
+    const vec3 dir(1 / 64.0f, 0, 0);
+    for (float steps : {0.0f, 1.0f, 64.0f, 65.0f, 4999.0f, 5000.0f, 5001.0f, 5064.0f}) {
+        const vec3 start(64 - steps / 64, 32, 32);
+        EXPECT_EQ(marchedCell(map, start, dir), (Three{1, 0, 0})) << steps;
+        EXPECT_EQ(marchedPoint(map, start, dir), (Three{64, 32, 32})) << steps;
+    }
+    const vec3 oneTooFar(64 - 5065 / 64.0f, 32, 32);
+    EXPECT_EQ(marchedCell(map, oneTooFar, dir), nothing);
+    EXPECT_EQ(marchedPoint(map, oneTooFar, dir), nothing);
+}
+
+TEST(March, WithoutADirectionFindsOnlyTheCubeAroundTheStart) {
+    const MapManager map = corridor(".#");
+    EXPECT_EQ(marchedCell(map, vec3(32, 32, 32), vec3()), nothing);
+    EXPECT_EQ(marchedCell(map, vec3(96, 32, 32), vec3()), (Three{1, 0, 0}));
+    EXPECT_EQ(marchedPoint(map, vec3(96, 32, 32), vec3()), (Three{96, 32, 32}));
+}
+
+TEST(March, OddFloatsFindNothing) {
+    EXPECT_EQ(marchedPoint(oneCube, vec3(NaN, 32, 32), vec3(1, 0, 0)), nothing);
+    EXPECT_EQ(marchedPoint(oneCube, vec3(-1, 32, 32), vec3(NaN, 0, 0)), nothing);
+    EXPECT_EQ(marchedPoint(oneCube, vec3(1e30f, 32, 32), vec3(1e38f, 0, 0)), nothing);
+    EXPECT_EQ(marchedPoint(oneCube, vec3(-infinity, 32, 32), vec3(1, 0, 0)), nothing);
+}
+
+TEST(MapWithoutCells, NothingCollidesAndNoMarchFindsAnything) {
+    for (const char* text : {"", "0 1 1", "1 0 1", "1 1 0", "2 3 x", "-1 2 3", "2 -1 3", "2 2 -3",
+                             "-2147483648 1 1", "1 -2147483648 1", "1 1 -2147483648",
+                             "-2147483648 -2147483648 -2147483648", "0 2147483647 2147483647"}) {
+        const MapManager map = loaded(text);
+        for (vec3 p : {vec3(), vec3(32), vec3(-1e6f), vec3(1e30f), vec3(NaN)}) {
+            EXPECT_FALSE(map.collides(p)) << text;
+            EXPECT_FALSE(map.collides(Box(p, 50))) << text;
+            EXPECT_EQ(marchedCell(map, p, vec3(0, -1, 0)), nothing) << text;
+            EXPECT_EQ(marchedPoint(map, p, vec3(0, -1, 0)), nothing) << text;
+        }
+        EXPECT_FALSE(map.collides(Box(vec3(), 1e30f))) << text;
+        EXPECT_FALSE(map.cubeIsNull(0, 0, 0)) << text;
+    }
+}
+
+TEST(MapWithoutCells, IndexIsMinusOneExceptBelowTheFirstCellWhereItIsZero) {
+    const MapManager map = loaded("0 0 0");
+    EXPECT_EQ(components(map.cubeIndices(vec3(10, 0, -10))), nothing) << "-10 by 64 is 0";
+    EXPECT_EQ(components(map.cubeIndices(vec3(1e30f, 640, NaN))), nothing);
+    EXPECT_EQ(components(map.cubeIndices(vec3(-64, -640, -1e30f))), (Three{0, 0, 0}));
+}
+
+TEST(MapWithoutCells, BeforeLoadingNothingCollides) {
+    const MapManager map;
+    EXPECT_FALSE(map.collides(vec3()));
+    EXPECT_FALSE(map.collides(Box(vec3(32), 64)));
+    EXPECT_FALSE(map.cubeIsNull(0, 0, 0));
+    EXPECT_EQ(marchedPoint(map, vec3(), vec3(1, 0, 0)), nothing);
+}
