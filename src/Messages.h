@@ -1,0 +1,124 @@
+#pragma once
+
+#include "NetworkInfo.h"
+#include "Quaternion.h"
+#include "Vector.h"
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+// Every record on the wire, byte for byte as it is sent: the memory is the message. Multi-byte
+// fields are little-endian, floats are IEEE 754 single precision. Bytes without a meaning are 0.
+
+static_assert(std::endian::native == std::endian::little);
+
+/// First byte of every datagram. '\0' stands for an empty one.
+namespace messageCode {
+constexpr char join = 'j';       // client: wish to play; server: receipt for any datagram
+constexpr char leave = 'd';      // client
+constexpr char key = 'k';        // client
+constexpr char view = 'm';       // client
+constexpr char chat = 't';       // both ways
+constexpr char keepAlive = 'x';  // client
+constexpr char accepted = 's';   // server: join answer, followed by the identifier
+constexpr char full = 'f';       // server: join answer
+constexpr char worldState = 'u'; // server
+} // namespace messageCode
+
+/// Third byte of a key message.
+namespace keyIndex {
+constexpr int right = 0;
+constexpr int left = 1;
+constexpr int backward = 2;
+constexpr int forward = 3;
+constexpr int jump = 4;
+constexpr int shoot = 5;
+constexpr int count = 6;
+} // namespace keyIndex
+
+/// The speaker of the server's own notices.
+constexpr char serverSpeaker = 's';
+
+/// Slots of an UpdateMessage, and so the most players a room admits.
+constexpr int maxPlayers = 4;
+
+/// An inbound datagram and its sender; as a receipt, an outbound one of all 532 bytes.
+struct GenericMessage {
+    /// The datagram, cut to 512 bytes and followed by zeros.
+    char data[512] = {};
+    Client client;
+};
+
+static_assert(sizeof(GenericMessage) == 532 && offsetof(GenericMessage, client) == 512);
+
+/// Head of the world-state record.
+struct Message {
+    char type;
+
+    Message() : type(0) {}
+};
+
+static_assert(sizeof(Message) == 1);
+
+/// Chat and server notices.
+struct TalkMessage {
+    char type = messageCode::chat;
+
+    /// The speaker: a player's identifier or serverSpeaker.
+    char id = 'z';
+
+    /// Ends with a 0 unless all 30 characters are used.
+    char text[30] = {};
+};
+
+static_assert(sizeof(TalkMessage) == 32 && offsetof(TalkMessage, id) == 1 &&
+              offsetof(TalkMessage, text) == 2);
+
+/// One player's visible state.
+struct PlayerUpdate {
+    quat rotation;
+    vec3 position;
+    vec3 direction;
+
+    /// At most 11 characters and a 0.
+    char name[12] = {};
+    std::int32_t points = 0;
+    bool shooting = false;
+
+    /// 0 marks an empty slot.
+    char id = 0;
+    char padding[2] = {};
+};
+
+static_assert(sizeof(PlayerUpdate) == 60 && offsetof(PlayerUpdate, rotation) == 0 &&
+              offsetof(PlayerUpdate, position) == 16 && offsetof(PlayerUpdate, direction) == 28 &&
+              offsetof(PlayerUpdate, name) == 40 && offsetof(PlayerUpdate, points) == 52 &&
+              offsetof(PlayerUpdate, shooting) == 56 && offsetof(PlayerUpdate, id) == 57 &&
+              offsetof(PlayerUpdate, padding) == 58);
+static_assert(std::is_trivially_copyable_v<PlayerUpdate>);
+
+/// The state of all players, sent to each of them once per tick.
+struct UpdateMessage : Message {
+    char padding[3] = {};
+    PlayerUpdate updates[maxPlayers];
+
+    UpdateMessage() { type = messageCode::worldState; }
+
+    /// Copies `update`, but not its padding, into the first slot whose id is 0; without one, the
+    /// update is dropped. An update whose own id is 0 leaves its slot looking empty.
+    void add(PlayerUpdate update) {
+        for (PlayerUpdate& slot : updates) {
+            if (slot.id == 0) {
+                std::memcpy(static_cast<void*>(&slot), &update, offsetof(PlayerUpdate, padding));
+                return;
+            }
+        }
+    }
+};
+
+// offsetof refuses a record with a base class: three numbers that leave no other layout.
+static_assert(sizeof(UpdateMessage) == 244 && alignof(UpdateMessage) == 4 &&
+              sizeof(UpdateMessage::padding) == 3 && sizeof(UpdateMessage::updates) == 240);

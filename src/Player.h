@@ -1,0 +1,136 @@
+#pragma once
+
+#include "Box.h"
+#include "MapManager.h"
+#include "Messages.h"
+#include "NetworkInfo.h"
+#include "Quaternion.h"
+#include "Vector.h"
+
+#include <type_traits>
+
+/// One player, plain data: identity, keys, body, view, movement, death and address. Distances are
+/// world units, speeds world units per tick, times milliseconds of getCurrentMillisecond() as a
+/// float, angles radians. y is up.
+struct Player {
+    /// '1' to '4' for players who joined.
+    char playerID;
+    float lastMessageTime;
+
+    /// True while held; indexed by keyIndex.
+    bool keys[keyIndex::count];
+
+    /// The body, centred on `position`.
+    Box box;
+
+    /// What clients are sent. `name` and `points` live only here; the rest is stale between calls
+    /// of getPlayerUpdate().
+    PlayerUpdate playerUpdate;
+
+    /// Not owned; set before the first update().
+    MapManager* mapMan;
+    vec3 position;
+
+    /// Kept at position + direction.
+    vec3 look;
+    vec3 up;
+    vec3 direction;
+
+    /// Unit vector up × direction, to the player's left.
+    vec3 strafeVector;
+    quat rotation;
+    float moveSpeed;
+    float strafeSpeed;
+
+    /// Positive is upward.
+    float verticalSpeed;
+
+    /// This tick's inputs, each -1, 0 or 1.
+    float moveInput;
+    float strafeInput;
+
+    /// This tick's displacement.
+    vec3 velocity;
+    bool inAir;
+    bool dead;
+    float deathTime;
+    Client client;
+
+    /// Spawns a player who is heard from now. Keeps at most 11 characters of `name`; null is "".
+    Player(char id, const char* name);
+
+    /// Identifier '0', name "NO_NAME".
+    Player();
+
+    char getPlayerID() const { return playerID; }
+    void setMapMan(MapManager* m) { mapMan = m; }
+    char* getName() { return playerUpdate.name; }
+    bool isShooting() const { return keys[keyIndex::shoot]; }
+    Box getBox() const { return box; }
+    quat getRotation() const { return rotation; }
+    vec3 getDirection() const { return direction; }
+    vec3 getStrafe() const { return strafeVector; }
+    vec3 getUp() const { return up; }
+    vec3 getPosition() const { return position; }
+    void setRotation(quat q) { rotation = q; }
+
+    /// Holds or releases a key; an index outside 0..5 is ignored.
+    void setKey(int key, bool down);
+
+    /// Recomputes `direction` from the look-at point and `strafeVector` from that.
+    void updateDirAndStrafe();
+
+    /// Rotates the view by one mouse report: pitch about the strafe vector, then yaw about up.
+    /// @param dx,dy  mouse counts; one count turns by 1/360 rad. Positive dx turns right.
+    /// The strafe vector is refreshed before the turn only, so it lags one report behind a yaw.
+    void rotateView(int dx, int dy);
+
+    /// Turns direction, look-at point and `rotation` by `angle` radians about `axis`; `rotation`
+    /// takes the turn on its right if postMultiply, else on its left. A turn that would bring the
+    /// view within 0.1 of vertical on both horizontal axes is dropped whole.
+    void rotateViewAround(float angle, vec3 axis, bool postMultiply);
+
+    /// The state that clients are sent, name and points included.
+    PlayerUpdate getPlayerUpdate();
+
+    /// Writes position, look-at point, up and rotation to standard output.
+    void toConsole() const;
+
+    /// One tick. The dead only wait for their respawn; the living take their keys, jump or fall,
+    /// and move along y, x and z in turn, each step undone whole when the body would touch a cube.
+    /// @param now  milliseconds at the start of the tick
+    void update(float now);
+
+    /// Takes off, whatever the player stands on.
+    void jump();
+
+    /// Moves position, look-at point and body by v · scale.
+    void moveAll(vec3 v, float scale);
+
+    /// Moves along the horizontal part of the view, or of the strafe vector, by `amount` ticks'
+    /// worth, through anything.
+    void move(float amount);
+    void strafe(float amount);
+
+    /// Where a shot from the body's centre along the view lands; x is negative if nowhere.
+    vec3 shoot(const MapManager* map) const;
+
+    /// Soaks the player: parks it outside the world and releases its keys. Dying again restarts the
+    /// wait.
+    void die(float now);
+
+    /// Puts the player at one of eight poses, chosen by rand(), with all keys released.
+    void spawn();
+
+    bool alive() const { return !dead; }
+    void incPoints();
+    void decPoints();
+
+    /// Whether more than 5000 ms have passed since the last message.
+    bool lostConnection(float now) const;
+
+    /// Notes that the player was heard from just now.
+    void connectedMessageReceived();
+};
+
+static_assert(std::is_trivially_copyable_v<Player>);

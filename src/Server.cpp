@@ -1,0 +1,199 @@
+#include "Server.h"
+
+#include "Collisions.h"
+#include "FileLoader.h"
+#include "FilePath.h"
+#include "Timing.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iostream>
+#include <unistd.h>
+
+namespace {
+
+/// Takes the oldest record off the queue; false when there is none.
+bool popMessage(std::queue<GenericMessage>& queue, pthread_mutex_t* mutex, GenericMessage& record) {
+    const ScopedLock lock(mutex);
+    if (queue.empty())
+        return false;
+    record = queue.front();
+    queue.pop();
+    return true;
+}
+
+/// A notice of the server's own, cut to what the record holds.
+TalkMessage notice(const std::string& text) {
+    TalkMessage message;
+    message.id = serverSpeaker;
+    std::copy_n(text.data(), std::min(text.size(), sizeof message.text), message.text);
+    return message;
+}
+
+int intAt(const char* bytes) {
+    int value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+} // namespace
+
+void Server::init(int port) {
+    std::cout << "sizeof(UpdateMessage) " << sizeof(UpdateMessage) << std::endl;
+    std::cout << "sizeof(PlayerUpdate)  " << sizeof(PlayerUpdate) << std::endl;
+    sockInfo.init(port);
+    mapMan.init(fileStringContents(getResourcePath("mapdata")));
+}
+
+void Server::cleanup() {
+    close(sockInfo.sockfd);
+}
+
+Player* Server::playerByID(char id) {
+    for (Player& player : players) {
+        if (player.getPlayerID() == id)
+            return &player;
+    }
+    return nullptr;
+}
+
+bool Server::playerIDExists(char id) {
+    return playerByID(id) != nullptr;
+}
+
+char Server::playerJoin(const GenericMessage* msg) {
+    char id = '1';
+    while (playerIDExists(id))
+        ++id;
+
+    Player player(id, msg->data + 1);
+    player.client = msg->client;
+    player.setMapMan(&mapMan);
+    players.push_back(player);
+
+    const std::string text = std::string(player.getName()) + " joined";
+    const TalkMessage message = notice(text);
+    std::cout << text << std::endl;
+    const char answer[] = {messageCode::accepted, id};
+    sockInfo.sendBytesTo(&msg->client, answer, sizeof answer);
+    broadcast(&message, sizeof message);
+    return id;
+}
+
+void Server::broadcast(const void* data, int length) {
+    for (const Player& player : players)
+        sockInfo.sendBytesTo(&player.client, data, length);
+}
+
+void Server::playerDisconnect(char id) {
+    Player* player = playerByID(id);
+    if (!player)
+        return;
+    const std::string text = std::string(player->getName()) + " disconnected";
+    const TalkMessage message = notice(text);
+    std::cout << text << std::endl;
+    players.erase(players.begin() + (player - players.data()));
+    broadcast(&message, sizeof message);
+}
+
+void Server::readMessages() {
+    GenericMessage record;
+    while (popMessage(inMessages, inMessagesMutex, record)) {
+        const char id = record.data[1];
+        switch (record.data[0]) {
+        case messageCode::join:
+            if (players.size() >= maxPlayers) {
+                std::cout << "Player denied --- Game is full." << std::endl;
+                sockInfo.sendBytesTo(&record.client, &messageCode::full, 1);
+            } else {
+                playerJoin(&record);
+            }
+            break;
+        case messageCode::leave:
+            playerDisconnect(id);
+            break;
+        case messageCode::key:
+            if (Player* player = playerByID(id)) {
+                if (player->alive())
+                    player->setKey(static_cast<signed char>(record.data[2]), record.data[3] != 0);
+                player->connectedMessageReceived();
+            }
+            break;
+        case messageCode::view:
+            if (Player* player = playerByID(id)) {
+                if (player->alive())
+                    player->rotateView(intAt(record.data + 4), intAt(record.data + 8));
+                player->connectedMessageReceived();
+            }
+            break;
+        case messageCode::chat:
+            if (Player* player = playerByID(id)) {
+                player->connectedMessageReceived();
+                broadcast(record.data, sizeof(TalkMessage));
+            }
+            break;
+        case messageCode::keepAlive:
+            if (Player* player = playerByID(id))
+                player->connectedMessageReceived();
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+void Server::update() {
+    const float now = static_cast<float>(getCurrentMillisecond());
+    readMessages();
+    advancePlayers(now);
+    broadcastState();
+    // After the broadcast: clients see a soaking's points and poses in the next tick's state.
+    resolveShots(now);
+}
+
+void Server::advancePlayers(float now) {
+    // A removal moves the next player into place i, which then sits this tick out.
+    for (size_t i = 0; i < players.size(); ++i) {
+        players[i].update(now);
+        if (players[i].lostConnection(now))
+            playerDisconnect(players[i].getPlayerID());
+    }
+}
+
+void Server::broadcastState() {
+    UpdateMessage message;
+    for (Player& player : players)
+        message.add(player.getPlayerUpdate());
+    broadcast(&message, sizeof message);
+}
+
+void Server::resolveShots(float now) {
+    for (Player& shooter : players) {
+        if (!shooter.isShooting() || !shooter.alive())
+            continue;
+        const vec3 hit = shooter.shoot(&mapMan);
+        // A shot into the open sky soaks nobody, not even who stands right before the shooter.
+        if (hit.x < 0.0f)
+            continue;
+        soakPlayersOnSegment(shooter, hit, now);
+    }
+}
+
+void Server::soakPlayersOnSegment(Player& shooter, vec3 end, float now) {
+    for (Player& victim : players) {
+        if (victim.getPlayerID() == shooter.getPlayerID())
+            continue;
+        const Box body = victim.getBox();
+        vec3 ignored;
+        if (!Line_AABB(shooter.getPosition(), end, body.min, body.max, ignored))
+            continue;
+        shooter.incPoints();
+        victim.decPoints();
+        const std::string text =
+            std::string(shooter.getName()) + " soaked " + victim.getName() + "!";
+        const TalkMessage message = notice(text);
+        std::cout << text << std::endl;
+        broadcast(&message, sizeof message);
+        victim.die(now);
+    }
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+/// The length of a tick in milliseconds.
+constexpr float tickMilliseconds = 16.666666f;
+
+/// Whole milliseconds since the process first read this clock. Monotonic; never decreases.
+long getCurrentMillisecond();
+
+/// Whole seconds since the process first read this clock.
+long getCurrentSecond();
+
+/// How long the tick loop sleeps: what is left of a tick that began at tickStart when it is now
+/// `now`, truncated to whole milliseconds; zero or less when the tick has overrun. Single precision
+/// throughout: beyond 2^24 ms the result comes in steps of 2 ms, then 4 ms.
+long millisecondsLeftInTick(long tickStart, long now);

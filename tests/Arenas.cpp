@@ -1,0 +1,20 @@
+#include "Arenas.h"
+
+std::string arenaText(int columns, int rows, int depth,
+                      const std::function<bool(int, int, int)>& solid) {
+    std::string text =
+        std::to_string(columns) + " " + std::to_string(rows) + " " + std::to_string(depth);
+    for (int i = 0; i < columns; ++i) {
+        for (int j = 0; j < rows; ++j) {
+            for (int k = 0; k < depth; ++k)
+                text += solid(i, j, k) ? " 1 1" : " 0 0";
+        }
+    }
+    return text;
+}
+
+std::string emptyCourt() {
+    return arenaText(32, 16, 32, [](int i, int j, int k) {
+        return j == 0 || i == 0 || i == 31 || k == 0 || k == 31;
+    });
+}

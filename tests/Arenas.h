@@ -1,0 +1,17 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+// Small worlds for tests, as the text that MapManager::init reads.
+
+/// A world of the given size whose cell (i, j, k) is solid where `solid(i, j, k)` says so.
+std::string arenaText(int columns, int rows, int depth,
+                      const std::function<bool(int, int, int)>& solid);
+
+/// 32 × 16 × 32 cubes, as large as the spawns need: a floor with its top at y = 64, walls to full
+/// height around it, nothing else.
+std::string emptyCourt();
+
+/// Height of a player's centre when its feet stand a quarter of a unit above such a floor.
+constexpr float standing = 139.25f;

@@ -1,0 +1,180 @@
+#include "ServerProcess.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sstream>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+int millisecondsUntil(Clock::time_point deadline) {
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    return left > 0 ? static_cast<int>(left) : 0;
+}
+
+std::filesystem::path temporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "drench-test-XXXXXX").string();
+    if (!mkdtemp(pattern.data()))
+        throw std::runtime_error("no temporary folder at " + pattern);
+    return pattern;
+}
+
+} // namespace
+
+int freePort() {
+    static int next = 20000 + static_cast<int>(getpid()) * 13 % 10000;
+    for (int tries = 0; tries < 1000; ++tries) {
+        const int port = next;
+        next = next == 31999 ? 20000 : next + 1;
+        const int probe = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<unsigned short>(port));
+        const bool isFree =
+            bind(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+        close(probe);
+        if (isFree)
+            return port;
+    }
+    throw std::runtime_error("no free UDP port from 20000 to 31999");
+}
+
+ServerProcess::ServerProcess(const std::vector<std::string>& arguments,
+                             const std::optional<std::string>& map)
+    : folder_(temporaryFolder()) {
+    const std::filesystem::path executable = folder_ / "drench-server";
+    std::filesystem::copy_file(DRENCH_SERVER, executable);
+    if (map) {
+        std::filesystem::create_directory(folder_ / "Resources");
+        std::ofstream(folder_ / "Resources" / "mapdata") << *map;
+    }
+
+    std::vector<char*> argv = {const_cast<char*>("drench-server")};
+    for (const std::string& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    const std::string errors = (folder_ / "stderr").string();
+
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        throw std::runtime_error("no pipe");
+    pid_ = fork();
+    if (pid_ < 0)
+        throw std::runtime_error("no process");
+    if (pid_ == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        dup2(ends[1], STDOUT_FILENO);
+        dup2(open(errors.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
+        execv(executable.c_str(), argv.data());
+        _exit(127);
+    }
+    close(ends[1]);
+    output_ = ends[0];
+}
+
+ServerProcess ServerProcess::listening(const std::string& map) {
+    for (int tries = 0; tries < 20; ++tries) {
+        const int port = freePort();
+        ServerProcess server({std::to_string(port)}, map);
+        // Another process may have taken the port in between.
+        if (server.waitForLine("Server is listening on port " + std::to_string(port), 20000)) {
+            server.port_ = port;
+            return server;
+        }
+    }
+    throw std::runtime_error("the server does not start");
+}
+
+ServerProcess::ServerProcess(ServerProcess&& other) noexcept
+    : folder_(std::move(other.folder_)), pid_(other.pid_), output_(other.output_),
+      port_(other.port_), unread_(std::move(other.unread_)), status_(other.status_) {
+    other.pid_ = -1;
+    other.output_ = -1;
+    other.folder_.clear();
+}
+
+ServerProcess::~ServerProcess() {
+    if (folder_.empty())
+        return;
+    if (!status_ && pid_ > 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+    close(output_);
+    std::ostringstream errors;
+    errors << std::ifstream(folder_ / "stderr").rdbuf();
+    EXPECT_EQ(errors.str(), "") << "on the server's standard error";
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+}
+
+bool ServerProcess::readSome(int milliseconds) {
+    pollfd waiting = {output_, POLLIN, 0};
+    if (poll(&waiting, 1, milliseconds) <= 0)
+        return false;
+    char buffer[4096];
+    const ssize_t length = read(output_, buffer, sizeof buffer);
+    if (length <= 0)
+        return false;
+    unread_.append(buffer, static_cast<size_t>(length));
+    return true;
+}
+
+std::optional<std::string> ServerProcess::line(int milliseconds) {
+    const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
+    size_t end;
+    while ((end = unread_.find('\n')) == std::string::npos) {
+        if (!readSome(millisecondsUntil(deadline))) {
+            if (unread_.empty() || Clock::now() >= deadline)
+                return std::nullopt;
+            return std::exchange(unread_, {});
+        }
+    }
+    std::string first = unread_.substr(0, end);
+    unread_.erase(0, end + 1);
+    return first;
+}
+
+bool ServerProcess::waitForLine(const std::string& text, int milliseconds) {
+    const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
+    while (auto next = line(millisecondsUntil(deadline))) {
+        if (*next == text)
+            return true;
+    }
+    return false;
+}
+
+std::string ServerProcess::restOfOutput() {
+    while (readSome(10000)) {
+    }
+    return std::exchange(unread_, {});
+}
+
+std::optional<int> ServerProcess::exitStatus() {
+    const auto deadline = Clock::now() + std::chrono::seconds(5);
+    while (!status_ && Clock::now() < deadline) {
+        isRunning();
+        usleep(2000);
+    }
+    return status_;
+}
+
+bool ServerProcess::isRunning() {
+    int status;
+    if (!status_ && waitpid(pid_, &status, WNOHANG) == pid_)
+        status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return !status_;
+}

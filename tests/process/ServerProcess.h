@@ -1,0 +1,56 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The real server, started as a host starts it: a copy of the executable in a temporary folder of
+/// its own, with its own Resources/mapdata, its standard output read through a pipe. Destruction
+/// ends it, removes the folder and fails the test if it wrote to standard error, where sanitizers
+/// report.
+class ServerProcess {
+  public:
+    /// Starts with the given arguments. Without a map text there is no Resources folder.
+    ServerProcess(const std::vector<std::string>& arguments, const std::optional<std::string>& map);
+
+    /// Starts on a free port and waits until the server listens.
+    static ServerProcess listening(const std::string& map);
+
+    ServerProcess(ServerProcess&& other) noexcept;
+    ServerProcess& operator=(ServerProcess&&) = delete;
+    ~ServerProcess();
+
+    /// The port given by listening().
+    int port() const { return port_; }
+
+    const std::filesystem::path& folder() const { return folder_; }
+
+    /// The next line of standard output without its end, or nothing within `milliseconds`. At the
+    /// end of the output a last line without an end counts.
+    std::optional<std::string> line(int milliseconds = 5000);
+
+    /// Waits for a line that equals `text`, skipping others; false if none comes in time.
+    bool waitForLine(const std::string& text, int milliseconds = 5000);
+
+    /// All output until the process ends, joined as it was written.
+    std::string restOfOutput();
+
+    /// The exit status, once the process has ended by itself; nothing within five seconds.
+    std::optional<int> exitStatus();
+
+    bool isRunning();
+
+  private:
+    bool readSome(int milliseconds);
+
+    std::filesystem::path folder_;
+    int pid_ = -1;
+    int output_ = -1;
+    int port_ = 0;
+    std::string unread_;
+    std::optional<int> status_;
+};
+
+/// A port below the ephemeral range that nobody is bound to right now.
+int freePort();

@@ -1,0 +1,98 @@
+#include "Arenas.h"
+#include "RemotePlayer.h"
+#include "ServerProcess.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+
+namespace {
+
+/// "j", zeros, and the address length 16 in bytes 528 to 531.
+std::string receiptBytes() {
+    std::string receipt(532, '\0');
+    receipt[0] = 'j';
+    receipt[528] = 16;
+    return receipt;
+}
+
+} // namespace
+
+TEST(Receipts, EveryDatagramOfAnyCodeAndSizeGetsExactlyOne) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    UdpPeer stranger;
+    const std::vector<std::string> datagrams = {
+        "d1", "k1\x03\x01", viewDatagram('1', 1, 1), chatDatagram('1', "hi"), "x1", "i", "s", "u",
+        "f",  "",           std::string(600, 'z'),   std::string(512, '\0')};
+    for (const std::string& datagram : datagrams) {
+        stranger.send(datagram, server.port());
+        EXPECT_EQ(stranger.receive(5000), receiptBytes());
+    }
+    EXPECT_EQ(stranger.receive(100), std::nullopt);
+}
+
+TEST(Receipts, JoinGetsItsReceiptThenItsAnswerThenTheNoticeThenStates) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    UdpPeer peer;
+    peer.send(joinDatagram("Ann"), server.port());
+    EXPECT_EQ(peer.receive(5000), receiptBytes());
+    EXPECT_EQ(peer.receive(5000), "s1");
+    EXPECT_EQ(peer.receive(5000), noticeDatagram("Ann joined"));
+    UpdateMessage state;
+    ASSERT_TRUE(readState(peer.receive(5000).value_or(""), state));
+    EXPECT_EQ(state.updates[0].id, '1');
+    EXPECT_STREQ(state.updates[0].name, "Ann");
+    EXPECT_EQ(state.updates[1].id, 0);
+}
+
+TEST(Receipts, BurstFromManySendersIsAnsweredOnceEach) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    UdpPeer peers[20];
+    for (UdpPeer& peer : peers)
+        peer.send("x1", server.port());
+    for (UdpPeer& peer : peers) {
+        EXPECT_EQ(peer.receive(5000), receiptBytes());
+        EXPECT_EQ(peer.receive(20), std::nullopt);
+    }
+}
+
+TEST(Datagrams, OfMoreThan512BytesAreReadAsTheirFirst512) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    RemotePlayer player(server.port());
+    player.send("jAnn" + std::string(600, '\0'));
+    EXPECT_TRUE(player.waitForDatagram("s1"));
+}
+
+TEST(TickRate, IsALittleAboveSixtyStatesASecond) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    RemotePlayer player(server.port());
+    ASSERT_EQ(player.join("Ann"), '1');
+    int states = 0;
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_TRUE(player.waitForState([&](const UpdateMessage&) {
+        ++states;
+        return std::chrono::steady_clock::now() - start >= std::chrono::seconds(3);
+    }));
+    // Every tick sleeps 15 or 16 whole milliseconds; a busy machine makes ticks late, never early.
+    EXPECT_GE(states, 3 * 40);
+    EXPECT_LE(states, 3 * 67);
+}
+
+TEST(Silence, DropsAPlayerAfterFiveSecondsAndTellsTheOthers) {
+    ServerProcess server = ServerProcess::listening(emptyCourt());
+    RemotePlayer silent(server.port());
+    RemotePlayer lively(server.port());
+    ASSERT_EQ(silent.join("Silent"), '1');
+    const auto lastWord = std::chrono::steady_clock::now();
+    ASSERT_EQ(lively.join("Lively"), '2');
+    ASSERT_TRUE(lively.waitForState(
+        [](const UpdateMessage& state) {
+            return state.updates[0].id == '2' && state.updates[1].id == 0;
+        },
+        15000));
+    const auto silence = std::chrono::steady_clock::now() - lastWord;
+    EXPECT_GE(silence, std::chrono::milliseconds(4900));
+    EXPECT_LE(silence, std::chrono::milliseconds(9000));
+    EXPECT_TRUE(server.waitForLine("Silent disconnected"));
+    EXPECT_EQ(lively.heard.back(), noticeDatagram("Silent disconnected"));
+    EXPECT_TRUE(lively.seen('2')) << "keep-alives kept the other one";
+}
