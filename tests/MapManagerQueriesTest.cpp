@@ -175,12 +175,16 @@ TEST(BoxInMap, WhollyOutsideTheWorldIsFreeThoughTheEdgeCellsAreSolid) {
 }
 
 TEST(BoxInMap, ExactlyTheCellsThatTheBoxReachesAreTested) {
-    const Box body = Box(vec3(96, 200, 350), vec3(50, 150, 50)); // columns 1, rows 1-4, depth 5
-    for (int i = 0; i < 3; ++i) {
+    const vec3 body(50, 150, 50);
+    const Box nearAndFar(vec3(96, 200, 350), body); // column 1, rows 1 to 4, depth 5
+    const Box farAndNear(vec3(350, 200, 96), body); // column 5, rows 1 to 4, depth 1
+    for (int i = 0; i < 7; ++i) {
         for (int j = 0; j < 6; ++j) {
             for (int k = 0; k < 7; ++k) {
-                const bool reached = i == 1 && j >= 1 && j <= 4 && k == 5;
-                EXPECT_EQ(onlySolid(3, 6, 7, i, j, k).collides(body), reached) << i << j << k;
+                const MapManager map = onlySolid(7, 6, 7, i, j, k);
+                const bool inRows = j >= 1 && j <= 4;
+                EXPECT_EQ(map.collides(nearAndFar), i == 1 && inRows && k == 5) << i << j << k;
+                EXPECT_EQ(map.collides(farAndNear), i == 5 && inRows && k == 1) << i << j << k;
             }
         }
     }
@@ -225,8 +229,11 @@ TEST(March, FindsTheFirstOfSeveralCubes) {
 
 TEST(March, EveryAxisNamesItsOwnIndex) {
     const MapManager map = onlySolid(4, 5, 6, 1, 2, 4);
-    EXPECT_EQ(marchedCell(map, vec3(96, 160, 99.75f), vec3(0, 0, 1)), (Three{1, 2, 4}));
-    EXPECT_EQ(marchedPoint(map, vec3(96, 160, 99.75f), vec3(0, 0, 1)), (Three{96, 160, 256}));
+    const vec3 middle(96, 160, 288);
+    for (vec3 dir : {vec3(-1, 0, 0), vec3(0, -1, 0), vec3(0, 0, -1)}) {
+        EXPECT_EQ(marchedCell(map, middle - dir * 188.25f, dir), (Three{1, 2, 4}));
+        EXPECT_EQ(marchedPoint(map, middle - dir * 188.25f, dir), components(middle - dir * 32));
+    }
 }
 
 TEST(March, HitIsInterpolatedAlongTenThousandStepsAndNotSnappedToTheFace) {
