@@ -161,22 +161,16 @@ vec4 reflect(vec4 v, vec4 n) {
 }
 
 mat4 perspective(float l, float r, float b, float t, float n, float f) {
-    return {2.0f * n / (r - l),
-            0.0f,
-            (r + l) / (r - l),
-            0.0f, //
-            0.0f,
-            2.0f * n / (t - b),
-            (t + b) / (t - b),
-            0.0f, //
-            0.0f,
-            0.0f,
-            -(f + n) / (f - n),
-            -(2.0f * f * n) / (f - n), //
-            0.0f,
-            0.0f,
-            -1.0f,
-            0.0f};
+    const float xScale = 2.0f * n / (r - l);
+    const float yScale = 2.0f * n / (t - b);
+    const float xShift = (r + l) / (r - l);
+    const float yShift = (t + b) / (t - b);
+    const float zScale = -(f + n) / (f - n);
+    const float zShift = -(2.0f * f * n) / (f - n);
+    return {xScale, 0.0f,   xShift, 0.0f,   //
+            0.0f,   yScale, yShift, 0.0f,   //
+            0.0f,   0.0f,   zScale, zShift, //
+            0.0f,   0.0f,   -1.0f,  0.0f};
 }
 
 mat4 perspective(float aspect, float fovy, float n, float f) {
@@ -187,22 +181,16 @@ mat4 perspective(float aspect, float fovy, float n, float f) {
 }
 
 mat4 ortho(float l, float r, float b, float t, float n, float f) {
-    return {divideInDouble(2.0, r - l),
-            0.0f,
-            0.0f,
-            -((r + l) / (r - l)), //
-            0.0f,
-            divideInDouble(2.0, t - b),
-            0.0f,
-            -((t + b) / (t - b)), //
-            0.0f,
-            0.0f,
-            divideInDouble(-2.0, f - n),
-            -((f + n) / (f - n)), //
-            0.0f,
-            0.0f,
-            0.0f,
-            1.0f};
+    const float xScale = divideInDouble(2.0, r - l);
+    const float yScale = divideInDouble(2.0, t - b);
+    const float zScale = divideInDouble(-2.0, f - n);
+    const float xShift = -((r + l) / (r - l));
+    const float yShift = -((t + b) / (t - b));
+    const float zShift = -((f + n) / (f - n));
+    return {xScale, 0.0f,   0.0f,   xShift, //
+            0.0f,   yScale, 0.0f,   yShift, //
+            0.0f,   0.0f,   zScale, zShift, //
+            0.0f,   0.0f,   0.0f,   1.0f};
 }
 
 mat4 ortho(float aspect, float n, float f) {

@@ -59,22 +59,13 @@ mat4 quat::toMatrix() const {
     const float xw = 2.0f * x * w;
     const float yw = 2.0f * y * w;
     const float zw = 2.0f * z * w;
-    return {1.0f - (yy + zz),
-            xy - zw,
-            xz + yw,
-            0.0f, //
-            xy + zw,
-            1.0f - (xx + zz),
-            yz - xw,
-            0.0f, //
-            xz - yw,
-            yz + xw,
-            1.0f - (xx + yy),
-            0.0f, //
-            0.0f,
-            0.0f,
-            0.0f,
-            1.0f};
+    const float m00 = 1.0f - (yy + zz);
+    const float m11 = 1.0f - (xx + zz);
+    const float m22 = 1.0f - (xx + yy);
+    return {m00,     xy - zw, xz + yw, 0.0f, //
+            xy + zw, m11,     yz - xw, 0.0f, //
+            xz - yw, yz + xw, m22,     0.0f, //
+            0.0f,    0.0f,    0.0f,    1.0f};
 }
 
 void quat::display() const {

@@ -22,14 +22,6 @@ bool popMessage(std::queue<GenericMessage>& queue, pthread_mutex_t* mutex, Gener
     return true;
 }
 
-/// A notice of the server's own, cut to what the record holds.
-TalkMessage notice(const std::string& text) {
-    TalkMessage message;
-    message.id = serverSpeaker;
-    std::copy_n(text.data(), std::min(text.size(), sizeof message.text), message.text);
-    return message;
-}
-
 int intAt(const char* bytes) {
     int value;
     std::memcpy(&value, bytes, sizeof value);
@@ -71,12 +63,11 @@ char Server::playerJoin(const GenericMessage* msg) {
     player.setMapMan(&mapMan);
     players.push_back(player);
 
-    const std::string text = std::string(player.getName()) + " joined";
-    const TalkMessage message = notice(text);
-    std::cout << text << std::endl;
+    const std::string notice = std::string(player.getName()) + " joined";
+    std::cout << notice << std::endl;
     const char answer[] = {messageCode::accepted, id};
     sockInfo.sendBytesTo(&msg->client, answer, sizeof answer);
-    broadcast(&message, sizeof message);
+    broadcastNotice(notice);
     return id;
 }
 
@@ -85,15 +76,21 @@ void Server::broadcast(const void* data, int length) {
         sockInfo.sendBytesTo(&player.client, data, length);
 }
 
+void Server::broadcastNotice(const std::string& text) {
+    TalkMessage notice;
+    notice.id = serverSpeaker;
+    std::copy_n(text.data(), std::min(text.size(), sizeof notice.text), notice.text);
+    broadcast(&notice, sizeof notice);
+}
+
 void Server::playerDisconnect(char id) {
     Player* player = playerByID(id);
     if (!player)
         return;
-    const std::string text = std::string(player->getName()) + " disconnected";
-    const TalkMessage message = notice(text);
-    std::cout << text << std::endl;
+    const std::string notice = std::string(player->getName()) + " disconnected";
+    std::cout << notice << std::endl;
     players.erase(players.begin() + (player - players.data()));
-    broadcast(&message, sizeof message);
+    broadcastNotice(notice);
 }
 
 void Server::readMessages() {
@@ -189,11 +186,10 @@ void Server::soakPlayersOnSegment(Player& shooter, vec3 end, float now) {
             continue;
         shooter.incPoints();
         victim.decPoints();
-        const std::string text =
+        const std::string notice =
             std::string(shooter.getName()) + " soaked " + victim.getName() + "!";
-        const TalkMessage message = notice(text);
-        std::cout << text << std::endl;
-        broadcast(&message, sizeof message);
+        std::cout << notice << std::endl;
+        broadcastNotice(notice);
         victim.die(now);
     }
 }

@@ -55,6 +55,10 @@ struct Server {
     void update();
 
   private:
+    /// Tells every player in the server's own name; text that the record cannot hold is cut.
+    void broadcastNotice(const std::string& text);
+
+    // The steps of a tick.
     void advancePlayers(float now);
     void broadcastState();
     void resolveShots(float now);
