@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by the scripts that build: finds out what is missing and installs it.
 
 missing=()
