@@ -16,8 +16,8 @@ bool intersects(Box a, Box b);
 
 /// One slab of the slab test (Kay and Kajiya, "Ray tracing complex scenes", 1986): narrows the
 /// parameter range [enter, exit] of start + t · dir to where it lies between min and max. A dir
-/// below 1e-8 is parallel: then only `start` is tested and the range is left alone. On false the
-/// range is left alone too.
+/// of magnitude below 1e-8 is parallel: then only `start` is tested and the range is left alone. On
+/// false the range is left alone too.
 bool Line_AABB_1d(float start, float dir, float min, float max, float& enter, float& exit);
 
 /// Whether the segment meets the box with corners min and max; `hit` becomes the entry point, or

@@ -26,8 +26,9 @@ struct MapManager {
     std::vector<std::vector<std::vector<Box>>> cubes;
 
     /// Reads decimal integers: columns, rows, depth, then for each column, row and depth index (the
-    /// last varies fastest) the pair `solid`, `cellValue`. From the first thing that is no int on,
-    /// all cells are empty; what follows the last pair is ignored. Appends to `cubes`: call it
+    /// last varies fastest) the pair `solid`, `cellValue`. From the first thing that is no number
+    /// on, all cells are empty; a number too large for an int is stored as the limit and ends the
+    /// reading. What follows the last pair is ignored. Appends to `cubes`: call it
     /// once.
     void init(std::string text);
 
@@ -64,6 +65,7 @@ struct MapManager {
     /// Whether the grid holds any cell at all.
     bool hasCells() const { return columns > 0 && rows > 0 && depth > 0; }
 
+  private:
     /// The cube in the clamped cell of p when it is solid and p lies in or on it, else null. Needs
     /// a map with cells.
     const Box* solidCubeAt(vec3 p) const;

@@ -4,7 +4,7 @@
 #include "Quaternion.h"
 #include "Vector.h"
 
-// Integers that cannot misbehave
+// Conversions and integer arithmetic without undefined behaviour
 
 /// Truncates toward zero; values beyond the type give its nearest value, NaN gives 0.
 int truncateToInt(float x);
@@ -76,8 +76,11 @@ mat4 ortho(float aspect, float n, float f);
 /// input gives zero rows.
 mat4 lookAt(vec3 eye, vec3 centre, vec3 up);
 
+/// Moves by (x, y, z) world units.
 mat4 translate(float x, float y, float z);
 mat4 translate(vec3 v);
+
+/// Stretches along the axes, or by s along all three.
 mat4 scale(float x, float y, float z);
 mat4 scale(float s);
 

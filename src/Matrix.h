@@ -16,6 +16,7 @@ struct mat3 {
     mat3(float m00, float m01, float m02, float m10, float m11, float m12, float m20, float m21,
          float m22);
 
+    /// Rows and columns exchanged.
     mat3 transpose() const;
 
     /// The third column multiplies v.y a second time and v.z is never read: the result is
@@ -36,6 +37,7 @@ struct mat4 {
     mat4(float m00, float m01, float m02, float m03, float m10, float m11, float m12, float m13,
          float m20, float m21, float m22, float m23, float m30, float m31, float m32, float m33);
 
+    /// Rows and columns exchanged.
     mat4 transpose() const;
 
     /// The upper left 3 × 3 block.

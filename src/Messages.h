@@ -119,6 +119,6 @@ struct UpdateMessage : Message {
     }
 };
 
-// offsetof refuses a record with a base class: three numbers that leave no other layout.
+// Compilers warn of offsetof in a record with a base class; these numbers leave no other layout.
 static_assert(sizeof(UpdateMessage) == 244 && alignof(UpdateMessage) == 4 &&
               sizeof(UpdateMessage::padding) == 3 && sizeof(UpdateMessage::updates) == 240);

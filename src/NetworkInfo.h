@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -9,7 +10,8 @@ struct Client {
     socklen_t addrLen = sizeof(sockaddr_in);
 };
 
-static_assert(sizeof(sockaddr_in) == 16 && sizeof(Client) == 20);
+static_assert(sizeof(Client) == 20 && offsetof(Client, addr) == 0 &&
+              offsetof(Client, addrLen) == 16);
 
 /// One bound UDP socket, 24 bytes; means something only after init(). Every failing system call
 /// writes one line to standard output and ends the process with status 0.
@@ -29,7 +31,8 @@ struct SocketInfo {
     void receiveBytesFrom(Client* client, char* buffer, int length) const;
 };
 
-static_assert(sizeof(SocketInfo) == 24);
+static_assert(sizeof(SocketInfo) == 24 && offsetof(SocketInfo, sockfd) == 0 &&
+              offsetof(SocketInfo, addrLen) == 4 && offsetof(SocketInfo, serverAddr) == 8);
 
 /// Host to network byte order on a little-endian host.
 constexpr unsigned short _OSSwapInt16(unsigned short v) {

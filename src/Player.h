@@ -123,6 +123,8 @@ struct Player {
     void spawn();
 
     bool alive() const { return !dead; }
+
+    /// One point up or down; the score may go negative and wraps at the ends of an int.
     void incPoints();
     void decPoints();
 

@@ -65,7 +65,7 @@ struct Server {
     void soakPlayersOnSegment(Player& shooter, vec3 end, float now);
 };
 
-/// Holds a mutex for a scope; a null one is nobody's business.
+/// Holds a mutex for a scope; null means no locking.
 class ScopedLock {
   public:
     explicit ScopedLock(pthread_mutex_t* mutex) : mutex_(mutex) {

@@ -13,6 +13,12 @@ std::string arenaText(int columns, int rows, int depth,
     return text;
 }
 
+MapManager loaded(const std::string& text) {
+    MapManager map;
+    map.init(text);
+    return map;
+}
+
 std::string emptyCourt() {
     return arenaText(32, 16, 32, [](int i, int j, int k) {
         return j == 0 || i == 0 || i == 31 || k == 0 || k == 31;

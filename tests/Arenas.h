@@ -1,5 +1,7 @@
 #pragma once
 
+#include "MapManager.h"
+
 #include <functional>
 #include <string>
 
@@ -8,6 +10,9 @@
 /// A world of the given size whose cell (i, j, k) is solid where `solid(i, j, k)` says so.
 std::string arenaText(int columns, int rows, int depth,
                       const std::function<bool(int, int, int)>& solid);
+
+/// The world that this text describes.
+MapManager loaded(const std::string& text);
 
 /// 32 × 16 × 32 cubes, as large as the spawns need: a floor with its top at y = 64, walls to full
 /// height around it, nothing else.

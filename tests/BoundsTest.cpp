@@ -1,4 +1,5 @@
 #include "Bounds.h"
+#include "CapturedOutput.h"
 
 #include <array>
 #include <bit>
@@ -16,14 +17,6 @@ using Eight = std::array<float, 8>;
 Eight fields(const Bounds& bounds) {
     return std::bit_cast<Eight>(bounds);
 }
-
-struct FlushCounter : std::stringbuf {
-    int flushes = 0;
-    int sync() override {
-        ++flushes;
-        return 0;
-    }
-};
 
 } // namespace
 

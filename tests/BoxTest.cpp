@@ -6,8 +6,6 @@
 
 namespace {
 
-using Three = std::array<float, 3>;
-
 void expectCorners(const Box& box, vec3 min, vec3 max) {
     EXPECT_EQ(components(box.min), components(min));
     EXPECT_EQ(components(box.max), components(max));

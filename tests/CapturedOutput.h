@@ -4,17 +4,32 @@
 #include <sstream>
 #include <string>
 
+/// A string that counts how often it was flushed.
+struct FlushCounter : std::stringbuf {
+    int flushes = 0;
+    int sync() override {
+        ++flushes;
+        return 0;
+    }
+};
+
 /// Catches what is written to std::cout while it lives.
 class CapturedOutput {
   public:
-    CapturedOutput() : original_(std::cout.rdbuf(stream_.rdbuf())) {}
+    CapturedOutput() : original_(std::cout.rdbuf(&buffer_)) {}
     ~CapturedOutput() { std::cout.rdbuf(original_); }
     CapturedOutput(const CapturedOutput&) = delete;
     CapturedOutput& operator=(const CapturedOutput&) = delete;
 
-    std::string text() const { return stream_.str(); }
+    std::string text() const { return buffer_.str(); }
+    int flushes() const { return buffer_.flushes; }
 
   private:
-    std::ostringstream stream_;
+    FlushCounter buffer_;
     std::streambuf* original_;
 };
+
+/// For death tests, which see only standard error.
+inline void showOutputOnStandardError() {
+    std::cout.rdbuf(std::cerr.rdbuf());
+}

@@ -9,8 +9,6 @@ namespace {
 
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 
-using Three = std::array<float, 3>;
-
 const Box unitBox(vec3(0.5f, 0.5f, 0.5f), 1);
 constexpr vec3 unitMin(0, 0, 0);
 constexpr vec3 unitMax(1, 1, 1);

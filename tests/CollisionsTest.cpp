@@ -12,8 +12,6 @@ namespace {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 
-using Three = std::array<float, 3>;
-
 const Box unitBox(vec3(0.5f, 0.5f, 0.5f), 1);
 
 constexpr std::array<float vec3::*, 3> axes = {&vec3::x, &vec3::y, &vec3::z};

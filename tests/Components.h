@@ -4,13 +4,27 @@
 #include "Vector.h"
 
 #include <array>
+#include <bit>
 
-// Vectors and quaternions as arrays, which compare and print in assertions.
+// Vectors and quaternions as arrays, which compare and print in assertions. Their order is that in
+// memory.
 
-inline std::array<float, 3> components(vec3 v) {
-    return {v.x, v.y, v.z};
+using Two = std::array<float, 2>;
+using Three = std::array<float, 3>;
+using Four = std::array<float, 4>;
+
+inline Two components(vec2 v) {
+    return std::bit_cast<Two>(v);
 }
 
-inline std::array<float, 4> components(quat q) {
-    return {q.x, q.y, q.z, q.w};
+inline Three components(vec3 v) {
+    return std::bit_cast<Three>(v);
+}
+
+inline Four components(vec4 v) {
+    return std::bit_cast<Four>(v);
+}
+
+inline Four components(quat q) {
+    return std::bit_cast<Four>(q);
 }

@@ -1,4 +1,5 @@
 #include "FileLoader.h"
+#include "CapturedOutput.h"
 #include "TemporaryFolder.h"
 
 #include <climits>
@@ -21,11 +22,6 @@ struct TextFile {
 
 const std::string missing = "/no-such-folder/mapdata";
 const std::string refusal = "^Error reading file at: /no-such-folder/mapdata$";
-
-/// For the statement of a death test, which can only read standard error.
-void showOutputOnStandardError() {
-    std::cout.rdbuf(std::cerr.rdbuf());
-}
 
 } // namespace
 

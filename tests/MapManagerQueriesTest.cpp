@@ -12,15 +12,7 @@ namespace {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 
-using Three = std::array<float, 3>;
-
 constexpr Three nothing = {-1, -1, -1};
-
-MapManager loaded(const std::string& text) {
-    MapManager map;
-    map.init(text);
-    return map;
-}
 
 /// A world of these dimensions with the one cell (i, j, k) solid.
 MapManager onlySolid(int columns, int rows, int depth, int i, int j, int k) {
@@ -276,6 +268,13 @@ TEST(March, BackOffFromANearHitReachesBehindTheShooterAndMayFindAnotherCubeThere
     EXPECT_EQ(marchedPoint(map, start, vec3(2, 0, 0)), (Three{100, 32, 32}))
         << "the cube behind is clipped to the start";
     EXPECT_EQ(marchedCell(corridor("..#"), start, vec3(2, 0, 0)), (Three{2, 0, 0}));
+}
+
+TEST(March, BackOffIsSixtyFourStepsAndNotOneLess) {
+    const vec3 dir(1 + 1 / 128.0f, 0, 0);
+    const vec3 start(128 - 10 * dir.x, 32, 32);
+    EXPECT_EQ(marchedCell(corridor("#.#"), start, dir), (Three{0, 0, 0}))
+        << "64 steps before 128 is 63.5, in the cube behind the shooter";
 }
 
 // Steps of a 64th of a unit are exact; cell 1 begins at x = 64.

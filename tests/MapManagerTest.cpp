@@ -1,4 +1,5 @@
 #include "MapManager.h"
+#include "Arenas.h"
 #include "Components.h"
 #include "FileLoader.h"
 #include "TemporaryFolder.h"
@@ -7,14 +8,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-using Three = std::array<float, 3>;
-
-MapManager loaded(const std::string& text) {
-    MapManager map;
-    map.init(text);
-    return map;
-}
 
 /// As the server loads its map: through a file.
 MapManager loadedFromFile(const std::string& text) {

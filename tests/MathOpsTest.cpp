@@ -11,18 +11,6 @@ namespace {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 
-using Two = std::array<float, 2>;
-using Three = std::array<float, 3>;
-using Four = std::array<float, 4>;
-
-Two components(vec2 v) {
-    return {v.x, v.y};
-}
-
-Four components(vec4 v) {
-    return {v.x, v.y, v.z, v.w};
-}
-
 void expectNear(vec4 actual, vec4 expected) {
     EXPECT_NEAR(actual.x, expected.x, 1e-6f);
     EXPECT_NEAR(actual.y, expected.y, 1e-6f);

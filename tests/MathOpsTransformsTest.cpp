@@ -10,13 +10,7 @@ namespace {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 
-using Three = std::array<float, 3>;
-using Four = std::array<float, 4>;
 using Sixteen = std::array<float, 16>;
-
-Four components(vec4 v) {
-    return {v.x, v.y, v.z, v.w};
-}
 
 Sixteen elements(const mat4& a) {
     return std::to_array(a.m);
@@ -52,6 +46,11 @@ TEST(Frustum, NinetyDegreesSeeAsFarUpAsAhead) {
     EXPECT_FLOAT_EQ(a.m[10], -1.020202f);
     EXPECT_FLOAT_EQ(a.m[11], -2.020202f);
     EXPECT_EQ(elements(a), (Sixteen{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, a.m[10], a.m[11], 0, 0, -1, 0}));
+}
+
+TEST(Frustum, AngleIsDividedInSinglePrecisionAndTheRestTakenInDouble) {
+    // Either step in the other precision ends in 2.14450693.
+    EXPECT_EQ(perspective(1, 50, 0.1f, 100).m[5], 2.14450669f);
 }
 
 TEST(Frustum, TakesWidthByHeightBeforeTheVerticalAngle) {

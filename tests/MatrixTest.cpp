@@ -9,8 +9,6 @@ namespace {
 
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 
-using Three = std::array<float, 3>;
-using Four = std::array<float, 4>;
 using Nine = std::array<float, 9>;
 using Sixteen = std::array<float, 16>;
 
@@ -24,10 +22,6 @@ Nine elements(const mat3& a) {
 
 Sixteen elements(const mat4& a) {
     return std::to_array(a.m);
-}
-
-Four components(vec4 v) {
-    return {v.x, v.y, v.z, v.w};
 }
 
 const mat4 counting(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);

@@ -47,11 +47,6 @@ int portOf(const UdpPeer& peer) {
     return ntohs(peer.address().addr.sin_port);
 }
 
-/// For the statement of a death test, which can only read standard error.
-void showOutputOnStandardError() {
-    std::cout.rdbuf(std::cerr.rdbuf());
-}
-
 void initOn(int port) {
     showOutputOnStandardError();
     SocketInfo info;

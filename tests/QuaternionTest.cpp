@@ -12,9 +12,6 @@ namespace {
 constexpr float pi = 3.14159265f;
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 
-using Three = std::array<float, 3>;
-using Four = std::array<float, 4>;
-
 /// A third of a turn about the diagonal: x becomes y, y becomes z, z becomes x, all exactly.
 constexpr quat cycle(0.5f, 0.5f, 0.5f, 0.5f);
 constexpr quat halfTurnAboutX(1, 0, 0, 0);

@@ -80,10 +80,13 @@ TEST(Shots, AimAtTheOpenSkySoaksNobodyNotEvenWhoStandsInFront) {
     Duel duel;
     duel.add("Ann", {1000, standing, 1000}, {0.0f, 0.9f, 0.2f});
     duel.add("Bo", {1000, standing + 120, 1020});
+    // A hit at (-1, -1, -1) taken for a place would soak whoever stands on the way there.
+    duel.add("Cy", {900, standing - 10, 900});
     ASSERT_LT(duel.player(0).shoot(&duel.room.server.mapMan).x, 0.0f);
     duel.hold(0);
     EXPECT_EQ(duel.tick(), "");
     EXPECT_TRUE(duel.player(1).alive());
+    EXPECT_TRUE(duel.player(2).alive());
     EXPECT_EQ(duel.player(0).playerUpdate.points, 0);
 }
 
@@ -182,6 +185,17 @@ TEST(Shots, DeadPlayerParkedOnTheSegmentIsSoakedAgain) {
     duel.hold(0);
     EXPECT_EQ(duel.tick(), "Ann soaked Bo!\n");
     EXPECT_EQ(duel.player(1).deathTime, static_cast<float>(ManualClock::now));
+}
+
+TEST(Shots, TheDeadDoNotFireEvenWithTheKeyHeld) {
+    Duel duel;
+    duel.add("Ann", {1000, standing, 500});
+    duel.add("Bo", {1000, standing, 900});
+    duel.player(0).dead = true;
+    duel.player(0).deathTime = static_cast<float>(ManualClock::now);
+    duel.hold(0);
+    EXPECT_EQ(duel.tick(), "");
+    EXPECT_TRUE(duel.player(1).alive());
 }
 
 TEST(Shots, NobodySoaksThemselves) {

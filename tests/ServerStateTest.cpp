@@ -28,6 +28,7 @@ TEST(ServerState, InitPrintsRecordSizesThenThePortAndReadsTheMap) {
         const CapturedOutput output;
         server.init(0);
         text = output.text();
+        EXPECT_EQ(output.flushes(), 3) << "one for each line";
     }
     EXPECT_EQ(text, "sizeof(UpdateMessage) 244\nsizeof(PlayerUpdate)  60\nhtons(port) = 0\n");
     EXPECT_EQ(server.mapMan.columns, 32);

@@ -40,7 +40,8 @@ TEST(Clock, CountsMilliseconds) {
 }
 
 TEST(Clock, SecondsAreMillisecondsTruncated) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    // Past the half, so that rounding would show.
+    std::this_thread::sleep_for(std::chrono::milliseconds(600));
     const long before = getCurrentMillisecond();
     const long seconds = getCurrentSecond();
     const long after = getCurrentMillisecond();

@@ -1,7 +1,6 @@
 #include "Vector.h"
+#include "Components.h"
 
-#include <array>
-#include <bit>
 #include <cmath>
 #include <functional>
 #include <gtest/gtest.h>
@@ -14,21 +13,6 @@ namespace {
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
-
-// Bytes as they lie in memory, so that every comparison also pins the order of the fields.
-std::array<float, 2> components(vec2 v) {
-    return std::bit_cast<std::array<float, 2>>(v);
-}
-std::array<float, 3> components(vec3 v) {
-    return std::bit_cast<std::array<float, 3>>(v);
-}
-std::array<float, 4> components(vec4 v) {
-    return std::bit_cast<std::array<float, 4>>(v);
-}
-
-using Two = std::array<float, 2>;
-using Three = std::array<float, 3>;
-using Four = std::array<float, 4>;
 
 template<class Vector>
 Vector normalized(Vector v) {

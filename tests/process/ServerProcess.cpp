@@ -25,13 +25,6 @@ int millisecondsUntil(Clock::time_point deadline) {
     return left > 0 ? static_cast<int>(left) : 0;
 }
 
-std::filesystem::path temporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "drench-test-XXXXXX").string();
-    if (!mkdtemp(pattern.data()))
-        throw std::runtime_error("no temporary folder at " + pattern);
-    return pattern;
-}
-
 } // namespace
 
 int freePort() {
@@ -54,19 +47,19 @@ int freePort() {
 
 ServerProcess::ServerProcess(const std::vector<std::string>& arguments,
                              const std::optional<std::string>& map)
-    : folder_(temporaryFolder()) {
-    const std::filesystem::path executable = folder_ / "drench-server";
+    : folder_(std::make_unique<TemporaryFolder>()) {
+    const std::filesystem::path executable = folder() / "drench-server";
     std::filesystem::copy_file(DRENCH_SERVER, executable);
     if (map) {
-        std::filesystem::create_directory(folder_ / "Resources");
-        std::ofstream(folder_ / "Resources" / "mapdata") << *map;
+        std::filesystem::create_directory(folder() / "Resources");
+        folder_->write("Resources/mapdata", *map);
     }
 
     std::vector<char*> argv = {const_cast<char*>("drench-server")};
     for (const std::string& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
-    const std::string errors = (folder_ / "stderr").string();
+    const std::string errors = (folder() / "stderr").string();
 
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
@@ -103,11 +96,10 @@ ServerProcess::ServerProcess(ServerProcess&& other) noexcept
       port_(other.port_), unread_(std::move(other.unread_)), status_(other.status_) {
     other.pid_ = -1;
     other.output_ = -1;
-    other.folder_.clear();
 }
 
 ServerProcess::~ServerProcess() {
-    if (folder_.empty())
+    if (!folder_)
         return;
     if (!status_ && pid_ > 0) {
         kill(pid_, SIGKILL);
@@ -115,10 +107,8 @@ ServerProcess::~ServerProcess() {
     }
     close(output_);
     std::ostringstream errors;
-    errors << std::ifstream(folder_ / "stderr").rdbuf();
+    errors << std::ifstream(folder() / "stderr").rdbuf();
     EXPECT_EQ(errors.str(), "") << "on the server's standard error";
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
 }
 
 bool ServerProcess::readSome(int milliseconds) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "TemporaryFolder.h"
+
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,7 +27,7 @@ class ServerProcess {
     /// The port given by listening().
     int port() const { return port_; }
 
-    const std::filesystem::path& folder() const { return folder_; }
+    std::filesystem::path folder() const { return folder_->path; }
 
     /// The next line of standard output without its end, or nothing within `milliseconds`. At the
     /// end of the output a last line without an end counts.
@@ -44,7 +47,7 @@ class ServerProcess {
   private:
     bool readSome(int milliseconds);
 
-    std::filesystem::path folder_;
+    std::unique_ptr<TemporaryFolder> folder_;
     int pid_ = -1;
     int output_ = -1;
     int port_ = 0;

@@ -62,6 +62,22 @@ TEST(Datagrams, OfMoreThan512BytesAreReadAsTheirFirst512) {
     EXPECT_TRUE(player.waitForDatagram("s1"));
 }
 
+TEST(Datagrams, ShortOnesAreFollowedByZerosAndNotByTheOneBefore) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    RemotePlayer player(server.port());
+    const char id = player.join("Ann");
+    player.send(keyDatagram(id, keyIndex::shoot, true));
+    ASSERT_TRUE(
+        player.waitForState([](const UpdateMessage& state) { return state.updates[0].shooting; }));
+    UdpPeer stranger;
+    stranger.send(std::string(512, '\x01'), server.port());
+    ASSERT_TRUE(stranger.receive(5000).has_value());
+    player.send({messageCode::key, id, keyIndex::shoot});
+    EXPECT_TRUE(player.waitForState([](const UpdateMessage& state) {
+        return !state.updates[0].shooting;
+    })) << "three bytes are a release";
+}
+
 TEST(TickRate, IsALittleAboveSixtyStatesASecond) {
     const ServerProcess server = ServerProcess::listening(emptyCourt());
     RemotePlayer player(server.port());

@@ -7,9 +7,15 @@ prefix=$(mktemp -d)
 trap 'rm -rf "$prefix"' EXIT
 cmake --install "$1" --prefix "$prefix" >"$prefix/install.log"
 
-# A room on a port of the system's choice ends by itself after a second.
-output=$(timeout 1 "$prefix/bin/drench-server" 0 || true)
-if ! grep -qx 'Server is listening on port 0' <<<"$output"; then
-  printf 'The installed server did not start:\n%s\n' "$output" >&2
-  exit 1
-fi
+# Port 0 lets the system choose one. The server ends as soon as it has said what it should.
+coproc server { exec timeout 20 "$prefix/bin/drench-server" 0; }
+pid=$server_PID
+while read -r line <&"${server[0]}"; do
+  if [ "$line" = 'Server is listening on port 0' ]; then
+    kill "$pid"
+    exit 0
+  fi
+  echo "$line" >&2
+done
+echo 'The installed server did not start.' >&2
+exit 1
