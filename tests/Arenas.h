@@ -14,6 +14,14 @@ std::string arenaText(int columns, int rows, int depth,
 /// The world that this text describes.
 MapManager loaded(const std::string& text);
 
+/// A world of these dimensions with the one cell (i, j, k) solid.
+MapManager onlySolid(int columns, int rows, int depth, int i, int j, int k);
+
+MapManager withoutSolids(int columns, int rows, int depth);
+
+/// A row of cells along x, '#' solid and '.' empty.
+MapManager corridor(const std::string& cells);
+
 /// 32 × 16 × 32 cubes, as large as the spawns need: a floor with its top at y = 64, walls to full
 /// height around it, nothing else.
 std::string emptyCourt();

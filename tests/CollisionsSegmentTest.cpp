@@ -1,3 +1,4 @@
+#include "Boxes.h"
 #include "Collisions.h"
 #include "Components.h"
 
@@ -9,23 +10,9 @@ namespace {
 
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 
-const Box unitBox(vec3(0.5f, 0.5f, 0.5f), 1);
 constexpr vec3 unitMin(0, 0, 0);
 constexpr vec3 unitMax(1, 1, 1);
 constexpr vec3 marker(7, 8, 9);
-
-constexpr std::array<float vec3::*, 3> axes = {&vec3::x, &vec3::y, &vec3::z};
-
-Box between(vec3 min, vec3 max) {
-    Box box;
-    box.min = min;
-    box.max = max;
-    return box;
-}
-
-/// No two of its coordinates are alike, nor its edges.
-const Box oblong = between(vec3(10, 20, 30), vec3(12, 24, 38));
-constexpr vec3 oblongMiddle(11, 22, 34);
 
 /// One slab, with the range that it leaves.
 struct Slab {

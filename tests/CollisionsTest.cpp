@@ -1,4 +1,5 @@
 #include "Collisions.h"
+#include "Boxes.h"
 #include "Components.h"
 
 #include <cmath>
@@ -11,21 +12,6 @@ namespace {
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
-
-const Box unitBox(vec3(0.5f, 0.5f, 0.5f), 1);
-
-constexpr std::array<float vec3::*, 3> axes = {&vec3::x, &vec3::y, &vec3::z};
-
-Box between(vec3 min, vec3 max) {
-    Box box;
-    box.min = min;
-    box.max = max;
-    return box;
-}
-
-/// No two of its coordinates are alike, nor its edges.
-const Box oblong = between(vec3(10, 20, 30), vec3(12, 24, 38));
-constexpr vec3 oblongMiddle(11, 22, 34);
 
 /// Outward face normals in the order of a box's face flags.
 constexpr std::array<Three, 6> normals = {

@@ -69,12 +69,15 @@ TEST(DefaultArena, CellsAreAirOrSolidOfADocumentedMaterial) {
 TEST(DefaultArena, GroundIsSolidAndTheBorderStandsToFullHeight) {
     for (int a = 0; a < 32; ++a) {
         for (int b = 0; b < 32; ++b)
-            EXPECT_FALSE(arena().cubeIsNull(a, 0, b));
+            EXPECT_FALSE(arena().cubeIsNull(a, 0, b))
+                << "ground at column " << a << ", depth " << b;
         for (int j = 0; j < 16; ++j) {
-            EXPECT_FALSE(arena().cubeIsNull(a, j, 0));
-            EXPECT_FALSE(arena().cubeIsNull(a, j, 31));
-            EXPECT_FALSE(arena().cubeIsNull(0, j, a));
-            EXPECT_FALSE(arena().cubeIsNull(31, j, a));
+            EXPECT_FALSE(arena().cubeIsNull(a, j, 0))
+                << "column " << a << ", row " << j << ", depth 0";
+            EXPECT_FALSE(arena().cubeIsNull(a, j, 31))
+                << "column " << a << ", row " << j << ", depth 31";
+            EXPECT_FALSE(arena().cubeIsNull(0, j, a)) << "column 0, row " << j << ", depth " << a;
+            EXPECT_FALSE(arena().cubeIsNull(31, j, a)) << "column 31, row " << j << ", depth " << a;
         }
     }
 }
