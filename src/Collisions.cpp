@@ -36,12 +36,12 @@ bool pointIsInSinglePlane(vec3 point, vec3 planePoint, vec3 normal) {
     return (point - planePoint).dot(normal) >= 0.0f;
 }
 
-bool intersects(Box box, vec3 point) {
+bool intersects(const Box& box, vec3 point) {
     return point.x >= box.min.x && box.max.x >= point.x && point.y >= box.min.y &&
            box.max.y >= point.y && point.z >= box.min.z && box.max.z >= point.z;
 }
 
-bool intersects(Box a, Box b) {
+bool intersects(const Box& a, const Box& b) {
     return b.max.x >= a.min.x && a.max.x >= b.min.x && b.max.y >= a.min.y && a.max.y >= b.min.y &&
            b.max.z >= a.min.z && a.max.z >= b.min.z;
 }

@@ -9,10 +9,10 @@
 bool pointIsInSinglePlane(vec3 point, vec3 planePoint, vec3 normal);
 
 /// Point inside or on the box; a NaN coordinate is outside.
-bool intersects(Box box, vec3 point);
+bool intersects(const Box& box, vec3 point);
 
 /// Boxes overlap or touch; only their corners are read.
-bool intersects(Box a, Box b);
+bool intersects(const Box& a, const Box& b);
 
 /// One slab of the slab test (Kay and Kajiya, "Ray tracing complex scenes", 1986): narrows the
 /// parameter range [enter, exit] of start + t · dir to where it lies between min and max. A dir

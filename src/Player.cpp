@@ -21,8 +21,6 @@ constexpr double gravityPerTick = 0.5;
 /// Gravity acts up to this vertical speed. No jump gets there.
 constexpr float gravityCutOff = 13.0f;
 
-constexpr vec3 bodySize(50.0f, 150.0f, 50.0f);
-
 /// Radians of one mouse count are 1 / this.
 constexpr double countsPerRadian = 360.0;
 
@@ -39,8 +37,7 @@ struct Pose {
     quat rotation;
 };
 
-/// Four on balconies at the middles of the sides, four on the ground near the corners.
-constexpr Pose spawnPoses[] = {
+constexpr Pose spawnPoses[Player::spawnPoseCount] = {
     {{1010.68f, 538.201f, 133.03f},
      {1010.67f, 538.15f, 134.028f},
      {0.0236078f, -0.0194449f, -0.000244947f, 0.999531f}},
@@ -66,8 +63,6 @@ constexpr Pose spawnPoses[] = {
      {252.445f, 154.425f, 1808.44f},
      {-0.040981f, 0.91708f, 0.107472f, 0.381698f}},
 };
-
-constexpr int spawnPoseCount = sizeof spawnPoses / sizeof spawnPoses[0];
 
 /// How far above its pose a player spawns.
 constexpr float spawnLift = 120.0f;
@@ -97,7 +92,7 @@ void standAt(Player& player, const Pose& pose, float lift) {
     player.strafeSpeed = strafeWalkSpeed;
     player.verticalSpeed = 0.0f;
     player.inAir = false;
-    player.box = Box(player.position, bodySize);
+    player.box = Box(player.position, Player::bodySize);
     player.moveInput = 0.0f;
     player.strafeInput = 0.0f;
     for (bool& key : player.keys)
@@ -260,8 +255,12 @@ void Player::die(float now) {
 }
 
 void Player::spawn() {
+    spawnAt(rand() % spawnPoseCount);
+}
+
+void Player::spawnAt(int pose) {
     up = vec3(0.0f, 1.0f, 0.0f);
-    standAt(*this, spawnPoses[rand() % spawnPoseCount], spawnLift);
+    standAt(*this, spawnPoses[pose], spawnLift);
 }
 
 void Player::incPoints() {

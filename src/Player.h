@@ -13,6 +13,12 @@
 /// world units, speeds world units per tick, times milliseconds of getCurrentMillisecond() as a
 /// float, angles radians. y is up.
 struct Player {
+    /// Four on balconies at the middles of the sides, then four on the ground near the corners.
+    static constexpr int spawnPoseCount = 8;
+
+    /// Edge lengths of the body along x, y and z.
+    static constexpr vec3 bodySize{50.0f, 150.0f, 50.0f};
+
     /// '1' to '4' for players who joined.
     char playerID;
     float lastMessageTime;
@@ -119,8 +125,11 @@ struct Player {
     /// wait.
     void die(float now);
 
-    /// Puts the player at one of eight poses, chosen by rand(), with all keys released.
+    /// Puts the player at one of the spawn poses, chosen by rand(), with all keys released.
     void spawn();
+
+    /// The same at a chosen pose, 0 to spawnPoseCount - 1.
+    void spawnAt(int pose);
 
     bool alive() const { return !dead; }
 

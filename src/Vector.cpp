@@ -32,18 +32,6 @@ void vec2::normalize() {
     scaleToUnitLength(*this);
 }
 
-void vec3::operator+=(const vec3& b) {
-    x += b.x;
-    y += b.y;
-    z += b.z;
-}
-
-void vec3::operator-=(const vec3& b) {
-    x -= b.x;
-    y -= b.y;
-    z -= b.z;
-}
-
 void vec3::operator/=(const float& s) {
     x /= s;
     y /= s;

@@ -39,8 +39,8 @@ struct vec3 {
     vec3 operator*(const float& s) const { return {x * s, y * s, z * s}; }
     vec3 operator/(const float& s) const { return {x / s, y / s, z / s}; }
     vec3 operator/(const vec3& b) const { return {x / b.x, y / b.y, z / b.z}; }
-    void operator+=(const vec3& b);
-    void operator-=(const vec3& b);
+    void operator+=(const vec3& b) { *this = *this + b; }
+    void operator-=(const vec3& b) { *this = *this - b; }
 
     /// Divides each component in turn; s is read anew each time, so `v /= v.x` sees the new x.
     void operator/=(const float& s);
