@@ -60,7 +60,7 @@ TEST(DefaultArena, CellsAreAirOrSolidOfADocumentedMaterial) {
                 ASSERT_TRUE(cube.solid == 0 || cube.solid == 1);
                 ASSERT_EQ(cube.solid == 0, cube.cellValue == 0);
                 ASSERT_GE(cube.cellValue, 0);
-                ASSERT_LE(cube.cellValue, 7);
+                ASSERT_LE(cube.cellValue, 12);
             }
         }
     }

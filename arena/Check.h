@@ -1,0 +1,65 @@
+#pragma once
+
+#include "MapText.h"
+#include "Reach.h"
+#include "Sight.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace arena {
+
+enum class Severity {
+    /// The arena cannot be played as it is.
+    error,
+
+    /// It can, but not everybody will like it.
+    warning
+};
+
+/// One thing that the maker should know.
+struct Finding {
+    Severity severity;
+
+    /// "text", "spawns", "reach" or "sight".
+    std::string subject;
+    std::string words;
+
+    /// Where it is: the cell, and the place of its `solid` in the file; absent when it is nowhere
+    /// in particular.
+    std::optional<CellIndex> cell;
+    std::optional<TextPlace> place;
+};
+
+/// What is known of an arena after a check. What errors have made pointless to look at is left
+/// empty.
+struct CheckResult {
+    std::vector<Finding> findings;
+    std::vector<Arrival> arrivals;
+    std::optional<Reach> reach;
+
+    /// Cells with room to stand, and how many of them players get to.
+    std::vector<CellIndex> walkable;
+    std::size_t walkableReached = 0;
+    std::optional<Sight> sight;
+
+    /// Whether a room can be played here: no finding is an error.
+    bool playable() const;
+};
+
+/// Told now and then what is being looked at ("reach", "sight") and at how many places so far.
+using CheckProgress = std::function<void(const std::string& subject, std::size_t places)>;
+
+/// Where a cell stands in the file that the maker edits.
+using PlaceOfCell = std::function<TextPlace(const CellIndex&)>;
+
+/// Checks an arena: where players spawn, where they get to, whom they see. The arrivals keep a
+/// pointer to `map`. Without `placeOf` findings have no place.
+CheckResult check(MapManager& map, const PlaceOfCell& placeOf, const CheckProgress& progress = {});
+
+/// Checks a map text: first its numbers, and the arena only when they give every cell.
+CheckResult check(MapText& text, const CheckProgress& progress = {});
+
+} // namespace arena

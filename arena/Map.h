@@ -1,0 +1,37 @@
+#pragma once
+
+#include "MapManager.h"
+
+#include <compare>
+
+namespace arena {
+
+/// A cell of the grid; ordered as in the map text.
+struct CellIndex {
+    int column = 0;
+    int row = 0;
+    int depth = 0;
+
+    auto operator<=>(const CellIndex&) const = default;
+};
+
+/// Edge length of a cube in world units.
+constexpr float cubeEdge = 64.0f;
+
+/// The most cells that any tool makes a map of: 256 × 32 × 256 take 110 MB.
+constexpr long mostCells = 256L * 32 * 256;
+
+/// Whether a map of these dimensions has cells, and at most mostCells of them.
+bool isArenaSize(long columns, long rows, long depth);
+
+/// A map of empty cells. The dimensions must be an arena's size.
+MapManager emptyMap(int columns, int rows, int depth);
+
+/// The cell (i, j, k), which must lie in the grid: its `solid` and `cellValue` may be set.
+Box& cell(MapManager& map, int column, int row, int depth);
+const Box& cell(const MapManager& map, int column, int row, int depth);
+
+/// Whether both maps have the same dimensions and the same two numbers in every cell.
+bool sameCells(const MapManager& a, const MapManager& b);
+
+} // namespace arena

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Map.h"
+
+#include <compare>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace arena {
+
+/// A place in a text file, counted from 1; columns count bytes.
+struct TextPlace {
+    int line = 0;
+    int column = 0;
+
+    auto operator<=>(const TextPlace&) const = default;
+};
+
+/// The text in quotes as errors show it: '?' for what is no printable ASCII, at most 40 characters.
+std::string quoted(std::string_view text);
+
+/// Something wrong with a map text.
+struct TextProblem {
+    TextPlace place;
+    std::string words;
+
+    /// Whether the server still reads every cell as the file means it.
+    bool harmless = false;
+};
+
+/// A map text and what the server makes of it.
+struct MapText {
+    /// Whether the header gives the dimensions of an arena. If not, `map` has no cells.
+    bool hasHeader = false;
+
+    /// Read by MapManager::init from the file's lines joined without a separator, as the server
+    /// does.
+    MapManager map;
+
+    /// In the order of the file.
+    std::vector<TextProblem> problems;
+
+    /// Where each number stands that the server gets to read: columns, rows, depth, then two for
+    /// each cell.
+    std::vector<TextPlace> numbers;
+
+    /// Where the cell's `solid` stands; {0, 0} for a cell that the text does not reach. The cell
+    /// must lie in the grid.
+    TextPlace placeOf(const CellIndex& cell) const;
+};
+
+/// Reads a map text and finds what is wrong with it: a header that gives no dimensions, too few or
+/// too many numbers, something that is no number, lines that the loader joins into one number. What
+/// joined lines make of the rest is not reported; where the text is right only with its lines
+/// joined, the joins are harmless. Of a kind of problem the first three are told, then how many
+/// more there are.
+MapText readMapText(const std::string& bytes);
+
+/// The map as text: the header, then one line for each column and row, each starting with a blank
+/// because the loader joins lines.
+std::string writeMapText(const MapManager& map);
+
+} // namespace arena

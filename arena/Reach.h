@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Arrivals.h"
+#include "Map.h"
+#include "MapManager.h"
+#include "Vector.h"
+
+#include <functional>
+#include <vector>
+
+namespace arena {
+
+/// A place where a player came to stand: the cell that the middle of its feet lies in.
+struct StandingPlace {
+    CellIndex feet;
+
+    /// Centre of a body that stood here, world units.
+    vec3 position;
+
+    /// Indices of the places that a player who stands here gets to next, on foot or by one flight:
+    /// a jump or a fall, steered through the air. Ascending, without this place itself.
+    std::vector<int> next;
+};
+
+/// A body on its way out of the world.
+struct Departure {
+    /// Its centre when it had just passed the world's side or bottom.
+    vec3 position;
+
+    /// The cell of the grid nearest to it: where the hole or the low wall is.
+    CellIndex cell;
+};
+
+/// Where players can get to.
+struct Reach {
+    std::vector<StandingPlace> places;
+
+    /// For each spawn pose the index of the place it lands on, -1 if it never stands.
+    std::vector<int> landings;
+
+    /// One for each cell where a body left the world.
+    std::vector<Departure> departures;
+
+    /// Calls of Player::update that it took.
+    long ticks = 0;
+};
+
+/// How fast players move in flight, at most.
+enum class Pace {
+    /// Forward and sideways at once: 8.5 world units a tick.
+    ordinary,
+
+    /// 12 units a tick: a quarter turn in one view report leaves the strafe vector pointing where
+    /// the view does.
+    flicked
+};
+
+/// Explores from every spawn where players can get to, by walking, turning, jumping and steering in
+/// the air through Player::update: a search over the states of a body, merged where position and
+/// vertical speed are nearly alike, so that all it finds can be done and little is missed. Calls
+/// `progress` now and then with the number of places found so far.
+Reach explore(MapManager& map, const std::vector<Arrival>& arrivals, Pace pace,
+              const std::function<void(std::size_t places)>& progress = {});
+
+/// Cells on whose floor a body has room to stand in the middle, below the top of the world, reached
+/// or not.
+std::vector<CellIndex> walkableCells(const MapManager& map);
+
+} // namespace arena

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "MapManager.h"
+#include "Materials.h"
+
+#include <string>
+#include <vector>
+
+// Maps as voxel editors read and write them, in the widely used chunked .vox format. Its axes are
+// right-handed with z up, ours are right-handed with y up, so nothing is mirrored:
+//
+//     column = x, row = z, depth index = (SIZE's y) - 1 - y
+//
+// A palette index is a cellValue, and its colour is colourOf(cellValue).
+
+namespace arena {
+
+/// A colour of a voxel file that is no cellValue's, and what its voxels became.
+struct ReplacedColour {
+    Colour colour;
+    int cellValue = 0;
+    long voxels = 0;
+
+    bool operator==(const ReplacedColour&) const = default;
+};
+
+struct VoxImport {
+    MapManager map;
+
+    /// The colour with the most voxels first; of as many, by red, green and blue.
+    std::vector<ReplacedColour> replaced;
+};
+
+/// Whether the bytes begin as a voxel file does.
+bool isVox(const std::string& bytes);
+
+/// Reads a voxel file of one model. A voxel is a cell with `solid` 1 and the cellValue that its
+/// colour belongs to, else the nearest material's: by distance in Oklab (bottosson.github.io/posts/
+/// oklab). Of two voxels in one cell the last counts, as in editors; transparency is ignored, and
+/// so are chunks other than SIZE, XYZI, RGBA and PACK. Throws InputError with the byte, counted
+/// from 0, that is wrong, before it makes a map.
+VoxImport readVox(const std::string& bytes);
+
+/// The map as a voxel file. Throws InputError when the format cannot hold it: a side beyond 256
+/// cubes, or a cell that is neither `solid` 1 with a cellValue from 1 to 255 nor 0 and 0.
+std::string writeVox(const MapManager& map);
+
+} // namespace arena

@@ -1,0 +1,241 @@
+#include "Check.h"
+#include "Courts.h"
+
+#include <gtest/gtest.h>
+
+using arena::CellIndex;
+using arena::CheckResult;
+using arena::Finding;
+using arena::Severity;
+
+// Broken arenas, each with the words that its maker is told. They are the ring arena of Courts.h
+// with something changed.
+
+namespace {
+
+using SolidAt = std::function<bool(int, int, int)>;
+
+std::string ringText(const SolidAt& solid = solidInRing) {
+    return arenaText(32, 16, 32, solid);
+}
+
+CheckResult checked(const std::string& bytes) {
+    arena::MapText text = arena::readMapText(bytes);
+    return arena::check(text);
+}
+
+std::vector<std::string> wordsOf(const CheckResult& result) {
+    std::vector<std::string> words;
+    for (const Finding& finding : result.findings)
+        words.push_back(finding.words);
+    return words;
+}
+
+/// The one error, or the first of all.
+const Finding& firstError(const CheckResult& result) {
+    static const Finding none{};
+    for (const Finding& finding : result.findings) {
+        if (finding.severity == Severity::error)
+            return finding;
+    }
+    ADD_FAILURE() << "no error was found";
+    return none;
+}
+
+void expectError(const CheckResult& result, const std::string& subject, const std::string& words) {
+    EXPECT_FALSE(result.playable());
+    EXPECT_EQ(firstError(result).subject, subject);
+    EXPECT_EQ(firstError(result).words, words);
+}
+
+/// The ring without cubes where `free` says so, and with more where `filled` does.
+SolidAt ringBut(const SolidAt& free, const SolidAt& filled = nothing) {
+    return [=](int i, int j, int k) {
+        return filled(i, j, k) || (solidInRing(i, j, k) && !free(i, j, k));
+    };
+}
+
+} // namespace
+
+TEST(Check, RingCanBePlayed) {
+    const CheckResult result = checked(ringText());
+    EXPECT_TRUE(result.playable());
+    EXPECT_EQ(wordsOf(result), std::vector<std::string>{});
+    ASSERT_TRUE(result.reach);
+    EXPECT_EQ(result.walkableReached, result.walkable.size());
+    ASSERT_TRUE(result.sight);
+}
+
+TEST(Check, FindingsNameTheCellAndWhereItsNumberStands) {
+    // A hole of one cube in the outer wall, three cubes high.
+    const CheckResult result = checked(
+        ringText(ringBut([](int i, int j, int k) { return i > 28 && k == 18 && j > 2 && j < 6; })));
+    expectError(result, "reach", "players can leave the world here");
+    const Finding& finding = firstError(result);
+    ASSERT_TRUE(finding.cell && finding.place);
+    EXPECT_EQ(finding.cell->column, 31);
+    EXPECT_EQ(finding.cell->depth, 18);
+    // "32 16 32", then " s v" for each cell.
+    const int cell = (31 * 16 + finding.cell->row) * 32 + 18;
+    EXPECT_EQ(finding.place->line, 1);
+    EXPECT_EQ(finding.place->column, 8 + 4 * cell + 2);
+}
+
+TEST(CheckText, EmptyFile) {
+    const CheckResult result = checked("");
+    EXPECT_FALSE(result.playable());
+    EXPECT_EQ(firstError(result).subject, "text");
+    EXPECT_FALSE(result.reach);
+}
+
+TEST(CheckText, JoinedLinesAreTheOnlyFinding) {
+    std::string text = ringText();
+    // A line end in place of a blank in the middle.
+    const std::size_t blank = text.find(' ', text.size() / 2);
+    text[blank] = '\n';
+    const CheckResult result = checked(text);
+    ASSERT_EQ(result.findings.size(), 1u);
+    EXPECT_TRUE(result.findings[0].words.starts_with("line 1 ends in "))
+        << result.findings[0].words;
+    EXPECT_FALSE(result.playable());
+    EXPECT_FALSE(result.reach) << "what the server would read is not worth a walk";
+}
+
+TEST(CheckText, LeftOverNumbersDoNotKeepTheArenaFromBeingChecked) {
+    const CheckResult result = checked(ringText() + " 1 1");
+    EXPECT_FALSE(result.playable());
+    EXPECT_EQ(firstError(result).subject, "text");
+    EXPECT_TRUE(result.reach);
+}
+
+TEST(CheckText, LinesWrappedOnPurposeAreOnlyWarnedOf) {
+    std::string text = ringText();
+    text.insert(1, "\n");
+    const CheckResult result = checked(text);
+    EXPECT_TRUE(result.playable());
+    EXPECT_EQ(result.findings.size(), 1u);
+}
+
+TEST(CheckSpawns, BodyInACube) {
+    const CheckResult result = checked(ringText(
+        ringBut(nothing, [](int i, int j, int k) { return i == 15 && j == 10 && k == 1; })));
+    expectError(result, "spawns", "spawn 1 is not clear: its body touches ground");
+    EXPECT_EQ(firstError(result).cell, (CellIndex{15, 10, 1}));
+}
+
+TEST(CheckSpawns, OutsideTheArena) {
+    const CheckResult result = checked(arenaText(24, 16, 32, solidInRing));
+    EXPECT_FALSE(result.playable());
+    const std::vector<std::string> words = wordsOf(result);
+    EXPECT_EQ(words[0], "spawn 4 lies outside the arena, which must reach further");
+    EXPECT_EQ(result.findings[0].cell->column, 23);
+}
+
+TEST(CheckSpawns, NothingToLandOn) {
+    const CheckResult result = checked(ringText(
+        ringBut([](int i, int, int k) { return i >= 15 && i <= 16 && k >= 1 && k <= 2; })));
+    expectError(result, "spawns", "spawn 1 has nothing to land on: players fall out of the world");
+}
+
+TEST(CheckSpawns, AllOutsideIsTheEndOfTheCheck) {
+    const CheckResult result = checked(arenaText(2, 2, 2, solidInRing));
+    EXPECT_EQ(result.findings.size(), 8u);
+    EXPECT_FALSE(result.reach);
+}
+
+TEST(CheckReach, HoleInTheFloor) {
+    const CheckResult result =
+        checked(ringText(ringBut([](int i, int, int k) { return i == 9 && k == 3; })));
+    expectError(result, "reach", "players can leave the world here");
+    EXPECT_EQ(firstError(result).cell, (CellIndex{9, 0, 3}));
+}
+
+TEST(CheckReach, BorderThatCanBeClimbed) {
+    // Behind spawn 1 the wall is two cubes high only.
+    const CheckResult result = checked(ringText(
+        ringBut([](int i, int j, int k) { return i >= 15 && i <= 16 && k == 0 && j > 4; })));
+    expectError(result, "reach", "players can leave the world here");
+    EXPECT_EQ(firstError(result).cell->depth, 0);
+}
+
+TEST(CheckReach, ManyHolesAreCounted) {
+    const CheckResult result =
+        checked(ringText(ringBut([](int i, int, int k) { return k == 3 && i >= 8 && i <= 20; })));
+    EXPECT_FALSE(result.playable());
+    const std::vector<std::string> words = wordsOf(result);
+    EXPECT_EQ(std::count(words.begin(), words.end(), "players can leave the world here"), 3);
+    EXPECT_NE(std::find_if(words.begin(), words.end(),
+                           [](const std::string& word) {
+                               return word.starts_with("and at ") && word.ends_with(" more cells");
+                           }),
+              words.end());
+}
+
+TEST(CheckReach, SpawnBehindAWall) {
+    // The alcove of spawn 1 is walled off.
+    const CheckResult result = checked(
+        ringText(ringBut(nothing, [](int i, int, int k) { return i >= 15 && i <= 16 && k == 3; })));
+    EXPECT_FALSE(result.playable());
+    const std::vector<std::string> words = wordsOf(result);
+    EXPECT_NE(std::find(words.begin(), words.end(),
+                        "no way from spawn 1 to spawns 2, 3, 4, 5, 6, 7 and 8"),
+              words.end());
+    EXPECT_NE(std::find(words.begin(), words.end(), "no way from spawn 8 to spawn 1"), words.end());
+}
+
+TEST(CheckReach, SpawnThatCanOnlyBeLeft) {
+    // The alcove of spawn 1 lies three cubes above the ring.
+    const CheckResult result = checked(ringText(ringBut(
+        nothing, [](int i, int j, int k) { return i >= 15 && i <= 16 && k <= 2 && j < 6; })));
+    expectError(result, "reach", "no way from spawn 2 to spawn 1");
+}
+
+TEST(CheckReach, PitOfThreeCubesHoldsWhoFallsInOneOfTwoDoesNot) {
+    const auto isHole = [](int i, int k) { return k == 3 && (i == 10 || i == 11); };
+    EXPECT_TRUE(checked(ringText(ringBut([&](int i, int j, int k) {
+                    return j > 0 && isHole(i, k);
+                }))).playable());
+
+    // Within a rim of one cube the same hole is three deep.
+    const CheckResult result = checked(ringText([&](int i, int j, int k) {
+        const bool rim = i >= 9 && i <= 12 && k <= 4 && j == 3;
+        return isHole(i, k) ? j < 1 : rim || solidInRing(i, j, k);
+    }));
+    expectError(result, "reach",
+                "a pit of 2 standing places: who gets in never gets out to a spawn again");
+    EXPECT_EQ(firstError(result).cell->row, 1);
+    EXPECT_EQ(firstError(result).cell->depth, 3);
+}
+
+TEST(CheckReach, DeadEndIsAWarning) {
+    // A tunnel of six cubes into the block in the middle.
+    const CheckResult result = checked(ringText(
+        ringBut([](int i, int j, int k) { return i == 17 && j > 2 && j < 7 && k > 4 && k < 11; })));
+    EXPECT_TRUE(result.playable());
+    ASSERT_EQ(result.findings.size(), 1u);
+    EXPECT_EQ(result.findings[0].words, "a dead end, 5 cubes long")
+        << "behind the first, its mouth";
+    EXPECT_EQ(result.findings[0].cell, (CellIndex{17, 3, 10}));
+}
+
+TEST(CheckSight, SpawnsThatSeeEachOther) {
+    // A hall between the alcoves of spawns 1 and 3.
+    const CheckResult result = checked(
+        ringText(ringBut([](int i, int j, int) { return i >= 15 && i <= 16 && j > 2 && j < 8; },
+                         [](int, int, int k) { return k == 0 || k == 31; })));
+    EXPECT_TRUE(result.playable());
+    const std::vector<std::string> words = wordsOf(result);
+    EXPECT_EQ(
+        std::count(words.begin(), words.end(), "who lands at spawn 1 sees who lands at spawn 3"),
+        1);
+}
+
+TEST(Check, ProgressNamesWhatIsLookedAt) {
+    arena::MapText text = arena::readMapText(ringText());
+    std::vector<std::string> subjects;
+    arena::check(text, [&](const std::string& subject, std::size_t) {
+        if (subjects.empty() || subjects.back() != subject)
+            subjects.push_back(subject);
+    });
+    EXPECT_EQ(subjects, (std::vector<std::string>{"reach", "sight"}));
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Check.h"
+
+#include <iosfwd>
+#include <string>
+
+/// Writes what a check found for people: figures by subject, then each finding as
+/// "file:line:column: error: words (cell column, row, depth)", then the verdict.
+void writeReport(std::ostream& out, const std::string& file, const MapManager& map,
+                 const arena::CheckResult& result);
+
+/// Writes the same as one JSON object for programs.
+void writeJson(std::ostream& out, const std::string& file, const MapManager& map,
+               const arena::CheckResult& result);

@@ -1,0 +1,304 @@
+#include "Check.h"
+#include "CheckReport.h"
+#include "Files.h"
+#include "MapText.h"
+#include "Picture.h"
+#include "Plan.h"
+#include "Png.h"
+#include "Reach.h"
+#include "VoxFile.h"
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <iomanip>
+#include <iostream>
+#include <map>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+// The command line of the arena tools; what can be known of an arena is in arena/.
+
+namespace {
+
+constexpr int playable = 0;
+constexpr int notPlayable = 1;
+constexpr int notReadable = 2;
+
+using arena::InputError;
+
+/// A line on a terminal that says how far a long task has come, from its second second on.
+class ProgressLine {
+  public:
+    void operator()(const std::string& subject, std::size_t places) {
+        using namespace std::chrono;
+        const auto now = steady_clock::now();
+        if (!isatty(STDERR_FILENO) || now - started < seconds(1) || now - shown < milliseconds(100))
+            return;
+        shown = now;
+        std::cerr << "\r" << subject << ": " << places << " standing places, "
+                  << duration_cast<seconds>(now - started).count() << " s ";
+    }
+    ~ProgressLine() {
+        if (shown > started)
+            std::cerr << "\r\033[K";
+    }
+
+  private:
+    std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point shown = started;
+};
+
+/// A map text's problems as an error for the user.
+[[noreturn]] void failWithProblems(const std::string& file, const arena::MapText& text) {
+    std::string words;
+    for (const arena::TextProblem& problem : text.problems) {
+        if (!words.empty())
+            words += '\n';
+        words += file + ':' + std::to_string(problem.place.line) + ':' +
+                 std::to_string(problem.place.column) + ": " + problem.words;
+    }
+    throw InputError(words);
+}
+
+MapManager mapFromText(const std::string& file, const std::string& bytes) {
+    arena::MapText text = arena::readMapText(bytes);
+    for (const arena::TextProblem& problem : text.problems) {
+        if (!problem.harmless)
+            failWithProblems(file, text);
+    }
+    return std::move(text.map);
+}
+
+arena::VoxImport voxFromFile(const std::string& file, const std::string& bytes) {
+    try {
+        return arena::readVox(bytes);
+    } catch (const InputError& error) {
+        throw InputError(file + ": " + error.what());
+    }
+}
+
+/// The map in a file of any kind that we know.
+MapManager mapFromFile(const std::string& file) {
+    const std::string bytes = arena::readFile(file);
+    if (arena::isVox(bytes))
+        return voxFromFile(file, bytes).map;
+    if (arena::isPlan(bytes))
+        return arena::readPlan(bytes, file).map;
+    return mapFromText(file, bytes);
+}
+
+int checkFile(const std::string& file, bool asJson) {
+    const std::string bytes = arena::readFile(file);
+    arena::MapText text;
+    arena::CheckResult result;
+    {
+        ProgressLine progress;
+        const auto report = [&](const std::string& subject, std::size_t places) {
+            progress(subject, places);
+        };
+        if (arena::isPlan(bytes)) {
+            arena::Plan plan = arena::readPlan(bytes, file);
+            text.map = std::move(plan.map);
+            result = arena::check(
+                text.map, [&](const arena::CellIndex& cell) { return plan.placeOf(cell); }, report);
+        } else if (arena::isVox(bytes)) {
+            text.map = voxFromFile(file, bytes).map;
+            result = arena::check(text.map, {}, report);
+        } else {
+            text = arena::readMapText(bytes);
+            result = arena::check(text, report);
+        }
+    }
+    (asJson ? writeJson : writeReport)(std::cout, file, text.map, result);
+    if (!text.map.hasCells())
+        return notReadable;
+    return result.playable() ? playable : notPlayable;
+}
+
+std::vector<arena::SpawnMark> spawnMarks(const std::vector<arena::Arrival>& arrivals) {
+    std::vector<arena::SpawnMark> marks;
+    for (const arena::Arrival& arrival : arrivals) {
+        const Player& player = arrival.lands ? arrival.landed : arrival.spawned;
+        if (arrival.insideWorld)
+            marks.push_back({arrival.pose + 1, player.box, player.direction});
+    }
+    return marks;
+}
+
+struct PictureOptions {
+    std::string view = "iso";
+    arena::Corner from = arena::Corner::southEast;
+    std::array<int, 2> size = {1600, 1000};
+    std::array<float, 3> at{};
+    std::array<float, 3> look{};
+};
+
+arena::Image pictureOf(MapManager& map, const PictureOptions& options) {
+    const std::vector<arena::Arrival> arrivals = arena::arrivals(map);
+    const std::vector<arena::SpawnMark> marks = spawnMarks(arrivals);
+    const auto [width, height] = options.size;
+    if (options.view == "iso")
+        return arena::isometricPicture(map, marks, options.from, width, height);
+    if (options.view == "eye") {
+        const auto [x, y, z] = options.at;
+        const auto [lookX, lookY, lookZ] = options.look;
+        return arena::eyePicture(map, marks, {x, y, z}, {lookX, lookY, lookZ}, width, height);
+    }
+    ProgressLine progress;
+    const arena::Reach reach =
+        arena::explore(map, arrivals, arena::Pace::ordinary,
+                       [&](std::size_t places) { progress("reach", places); });
+    std::vector<arena::CellIndex> reached;
+    for (const arena::StandingPlace& place : reach.places)
+        reached.push_back(place.feet);
+    return arena::topPicture(map, marks, arena::walkableCells(map), reached, width, height);
+}
+
+void writePicture(const std::string& file, const PictureOptions& options,
+                  const std::string& output) {
+    MapManager map = mapFromFile(file);
+    arena::replaceFile(output, encodePng(pictureOf(map, options)));
+}
+
+void build(const std::string& file, const std::string& output) {
+    const arena::Plan plan = arena::readPlan(arena::readFile(file), file);
+    arena::replaceFile(output, arena::writeMapText(plan.map));
+}
+
+void writePlanOf(const std::string& file, const std::string& name, const std::string& output) {
+    MapManager map = mapFromFile(file);
+    const std::string stem = std::filesystem::path(file).stem().string();
+    const arena::Plan plan{name.empty() ? stem : name, std::move(map), {}};
+    arena::replaceFile(output, arena::writePlan(plan));
+}
+
+void importVox(const std::string& file, const std::string& output) {
+    const arena::VoxImport import = voxFromFile(file, arena::readFile(file));
+    arena::replaceFile(output, arena::writeMapText(import.map));
+    for (const arena::ReplacedColour& replaced : import.replaced) {
+        const auto [red, green, blue] = replaced.colour;
+        std::cout << "colour " << std::hex << std::setfill('0') << std::setw(2) << +red
+                  << std::setw(2) << +green << std::setw(2) << +blue << std::dec << " is no "
+                  << "material's: its " << replaced.voxels << " cubes are "
+                  << arena::materialName(replaced.cellValue) << " now\n";
+    }
+}
+
+void exportVox(const std::string& file, const std::string& output) {
+    const MapManager map = mapFromFile(file);
+    std::string bytes;
+    try {
+        bytes = arena::writeVox(map);
+    } catch (const InputError& error) {
+        throw InputError(file + ": " + error.what());
+    }
+    arena::replaceFile(output, bytes);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Makes, checks and draws arenas.", "drench-map");
+    app.require_subcommand(1);
+    app.get_formatter()->column_width(34);
+
+    std::string file;
+    std::string output;
+    const auto command = [&](const char* name, const char* description, const char* input) {
+        CLI::App* added = app.add_subcommand(name, description);
+        added->add_option("file", file, input)->required()->type_name("FILE");
+        return added;
+    };
+    const auto commandWithOutput = [&](const char* name, const char* description, const char* input,
+                                       const char* result) {
+        CLI::App* added = command(name, description, input);
+        added->add_option("-o,--output", output, result)->required()->type_name("FILE");
+        return added;
+    };
+
+    bool asJson = false;
+    CLI::App* check = command("check", "Says whether an arena can be played, and why not",
+                              "Map text, plan or voxel file");
+    check->add_flag("--json", asJson, "Print one JSON object for programs");
+    check->footer("Exit status: 0 when it can be played, 1 when it cannot, 2 when no arena can be "
+                  "read from the file.");
+
+    PictureOptions options;
+    CLI::App* picture = commandWithOutput("picture", "Draws an arena",
+                                          "Map text, plan or voxel "
+                                          "file",
+                                          "PNG file to write");
+    picture
+        ->add_option("--view", options.view,
+                     "iso: from above a corner; top: a height map; eye: "
+                     "what a player sees")
+        ->check(CLI::IsMember({"iso", "top", "eye"}))
+        ->capture_default_str();
+    const std::map<std::string, arena::Corner> corners = {{"south-east", arena::Corner::southEast},
+                                                          {"south-west", arena::Corner::southWest},
+                                                          {"north-west", arena::Corner::northWest},
+                                                          {"north-east", arena::Corner::northEast}};
+    picture->add_option("--from", options.from, "Corner that iso looks from")
+        ->transform(CLI::CheckedTransformer(corners))
+        ->default_str("south-east");
+    picture->add_option("--size", options.size, "Width and height in pixels")
+        ->delimiter('x')
+        ->type_name("WxH")
+        ->default_str("1600x1000");
+    CLI::Option* at = picture
+                          ->add_option("--at", options.at,
+                                       "Where the eye is, in world units "
+                                       "(64 a cube)")
+                          ->delimiter(',')
+                          ->type_name("X,Y,Z");
+    CLI::Option* look = picture->add_option("--look", options.look, "What the eye looks towards")
+                            ->delimiter(',')
+                            ->type_name("X,Y,Z");
+
+    CLI::App* buildCommand = commandWithOutput("build",
+                                               "Turns a plan into the map text that the "
+                                               "server reads",
+                                               "Plan", "Map text to write");
+    CLI::App* plan = commandWithOutput("plan", "Turns an arena into a plan, for a text editor",
+                                       "Map text or voxel file", "Plan to write");
+    std::string name;
+    plan->add_option("--name", name, "The arena's name")->default_str("the file's name");
+    CLI::App* importCommand = commandWithOutput("import",
+                                                "Turns a voxel editor's file into a map "
+                                                "text",
+                                                "Voxel file (.vox)", "Map text to write");
+    CLI::App* exportCommand = commandWithOutput("export",
+                                                "Turns an arena into a file for voxel "
+                                                "editors",
+                                                "Map text or plan", "Voxel file (.vox) to write");
+
+    try {
+        app.parse(argc, argv);
+        if (*picture && options.view == "eye" && (at->empty() || look->empty()))
+            throw CLI::RequiredError("--view eye: --at and --look");
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : notReadable;
+    }
+
+    try {
+        if (*check)
+            return checkFile(file, asJson);
+        if (*picture)
+            writePicture(file, options, output);
+        else if (*buildCommand)
+            build(file, output);
+        else if (*plan)
+            writePlanOf(file, name, output);
+        else if (*importCommand)
+            importVox(file, output);
+        else if (*exportCommand)
+            exportVox(file, output);
+    } catch (const InputError& error) {
+        std::cerr << error.what() << '\n';
+        return notReadable;
+    }
+    return 0;
+}
