@@ -25,6 +25,7 @@ struct Arrival {
     bool lands;
 
     bool startsFree() const { return insideWorld && clear; }
+    bool comesToStand() const { return startsFree() && lands; }
 
     /// World units from the spawned to the landed pose.
     float fall() const { return spawned.position.y - landed.position.y; }

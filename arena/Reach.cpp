@@ -362,8 +362,8 @@ Reach explore(MapManager& map, const std::vector<Arrival>& arrivals, Pace pace,
     for (const Arrival& arrival : arrivals) {
         if (arrival.startsFree())
             stateInFlight(search, arrival.spawned);
-        search.reach.landings.push_back(
-            arrival.startsFree() && arrival.lands ? placeOf(search, arrival.landed) : -1);
+        search.reach.landings.push_back(arrival.comesToStand() ? placeOf(search, arrival.landed)
+                                                               : -1);
     }
     // Expanding a state appends the new ones that it leads to.
     for (std::size_t i = 0; i < search.states.size(); ++i) {

@@ -76,12 +76,16 @@ std::vector<vec3> viewDirections() {
     return directions;
 }
 
-std::vector<std::pair<int, int>>
-pairsInSight(const Scene& scene, const std::vector<Arrival>& arrivals, Player Arrival::*moment) {
+/// Ordered pairs of poses that see each other at a moment, of those arrivals that get to it.
+std::vector<std::pair<int, int>> pairsInSight(const Scene& scene,
+                                              const std::vector<Arrival>& arrivals,
+                                              Player Arrival::*moment,
+                                              bool (Arrival::*getsThere)() const) {
     std::vector<std::pair<int, int>> pairs;
     for (const Arrival& from : arrivals) {
         for (const Arrival& to : arrivals) {
-            if (from.pose != to.pose && sees(scene, (from.*moment).position, (to.*moment).box))
+            if (from.pose != to.pose && (from.*getsThere)() && (to.*getsThere)() &&
+                sees(scene, (from.*moment).position, (to.*moment).box))
                 pairs.emplace_back(from.pose, to.pose);
         }
     }
@@ -102,14 +106,14 @@ bool inOneView(vec3 eye, vec3 a, vec3 b) {
 bool isSniperPlace(const Scene& scene, const std::vector<Arrival>& arrivals, const Box& body) {
     std::vector<const Arrival*> targets;
     for (const Arrival& arrival : arrivals) {
-        if (arrival.lands && canSoak(scene, body.centre, arrival.landed.box))
+        if (arrival.comesToStand() && canSoak(scene, body.centre, arrival.landed.box))
             targets.push_back(&arrival);
     }
     if (targets.size() < 2)
         return false;
     std::vector<const Arrival*> shooters;
     for (const Arrival& arrival : arrivals) {
-        if (arrival.lands && canSoak(scene, arrival.landed.position, body))
+        if (arrival.comesToStand() && canSoak(scene, arrival.landed.position, body))
             shooters.push_back(&arrival);
     }
     for (const Arrival* one : targets) {
@@ -149,8 +153,8 @@ Sight lookAround(const MapManager& map, const std::vector<Arrival>& arrivals, co
                  const std::function<void(std::size_t)>& progress) {
     const Scene scene = sceneOf(map, {0.0, 1.0, 0.0});
     Sight sight;
-    sight.whenSpawned = pairsInSight(scene, arrivals, &Arrival::spawned);
-    sight.whenLanded = pairsInSight(scene, arrivals, &Arrival::landed);
+    sight.whenSpawned = pairsInSight(scene, arrivals, &Arrival::spawned, &Arrival::startsFree);
+    sight.whenLanded = pairsInSight(scene, arrivals, &Arrival::landed, &Arrival::comesToStand);
 
     const std::vector<vec3> directions = viewDirections();
     long shots = 0;

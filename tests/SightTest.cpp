@@ -76,6 +76,21 @@ TEST(Sight, PairsAreCountedEachWayBeforeAndAfterTheFall) {
     EXPECT_EQ(sight.whenLanded, Pairs{});
 }
 
+TEST(Sight, WhoNeverComesToStandIsInNoPair) {
+    // The third appears inside a cube, the fourth falls out of the world.
+    MapManager map = hall(0, true);
+    map.cubes[5][2][2].solid = 1;
+    map.cubes[11][0][2].solid = 0;
+    const std::vector<Arrival> arrivals = {arrivalIn(map, 2, 1, 2, 0), arrivalIn(map, 8, 1, 2, 1),
+                                           arrivalIn(map, 5, 1, 2, 2), arrivalIn(map, 11, 1, 2, 3)};
+    const Sight sight = lookedAround(map, arrivals);
+    for (const auto& [from, to] : sight.whenLanded) {
+        EXPECT_LT(from, 2);
+        EXPECT_LT(to, 2);
+    }
+    EXPECT_EQ(sight.whenLanded.size(), 2u);
+}
+
 TEST(Sight, RoofedHallLosesNoShotInTheSkyAnOpenOneDoes) {
     MapManager roofed = hall(0, true);
     EXPECT_EQ(lookedAround(roofed, {arrivalIn(roofed, 2, 1, 2)}).openSky, 0.0);

@@ -27,6 +27,10 @@ thread_local std::size_t allocatedBytes = 0;
         return memory;
     throw std::bad_alloc();
 }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    allocatedBytes += size;
+    return std::malloc(size > 0 ? size : 1);
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
