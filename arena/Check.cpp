@@ -6,6 +6,7 @@
 #include "PlaceGraph.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace arena {
@@ -64,6 +65,11 @@ std::optional<CellIndex> cellTouchedBy(const MapManager& map, const Box& body) {
     return std::nullopt;
 }
 
+/// The number of the cube along an axis that holds the coordinate, in the arena or not.
+int cubeNumber(float coordinate) {
+    return static_cast<int>(std::floor(coordinate / cubeEdge));
+}
+
 CellIndex cellNearest(const MapManager& map, vec3 position) {
     return {map.getColumn(position.x), map.getRow(position.y), map.getDepth(position.z)};
 }
@@ -74,7 +80,9 @@ void checkSpawns(Checker& checker) {
         const std::string name = spawnName(arrival.pose);
         if (!arrival.insideWorld)
             addFinding(checker, Severity::error, "spawns",
-                       name + " lies outside the arena, which must reach further",
+                       name + " lies outside the arena: its body reaches to column " +
+                           std::to_string(cubeNumber(arrival.spawned.box.max.x)) + " and depth " +
+                           std::to_string(cubeNumber(arrival.spawned.box.max.z)),
                        cellNearest(map, arrival.spawned.position));
         else if (!arrival.clear) {
             const CellIndex touched = *cellTouchedBy(map, arrival.spawned.box);

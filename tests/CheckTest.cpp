@@ -88,6 +88,42 @@ TEST(CheckText, EmptyFile) {
     EXPECT_FALSE(result.reach);
 }
 
+TEST(CheckText, HeaderWithoutThreeDimensions) {
+    expectError(checked("columns 16 32"), "text",
+                "\"columns\" where the number of columns is expected; a map text begins with "
+                "\"<columns> <rows> <depth>\"");
+    expectError(checked("32 0 32"), "text",
+                "\"0\" where the number of rows is expected, which is 1 or more");
+    expectError(checked("9999 9999 9999"), "text",
+                "\"9999\" as the number of rows makes more than 2097152 cells, the most that an "
+                "arena may have");
+    expectError(checked("32 16"), "text",
+                "the end where the depth is expected; a map text begins with "
+                "\"<columns> <rows> <depth>\"");
+}
+
+TEST(CheckText, MissingNumbers) {
+    const std::string whole = ringText();
+    expectError(checked(whole.substr(0, whole.size() - 4)), "text",
+                "2 numbers missing for 1 cell, from cell (31, 15, 31) on: 32 x 16 x 32 cells take "
+                "32768 numbers after the header");
+}
+
+TEST(CheckText, WhatIsNoNumber) {
+    std::string text = ringText();
+    text[text.size() - 1] = 'x';
+    expectError(checked(text), "text",
+                "\"x\" where a number is expected: the server reads nothing from here on, so all "
+                "later cells are empty");
+    EXPECT_EQ(checked(text).findings[0].place->column, static_cast<int>(text.size()));
+}
+
+TEST(CheckText, NumberThatNoIntHolds) {
+    expectError(checked(ringText().substr(0, 9) + "99999999999" + ringText().substr(10)), "text",
+                "\"99999999999\" where a number from -2147483648 to 2147483647 is expected: the "
+                "server takes 2147483647 and reads nothing after it, so all later cells are empty");
+}
+
 TEST(CheckText, JoinedLinesAreTheOnlyFinding) {
     std::string text = ringText();
     // A line end in place of a blank in the middle.
@@ -127,7 +163,8 @@ TEST(CheckSpawns, OutsideTheArena) {
     const CheckResult result = checked(arenaText(24, 16, 32, solidInRing));
     EXPECT_FALSE(result.playable());
     const std::vector<std::string> words = wordsOf(result);
-    EXPECT_EQ(words[0], "spawn 4 lies outside the arena, which must reach further");
+    EXPECT_EQ(words[0],
+              "spawn 4 lies outside the arena: its body reaches to column 30 and depth 15");
     EXPECT_EQ(result.findings[0].cell->column, 23);
 }
 

@@ -44,7 +44,9 @@ void writeSpawns(std::ostream& out, const MapManager& map, const arena::CheckRes
     out << "spawns  (cells are column, row, depth)\n";
     for (const arena::Arrival& arrival : result.arrivals) {
         out << "  " << arrival.pose + 1 << "     ";
-        if (!arrival.startsFree())
+        if (!arrival.insideWorld)
+            out << "lies outside\n";
+        else if (!arrival.clear)
             out << "not clear\n";
         else if (!arrival.lands)
             out << "never lands\n";

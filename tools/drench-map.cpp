@@ -128,6 +128,13 @@ std::vector<arena::SpawnMark> spawnMarks(const std::vector<arena::Arrival>& arri
     return marks;
 }
 
+const std::map<std::string, arena::Corner> corners = {
+    {"south-east", arena::Corner::southEast},
+    {"south-west", arena::Corner::southWest},
+    {"north-west", arena::Corner::northWest},
+    {"north-east", arena::Corner::northEast},
+};
+
 struct PictureOptions {
     std::string view = "iso";
     arena::Corner from = arena::Corner::southEast;
@@ -237,13 +244,11 @@ int main(int argc, char** argv) {
                      "what a player sees")
         ->check(CLI::IsMember({"iso", "top", "eye"}))
         ->capture_default_str();
-    const std::map<std::string, arena::Corner> corners = {{"south-east", arena::Corner::southEast},
-                                                          {"south-west", arena::Corner::southWest},
-                                                          {"north-west", arena::Corner::northWest},
-                                                          {"north-east", arena::Corner::northEast}};
-    picture->add_option("--from", options.from, "Corner that iso looks from")
-        ->transform(CLI::CheckedTransformer(corners))
-        ->default_str("south-east");
+    std::string from = "south-east";
+    picture->add_option("--from", from, "Corner that iso looks from")
+        ->check(CLI::IsMember(corners))
+        ->type_name("CORNER")
+        ->capture_default_str();
     picture->add_option("--size", options.size, "Width and height in pixels")
         ->delimiter('x')
         ->type_name("WxH")
@@ -278,7 +283,8 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
         if (*picture && options.view == "eye" && (at->empty() || look->empty()))
-            throw CLI::RequiredError("--view eye: --at and --look");
+            throw CLI::ValidationError("--view eye", "needs --at X,Y,Z and --look X,Y,Z");
+        options.from = corners.at(from);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : notReadable;
     }
