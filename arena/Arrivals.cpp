@@ -4,7 +4,7 @@ namespace arena {
 
 namespace {
 
-/// Long enough to fall 100,000 world units, higher than any arena of mostCells that players fit in.
+/// Ticks after which nobody is still falling; a body that rounding has left hanging never lands.
 constexpr int longestFall = 700;
 
 /// Vertical velocity in the first tick of a fall; on a floor every tick begins one.
@@ -17,8 +17,14 @@ bool insideWorld(const MapManager& map, const Box& body) {
 
 } // namespace
 
+bool isOverFloor(const Player& player) {
+    Box lowered = player.box;
+    lowered.move(vec3(0.0f, player.velocity.y, 0.0f), 1.0f);
+    return player.mapMan->collides(lowered);
+}
+
 bool stands(const Player& player) {
-    return !player.inAir && player.velocity.y == fallFromRest &&
+    return !player.inAir && player.velocity.y == fallFromRest && isOverFloor(player) &&
            !player.mapMan->collides(player.box);
 }
 

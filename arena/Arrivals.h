@@ -37,9 +37,12 @@ Arrival arrive(int pose, const Player& spawned);
 /// The arrivals of all spawn poses in their order. The players keep a pointer to `map`.
 std::vector<Arrival> arrivals(MapManager& map);
 
+/// Whether the last update's step down, taken from where the body is now, would meet a floor.
+bool isOverFloor(const Player& player);
+
 /// Whether the last update left the body resting on a floor. Who has just landed hovers a little
-/// above it and falls the rest; a body that the rounding of an undone step has left touching a cube
-/// hangs there. Neither stands.
+/// above it and falls the rest; who has just run over an edge has nothing below; a body that the
+/// rounding of an undone step has left touching a cube hangs there. None of them stands.
 bool stands(const Player& player);
 
 /// Whether the body's centre has passed a side or the bottom of the world. Above it nobody is lost.

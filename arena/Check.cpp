@@ -32,6 +32,13 @@ void addFinding(Checker& checker, Severity severity, const std::string& subject,
     checker.result.findings.push_back({severity, subject, words, cell, place});
 }
 
+/// The cell that the feet of a standing place are in, or the one below the top of the world.
+CellIndex feetOf(const Checker& checker, const Reach& reach, int place) {
+    CellIndex feet = reach.places[static_cast<std::size_t>(place)].feet;
+    feet.row = std::min(feet.row, checker.map.rows - 1);
+    return feet;
+}
+
 /// "1 place", "4 places".
 std::string counted(std::size_t count, const std::string& one) {
     return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
@@ -70,8 +77,15 @@ int cubeNumber(float coordinate) {
     return static_cast<int>(std::floor(coordinate / cubeEdge));
 }
 
-CellIndex cellNearest(const MapManager& map, vec3 position) {
-    return {map.getColumn(position.x), map.getRow(position.y), map.getDepth(position.z)};
+/// Findings of one kind: the first ones at their cells, then how many more there are.
+void addFindings(Checker& checker, Severity severity, const std::string& subject,
+                 const std::vector<std::pair<std::string, CellIndex>>& findings) {
+    const std::size_t told = std::min(findings.size(), toldOneByOne);
+    for (std::size_t i = 0; i < told; ++i)
+        addFinding(checker, severity, subject, findings[i].first, findings[i].second);
+    if (findings.size() > told)
+        addFinding(checker, severity, subject,
+                   "and " + std::to_string(findings.size() - told) + " more like these");
 }
 
 void checkSpawns(Checker& checker) {
@@ -83,7 +97,7 @@ void checkSpawns(Checker& checker) {
                        name + " lies outside the arena: its body reaches to column " +
                            std::to_string(cubeNumber(arrival.spawned.box.max.x)) + " and depth " +
                            std::to_string(cubeNumber(arrival.spawned.box.max.z)),
-                       cellNearest(map, arrival.spawned.position));
+                       cellAt(map, arrival.spawned.position));
         else if (!arrival.clear) {
             const CellIndex touched = *cellTouchedBy(map, arrival.spawned.box);
             addFinding(
@@ -93,18 +107,18 @@ void checkSpawns(Checker& checker) {
                 touched);
         } else if (!arrival.lands)
             addFinding(checker, Severity::error, "spawns",
-                       name + " has nothing to land on: players fall out of the world",
-                       cellNearest(map, arrival.landed.position));
+                       name + (hasLeftTheWorld(arrival.landed)
+                                   ? " has nothing to land on: players fall out of the world"
+                                   : " never comes to stand: its body hangs on a cube"),
+                       cellAt(map, arrival.landed.position));
     }
 }
 
 void checkDepartures(Checker& checker, const Reach& reach, const std::string& words) {
-    const std::size_t told = std::min(reach.departures.size(), toldOneByOne);
-    for (std::size_t i = 0; i < told; ++i)
-        addFinding(checker, Severity::error, "reach", words, reach.departures[i].cell);
-    if (reach.departures.size() > told)
-        addFinding(checker, Severity::error, "reach",
-                   "and at " + counted(reach.departures.size() - told, "more cell"));
+    std::vector<std::pair<std::string, CellIndex>> findings;
+    for (const CellIndex& cell : reach.departures)
+        findings.emplace_back(words, cell);
+    addFindings(checker, Severity::error, "reach", findings);
 }
 
 void checkSpawnsReachEachOther(Checker& checker, const Reach& reach) {
@@ -121,30 +135,27 @@ void checkSpawnsReachEachOther(Checker& checker, const Reach& reach) {
             addFinding(checker, Severity::error, "reach",
                        "no way from " + spawnName(static_cast<int>(from)) + " to " +
                            spawnNames(missed),
-                       reach.places[static_cast<std::size_t>(reach.landings[from])].feet);
+                       feetOf(checker, reach, reach.landings[from]));
     }
 }
 
 void checkPits(Checker& checker, const Reach& reach) {
-    const std::vector<std::vector<int>> groups = pits(reach);
-    const std::size_t told = std::min(groups.size(), toldOneByOne);
-    for (std::size_t i = 0; i < told; ++i)
-        addFinding(checker, Severity::error, "reach",
-                   "a pit of " + counted(groups[i].size(), "standing place") +
-                       ": who gets in never gets out to a spawn again",
-                   reach.places[static_cast<std::size_t>(groups[i].front())].feet);
-    if (groups.size() > told)
-        addFinding(checker, Severity::error, "reach",
-                   "and " + counted(groups.size() - told, "more pit"));
+    std::vector<std::pair<std::string, CellIndex>> findings;
+    for (const std::vector<int>& pit : pits(reach))
+        findings.emplace_back("a pit of " + counted(pit.size(), "standing place") +
+                                  ": who gets in never gets out to a spawn again",
+                              feetOf(checker, reach, pit.front()));
+    addFindings(checker, Severity::error, "reach", findings);
 }
 
 void checkDeadEnds(Checker& checker, const Reach& reach) {
+    std::vector<std::pair<std::string, CellIndex>> findings;
     for (const DeadEnd& deadEnd : deadEnds(reach)) {
         if (deadEnd.depth > shortDeadEnd)
-            addFinding(checker, Severity::warning, "reach",
-                       "a dead end, " + std::to_string(deadEnd.depth) + " cubes long",
-                       reach.places[static_cast<std::size_t>(deadEnd.end)].feet);
+            findings.emplace_back("a dead end, " + std::to_string(deadEnd.depth) + " cubes long",
+                                  feetOf(checker, reach, deadEnd.end));
     }
+    addFindings(checker, Severity::warning, "reach", findings);
 }
 
 void countWalkable(CheckResult& result, const MapManager& map, const Reach& reach) {
@@ -160,18 +171,26 @@ void countWalkable(CheckResult& result, const MapManager& map, const Reach& reac
 }
 
 void checkSight(Checker& checker, const Reach& reach, const Sight& sight) {
-    for (const auto& [from, to] : sight.whenLanded)
-        addFinding(
-            checker, Severity::warning, "sight",
-            "who lands at " + spawnName(from) + " sees who lands at " + spawnName(to),
-            reach.places[static_cast<std::size_t>(reach.landings[static_cast<std::size_t>(from)])]
-                .feet);
+    std::vector<std::pair<std::string, CellIndex>> findings;
+    for (const auto& [from, to] : sight.whenLanded) {
+        const auto back = std::pair(to, from);
+        const bool mutual = std::find(sight.whenLanded.begin(), sight.whenLanded.end(), back) !=
+                            sight.whenLanded.end();
+        // A pair that sees each other is told once.
+        if (mutual && from > to)
+            continue;
+        findings.emplace_back(
+            "who lands at " + spawnName(from) + " sees who lands at " + spawnName(to) +
+                (mutual ? ", and is seen" : ""),
+            feetOf(checker, reach, reach.landings[static_cast<std::size_t>(from)]));
+    }
+    addFindings(checker, Severity::warning, "sight", findings);
     if (!sight.sniperPlaces.empty())
         addFinding(checker, Severity::warning, "sight",
                    "from " + counted(sight.sniperPlaces.size(), "standing place") +
                        " two spawns can be soaked in one view and no third one shoots back, "
                        "from here for one",
-                   reach.places[static_cast<std::size_t>(sight.sniperPlaces.front())].feet);
+                   feetOf(checker, reach, sight.sniperPlaces.front()));
 }
 
 /// Whether the server reads two numbers for each cell.
@@ -208,8 +227,9 @@ CheckResult check(MapManager& map, const PlaceOfCell& placeOf, const CheckProgre
     const Reach& reach = *result.reach;
     checkDepartures(checker, reach, "players can leave the world here");
     if (reach.departures.empty())
-        checkDepartures(checker, explore(map, result.arrivals, Pace::flicked, report("reach")),
-                        "players who flick their view in a jump can leave the world here");
+        checkDepartures(
+            checker, explore(map, result.arrivals, Pace::flicked, report("reach at double pace")),
+            "players who flick their view in a jump can leave the world here");
     checkSpawnsReachEachOther(checker, reach);
     checkPits(checker, reach);
     checkDeadEnds(checker, reach);

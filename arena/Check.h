@@ -49,7 +49,7 @@ struct CheckResult {
     bool playable() const;
 };
 
-/// Told now and then what is being looked at ("reach", "sight") and at how many places so far.
+/// Told now and then what is being looked at, such as "reach", and at how many places so far.
 using CheckProgress = std::function<void(const std::string& subject, std::size_t places)>;
 
 /// Where a cell stands in the file that the maker edits.

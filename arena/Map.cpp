@@ -27,6 +27,10 @@ const Box& cell(const MapManager& map, int column, int row, int depth) {
                     [static_cast<std::size_t>(depth)];
 }
 
+CellIndex cellAt(const MapManager& map, vec3 point) {
+    return {map.getColumn(point.x), map.getRow(point.y), map.getDepth(point.z)};
+}
+
 bool sameCells(const MapManager& a, const MapManager& b) {
     if (a.columns != b.columns || a.rows != b.rows || a.depth != b.depth)
         return false;

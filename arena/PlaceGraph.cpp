@@ -205,9 +205,6 @@ std::vector<DeadEnd> deadEnds(const Reach& reach) {
                             [&](int place) { return isLanding[static_cast<std::size_t>(place)]; }))
                 continue;
             found.push_back(deepestFrom(graph, mouth, inside));
-            // What hangs on a place in here is a part of this dead end.
-            for (const int place : inside)
-                walked[static_cast<std::size_t>(place)] = true;
             i += inside.size() - 1;
         }
     }

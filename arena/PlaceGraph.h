@@ -25,8 +25,9 @@ struct DeadEnd {
 };
 
 /// The dead ends that lie in no other, the deepest first. A step leads to a neighbouring column of
-/// cubes, diagonally too, up or down, and counts both ways. Found by cut vertices (Hopcroft and
-/// Tarjan).
+/// cubes, diagonally too, up or down, and counts both ways; only parts that steps connect with a
+/// landing are looked at, and all of such a part that hangs on its one landing is no dead end.
+/// Found by cut vertices (Hopcroft and Tarjan).
 std::vector<DeadEnd> deadEnds(const Reach& reach);
 
 } // namespace arena

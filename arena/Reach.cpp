@@ -170,29 +170,27 @@ State stateFrom(const Player& player, int place) {
             player.verticalSpeed, player.inAir,   place};
 }
 
-/// What came of a tick. Who bumps has met a ceiling, and may jump there.
+/// What came of a tick. Who bumps has met a ceiling or has just run over an edge: not in the air
+/// yet, and so free to jump.
 enum class Outcome { flies, bumps, lands, isLost };
 
 Outcome tick(Search& search, Player& player) {
     player.update(0.0f);
     ++search.reach.ticks;
     if (hasLeftTheWorld(player)) {
-        const CellIndex cell = {search.map.getColumn(player.position.x),
-                                search.map.getRow(player.position.y),
-                                search.map.getDepth(player.position.z)};
+        const CellIndex cell = cellAt(search.map, player.position);
         if (search.departureCells.insert(cell).second)
-            search.reach.departures.push_back({player.position, cell});
+            search.reach.departures.push_back(cell);
         return Outcome::isLost;
     }
     if (player.inAir)
         return Outcome::flies;
     if (isStuck(player))
         return Outcome::isLost;
-    return player.velocity.y > 0.0f ? Outcome::bumps : Outcome::lands;
+    return player.velocity.y < 0.0f && isOverFloor(player) ? Outcome::lands : Outcome::bumps;
 }
 
-/// Lets who has landed fall what it may hover above the floor, or down from an edge that it has
-/// just run over. Says whether it comes to stand.
+/// Lets who has landed fall what it may hover above the floor. Says whether it comes to stand.
 bool settles(Search& search, Player& player) {
     for (bool& key : player.keys)
         key = false;
@@ -253,17 +251,25 @@ void run(Player& player) {
     player.setKey(keyIndex::left, true);
 }
 
-/// Jumps off a floor's edge and runs straight on until it lands. Steered flights are merged every
-/// few ticks and so lose a little of their way; the widest gaps are crossed by these.
-void leap(Search& search, int state, const Player& atEdge, int heading) {
+/// Adds what a flight leads to. Who touches a floor just to run over its edge might jump again at
+/// once; it only falls on here, or flights would go on from place to place.
+void endFlight(Search& search, int from, Player& player, Outcome outcome) {
+    if (outcome == Outcome::bumps && player.velocity.y < 0.0f)
+        player.inAir = true;
+    addSuccessor(search, from, player, outcome);
+}
+
+/// Jumps from an edge and runs straight on until it lands. Steered flights are merged every few
+/// ticks and so lose a little of their way; the widest gaps are crossed by these.
+void leap(Search& search, int state, const Player& overEdge, int heading) {
     const int view = (heading + headings - search.runTurn) % headings;
-    Player player = inState(search, view, stateFrom(atEdge, inFlight));
+    Player player = inState(search, view, stateFrom(overEdge, inFlight));
     run(player);
     player.setKey(keyIndex::jump, true);
     Outcome outcome = Outcome::flies;
     while (outcome == Outcome::flies)
         outcome = tick(search, player);
-    addSuccessor(search, state, player, outcome);
+    endFlight(search, state, player, outcome);
 }
 
 /// Walks from a standing state along every heading until that makes another state, and leaps where
@@ -271,18 +277,16 @@ void leap(Search& search, int state, const Player& atEdge, int heading) {
 void walkFrom(Search& search, int state) {
     for (int heading = 0; heading < headings; ++heading) {
         Player player = inState(search, heading, search.states[static_cast<std::size_t>(state)]);
-        Player before = player;
         player.setKey(keyIndex::forward, true);
         Outcome outcome = Outcome::lands;
         for (int i = 0; i < strideTicks && outcome == Outcome::lands; ++i) {
-            before = player;
             outcome = tick(search, player);
             if (outcome == Outcome::lands && stateOnFloor(search, player) != state)
                 break;
         }
         addSuccessor(search, state, player, outcome);
-        if (outcome == Outcome::flies && heading % 2 == 0)
-            leap(search, state, before, heading);
+        if (outcome == Outcome::bumps && heading % 2 == 0)
+            leap(search, state, player, heading);
     }
 }
 
@@ -300,7 +304,7 @@ void fly(Search& search, int state, int heading, bool runs, bool jumps) {
         if (outcome != Outcome::flies && !(jumps && outcome == Outcome::bumps))
             break;
     }
-    addSuccessor(search, state, player, outcome);
+    endFlight(search, state, player, outcome);
 }
 
 void flyFrom(Search& search, int state) {

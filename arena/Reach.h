@@ -22,15 +22,6 @@ struct StandingPlace {
     std::vector<int> next;
 };
 
-/// A body on its way out of the world.
-struct Departure {
-    /// Its centre when it had just passed the world's side or bottom.
-    vec3 position;
-
-    /// The cell of the grid nearest to it: where the hole or the low wall is.
-    CellIndex cell;
-};
-
 /// Where players can get to.
 struct Reach {
     std::vector<StandingPlace> places;
@@ -38,8 +29,8 @@ struct Reach {
     /// For each spawn pose the index of the place it lands on, -1 if it never stands.
     std::vector<int> landings;
 
-    /// One for each cell where a body left the world.
-    std::vector<Departure> departures;
+    /// The cells nearest to where bodies left the world: where a hole or a low wall is.
+    std::vector<CellIndex> departures;
 
     /// Calls of Player::update that it took.
     long ticks = 0;

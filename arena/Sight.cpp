@@ -59,6 +59,12 @@ bool isHidden(const Scene& scene, vec3 eye, vec3 point) {
     return hit && hit->distance < 1.0;
 }
 
+/// Whether a shot meets no cube. Marching there takes a shot longest, so that is asked last.
+bool isLost(const Scene& scene, vec3 shooter, vec3 direction) {
+    return !trace(scene, {inCells(shooter), inCells(direction)}) ||
+           scene.map->pointOfIntersection(shooter, direction).x < 0.0f;
+}
+
 /// Directions spread evenly over the sphere along a spiral (a Fibonacci lattice), without those
 /// that are too steep to look along.
 std::vector<vec3> viewDirections() {
@@ -166,7 +172,7 @@ Sight lookAround(const MapManager& map, const std::vector<Arrival>& arrivals, co
             sight.sniperPlaces.push_back(static_cast<int>(i));
         for (const vec3 direction : directions) {
             ++shots;
-            lost += map.pointOfIntersection(place.position, direction).x < 0.0f;
+            lost += isLost(scene, place.position, direction);
         }
         if (progress && i % placesPerReport == 0)
             progress(i);

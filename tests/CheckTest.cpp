@@ -172,6 +172,28 @@ TEST(CheckSpawns, NothingToLandOn) {
     const CheckResult result = checked(ringText(
         ringBut([](int i, int, int k) { return i >= 15 && i <= 16 && k >= 1 && k <= 2; })));
     expectError(result, "spawns", "spawn 1 has nothing to land on: players fall out of the world");
+    for (const std::string& words : wordsOf(result))
+        EXPECT_FALSE(words.starts_with("no way")) << words;
+}
+
+TEST(CheckSpawns, WithoutAnyFloorNobodySeesAnybodyOrGetsAnywhere) {
+    const CheckResult result = checked(arenaText(32, 16, 32, nothing));
+    EXPECT_FALSE(result.playable());
+    EXPECT_EQ(firstError(result).words,
+              "spawn 1 has nothing to land on: players fall out of the world");
+    for (const Finding& finding : result.findings)
+        EXPECT_NE(finding.subject, "sight") << finding.words;
+}
+
+TEST(CheckSpawns, WhoStandsOnTopOfTheWorldIsFoundInItsHighestCell) {
+    const CheckResult result = checked(arenaText(32, 1, 32, [](int, int, int) { return true; }));
+    EXPECT_FALSE(result.playable());
+    for (const Finding& finding : result.findings) {
+        if (finding.cell) {
+            EXPECT_EQ(finding.cell->row, 0) << finding.words;
+            EXPECT_GT(finding.place->line, 0);
+        }
+    }
 }
 
 TEST(CheckSpawns, AllOutsideIsTheEndOfTheCheck) {
@@ -197,15 +219,27 @@ TEST(CheckReach, BorderThatCanBeClimbed) {
 
 TEST(CheckReach, ManyHolesAreCounted) {
     const CheckResult result =
-        checked(ringText(ringBut([](int i, int, int k) { return k == 3 && i >= 8 && i <= 20; })));
+        checked(ringText(ringBut([](int i, int, int k) { return k == 3 && i >= 13 && i <= 18; })));
     EXPECT_FALSE(result.playable());
-    const std::vector<std::string> words = wordsOf(result);
-    EXPECT_EQ(std::count(words.begin(), words.end(), "players can leave the world here"), 3);
-    EXPECT_NE(std::find_if(words.begin(), words.end(),
-                           [](const std::string& word) {
-                               return word.starts_with("and at ") && word.ends_with(" more cells");
-                           }),
-              words.end());
+    std::vector<std::string> words = wordsOf(result);
+    words.resize(4);
+    const std::string hole = "players can leave the world here";
+    EXPECT_EQ(words, (std::vector<std::string>{hole, hole, hole, "and 3 more like these"}));
+}
+
+TEST(CheckReach, GapThatOnlyAFlickedJumpCrossesIsNoBorder) {
+    // East of the ring a ledge, a moat of eight cubes that one climbs out of on the near side only,
+    // and a ledge that ends at the side of the world.
+    const CheckResult result = checked(arenaText(44, 16, 32, [](int i, int j, int k) {
+        if (i < 29 || k < 20 || k > 21)
+            return i > 31 || solidInRing(i, j, k);
+        const bool moat = i >= 32 && i <= 39;
+        const bool step = i == 32 && k == 21;
+        return j > 12 || j < (!moat ? 4 : step ? 3 : 1);
+    }));
+    expectError(result, "reach", "players who flick their view in a jump can leave the world here");
+    EXPECT_EQ(firstError(result).cell->column, 43);
+    EXPECT_TRUE(result.reach->departures.empty());
 }
 
 TEST(CheckReach, SpawnBehindAWall) {
@@ -244,6 +278,12 @@ TEST(CheckReach, PitOfThreeCubesHoldsWhoFallsInOneOfTwoDoesNot) {
     EXPECT_EQ(firstError(result).cell->depth, 3);
 }
 
+TEST(CheckReach, ShortDeadEndIsNone) {
+    const CheckResult result = checked(ringText(
+        ringBut([](int i, int j, int k) { return i == 17 && j > 2 && j < 7 && k > 4 && k < 9; })));
+    EXPECT_EQ(wordsOf(result), std::vector<std::string>{}) << "three cubes behind its mouth";
+}
+
 TEST(CheckReach, DeadEndIsAWarning) {
     // A tunnel of six cubes into the block in the middle.
     const CheckResult result = checked(ringText(
@@ -262,9 +302,9 @@ TEST(CheckSight, SpawnsThatSeeEachOther) {
                          [](int, int, int k) { return k == 0 || k == 31; })));
     EXPECT_TRUE(result.playable());
     const std::vector<std::string> words = wordsOf(result);
-    EXPECT_EQ(
-        std::count(words.begin(), words.end(), "who lands at spawn 1 sees who lands at spawn 3"),
-        1);
+    EXPECT_EQ(std::count(words.begin(), words.end(),
+                         "who lands at spawn 1 sees who lands at spawn 3, and is seen"),
+              1);
 }
 
 TEST(Check, ProgressNamesWhatIsLookedAt) {
@@ -274,5 +314,5 @@ TEST(Check, ProgressNamesWhatIsLookedAt) {
         if (subjects.empty() || subjects.back() != subject)
             subjects.push_back(subject);
     });
-    EXPECT_EQ(subjects, (std::vector<std::string>{"reach", "sight"}));
+    EXPECT_EQ(subjects, (std::vector<std::string>{"reach", "reach at double pace", "sight"}));
 }

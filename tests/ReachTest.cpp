@@ -102,9 +102,9 @@ TEST(Reach, LowPassageStopsABody) {
     EXPECT_TRUE(reaches(exploredFrom(threeFree, 2, 1, 1), {6, 1, 1}));
 }
 
-TEST(Reach, RunningJumpCrossesSixCubesAndAFlickedOneNine) {
-    MapManager six = platforms(6);
-    EXPECT_TRUE(reaches(exploredFrom(six, 1, 4, 1), {10, 4, 1}));
+TEST(Reach, RunningJumpCrossesSevenCubesAndAFlickedOneMore) {
+    MapManager seven = platforms(7);
+    EXPECT_TRUE(reaches(exploredFrom(seven, 1, 4, 1), {11, 4, 1}));
     MapManager eight = platforms(8);
     EXPECT_FALSE(reaches(exploredFrom(eight, 1, 4, 1), {12, 4, 1}));
     EXPECT_TRUE(reaches(exploredFrom(eight, 1, 4, 1, Pace::flicked), {12, 4, 1}));
@@ -125,10 +125,9 @@ TEST(Reach, HoleInTheBorderIsADepartureWithItsCell) {
         map.cubes[5][static_cast<std::size_t>(j)][3].solid = 0;
     const Reach reach = exploredFrom(map, 2, 1, 2);
     ASSERT_FALSE(reach.departures.empty());
-    for (const arena::Departure& departure : reach.departures) {
-        EXPECT_EQ(departure.cell.column, 5);
-        EXPECT_EQ(departure.cell.depth, 3);
-        EXPECT_GT(departure.position.x, map.width);
+    for (const CellIndex& departure : reach.departures) {
+        EXPECT_EQ(departure.column, 5);
+        EXPECT_EQ(departure.depth, 3);
     }
 }
 
@@ -137,8 +136,22 @@ TEST(Reach, HoleInTheFloorIsADeparture) {
     map.cubes[4][0][4].solid = 0;
     const Reach reach = exploredFrom(map, 1, 1, 1);
     ASSERT_EQ(reach.departures.size(), 1u);
-    EXPECT_EQ(reach.departures[0].cell, (CellIndex{4, 0, 4}));
-    EXPECT_LT(reach.departures[0].position.y, 0.0f);
+    EXPECT_EQ(reach.departures[0], (CellIndex{4, 0, 4}));
+}
+
+TEST(Reach, EverySideOfTheWorldCanBeLeft) {
+    const CellIndex holes[] = {{0, 1, 3}, {5, 1, 3}, {3, 1, 0}, {3, 1, 5}};
+    for (const CellIndex& hole : holes) {
+        MapManager map = court(6, 8, 6, [&](int, int, int) { return false; });
+        for (int j = 1; j <= 3; ++j)
+            map.cubes[static_cast<std::size_t>(hole.column)][static_cast<std::size_t>(j)]
+                     [static_cast<std::size_t>(hole.depth)]
+                         .solid = 0;
+        const Reach reach = exploredFrom(map, 2, 1, 2);
+        ASSERT_FALSE(reach.departures.empty());
+        EXPECT_EQ(reach.departures[0].column, hole.column);
+        EXPECT_EQ(reach.departures[0].depth, hole.depth);
+    }
 }
 
 TEST(Reach, BorderOfTwoCubesIsClimbedAndLeft) {

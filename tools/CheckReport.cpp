@@ -16,8 +16,7 @@ using nlohmann::ordered_json;
 /// The cube below the feet of who landed.
 CellIndex floorOf(const MapManager& map, const arena::Arrival& arrival) {
     const Box& body = arrival.landed.box;
-    return {map.getColumn(body.centre.x), map.getRow(body.min.y - 0.5f * arena::cubeEdge),
-            map.getDepth(body.centre.z)};
+    return arena::cellAt(map, {body.centre.x, body.min.y - 0.5f * arena::cubeEdge, body.centre.z});
 }
 
 /// What the player lands on; a body at an edge may stand on a neighbour of the cube below it.
@@ -68,9 +67,12 @@ void writeReach(std::ostream& out, const arena::CheckResult& result) {
         << percentage(share) << " %)\n";
 }
 
-void writeSight(std::ostream& out, const arena::Sight& sight) {
-    out << "sight   " << sight.whenSpawned.size() << " of 56 pairs of spawns see each other on "
-        << "appearing, " << sight.whenLanded.size() << " after landing\n"
+void writeSight(std::ostream& out, const arena::CheckResult& result) {
+    const arena::Sight& sight = *result.sight;
+    const std::size_t spawns = result.arrivals.size();
+    out << "sight   " << sight.whenSpawned.size() << " of " << spawns * (spawns - 1)
+        << " views from spawn to spawn are free on appearing, " << sight.whenLanded.size()
+        << " after landing\n"
         << "        " << percentage(sight.openSky) << " % of all shots are lost in the open sky\n";
 }
 
@@ -100,7 +102,7 @@ ordered_json jsonOf(const MapManager& map, const arena::Arrival& arrival) {
         {"spawn", arrival.pose + 1}, {"clear", arrival.startsFree()}, {"lands", arrival.lands}};
     if (arrival.startsFree() && arrival.lands) {
         const CellIndex floor = floorOf(map, arrival);
-        json["fall"] = arrival.fall();
+        json["fallWorldUnits"] = arrival.fall();
         json["floor"] = jsonOf(floor);
         json["material"] = floorName(map, floor);
     }
@@ -126,7 +128,7 @@ void writeReport(std::ostream& out, const std::string& file, const MapManager& m
     if (result.reach)
         writeReach(out, result);
     if (result.sight)
-        writeSight(out, *result.sight);
+        writeSight(out, result);
     for (const arena::Finding& finding : result.findings) {
         out << file << ':';
         if (finding.place)
@@ -154,7 +156,8 @@ void writeJson(std::ostream& out, const std::string& file, const MapManager& map
     if (result.reach)
         json["reach"] = {{"standingPlaces", result.reach->places.size()},
                          {"walkableCells", result.walkable.size()},
-                         {"walkableReached", result.walkableReached}};
+                         {"walkableReached", result.walkableReached},
+                         {"ticks", result.reach->ticks}};
     if (result.sight)
         json["sight"] = {{"seenOnAppearing", jsonOf(result.sight->whenSpawned)},
                          {"seenAfterLanding", jsonOf(result.sight->whenLanded)},

@@ -51,28 +51,21 @@ class ProgressLine {
     std::chrono::steady_clock::time_point shown = started;
 };
 
-/// A map text's problems as an error for the user.
-[[noreturn]] void failWithProblems(const std::string& file, const arena::MapText& text) {
-    std::string words;
-    for (const arena::TextProblem& problem : text.problems) {
-        if (!words.empty())
-            words += '\n';
-        words += file + ':' + std::to_string(problem.place.line) + ':' +
-                 std::to_string(problem.place.column) + ": " + problem.words;
-    }
-    throw InputError(words);
-}
+/// What a file of any kind that we know holds.
+struct ArenaFile {
+    /// The map, with what is wrong with the text of a map text.
+    arena::MapText text;
 
-MapManager mapFromText(const std::string& file, const std::string& bytes) {
-    arena::MapText text = arena::readMapText(bytes);
-    for (const arena::TextProblem& problem : text.problems) {
-        if (!problem.harmless)
-            failWithProblems(file, text);
-    }
-    return std::move(text.map);
-}
+    bool isMapText = false;
 
-arena::VoxImport voxFromFile(const std::string& file, const std::string& bytes) {
+    /// A plan's name; empty for other kinds.
+    std::string name;
+
+    /// Where cells stand in the file; empty for a voxel file, whose bytes nobody edits.
+    arena::PlaceOfCell placeOf;
+};
+
+arena::VoxImport readVox(const std::string& file, const std::string& bytes) {
     try {
         return arena::readVox(bytes);
     } catch (const InputError& error) {
@@ -80,39 +73,62 @@ arena::VoxImport voxFromFile(const std::string& file, const std::string& bytes) 
     }
 }
 
-/// The map in a file of any kind that we know.
-MapManager mapFromFile(const std::string& file) {
+ArenaFile readArena(const std::string& file) {
     const std::string bytes = arena::readFile(file);
-    if (arena::isVox(bytes))
-        return voxFromFile(file, bytes).map;
-    if (arena::isPlan(bytes))
-        return arena::readPlan(bytes, file).map;
-    return mapFromText(file, bytes);
+    ArenaFile arena;
+    if (arena::isVox(bytes)) {
+        arena.text.map = readVox(file, bytes).map;
+    } else if (arena::isPlan(bytes)) {
+        arena::Plan plan = arena::readPlan(bytes, file);
+        arena.text.map = std::move(plan.map);
+        arena.name = plan.name;
+        arena.placeOf = [plan](const arena::CellIndex& cell) { return plan.placeOf(cell); };
+    } else {
+        arena.text = arena::readMapText(bytes);
+        arena.isMapText = true;
+    }
+    return arena;
+}
+
+/// The map in a file, which must hold it whole.
+ArenaFile readWholeArena(const std::string& file) {
+    ArenaFile arena = readArena(file);
+    for (const arena::TextProblem& problem : arena.text.problems) {
+        if (!problem.harmless)
+            throw InputError(file + ':' + std::to_string(problem.place.line) + ':' +
+                             std::to_string(problem.place.column) + ": " + problem.words);
+    }
+    return arena;
+}
+
+/// Writes a result, but never over the file that it was made from.
+void writeResult(const std::string& input, const std::string& output, const std::string& bytes) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(input, output, ignored))
+        throw InputError(output + ": is the input; the result needs a file of its own");
+    arena::replaceFile(output, bytes);
 }
 
 int checkFile(const std::string& file, bool asJson) {
-    const std::string bytes = arena::readFile(file);
     arena::MapText text;
     arena::CheckResult result;
-    {
+    try {
+        ArenaFile arena = readArena(file);
+        text = std::move(arena.text);
         ProgressLine progress;
         const auto report = [&](const std::string& subject, std::size_t places) {
             progress(subject, places);
         };
-        if (arena::isPlan(bytes)) {
-            arena::Plan plan = arena::readPlan(bytes, file);
-            text.map = std::move(plan.map);
-            result = arena::check(
-                text.map, [&](const arena::CellIndex& cell) { return plan.placeOf(cell); }, report);
-        } else if (arena::isVox(bytes)) {
-            text.map = voxFromFile(file, bytes).map;
-            result = arena::check(text.map, {}, report);
-        } else {
-            text = arena::readMapText(bytes);
-            result = arena::check(text, report);
-        }
+        result = arena.isMapText ? arena::check(text, report)
+                                 : arena::check(text.map, arena.placeOf, report);
+    } catch (const InputError& error) {
+        if (!asJson)
+            throw;
+        result.findings.push_back({arena::Severity::error, "file", error.what(), {}, {}});
     }
     (asJson ? writeJson : writeReport)(std::cout, file, text.map, result);
+    if (!std::cout.flush())
+        throw InputError("the report cannot be written");
     if (!text.map.hasCells())
         return notReadable;
     return result.playable() ? playable : notPlayable;
@@ -166,43 +182,44 @@ arena::Image pictureOf(MapManager& map, const PictureOptions& options) {
 
 void writePicture(const std::string& file, const PictureOptions& options,
                   const std::string& output) {
-    MapManager map = mapFromFile(file);
-    arena::replaceFile(output, encodePng(pictureOf(map, options)));
+    ArenaFile arena = readWholeArena(file);
+    writeResult(file, output, encodePng(pictureOf(arena.text.map, options)));
 }
 
 void build(const std::string& file, const std::string& output) {
     const arena::Plan plan = arena::readPlan(arena::readFile(file), file);
-    arena::replaceFile(output, arena::writeMapText(plan.map));
+    writeResult(file, output, arena::writeMapText(plan.map));
 }
 
 void writePlanOf(const std::string& file, const std::string& name, const std::string& output) {
-    MapManager map = mapFromFile(file);
-    const std::string stem = std::filesystem::path(file).stem().string();
-    const arena::Plan plan{name.empty() ? stem : name, std::move(map), {}};
-    arena::replaceFile(output, arena::writePlan(plan));
+    ArenaFile arena = readWholeArena(file);
+    std::string planName = name.empty() ? arena.name : name;
+    if (planName.empty())
+        planName = std::filesystem::path(file).stem().string();
+    writeResult(file, output, arena::writePlan({planName, std::move(arena.text.map)}));
 }
 
 void importVox(const std::string& file, const std::string& output) {
-    const arena::VoxImport import = voxFromFile(file, arena::readFile(file));
-    arena::replaceFile(output, arena::writeMapText(import.map));
+    const arena::VoxImport import = readVox(file, arena::readFile(file));
+    writeResult(file, output, arena::writeMapText(import.map));
     for (const arena::ReplacedColour& replaced : import.replaced) {
         const auto [red, green, blue] = replaced.colour;
-        std::cout << "colour " << std::hex << std::setfill('0') << std::setw(2) << +red
-                  << std::setw(2) << +green << std::setw(2) << +blue << std::dec << " is no "
-                  << "material's: its " << replaced.voxels << " cubes are "
-                  << arena::materialName(replaced.cellValue) << " now\n";
+        std::cerr << "colour " << std::hex << std::setfill('0') << std::setw(2) << +red
+                  << std::setw(2) << +green << std::setw(2) << +blue << std::dec
+                  << " is no material's; cubes that are " << arena::materialName(replaced.cellValue)
+                  << " now: " << replaced.voxels << '\n';
     }
 }
 
 void exportVox(const std::string& file, const std::string& output) {
-    const MapManager map = mapFromFile(file);
+    const ArenaFile arena = readWholeArena(file);
     std::string bytes;
     try {
-        bytes = arena::writeVox(map);
+        bytes = arena::writeVox(arena.text.map);
     } catch (const InputError& error) {
         throw InputError(file + ": " + error.what());
     }
-    arena::replaceFile(output, bytes);
+    writeResult(file, output, bytes);
 }
 
 } // namespace
@@ -268,9 +285,10 @@ int main(int argc, char** argv) {
                                                "server reads",
                                                "Plan", "Map text to write");
     CLI::App* plan = commandWithOutput("plan", "Turns an arena into a plan, for a text editor",
-                                       "Map text or voxel file", "Plan to write");
+                                       "Map text, voxel file or plan", "Plan to write");
     std::string name;
-    plan->add_option("--name", name, "The arena's name")->default_str("the file's name");
+    plan->add_option("--name", name, "The arena's name")
+        ->default_str("the plan's own, or the file's");
     CLI::App* importCommand = commandWithOutput("import",
                                                 "Turns a voxel editor's file into a map "
                                                 "text",

@@ -3,6 +3,7 @@
 #include "MapText.h"
 #include "Png.h"
 #include "TemporaryFolder.h"
+#include "VoxFile.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -87,6 +88,35 @@ TEST_F(MapTool, BrokenInputIsRefusedWithItsPlaceAndLeavesTheOutputAlone) {
     EXPECT_EQ(arena::readFile(output), "old");
 }
 
+TEST_F(MapTool, PlanOfAPlanKeepsItsName) {
+    EXPECT_EQ(run("plan " + file("file-name.plan", smallPlan) + " -o " + path("b.plan")), 0) << err;
+    EXPECT_EQ(arena::readFile(path("b.plan")), smallPlan);
+}
+
+TEST_F(MapTool, NoResultReplacesItsOwnInput) {
+    const std::string plan = file("small.plan", smallPlan);
+    EXPECT_EQ(run("build " + plan + " -o " + plan), 2);
+    EXPECT_EQ(err, plan + ": is the input; the result needs a file of its own\n");
+    EXPECT_EQ(arena::readFile(plan), smallPlan);
+}
+
+TEST_F(MapTool, LinesWrappedOnPurposeCanStillBeConverted) {
+    EXPECT_EQ(run("plan " + file("wrapped", "2 1 2 1 1 1 1 1 1\n2 0 0") + " -o " + path("a")), 0)
+        << err;
+    EXPECT_NE(arena::readFile(path("a")).find(" 12 "), std::string::npos) << "plaster";
+}
+
+TEST_F(MapTool, ImportTellsWhichColoursItReplacedApartFromTheMap) {
+    arena::MapText text = arena::readMapText(smallMap);
+    std::string vox = arena::writeVox(text.map);
+    // The palette's first colour, ground's, becomes black.
+    const std::size_t palette = vox.find("RGBA") + 12;
+    vox.replace(palette, 3, std::string(3, '\0'));
+    EXPECT_EQ(run("import " + file("a.vox", vox) + " -o /dev/stdout"), 0);
+    EXPECT_EQ(err, "colour 000000 is no material's; cubes that are slate now: 3\n");
+    EXPECT_EQ(out, "2 1 2\n 1 10 1 10\n 1 10 0 0\n");
+}
+
 TEST_F(MapTool, VoxelFileCannotHoldEveryMap) {
     EXPECT_EQ(run("export " + file("mapdata", "1 1 1 2 1 ") + " -o " + path("a.vox")), 2);
     EXPECT_EQ(err.substr(0, path("mapdata").size() + 1), path("mapdata") + ":");
@@ -148,6 +178,63 @@ TEST_F(MapTool, CheckWritesJsonForPrograms) {
     EXPECT_EQ(bad["findings"][0]["line"], 1);
     EXPECT_EQ(bad["findings"][0]["column"], 9);
     EXPECT_FALSE(bad.contains("reach"));
+
+    EXPECT_EQ(run("check --json " + path("missing")), 2);
+    const nlohmann::json missing = nlohmann::json::parse(out);
+    EXPECT_EQ(missing["findings"][0]["words"],
+              path("missing") + ": cannot be read (No such file or directory)");
+}
+
+TEST_F(MapTool, CheckReadsVoxelFilesToo) {
+    const std::string map = file("mapdata", arenaText(32, 16, 32, solidInRing));
+    EXPECT_EQ(run("export " + map + " -o " + path("ring.vox")), 0) << err;
+    EXPECT_EQ(run("check " + path("ring.vox")), 0) << out;
+}
+
+TEST_F(MapTool, ReportThatCannotBeWrittenIsAnError) {
+    const std::string empty = file("empty", "");
+    const std::string command = std::string(DRENCH_MAP) + " check " + empty + " >/dev/full 2>" +
+                                path("err") + " </dev/null";
+    const int status = std::system(command.c_str());
+    EXPECT_EQ(WEXITSTATUS(status), 2);
+    EXPECT_EQ(arena::readFile(path("err")), "the report cannot be written\n");
+}
+
+// A whole report of an arena in which much is wrong: the ring with spawn 1 inside a cube, nothing
+// below spawn 2, and a hole.
+TEST_F(MapTool, ReportIsCompleteAndInOrder) {
+    const std::string map = file("bad", arenaText(32, 16, 32, [](int i, int j, int k) {
+                                     if (i == 15 && j == 10 && k == 1)
+                                         return true;
+                                     return solidInRing(i, j, k) &&
+                                            !(i >= 1 && i <= 2 && k >= 15 && k <= 16) &&
+                                            !(i == 9 && k == 3);
+                                 }));
+    EXPECT_EQ(run("check " + map), 1);
+    EXPECT_EQ(out, "size    32 columns, 16 rows, 32 depth\n"
+                   "spawns  (cells are column, row, depth)\n"
+                   "  1     not clear\n"
+                   "  2     never lands\n"
+                   "  3     falls 6.1 cubes onto ground at 16, 2, 29\n"
+                   "  4     falls 6.1 cubes onto ground at 30, 2, 15\n"
+                   "  5     falls 0.1 cubes onto ground at 2, 2, 4\n"
+                   "  6     falls 0.1 cubes onto ground at 27, 2, 3\n"
+                   "  7     falls 0.1 cubes onto ground at 27, 2, 27\n"
+                   "  8     falls 0.1 cubes onto ground at 3, 2, 28\n"
+                   "reach   183 standing places; 180 of 181 walkable cells (99 %)\n"
+                   "sight   0 of 56 views from spawn to spawn are free on appearing, 0 after "
+                   "landing\n"
+                   "        1 % of all shots are lost in the open sky\n" +
+                       map +
+                       ":1:32014: error: spawn 1 is not clear: its body touches ground (cell 15, "
+                       "10, 1)\n" +
+                       map +
+                       ":1:2122: error: spawn 2 has nothing to land on: players fall out of the "
+                       "world (cell 1, 0, 16)\n" +
+                       map + ":1:2118: error: players can leave the world here (cell 1, 0, 15)\n" +
+                       map + ":1:2122: error: players can leave the world here (cell 1, 0, 16)\n" +
+                       map + ":1:4170: error: players can leave the world here (cell 2, 0, 16)\n" +
+                       map + ": error: and 2 more like these\n" + map + ": cannot be played\n");
 }
 
 TEST_F(MapTool, PicturesHaveTheSizeAskedFor) {
