@@ -35,10 +35,10 @@ struct VoxImport {
 bool isVox(const std::string& bytes);
 
 /// Reads a voxel file of one model. A voxel is a cell with `solid` 1 and the cellValue that its
-/// colour belongs to, else the nearest material's: by distance in Oklab (bottosson.github.io/posts/
-/// oklab). Of two voxels in one cell the last counts, as in editors; transparency is ignored, and
-/// so are chunks other than SIZE, XYZI, RGBA and PACK. Throws InputError with the byte, counted
-/// from 0, that is wrong, before it makes a map.
+/// colour belongs to, else the nearest material's: by distance in Oklab (Ottosson, 2020). Of two
+/// voxels in one cell the last counts, as in editors; transparency is ignored, and so are chunks
+/// other than SIZE, XYZI, RGBA and PACK. Throws InputError with the byte, counted from 0, that is
+/// wrong, before it makes a map.
 VoxImport readVox(const std::string& bytes);
 
 /// The map as a voxel file. Throws InputError when the format cannot hold it: a side beyond 256

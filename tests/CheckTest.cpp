@@ -307,6 +307,27 @@ TEST(CheckSight, SpawnsThatSeeEachOther) {
               1);
 }
 
+TEST(CheckSight, PlacesThatCoverTwoSpawns) {
+    // Without half of its posts the ring's corridors are long views past two spawns.
+    const CheckResult result = checked(ringText(ringBut([](int i, int j, int k) {
+        const auto isHalf = [](int along, int across) {
+            return along >= 19 && along <= 23 &&
+                   (across == 3 || across == 4 || across == 27 || across == 28);
+        };
+        return j > 2 && (isHalf(i, k) || isHalf(k, i));
+    })));
+    EXPECT_TRUE(result.playable());
+    ASSERT_FALSE(result.findings.empty());
+    const Finding& last = result.findings.back();
+    EXPECT_EQ(last.subject, "sight");
+    EXPECT_TRUE(last.words.starts_with("from ")) << last.words;
+    EXPECT_TRUE(last.words.ends_with(
+        " two spawns can be soaked in one view and no third one shoots back, from here for one"))
+        << last.words;
+    ASSERT_TRUE(last.cell);
+    EXPECT_FALSE(solidInRing(last.cell->column, last.cell->row, last.cell->depth));
+}
+
 TEST(Check, ProgressNamesWhatIsLookedAt) {
     arena::MapText text = arena::readMapText(ringText());
     std::vector<std::string> subjects;
