@@ -33,6 +33,9 @@ constexpr int flightTicks = 6;
 /// Long enough for a step on foot to leave its part of a cube.
 constexpr int strideTicks = 8;
 
+/// Ticks after which every body has come to rest that ever will.
+constexpr int longestSettling = 700;
+
 /// One mouse count turns the view by a radian divided by this.
 constexpr double countsPerRadian = 360.0;
 
@@ -194,11 +197,11 @@ Outcome tick(Search& search, Player& player) {
 bool settles(Search& search, Player& player) {
     for (bool& key : player.keys)
         key = false;
-    while (!stands(player)) {
+    for (int i = 0; i < longestSettling && !stands(player); ++i) {
         if (tick(search, player) == Outcome::isLost)
             return false;
     }
-    return true;
+    return stands(player);
 }
 
 int stateInFlight(Search& search, const Player& player) {
