@@ -31,20 +31,4 @@ CellIndex cellAt(const MapManager& map, vec3 point) {
     return {map.getColumn(point.x), map.getRow(point.y), map.getDepth(point.z)};
 }
 
-bool sameCells(const MapManager& a, const MapManager& b) {
-    if (a.columns != b.columns || a.rows != b.rows || a.depth != b.depth)
-        return false;
-    for (int i = 0; i < a.columns; ++i) {
-        for (int j = 0; j < a.rows; ++j) {
-            for (int k = 0; k < a.depth; ++k) {
-                const Box& one = cell(a, i, j, k);
-                const Box& other = cell(b, i, j, k);
-                if (one.solid != other.solid || one.cellValue != other.cellValue)
-                    return false;
-            }
-        }
-    }
-    return true;
-}
-
 } // namespace arena

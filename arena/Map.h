@@ -34,7 +34,4 @@ const Box& cell(const MapManager& map, int column, int row, int depth);
 /// The cell of the grid that holds the point, or the nearest one. The map must have cells.
 CellIndex cellAt(const MapManager& map, vec3 point);
 
-/// Whether both maps have the same dimensions and the same two numbers in every cell.
-bool sameCells(const MapManager& a, const MapManager& b);
-
 } // namespace arena

@@ -2,6 +2,7 @@
 
 #include "Arenas.h"
 #include "Arrivals.h"
+#include "Map.h"
 
 #include <vector>
 
@@ -49,4 +50,21 @@ inline bool solidInRing(int i, int j, int k) {
                          (between(15, k, 16) && (between(1, i, 2) || between(29, i, 30)));
     const bool firstLowSpawn = i == 2 && k == 4;
     return j < 3 || isPost(i, k) || isPost(k, i) || !(ring || alcoves || firstLowSpawn);
+}
+
+/// Whether both maps have the same dimensions and the same two numbers in every cell.
+inline bool sameCells(const MapManager& a, const MapManager& b) {
+    if (a.columns != b.columns || a.rows != b.rows || a.depth != b.depth)
+        return false;
+    for (int i = 0; i < a.columns; ++i) {
+        for (int j = 0; j < a.rows; ++j) {
+            for (int k = 0; k < a.depth; ++k) {
+                const Box& one = arena::cell(a, i, j, k);
+                const Box& other = arena::cell(b, i, j, k);
+                if (one.solid != other.solid || one.cellValue != other.cellValue)
+                    return false;
+            }
+        }
+    }
+    return true;
 }

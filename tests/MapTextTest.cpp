@@ -1,5 +1,6 @@
 #include "MapText.h"
 #include "Arenas.h"
+#include "Courts.h"
 #include "FileLoader.h"
 #include "Files.h"
 #include "Map.h"
@@ -161,13 +162,13 @@ TEST(MapText, OfAProperFileHasNoProblems) {
     const MapText text = readMapText("2 1 2\n 1 1 0 0\n 1 7 2 -5\n");
     EXPECT_EQ(problemsOf(text), Lines());
     EXPECT_TRUE(text.hasHeader);
-    EXPECT_TRUE(arena::sameCells(text.map, loaded("2 1 2 1 1 0 0 1 7 2 -5")));
+    EXPECT_TRUE(sameCells(text.map, loaded("2 1 2 1 1 0 0 1 7 2 -5")));
 }
 
 TEST(MapText, OfTheDefaultArenaHasNoProblems) {
     const MapText text = readMapText(arena::readFile(DRENCH_MAPDATA));
     EXPECT_EQ(problemsOf(text), Lines());
-    EXPECT_TRUE(arena::sameCells(text.map, loaded(fileStringContents(DRENCH_MAPDATA))));
+    EXPECT_TRUE(sameCells(text.map, loaded(fileStringContents(DRENCH_MAPDATA))));
 }
 
 TEST(MapText, AcceptsWhateverTheServerReadsAsNumbers) {
@@ -450,7 +451,7 @@ TEST(MapTextLines, NumbersWrappedOnPurposeAreHarmless) {
                                        "together with the next line's 2 as 12",
                                        "~2:5: line 2 ends in 3 without a blank: it will be read "
                                        "together with the next line's 4 as 34"}));
-    EXPECT_TRUE(arena::sameCells(text.map, loaded("1 1 2 1 12 1 34")));
+    EXPECT_TRUE(sameCells(text.map, loaded("1 1 2 1 12 1 34")));
     EXPECT_EQ(problemsIn("1\n2 1 1" + repeated(" 1", 24)),
               Lines{"~1:1: line 1 ends in 1 without a blank: it will be read together with the "
                     "next line's 2 as 12"});
@@ -491,7 +492,7 @@ TEST(MapTextProperty, DamagedTextsAreReadAsTheServerReadsThem) {
         SCOPED_TRACE(testing::PrintToString(bytes));
 
         ASSERT_EQ(text.hasHeader, numbers.isArena);
-        ASSERT_TRUE(arena::sameCells(text.map, numbers.isArena ? loaded(joined) : MapManager()));
+        ASSERT_TRUE(sameCells(text.map, numbers.isArena ? loaded(joined) : MapManager()));
         ASSERT_EQ(text.numbers.size(), numbers.values.size());
         for (size_t k = 0; k < numbers.values.size(); ++k) {
             std::istringstream there(joinedFrom(bytes, text.numbers[k]));
@@ -543,7 +544,7 @@ TEST(MapTextWriting, TheServerReadsBackAnyCells) {
     for (int i = 0; i < 200; ++i) {
         const MapManager map = drawMap(random);
         const std::string bytes = arena::writeMapText(map);
-        ASSERT_TRUE(arena::sameCells(served(bytes), map)) << bytes;
+        ASSERT_TRUE(sameCells(served(bytes), map)) << bytes;
         ASSERT_EQ(problemsIn(bytes), Lines()) << bytes;
     }
 }
@@ -565,11 +566,11 @@ TEST(ArenaSize, IsPositiveAndOfBoundedVolume) {
 
 TEST(ArenaCells, AreTheSameIfDimensionsAndBothNumbersAre) {
     const MapManager map = loaded("1 2 1 1 2 3 4");
-    EXPECT_TRUE(arena::sameCells(map, loaded("1 2 1 1 2 3 4")));
-    EXPECT_FALSE(arena::sameCells(map, loaded("1 2 1 1 2 3 5")));
-    EXPECT_FALSE(arena::sameCells(map, loaded("1 2 1 1 2 0 4")));
+    EXPECT_TRUE(sameCells(map, loaded("1 2 1 1 2 3 4")));
+    EXPECT_FALSE(sameCells(map, loaded("1 2 1 1 2 3 5")));
+    EXPECT_FALSE(sameCells(map, loaded("1 2 1 1 2 0 4")));
     for (const char* larger : {"2 1 1 1 2 1 2", "1 2 1 1 2 1 2", "1 1 2 1 2 1 2"}) {
-        EXPECT_FALSE(arena::sameCells(loaded("1 1 1 1 2"), loaded(larger))) << larger;
-        EXPECT_FALSE(arena::sameCells(loaded(larger), loaded("1 1 1 1 2"))) << larger;
+        EXPECT_FALSE(sameCells(loaded("1 1 1 1 2"), loaded(larger))) << larger;
+        EXPECT_FALSE(sameCells(loaded(larger), loaded("1 1 1 1 2"))) << larger;
     }
 }

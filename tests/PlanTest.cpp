@@ -1,5 +1,6 @@
 #include "Plan.h"
 #include "Arenas.h"
+#include "Courts.h"
 #include "FileLoader.h"
 #include "Files.h"
 #include "Map.h"
@@ -121,7 +122,7 @@ MapManager drawMap(std::mt19937& random) {
 TEST(Plan, GivesNameAndCells) {
     const Plan plan = readPlan(good, "p");
     EXPECT_EQ(plan.name, "Small");
-    EXPECT_TRUE(arena::sameCells(plan.map, loaded("2 1 2 1 1 1 1 1 1 0 0")));
+    EXPECT_TRUE(sameCells(plan.map, loaded("2 1 2 1 1 1 1 1 1 0 0")));
     EXPECT_EQ(arena::writeMapText(plan.map), "2 1 2\n 1 1 1 1\n 1 1 0 0\n");
 }
 
@@ -130,27 +131,26 @@ TEST(Plan, GridHasColumnsToTheRightAndDepthDownward) {
                                    "row 0\n..a\n...\nrow 1\n...\n.b.\n");
     EXPECT_EQ(map.cubes[2][0][0].cellValue, 1);
     EXPECT_EQ(map.cubes[1][1][1].cellValue, 2);
-    EXPECT_TRUE(
-        arena::sameCells(map, loaded("3 2 2 0 0 0 0 0 0 0 0 0 0 0 0 0 0 1 2 1 1 0 0 0 0 0 0")));
+    EXPECT_TRUE(sameCells(map, loaded("3 2 2 0 0 0 0 0 0 0 0 0 0 0 0 0 0 1 2 1 1 0 0 0 0 0 0")));
 }
 
 TEST(Plan, OneGridMayStandForManyRows) {
     const MapManager map = cellsOf("arena A\nsize 1 5 1\nlegend\n. 0 air\ng 1 ground\n"
                                    "row 0\ng\nrow 1-3\n.\nrow 4-4\ng\n");
-    EXPECT_TRUE(arena::sameCells(map, loaded("1 5 1 1 1 0 0 0 0 0 0 1 1")));
+    EXPECT_TRUE(sameCells(map, loaded("1 5 1 1 1 0 0 0 0 0 0 1 1")));
 }
 
 TEST(Plan, ValueIsACellValueThatIsSolidUnlessAirOrAPair) {
     const MapManager map =
         cellsOf("arena A\nsize 8 1 1\nlegend\n. 0 air\na 1 a\nb 2147483647 b\nc -5 c\nd 2:-5 d\n"
                 "e 0:5 e\nf 1:0 f\ng 1:7 g\nrow 0\n.abcdefg\n");
-    EXPECT_TRUE(arena::sameCells(map, loaded("8 1 1 0 0 1 1 1 2147483647 1 -5 2 -5 0 5 1 0 1 7")));
+    EXPECT_TRUE(sameCells(map, loaded("8 1 1 0 0 1 1 1 2147483647 1 -5 2 -5 0 5 1 0 1 7")));
 }
 
 TEST(Plan, AirMayBeWrittenAsAPairOrBeLeftOut) {
-    EXPECT_TRUE(arena::sameCells(cellsOf(withLine(4, ". 0:0 air")), cellsOf(good)));
-    EXPECT_TRUE(arena::sameCells(cellsOf("arena A\nsize 1 1 1\nlegend\na 3 wood\nrow 0\na\n"),
-                                 loaded("1 1 1 1 3")));
+    EXPECT_TRUE(sameCells(cellsOf(withLine(4, ". 0:0 air")), cellsOf(good)));
+    EXPECT_TRUE(sameCells(cellsOf("arena A\nsize 1 1 1\nlegend\na 3 wood\nrow 0\na\n"),
+                          loaded("1 1 1 1 3")));
 }
 
 TEST(Plan, NameIsTheRestOfTheLine) {
@@ -163,7 +163,7 @@ TEST(Plan, NameIsTheRestOfTheLine) {
 TEST(Plan, CommentsAndEmptyLinesMayStandBetweenGrids) {
     const std::string text = "# one\n\narena Small\n \t\n#\nsize 2 1 2\n# two\nlegend\n\n. 0 air\n"
                              "# 5 hash\n\ng 1 ground\n#three\nrow 0\ngg\ng.\n\n# four\n\n";
-    EXPECT_TRUE(arena::sameCells(cellsOf(text), cellsOf(good)));
+    EXPECT_TRUE(sameCells(cellsOf(text), cellsOf(good)));
 }
 
 TEST(Plan, AcceptsWhatOtherEditorsWrite) {
@@ -172,8 +172,8 @@ TEST(Plan, AcceptsWhatOtherEditorsWrite) {
         text += c == '\n' ? "\r\n" : std::string(1, c);
     const Plan plan = readPlan("\xEF\xBB\xBF" + text, "p");
     EXPECT_EQ(plan.name, "Small");
-    EXPECT_TRUE(arena::sameCells(plan.map, cellsOf(good)));
-    EXPECT_TRUE(arena::sameCells(cellsOf(good.substr(0, good.size() - 1)), cellsOf(good)))
+    EXPECT_TRUE(sameCells(plan.map, cellsOf(good)));
+    EXPECT_TRUE(sameCells(cellsOf(good.substr(0, good.size() - 1)), cellsOf(good)))
         << "no line end at the end";
     EXPECT_EQ(errorOf("\xEF\xBB\xBFx"), "p:1:1: \"x\"" + nameRule);
 }
@@ -403,7 +403,7 @@ TEST(PlanWriting, MergesOnlyRowsThatFollowEachOther) {
 TEST(PlanWriting, HasCharactersForNinetyThreeKindsWithAir) {
     const MapManager most = distinctSolids(92);
     const std::string text = writePlan({"Most", most});
-    EXPECT_TRUE(arena::sameCells(cellsOf(text), most));
+    EXPECT_TRUE(sameCells(cellsOf(text), most));
     EXPECT_EQ(writePlan(readPlan(text, "p")), text);
     EXPECT_EQ(writeError({"More", distinctSolids(93)}),
               "cells of 94 kinds, air included; a plan has characters for 93");
@@ -419,7 +419,7 @@ TEST(PlanWriting, MaterialsKeepTheirCharactersAmongAnyOthers) {
     const std::string text = writePlan({"Crowd", column(pairs)});
     EXPECT_NE(text.find("\n. 0 air\n"), std::string::npos);
     EXPECT_NE(text.find("\n~ 6 water\n"), std::string::npos);
-    EXPECT_TRUE(arena::sameCells(cellsOf(text), column(pairs)));
+    EXPECT_TRUE(sameCells(cellsOf(text), column(pairs)));
 }
 
 TEST(PlanWriting, RefusesANameThatDoesNotReadBack) {
@@ -451,7 +451,7 @@ TEST(PlanRoundTrip, GivesBackNameAndCells) {
         const std::string text = writePlan(plan);
         const Plan back = readPlan(text, "p");
         ASSERT_EQ(back.name, plan.name);
-        ASSERT_TRUE(arena::sameCells(back.map, plan.map)) << text;
+        ASSERT_TRUE(sameCells(back.map, plan.map)) << text;
         ASSERT_EQ(writePlan(back), text);
         std::set<std::pair<int, int>> kinds;
         for (const auto& column : plan.map.cubes)
@@ -479,7 +479,7 @@ TEST(PlanRoundTrip, SpoiledPlanIsRefusedWithAPlaceOrIsAnotherPlan) {
             const Plan plan = readPlan(text, "p");
             const Plan back = readPlan(writePlan(plan), "p");
             ASSERT_EQ(back.name, plan.name);
-            ASSERT_TRUE(arena::sameCells(back.map, plan.map));
+            ASSERT_TRUE(sameCells(back.map, plan.map));
         } catch (const arena::InputError& error) {
             int line = 0;
             int column = 0;

@@ -142,7 +142,7 @@ TEST(Reach, HoleInTheFloorIsADeparture) {
 TEST(Reach, EverySideOfTheWorldCanBeLeft) {
     const CellIndex holes[] = {{0, 1, 3}, {5, 1, 3}, {3, 1, 0}, {3, 1, 5}};
     for (const CellIndex& hole : holes) {
-        MapManager map = court(6, 8, 6, [&](int, int, int) { return false; });
+        MapManager map = court(6, 8, 6, nothing);
         for (int j = 1; j <= 3; ++j)
             map.cubes[static_cast<std::size_t>(hole.column)][static_cast<std::size_t>(j)]
                      [static_cast<std::size_t>(hole.depth)]

@@ -1,5 +1,6 @@
 #include "VoxFile.h"
 #include "Arenas.h"
+#include "Courts.h"
 #include "FileLoader.h"
 #include "Files.h"
 #include "Map.h"
