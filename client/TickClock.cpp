@@ -1,0 +1,174 @@
+#include "TickClock.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace client {
+
+namespace {
+
+/// A median gap that differs from the period by more than this factor is believed more.
+constexpr double grossMismatch = 1.25;
+
+/// Bursts set the median and the mean gap apart by more than this factor.
+constexpr double burstMismatch = 1.25;
+
+/// Milliseconds; a room that cannot pace itself any more ticks faster than anyone draws.
+constexpr double shortestPeriod = 1.0;
+
+/// Arrivals that follow within this part of a period belong to a burst: the line was held up, and
+/// what comes next may be back in time.
+constexpr double burstGap = 0.5;
+
+/// A lag that not one of this many arrivals made up for stays.
+constexpr std::size_t patientArrivals = 8;
+
+/// It is held against the lag of so many arrivals before: under a period that is a little too
+/// short, lags grow, but slowly.
+constexpr std::size_t arrivalsBefore = 2;
+
+/// Lags from this part of a period on are missed snapshots. Less is a late tick, after which the
+/// room goes on without catching up.
+constexpr double missedLag = 0.6;
+
+/// How much of the least lag the line takes over with every arrival.
+constexpr double lineGain = 0.5;
+
+/// Ticks from one anchor to the next.
+constexpr std::int64_t anchorDistance = 128;
+
+/// How many ticks the period so far weighs against the slope of the line.
+constexpr double periodInertia = 64.0;
+
+/// The gain of RFC 3550 for jitter.
+constexpr double jitterGain = 1.0 / 16.0;
+
+double missedTicks(double lag, double period) {
+    return std::floor(lag / period + 1.0 - missedLag);
+}
+
+} // namespace
+
+std::int64_t TickClock::arrival(Time now) {
+    if (!hasStarted_) {
+        hasStarted_ = true;
+        start_ = now;
+        return tick_;
+    }
+    const double arrival = millisecondsAt(now);
+    const double gap = arrival - lastArrival_;
+    lastArrival_ = arrival;
+    ++tick_;
+    due_ += period_;
+    gaps_[gapCount_++] = gap;
+    if (gapCount_ == keptGaps) {
+        gapCount_ = 0;
+        if (recalibrate()) {
+            due_ = arrival;
+            lags_.fill(0.0);
+            olderAnchor_ = newerAnchor_ = {tick_, due_};
+        }
+    }
+
+    double lag = arrival - due_;
+    if (lag < 0.0) {
+        const double tooMany = missedTicks(-lag, period_);
+        if (tooMany > 0.0) {
+            // The line was drawn too late as a whole, perhaps since a burst was taken for losses.
+            missed_ -= std::min(missed_, static_cast<std::uint64_t>(tooMany));
+            olderAnchor_.due += lag;
+            newerAnchor_.due += lag;
+        }
+        moveLine(lag);
+        lag = 0.0;
+    }
+    jitter_ += jitterGain * (lag - jitter_);
+    keepLag(lag, gap < burstGap * period_);
+    if (isCalibrated_) {
+        judgeLags();
+        measureSlope();
+    }
+    return tick_;
+}
+
+double TickClock::tickAt(Time now) const {
+    if (!hasStarted_)
+        return 0.0;
+    return static_cast<double>(tick_) + (millisecondsAt(now) - due_) / period_;
+}
+
+double TickClock::millisecondsAt(Time now) const {
+    return std::chrono::duration<double, std::milli>(now - start_).count();
+}
+
+/// Sets the period by the kept gaps if they are the first, or tell a very different one. Whether it
+/// did: then a new line is to be drawn.
+bool TickClock::recalibrate() {
+    std::array<double, keptGaps> sorted = gaps_;
+    std::sort(sorted.begin(), sorted.end());
+    const double median = sorted[keptGaps / 2];
+    const double sum = std::accumulate(sorted.begin(), sorted.end(), 0.0);
+    // Without the longest, which may be an outage.
+    const double mean = (sum - sorted.back()) / (keptGaps - 1);
+    const auto [shorter, longer] = std::minmax(median, mean);
+    const bool isBursty = longer >= shorter * burstMismatch;
+    const bool fits =
+        isBursty || (longer > period_ / grossMismatch && shorter < period_ * grossMismatch);
+    if (isCalibrated_ && fits)
+        return false;
+    isCalibrated_ = true;
+    period_ = std::max(isBursty ? sum / keptGaps : median, shortestPeriod);
+    return true;
+}
+
+/// Later when positive.
+void TickClock::moveLine(double milliseconds) {
+    due_ += milliseconds;
+    for (double& lag : lags_)
+        lag -= milliseconds;
+}
+
+void TickClock::keepLag(double lag, bool inBurst) {
+    if (inBurst) {
+        lags_[newestLag_] = std::min(lags_[newestLag_], lag);
+        return;
+    }
+    newestLag_ = (newestLag_ + 1) % keptLags;
+    lags_[newestLag_] = lag;
+}
+
+void TickClock::judgeLags() {
+    const double grown = leastLag(0, patientArrivals) - leastLag(patientArrivals, arrivalsBefore);
+    const double missed = missedTicks(grown, period_);
+    if (missed > 0.0) {
+        tick_ += static_cast<std::int64_t>(missed);
+        missed_ += static_cast<std::uint64_t>(missed);
+        due_ += missed * period_;
+        for (std::size_t i = 0; i < patientArrivals; ++i)
+            lags_[(newestLag_ + keptLags - i) % keptLags] -= missed * period_;
+    }
+    // Over more arrivals, so that the line does not follow a lag that is being judged.
+    moveLine(lineGain * leastLag(0, keptLags));
+}
+
+void TickClock::measureSlope() {
+    if (tick_ - newerAnchor_.tick >= anchorDistance) {
+        olderAnchor_ = newerAnchor_;
+        newerAnchor_ = {tick_, due_};
+    }
+    const double ticks = static_cast<double>(tick_ - olderAnchor_.tick);
+    const double slope =
+        (due_ - olderAnchor_.due + periodInertia * period_) / (ticks + periodInertia);
+    period_ = std::max(slope, shortestPeriod);
+}
+
+/// The least of `count` lags, of which the newest came `skipped` arrivals ago.
+double TickClock::leastLag(std::size_t skipped, std::size_t count) const {
+    double least = lags_[(newestLag_ + keptLags - skipped) % keptLags];
+    for (std::size_t i = skipped + 1; i < skipped + count; ++i)
+        least = std::min(least, lags_[(newestLag_ + keptLags - i) % keptLags]);
+    return least;
+}
+
+} // namespace client
