@@ -3,6 +3,10 @@
 #include "Collisions.h"
 #include "MathOps.h"
 
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <limits>
 #include <sstream>
 
 namespace {
@@ -39,6 +43,137 @@ float cellCentre(int index) {
         truncateToInt(half + static_cast<float>(wrappingMultiply(index, cubeEdge))));
 }
 
+const Box& cubeAt(const MapManager& map, int i, int j, int k) {
+    return map.cubes[static_cast<size_t>(i)][static_cast<size_t>(j)][static_cast<size_t>(k)];
+}
+
+bool blocks(const Box& cube, vec3 p) {
+    return cube.solid != 0 && intersects(cube, p);
+}
+
+// The march looks for a cube only in steps in which a coordinate may have entered another cell
+// (Amanatides and Woo, "A fast voxel traversal algorithm for ray tracing", 1987). Where a
+// coordinate is by then is a sum of many steps, rounded after each. It is exact all the same to
+// take many at once: floats of one sign and exponent are evenly spaced, and an addition that stays
+// among them moves by the step rounded to their spacing, every time the same. Only where that
+// rounding is a tie may the first move differ from those that follow: it leads to an even float,
+// and they start there.
+
+constexpr int never = std::numeric_limits<int>::max();
+
+/// One coordinate of the marching point, and a stretch of its way that keeps to one cell or outside
+/// the world: in steps n with from <= n < until it is exactly position + (n - from) · stride.
+struct Axis {
+    float step;
+    int cells;
+    float farFace;
+
+    float position = 0.0f;
+    float stride = 0.0f;
+    int cell = 0;
+    int from = 0;
+    int until = 0;
+};
+
+float positionAt(const Axis& axis, int n) {
+    return axis.position + static_cast<float>(n - axis.from) * axis.stride;
+}
+
+/// Where the spacing of floats changes next on the way from x in the direction of `step`.
+float endOfSpacing(float x, float step) {
+    constexpr std::uint32_t mantissa = 0x007fffff;
+    const auto bits = std::bit_cast<std::uint32_t>(x);
+    const bool awayFromZero = (x > 0.0f) == (step > 0.0f);
+    return std::bit_cast<float>(awayFromZero ? (bits | mantissa) + 1 : bits & ~mantissa);
+}
+
+/// The next face of a cell, or of the world, in the direction of the step. Of zero nothing needs to
+/// be known on the way up: the spacing of floats ends there.
+float nextFace(const Axis& axis) {
+    if (axis.step > 0.0f)
+        return static_cast<float>(axis.cell + 1) * cubeEdge;
+    return axis.position > axis.farFace ? axis.farFace : static_cast<float>(axis.cell) * cubeEdge;
+}
+
+/// The least whole number that is not below x.
+int roundedUp(float x) {
+    const int whole = static_cast<int>(x);
+    return static_cast<float>(whole) < x ? whole + 1 : whole;
+}
+
+/// Begins a stretch in step n. False when the coordinate has left the world for good, or is NaN.
+bool enter(Axis& axis, float position, int n) {
+    const bool ascending = axis.step > 0.0f;
+    if (!(ascending ? position <= axis.farFace : position >= 0.0f))
+        return false;
+
+    axis.position = position;
+    axis.stride = 0.0f;
+    axis.cell = cellIndex(position, axis.cells);
+    axis.from = n;
+
+    const float next = position + axis.step;
+    if (next == position) {
+        axis.until = never;
+        return true;
+    }
+
+    // Unequal moves come from a tie. What ends a stretch is reached or crossed by its last move
+    // only, which is not taken with the others.
+    axis.until = n + 1;
+    const float stride = next - position;
+    const float nextStride = (next + axis.step) - next;
+    if (stride == nextStride) {
+        const float face = nextFace(axis);
+        const float spacing = endOfSpacing(position, axis.step);
+        const float end = ascending ? std::min(face, spacing) : std::max(face, spacing);
+        axis.stride = stride;
+        axis.until = n + std::max(1, roundedUp((end - position) / stride));
+    }
+    return true;
+}
+
+/// Begins the next stretch if the last one ends in step n. Its first step is an addition of its
+/// own, which may end among floats of another spacing. False as in enter().
+bool goOn(Axis& axis, int n) {
+    return axis.until != n || enter(axis, positionAt(axis, n - 1) + axis.step, n);
+}
+
+struct March {
+    Axis x;
+    Axis y;
+    Axis z;
+};
+
+March marchThrough(const MapManager& map, vec3 dir) {
+    constexpr float beyond = std::numeric_limits<float>::infinity();
+    const vec3 farCorner =
+        cubeAt(map, map.getColumn(beyond), map.getRow(beyond), map.getDepth(beyond)).max;
+    return {{dir.x, map.columns, farCorner.x},
+            {dir.y, map.rows, farCorner.y},
+            {dir.z, map.depth, farCorner.z}};
+}
+
+vec3 positionAt(const March& march, int n) {
+    return {positionAt(march.x, n), positionAt(march.y, n), positionAt(march.z, n)};
+}
+
+/// The first step below `limit` in which a march from `start` is in or on a solid cube, else never.
+/// The march stops in the cell of that cube.
+int firstHit(const MapManager& map, March& march, vec3 start, int limit) {
+    auto& [x, y, z] = march;
+    bool mayHit = enter(x, start.x, 0) && enter(y, start.y, 0) && enter(z, start.z, 0);
+    int n = 0;
+    while (mayHit) {
+        const vec3 p(x.position, y.position, z.position);
+        if (blocks(cubeAt(map, x.cell, y.cell, z.cell), p))
+            return n;
+        n = std::min({x.until, y.until, z.until});
+        mayHit = n < limit && goOn(x, n) && goOn(y, n) && goOn(z, n);
+    }
+    return never;
+}
+
 } // namespace
 
 void MapManager::init(std::string text) {
@@ -67,7 +202,7 @@ void MapManager::init(std::string text) {
 bool MapManager::cubeIsNull(int i, int j, int k) const {
     if (i < 0 || i >= columns || j < 0 || j >= rows || k < 0 || k >= depth)
         return false;
-    return cubes[static_cast<size_t>(i)][static_cast<size_t>(j)][static_cast<size_t>(k)].solid == 0;
+    return cubeAt(*this, i, j, k).solid == 0;
 }
 
 bool MapManager::outOfBounds(vec3 p) const {
@@ -89,12 +224,6 @@ vec3 MapManager::cubeIndices(vec3 p) const {
             static_cast<float>(getDepth(p.z))};
 }
 
-const Box* MapManager::solidCubeAt(vec3 p) const {
-    const Box& cube = cubes[static_cast<size_t>(getColumn(p.x))][static_cast<size_t>(getRow(p.y))]
-                           [static_cast<size_t>(getDepth(p.z))];
-    return cube.solid != 0 && intersects(cube, p) ? &cube : nullptr;
-}
-
 bool MapManager::collides(Box box) const {
     if (!hasCells())
         return false;
@@ -104,8 +233,7 @@ bool MapManager::collides(Box box) const {
     for (int i = getColumn(box.min.x); i <= lastColumn; ++i) {
         for (int j = getRow(box.min.y); j <= lastRow; ++j) {
             for (int k = getDepth(box.min.z); k <= lastDepth; ++k) {
-                const Box& cube =
-                    cubes[static_cast<size_t>(i)][static_cast<size_t>(j)][static_cast<size_t>(k)];
+                const Box& cube = cubeAt(*this, i, j, k);
                 if (cube.solid != 0 && intersects(cube, box))
                     return true;
             }
@@ -115,35 +243,30 @@ bool MapManager::collides(Box box) const {
 }
 
 bool MapManager::collides(vec3 p) const {
-    return hasCells() && solidCubeAt(p) != nullptr;
+    return hasCells() && blocks(cubeAt(*this, getColumn(p.x), getRow(p.y), getDepth(p.z)), p);
 }
 
 vec3 MapManager::boxToCheckForLineIntersection(vec3 start, vec3 dir) const {
     if (!hasCells())
         return nothingFound;
 
-    vec3 p = start;
-    for (int step = 0; step < coarseSteps; ++step) {
-        if (solidCubeAt(p)) {
-            p = p - dir * backOffSteps;
-            break;
-        }
-        p += dir;
-    }
-    for (int step = 0; step < fineSteps; ++step) {
-        if (solidCubeAt(p))
-            return cubeIndices(p);
-        p += dir;
-    }
-    return nothingFound;
+    // A first look in vain ends where the second one begins: together they are one march.
+    March march = marchThrough(*this, dir);
+    int n = firstHit(*this, march, start, coarseSteps + fineSteps);
+    if (n < coarseSteps)
+        n = firstHit(*this, march, positionAt(march, n) - dir * backOffSteps, fineSteps);
+    if (n == never)
+        return nothingFound;
+    return {static_cast<float>(march.x.cell), static_cast<float>(march.y.cell),
+            static_cast<float>(march.z.cell)};
 }
 
 vec3 MapManager::pointOfIntersection(vec3 start, vec3 dir) const {
     const vec3 cell = boxToCheckForLineIntersection(start, dir);
     if (cell.x < 0.0f)
         return nothingFound;
-    const Box& cube = cubes[static_cast<size_t>(cell.x)][static_cast<size_t>(cell.y)]
-                           [static_cast<size_t>(cell.z)];
+    const Box& cube =
+        cubeAt(*this, static_cast<int>(cell.x), static_cast<int>(cell.y), static_cast<int>(cell.z));
     const vec3 end = start + dir * segmentSteps;
     vec3 hit;
     vec3 normal;

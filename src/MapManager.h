@@ -55,7 +55,8 @@ struct MapManager {
     /// Marches from `start` in steps of exactly `dir` (neither scaled nor normalised) for up to
     /// 5000 steps to the first solid cube, backs off by 64 steps and looks again for 65. Returns
     /// the cell's indices or (-1, -1, -1). The second look starts behind `start` when the first
-    /// cube was nearer than 64 steps, and may find another one there.
+    /// cube was nearer than 64 steps, and may find another one there. The time that it takes grows
+    /// with the cells on the way, not with the steps.
     vec3 boxToCheckForLineIntersection(vec3 start, vec3 dir) const;
 
     /// Where the ray from `start` along `dir` enters the cube that the march finds, in world units,
@@ -64,9 +65,4 @@ struct MapManager {
 
     /// Whether the grid holds any cell at all.
     bool hasCells() const { return columns > 0 && rows > 0 && depth > 0; }
-
-  private:
-    /// The cube in the clamped cell of p when it is solid and p lies in or on it, else null. Needs
-    /// a map with cells.
-    const Box* solidCubeAt(vec3 p) const;
 };

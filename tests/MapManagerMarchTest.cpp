@@ -111,6 +111,55 @@ TEST(March, LooksFiveThousandStepsAheadAndSixtyFiveMore) {
     EXPECT_EQ(marchedPoint(map, oneTooFar, dir), nothing);
 }
 
+TEST(March, FindsTheWorldFromOutsideAsFarAsItLooks) {
+    EXPECT_EQ(marchedCell(oneCube, vec3(-5064, 32, 32), vec3(1, 0, 0)), (Three{0, 0, 0}));
+    EXPECT_EQ(marchedCell(oneCube, vec3(-5065, 32, 32), vec3(1, 0, 0)), nothing);
+    EXPECT_EQ(marchedCell(oneCube, vec3(32, 64 + 5064, 32), vec3(0, -1, 0)), (Three{0, 0, 0}));
+    EXPECT_EQ(marchedCell(oneCube, vec3(32, 64 + 5065, 32), vec3(0, -1, 0)), nothing);
+}
+
+TEST(March, SeesCubesAsTheyAreNow) {
+    MapManager map = corridor("...#.#");
+    const vec3 start(10, 32, 32);
+    const vec3 dir(1, 0, 0);
+    map.cubes[3][0][0].solid = 0;
+    EXPECT_EQ(marchedCell(map, start, dir), (Three{5, 0, 0}));
+    map.cubes[2][0][0].solid = -1;
+    EXPECT_EQ(marchedCell(map, start, dir), (Three{2, 0, 0}));
+}
+
+// Below 64, where cell 1 begins, floats are 2^-18 apart; 64 is an even one.
+TEST(March, StepsShorterThanHalfTheSpacingOfFloatsLeadNowhere) {
+    const MapManager map = corridor(".#");
+    const float spacing = 0x1p-18f;
+    const vec3 start(64 - 3 * spacing, 32, 32);
+    EXPECT_EQ(marchedCell(map, start, vec3(0.49f * spacing, 0, 0)), nothing);
+    EXPECT_EQ(marchedCell(map, start, vec3(0.51f * spacing, 0, 0)), (Three{1, 0, 0}));
+}
+
+TEST(March, StepsThatEndHalfwayBetweenFloatsLeadFromEvenOnesToEvenOnes) {
+    const MapManager map = corridor(".#");
+    const float spacing = 0x1p-18f;
+    const vec3 dir(1.5f * spacing, 0, 0);
+    const auto before = [&](int spacings) {
+        return vec3(64 - static_cast<float>(spacings) * spacing, 32, 32);
+    };
+    EXPECT_EQ(marchedCell(map, before(2 * 5064), dir), (Three{1, 0, 0})) << "5064 moves by 2";
+    EXPECT_EQ(marchedCell(map, before(2 * 5065), dir), nothing);
+    EXPECT_EQ(marchedCell(map, before(1 + 2 * 5063), dir), (Three{1, 0, 0})) << "1 first, then 2";
+    EXPECT_EQ(marchedCell(map, before(1 + 2 * 5064), dir), nothing);
+}
+
+TEST(March, RoundedStepsMayNotGetBackToWhereTheyBackedOffFrom) {
+    const MapManager map = corridor(".#");
+    const float spacing = 0x1p-18f;
+    const vec3 start(64 - 100 * spacing, 32, 32);
+    EXPECT_EQ(marchedCell(map, start, vec3(1.4f * spacing, 0, 0)), nothing)
+        << "64 times 1.4 spacings back, 64 times 1 forth";
+    EXPECT_EQ(marchedCell(map, start, vec3(1.6f * spacing, 0, 0)), (Three{1, 0, 0}))
+        << "64 times 1.6 back, 64 times 2 forth";
+}
+
 TEST(March, WithoutADirectionFindsOnlyTheCubeAroundTheStart) {
     const MapManager map = corridor(".#");
     EXPECT_EQ(marchedCell(map, vec3(32, 32, 32), vec3()), nothing);
