@@ -25,10 +25,8 @@ double milliseconds(Clock::duration duration) {
 
 void RoundTrip::sent(Time now) {
     expire(now);
-    if (unanswered_ > 0 && milliseconds(now - newestSend_) > patience()) {
-        givenUp_ += unanswered_;
-        unanswered_ = 0;
-    }
+    if (unanswered_ > 0 && milliseconds(now - newestSend_) > patience())
+        giveUpAll();
     if (unanswered_ == capacity)
         giveUpOldest();
     if (unanswered_ == 0)
@@ -80,6 +78,11 @@ void RoundTrip::takeOldest() {
 void RoundTrip::giveUpOldest() {
     takeOldest();
     ++givenUp_;
+}
+
+void RoundTrip::giveUpAll() {
+    givenUp_ += unanswered_;
+    unanswered_ = 0;
 }
 
 void RoundTrip::expire(Time now) {

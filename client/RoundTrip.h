@@ -32,6 +32,9 @@ class RoundTrip {
     /// A receipt came in.
     void receipt(Time now);
 
+    /// The host said that nobody listens: nothing unanswered will be answered any more.
+    void refused() { giveUpAll(); }
+
     /// The newest round trip measured and the smoothed one, in milliseconds; nothing before the
     /// first.
     std::optional<double> latest() const { return latest_; }
@@ -58,6 +61,7 @@ class RoundTrip {
     Time unansweredAt(std::size_t i) const { return sendTimes_[(first_ + i) % capacity]; }
     void takeOldest();
     void giveUpOldest();
+    void giveUpAll();
     void expire(Time now);
     double patience() const;
     void addSample(double milliseconds);

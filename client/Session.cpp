@@ -290,7 +290,7 @@ void Session::receive() {
             ++parts_.statistics.received;
             take(datagram, static_cast<std::size_t>(length));
         } else if (errno == ECONNREFUSED) {
-            parts_.nobodyListens = true;
+            noteNobodyListens();
         } else if (errno == EAGAIN) {
             return;
         }
@@ -420,7 +420,7 @@ void Session::send(const void* datagram, std::size_t length) {
     ssize_t sent = ::send(parts_.socket, datagram, length, 0);
     // That is the answer to an earlier datagram; this one has not been sent yet.
     if (sent < 0 && errno == ECONNREFUSED) {
-        parts_.nobodyListens = true;
+        noteNobodyListens();
         sent = ::send(parts_.socket, datagram, length, 0);
     }
     if (sent < 0) {
@@ -429,6 +429,11 @@ void Session::send(const void* datagram, std::size_t length) {
     }
     ++parts_.statistics.sent;
     parts_.roundTrip.sent(parts_.now);
+}
+
+void Session::noteNobodyListens() {
+    parts_.nobodyListens = true;
+    parts_.roundTrip.refused();
 }
 
 void Session::sendLeave(char id) {

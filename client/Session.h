@@ -247,6 +247,7 @@ class Session {
     void tellTurn();
     void speak();
     void send(const void* datagram, std::size_t length);
+    void noteNobodyListens();
     void sendLeave(char id);
 
     void continueJoining();

@@ -200,6 +200,16 @@ TEST(RoundTrip, AReceiptThatComesLateShowsThatItRose) {
     EXPECT_DOUBLE_EQ(*roundTrip.latest(), 180.0);
 }
 
+TEST(RoundTrip, WhatWasRefusedDoesNotBlurTheNextOne) {
+    RoundTrip roundTrip;
+    roundTrip.sent(at(0));
+    roundTrip.refused();
+    EXPECT_EQ(roundTrip.lost(), 1u);
+    roundTrip.sent(at(500));
+    roundTrip.receipt(at(502));
+    EXPECT_DOUBLE_EQ(*roundTrip.smoothed(), 2.0);
+}
+
 TEST(RoundTrip, MoreReceiptsThanDatagramsAreHarmless) {
     RoundTrip roundTrip;
     roundTrip.receipt(at(0));

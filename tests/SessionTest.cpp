@@ -372,7 +372,12 @@ TEST(SessionJoining, ARoomThatStartsLateIsStillJoined) {
     EXPECT_EQ(recv(room, datagram, sizeof datagram, MSG_DONTWAIT), 5);
     const sockaddr_in player = loopback(portOf(session));
     sendto(room, "s1", 2, 0, reinterpret_cast<const sockaddr*>(&player), sizeof player);
-    session.service(now);
+    const std::string receipt = "j" + std::string(531, '\0');
+    sendto(room, receipt.data(), receipt.size(), 0, reinterpret_cast<const sockaddr*>(&player),
+           sizeof player);
+    session.service(now += milliseconds(3));
+    EXPECT_DOUBLE_EQ(session.roundTrip().latest().value(), 3.0)
+        << "of the second join, not of the refused one";
     session.service(now += milliseconds(2000));
     EXPECT_TRUE(session.isPlaying()) << "that somebody listens is known by now";
     close(room);
