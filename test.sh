@@ -13,9 +13,7 @@ fi
 . .ci/prerequisites.sh
 need_build_tools
 need GoogleTest libgtest-dev has_header gtest/gtest.h
-need CLI11 libcli11-dev has_header CLI/CLI.hpp
-need 'the JSON library' nlohmann-json3-dev has_header nlohmann/json.hpp
-need libpng libpng-dev has_header png.h
+need_tool_libraries
 install_missing
 
 echo "Building ($preset) ..."

@@ -26,6 +26,13 @@ need_build_tools() {
   need make make command -v make
 }
 
+# For drench-map and drench-bots.
+need_tool_libraries() {
+  need CLI11 libcli11-dev has_header CLI/CLI.hpp
+  need 'the JSON library' nlohmann-json3-dev has_header nlohmann/json.hpp
+  need libpng libpng-dev has_header png.h
+}
+
 # Installs what need() noted, or says what it is and stops.
 install_missing() {
   [ ${#missing[@]} -gt 0 ] || return 0

@@ -38,6 +38,22 @@ Image topPicture(const MapManager& map, std::span<const SpawnMark> spawns,
                  std::span<const CellIndex> walkable, std::span<const CellIndex> reached, int width,
                  int height);
 
+/// Where a map from above lies in its picture.
+struct TopView {
+    /// Its north-west corner.
+    ImagePoint corner;
+
+    /// Pixels per cell.
+    double scale = 1.0;
+
+    /// The pixel point above a point of the world, world units.
+    ImagePoint above(vec3 point) const;
+};
+
+/// Where topPicture puts the map when it is given the same.
+TopView topView(const MapManager& map, std::span<const CellIndex> walkable,
+                std::span<const CellIndex> reached, int width, int height);
+
 /// What an eye at a point sees when it looks towards another, world units, with bodies standing at
 /// the spawns but the one that the eye is in. Straight up and down are seen as if the head had been
 /// bent from looking north. Throws InputError when a coordinate is not finite, the two points are

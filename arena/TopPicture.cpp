@@ -318,6 +318,18 @@ void drawArrow(Image& image, const Layout& layout, const Mark& mark) {
 
 } // namespace
 
+ImagePoint TopView::above(vec3 point) const {
+    return {corner.x + point.x / cubeEdge * scale, corner.y + point.z / cubeEdge * scale};
+}
+
+TopView topView(const MapManager& map, std::span<const CellIndex> walkable,
+                std::span<const CellIndex> reached, int width, int height) {
+    requireCells(map);
+    const Floors floors = floorsOf(map, walkable, reached);
+    const Layout layout = layoutOf(floors, keyOf(floors).size(), Image(width, height));
+    return {layout.map, layout.scale};
+}
+
 Image topPicture(const MapManager& map, std::span<const SpawnMark> spawns,
                  std::span<const CellIndex> walkable, std::span<const CellIndex> reached, int width,
                  int height) {

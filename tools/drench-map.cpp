@@ -1,3 +1,4 @@
+#include "ArenaFile.h"
 #include "Check.h"
 #include "CheckReport.h"
 #include "Files.h"
@@ -50,56 +51,6 @@ class ProgressLine {
     std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
     std::chrono::steady_clock::time_point shown = started;
 };
-
-/// What a file of any kind that we know holds.
-struct ArenaFile {
-    /// The map, with what is wrong with the text of a map text.
-    arena::MapText text;
-
-    bool isMapText = false;
-
-    /// A plan's name; empty for other kinds.
-    std::string name;
-
-    /// Where cells stand in the file; empty for a voxel file, whose bytes nobody edits.
-    arena::PlaceOfCell placeOf;
-};
-
-arena::VoxImport readVox(const std::string& file, const std::string& bytes) {
-    try {
-        return arena::readVox(bytes);
-    } catch (const InputError& error) {
-        throw InputError(file + ": " + error.what());
-    }
-}
-
-ArenaFile readArena(const std::string& file) {
-    const std::string bytes = arena::readFile(file);
-    ArenaFile arena;
-    if (arena::isVox(bytes)) {
-        arena.text.map = readVox(file, bytes).map;
-    } else if (arena::isPlan(bytes)) {
-        arena::Plan plan = arena::readPlan(bytes, file);
-        arena.text.map = std::move(plan.map);
-        arena.name = plan.name;
-        arena.placeOf = [plan](const arena::CellIndex& cell) { return plan.placeOf(cell); };
-    } else {
-        arena.text = arena::readMapText(bytes);
-        arena.isMapText = true;
-    }
-    return arena;
-}
-
-/// The map in a file, which must hold it whole.
-ArenaFile readWholeArena(const std::string& file) {
-    ArenaFile arena = readArena(file);
-    for (const arena::TextProblem& problem : arena.text.problems) {
-        if (!problem.harmless)
-            throw InputError(file + ':' + std::to_string(problem.place.line) + ':' +
-                             std::to_string(problem.place.column) + ": " + problem.words);
-    }
-    return arena;
-}
 
 /// Writes a result, but never over the file that it was made from.
 void writeResult(const std::string& input, const std::string& output, const std::string& bytes) {

@@ -1,0 +1,139 @@
+#include "Footwork.h"
+
+#include "LevelRoadmap.h"
+#include "Player.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+using bots::Chance;
+using bots::Footwork;
+using bots::Steps;
+
+namespace {
+
+/// A body that takes steps at the pace of the game.
+struct Dancer {
+    MapManager& map;
+    const bots::Roadmap& roadmap;
+    Footwork footwork;
+    Player player{'1', "Dancer"};
+
+    Dancer(MapManager& map_, const bots::Roadmap& roadmap_, vec3 position, std::uint64_t seed)
+        : map(map_), roadmap(roadmap_), footwork{Chance(seed)} {
+        player.setMapMan(&map);
+        player.position = position;
+        player.box = Box(position, Player::bodySize);
+        player.verticalSpeed = 0.0f;
+    }
+
+    Steps tick(vec3 enemy) {
+        const bool grounded = player.velocity.y == 0.0f || !player.inAir;
+        const Steps steps = footwork.step(roadmap, player.position, enemy, grounded);
+        player.look = player.position +
+                      (steps.heading.length() > 0.0f ? steps.heading : vec3(0.0f, 0.0f, 1.0f));
+        player.updateDirAndStrafe();
+        player.setKey(keyIndex::forward, steps.heading.length() > 0.0f);
+        if (steps.jump)
+            player.setKey(keyIndex::jump, true);
+        player.update(0.0f);
+        return steps;
+    }
+};
+
+} // namespace
+
+TEST(Footwork, GoesToBothSidesInTurnsOfDifferentLengths) {
+    MapManager map = court(30, 10, 30, nothing);
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    Dancer dancer(map, roadmap, standingIn(15, 15), 1);
+    int left = 0;
+    int right = 0;
+    int changes = 0;
+    int shortest = 1000;
+    int longest = 0;
+    int since = 0;
+    double before = 0.0;
+    for (int tick = 0; tick < 1200; ++tick) {
+        const vec3 enemy = standingIn(15, 22);
+        const Steps steps = dancer.tick(enemy);
+        EXPECT_NEAR(steps.heading.length(), 1.0f, 1e-4f);
+        const vec3 way = enemy - dancer.player.position;
+        const double side = static_cast<double>(way.x * steps.heading.z - way.z * steps.heading.x);
+        ++(side > 0.0 ? left : right);
+        ++since;
+        if (side * before < 0.0) {
+            ++changes;
+            shortest = std::min(shortest, since);
+            longest = std::max(longest, since);
+            since = 0;
+        }
+        before = side;
+    }
+    EXPECT_GT(left, 300);
+    EXPECT_GT(right, 300);
+    EXPECT_GT(changes, 15);
+    EXPECT_GE(shortest, 10);
+    EXPECT_GE(longest, 2 * shortest);
+}
+
+TEST(Footwork, KeepsItsDistance) {
+    MapManager map = court(40, 10, 40, nothing);
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    for (std::uint64_t seed = 1; seed <= 5; ++seed) {
+        for (const int depth : {4, 19}) {
+            Dancer dancer(map, roadmap, standingIn(20, depth), seed);
+            const vec3 enemy = standingIn(20, 20);
+            for (int tick = 0; tick < 400; ++tick)
+                dancer.tick(enemy);
+            const vec3 way = enemy - dancer.player.position;
+            const double distance = std::hypot(way.x, way.z);
+            EXPECT_GT(distance, 150.0);
+            EXPECT_LT(distance, 920.0);
+        }
+    }
+}
+
+TEST(Footwork, StaysOnItsIsland) {
+    // A platform of 5 × 5 cubes, four high.
+    MapManager map = court(20, 12, 20, [](int i, int j, int k) {
+        return j <= 4 && i >= 8 && i <= 12 && k >= 8 && k <= 12;
+    });
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    const vec3 lift(0.0f, 4.0f * 64.0f, 0.0f);
+    for (std::uint64_t seed = 1; seed <= 10; ++seed) {
+        Dancer dancer(map, roadmap, standingIn(10, 10) + lift, seed);
+        for (int tick = 0; tick < 600; ++tick) {
+            dancer.tick(standingIn(10, 17) + lift);
+            ASSERT_GT(dancer.player.position.y, 390.0f) << "seed " << seed << ", tick " << tick;
+        }
+    }
+}
+
+TEST(Footwork, JumpsNowAndThenFromTheGround) {
+    MapManager map = court(30, 10, 30, nothing);
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    Footwork grounded{Chance(1)};
+    Footwork aloft{Chance(1)};
+    int jumps = 0;
+    for (int tick = 0; tick < 3000; ++tick) {
+        jumps += grounded.step(roadmap, standingIn(15, 15), standingIn(15, 22), true).jump;
+        EXPECT_FALSE(aloft.step(roadmap, standingIn(15, 15), standingIn(15, 22), false).jump);
+    }
+    EXPECT_GT(jumps, 5);
+    EXPECT_LT(jumps, 60);
+}
+
+TEST(Footwork, KnowsWallsAndDropsBeforeIt) {
+    MapManager map = court(20, 12, 20, [](int i, int j, int k) {
+        return (j <= 4 && i >= 8 && i <= 12) || (j <= 1 && i == 13) || (i == 10 && k == 12);
+    });
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    const vec3 above = standingIn(10, 10) + vec3(0.0f, 4.0f * 64.0f, 0.0f);
+    EXPECT_TRUE(bots::isSafe(roadmap, above, {1.0f, 0.0f, 0.0f}));
+    EXPECT_FALSE(bots::isSafe(roadmap, above + vec3(128.0f, 0.0f, 0.0f), {1.0f, 0.0f, 0.0f}));
+    EXPECT_FALSE(bots::isSafe(roadmap, above + vec3(0.0f, 0.0f, 70.0f), {0.0f, 0.0f, 1.0f}));
+    // One cube down is no pit.
+    const vec3 onStep = standingIn(13, 10) + vec3(0.0f, 64.0f, 0.0f);
+    EXPECT_TRUE(bots::isSafe(roadmap, onStep, {1.0f, 0.0f, 0.0f}));
+}

@@ -1,0 +1,44 @@
+#include "Skill.h"
+
+#include <gtest/gtest.h>
+
+using bots::Skill;
+using bots::skillOf;
+
+TEST(Skill, MoreOfItIsBetterInEverything) {
+    const Skill beginner = skillOf(0.0);
+    const Skill best = skillOf(1.0);
+    EXPECT_LT(best.reaction, beginner.reaction);
+    EXPECT_LT(best.perceptionDelay, beginner.perceptionDelay);
+    EXPECT_GT(best.memory, beginner.memory);
+    EXPECT_GT(best.topSpeed, beginner.topSpeed);
+    EXPECT_LT(best.movement, beginner.movement);
+    EXPECT_LT(best.correction, beginner.correction);
+    EXPECT_LT(best.spread, beginner.spread);
+    EXPECT_LT(best.wobble, beginner.wobble);
+    EXPECT_GT(best.pursuit, beginner.pursuit);
+    EXPECT_GT(best.anticipation, beginner.anticipation);
+    EXPECT_GT(best.caution, beginner.caution);
+}
+
+TEST(Skill, StaysWithinWhatPeopleCanDo) {
+    constexpr double ticksPerSecond = 62.0;
+    for (const double level : {0.0, 0.5, 1.0}) {
+        const Skill skill = skillOf(level);
+        EXPECT_GE(skill.reaction / ticksPerSecond, 0.14);
+        EXPECT_LE(skill.reaction / ticksPerSecond, 0.4);
+        EXPECT_GE(skill.movement / ticksPerSecond, 0.1);
+        // 360 counts are 57.3 degrees.
+        EXPECT_LE(skill.topSpeed * ticksPerSecond / 360.0 * 57.3, 620.0);
+        EXPECT_LT(skill.pursuit, 1.0);
+        EXPECT_GT(skill.spread, 0.0);
+        EXPECT_GT(skill.wobble, 0.0);
+    }
+}
+
+TEST(Skill, GoesStraightFromOneEndToTheOtherAndNoFurther) {
+    EXPECT_DOUBLE_EQ(skillOf(0.25).reaction,
+                     0.75 * skillOf(0.0).reaction + 0.25 * skillOf(1.0).reaction);
+    EXPECT_DOUBLE_EQ(skillOf(7.0).topSpeed, skillOf(1.0).topSpeed);
+    EXPECT_DOUBLE_EQ(skillOf(-1.0).topSpeed, skillOf(0.0).topSpeed);
+}

@@ -1,0 +1,257 @@
+#include "Tally.h"
+#include "Player.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+using bots::GapHistogram;
+using bots::Scorer;
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+
+namespace {
+
+PlayerUpdate at(float x, std::int32_t points = 0, bool shooting = false) {
+    PlayerUpdate player;
+    player.id = '1';
+    player.position = vec3(x, 0.0f, 0.0f);
+    player.points = points;
+    player.shooting = shooting;
+    return player;
+}
+
+PlayerUpdate soaked(std::int32_t points = 0) {
+    Player player;
+    player.die(0.0f);
+    PlayerUpdate update = player.getPlayerUpdate();
+    update.points = points;
+    return update;
+}
+
+/// A scorer who sees snapshots 16 ms apart, none missing.
+struct Watched {
+    Scorer scorer;
+    std::int64_t tick = 0;
+
+    Watched() { scorer.join(); }
+    void see(const PlayerUpdate& self) {
+        scorer.see(self, tick, client::Time(milliseconds(16 * tick)));
+        ++tick;
+    }
+    const bots::Tally& tally() const { return scorer.tally(); }
+};
+
+} // namespace
+
+TEST(GapHistogram, WithoutGapsIsZero) {
+    const GapHistogram gaps;
+    EXPECT_EQ(gaps.count(), 0u);
+    EXPECT_EQ(gaps.percentile(0.5), 0.0);
+    EXPECT_EQ(gaps.longest(), 0.0);
+}
+
+TEST(GapHistogram, PercentileIsTheNearestRank) {
+    GapHistogram gaps;
+    for (int i = 1; i <= 100; ++i)
+        gaps.add(milliseconds(i));
+    EXPECT_EQ(gaps.percentile(0.50), 50.0);
+    EXPECT_EQ(gaps.percentile(0.99), 99.0);
+    EXPECT_EQ(gaps.percentile(1.00), 100.0);
+    EXPECT_EQ(gaps.percentile(0.00), 1.0);
+
+    GapHistogram one;
+    one.add(milliseconds(16));
+    EXPECT_EQ(one.percentile(0.01), 16.0);
+    EXPECT_EQ(one.percentile(0.99), 16.0);
+}
+
+TEST(GapHistogram, OrderDoesNotMatter) {
+    GapHistogram gaps;
+    for (const int i : {30, 10, 20, 40})
+        gaps.add(milliseconds(i));
+    EXPECT_EQ(gaps.percentile(0.25), 10.0);
+    EXPECT_EQ(gaps.percentile(0.5), 20.0);
+    EXPECT_EQ(gaps.percentile(0.75), 30.0);
+}
+
+TEST(GapHistogram, RoundsToTenthsButTheLongest) {
+    GapHistogram gaps;
+    gaps.add(microseconds(16049));
+    gaps.add(microseconds(16051));
+    EXPECT_EQ(gaps.percentile(0.5), 16.0);
+    EXPECT_EQ(gaps.percentile(1.0), 16.1);
+    EXPECT_DOUBLE_EQ(gaps.longest(), 16.051);
+}
+
+TEST(GapHistogram, NegativeGapIsNone) {
+    GapHistogram gaps;
+    gaps.add(milliseconds(-5));
+    EXPECT_EQ(gaps.count(), 1u);
+    EXPECT_EQ(gaps.percentile(0.5), 0.0);
+    EXPECT_EQ(gaps.longest(), 0.0);
+}
+
+TEST(GapHistogram, SumIsAsIfAllHadBeenAddedToOne) {
+    GapHistogram a;
+    GapHistogram b;
+    GapHistogram both;
+    std::mt19937 random(7);
+    for (int i = 0; i < 1000; ++i) {
+        const microseconds gap(random() % 40000);
+        (i % 3 == 0 ? a : b).add(gap);
+        both.add(gap);
+    }
+    a.add(b);
+    EXPECT_EQ(a.count(), 1000u);
+    EXPECT_EQ(a.longest(), both.longest());
+    for (const double share : {0.0, 0.01, 0.3, 0.5, 0.9, 0.99, 1.0})
+        EXPECT_EQ(a.percentile(share), both.percentile(share)) << share;
+}
+
+TEST(Tally, DistanceIsTheWayOfTheLiving) {
+    Watched player;
+    player.see(at(0.0f));
+    player.see(at(6.0f));
+    player.see(at(2.0f));
+    EXPECT_DOUBLE_EQ(player.tally().distance, 10.0);
+    player.see(soaked(-1));
+    player.see(soaked(-1));
+    player.see(at(1000.0f, -1));
+    player.see(at(1003.0f, -1));
+    EXPECT_DOUBLE_EQ(player.tally().distance, 13.0);
+}
+
+TEST(Tally, SoakingEarnsAPoint) {
+    Watched player;
+    player.see(at(0.0f, 0));
+    player.see(at(0.0f, 1));
+    player.see(at(0.0f, 1));
+    player.see(at(0.0f, 3));
+    EXPECT_EQ(player.tally().soaks, 3);
+    EXPECT_EQ(player.tally().deaths, 0);
+}
+
+TEST(Tally, DeathIsCountedOnceAndCostsAPoint) {
+    Watched player;
+    player.see(at(0.0f, 0));
+    for (int i = 0; i < 250; ++i)
+        player.see(soaked(-1));
+    player.see(at(0.0f, -1));
+    player.see(soaked(-2));
+    EXPECT_EQ(player.tally().deaths, 2);
+    EXPECT_EQ(player.tally().soaks, 0);
+}
+
+TEST(Tally, SoakingAndDeathInOneTickAreBothCounted) {
+    Watched player;
+    player.see(at(0.0f, 5));
+    player.see(soaked(5));
+    EXPECT_EQ(player.tally().soaks, 1);
+    EXPECT_EQ(player.tally().deaths, 1);
+}
+
+TEST(Tally, PointsAndPoseFromBeforeJoiningDoNotCount) {
+    Watched player;
+    player.see(soaked(7));
+    player.see(soaked(7));
+    EXPECT_EQ(player.tally().soaks, 0);
+    EXPECT_EQ(player.tally().deaths, 0);
+}
+
+TEST(Tally, JoiningAgainStartsFromThere) {
+    Watched player;
+    player.see(at(0.0f, 4, true));
+    player.scorer.join();
+    player.tick = 1000;
+    player.see(at(500.0f, 0));
+    EXPECT_EQ(player.tally().joined, 2);
+    EXPECT_EQ(player.tally().soaks, 0);
+    EXPECT_EQ(player.tally().distance, 0.0);
+    EXPECT_EQ(player.tally().snapshots, 2u);
+    EXPECT_EQ(player.tally().snapshotsMissed, 0u);
+    EXPECT_EQ(player.tally().gaps.count(), 0u);
+}
+
+TEST(Tally, NumbersLeftOutAreMissedSnapshots) {
+    Watched player;
+    player.see(at(0.0f));
+    player.see(at(0.0f));
+    player.tick += 3;
+    player.see(at(0.0f));
+    EXPECT_EQ(player.tally().snapshots, 3u);
+    EXPECT_EQ(player.tally().snapshotsMissed, 3u);
+    EXPECT_EQ(player.tally().gaps.longest(), 64.0);
+}
+
+TEST(Tally, BurstLastsWhileTheFireKeyIsHeld) {
+    Watched player;
+    EXPECT_FALSE(player.tally().accuracy().has_value());
+    player.see(at(0.0f, 0, true));
+    player.see(at(0.0f, 0, true));
+    player.see(at(0.0f, 0, false));
+    player.see(at(0.0f, 0, true));
+    player.see(at(0.0f, 0, true));
+    EXPECT_EQ(player.tally().bursts, 2);
+    EXPECT_EQ(player.tally().burstsThatSoaked, 0);
+    EXPECT_EQ(player.tally().accuracy(), 0.0);
+}
+
+TEST(Tally, BurstCountsOnceHoweverManyItSoaks) {
+    Watched player;
+    player.see(at(0.0f, 0, true));
+    player.see(at(0.0f, 1, true));
+    player.see(at(0.0f, 2, true));
+    EXPECT_EQ(player.tally().bursts, 1);
+    EXPECT_EQ(player.tally().burstsThatSoaked, 1);
+    EXPECT_EQ(player.tally().soaks, 2);
+}
+
+TEST(Tally, PointsThatShowAfterTheReleaseBelongToTheBurst) {
+    Watched player;
+    player.see(at(0.0f, 0, true));
+    player.see(at(0.0f, 1, false));
+    player.see(at(0.0f, 1, false));
+    player.see(at(0.0f, 1, true));
+    player.see(at(0.0f, 1, false));
+    EXPECT_EQ(player.tally().bursts, 2);
+    EXPECT_EQ(player.tally().burstsThatSoaked, 1);
+    EXPECT_EQ(player.tally().accuracy(), 0.5);
+}
+
+TEST(Tally, BurstBetweenMissedSnapshotsIsInferredFromItsSoaking) {
+    Watched player;
+    player.see(at(0.0f, 0, false));
+    player.tick += 5;
+    player.see(at(0.0f, 1, false));
+    EXPECT_EQ(player.tally().bursts, 1);
+    EXPECT_EQ(player.tally().burstsThatSoaked, 1);
+    player.tick += 5;
+    player.see(at(0.0f, 2, true));
+    EXPECT_EQ(player.tally().bursts, 2);
+    EXPECT_EQ(player.tally().burstsThatSoaked, 2);
+}
+
+TEST(Tally, SumHoldsAllButTheRoundTrip) {
+    Watched one;
+    Watched other;
+    one.see(at(0.0f, 0, true));
+    one.see(at(6.0f, 1, true));
+    other.see(at(0.0f, 0, true));
+    other.tick += 2;
+    other.see(soaked(-1));
+    one.scorer.measureRoundTrip(0.5);
+    bots::Tally sum;
+    sum.add(one.tally());
+    sum.add(other.tally());
+    EXPECT_EQ(sum.joined, 2);
+    EXPECT_EQ(sum.soaks, 1);
+    EXPECT_EQ(sum.deaths, 1);
+    EXPECT_EQ(sum.bursts, 2);
+    EXPECT_EQ(sum.burstsThatSoaked, 1);
+    EXPECT_EQ(sum.distance, 6.0);
+    EXPECT_EQ(sum.snapshots, 4u);
+    EXPECT_EQ(sum.snapshotsMissed, 2u);
+    EXPECT_EQ(sum.gaps.count(), 2u);
+    EXPECT_FALSE(sum.roundTrip.has_value());
+    EXPECT_EQ(one.tally().roundTrip, 0.5);
+}

@@ -1,0 +1,207 @@
+#include "Tracks.h"
+#include "PictureCourt.h"
+#include "Player.h"
+
+#include <gtest/gtest.h>
+
+using namespace pictures;
+using bots::Track;
+
+namespace {
+
+PlayerUpdate at(float x, float z) {
+    PlayerUpdate player;
+    player.position = vec3(x, 139.25f, z);
+    return player;
+}
+
+PlayerUpdate soaked() {
+    Player player;
+    player.die(0.0f);
+    return player.getPlayerUpdate();
+}
+
+/// A flat court of 8 × 8 places that are all reached.
+struct Court {
+    MapManager map = emptyMap(8, 4, 8);
+    Reach reach;
+
+    Court() {
+        for (int i = 0; i < 8; ++i) {
+            for (int k = 0; k < 8; ++k) {
+                put(map, i, 0, k, stone);
+                reach.places.push_back({{i, 1, k}, {}, {}});
+            }
+        }
+    }
+    Image picture(const std::vector<Track>& tracks) const {
+        return bots::tracksPicture(map, reach, tracks, 400, 400);
+    }
+
+    /// Pixels that two pictures have different.
+    static std::vector<ImagePoint> changes(const Image& a, const Image& b) {
+        std::vector<ImagePoint> changed;
+        for (int y = 0; y < a.height; ++y) {
+            for (int x = 0; x < a.width; ++x) {
+                if (!(a.at(x, y) == b.at(x, y)))
+                    changed.push_back({double(x), double(y)});
+            }
+        }
+        return changed;
+    }
+};
+
+/// Where the map lies in Court::picture, below which are 20 pixels of names.
+TopView view(const Court& court) {
+    std::vector<CellIndex> reached;
+    for (const StandingPlace& place : court.reach.places)
+        reached.push_back(place.feet);
+    return topView(court.map, walkableCells(court.map), reached, 400, 380);
+}
+
+Colour pixelAt(const Image& image, ImagePoint point) {
+    return image.at(static_cast<int>(point.x), static_cast<int>(point.y));
+}
+
+} // namespace
+
+TEST(Track, KeepsAPointForEveryHalfCube) {
+    Track track("Otter");
+    for (int i = 0; i <= 64; ++i)
+        track.see(at(1.0f * static_cast<float>(i), 0.0f));
+    ASSERT_EQ(track.points().size(), 3u);
+    EXPECT_TRUE(track.points()[0].appeared);
+    EXPECT_FALSE(track.points()[1].appeared);
+    EXPECT_EQ(track.points()[1].position.x, 32.0f);
+    EXPECT_EQ(track.points()[2].position.x, 64.0f);
+}
+
+TEST(Track, StandingStillAddsNothing) {
+    Track track("Otter");
+    for (int i = 0; i < 1000; ++i)
+        track.see(at(100.0f, 100.0f));
+    EXPECT_EQ(track.points().size(), 1u);
+}
+
+TEST(Track, EndsWhereThePlayerWasSoakedAndBeginsWhereItRespawns) {
+    Track track("Otter");
+    track.see(at(0.0f, 0.0f));
+    track.see(at(10.0f, 0.0f));
+    for (int i = 0; i < 250; ++i)
+        track.see(soaked());
+    track.see(at(500.0f, 500.0f));
+    ASSERT_EQ(track.points().size(), 3u);
+    EXPECT_TRUE(track.points()[1].soaked);
+    EXPECT_FALSE(track.points()[1].appeared);
+    EXPECT_EQ(track.points()[1].position.x, 10.0f);
+    EXPECT_TRUE(track.points()[2].appeared);
+    EXPECT_FALSE(track.points()[2].soaked);
+}
+
+TEST(Track, JoiningWhileSoakedMarksNothing) {
+    Track track("Otter");
+    track.see(soaked());
+    EXPECT_TRUE(track.points().empty());
+}
+
+TEST(Track, BeginsAnewAfterABreak) {
+    Track track("Otter");
+    track.see(at(0.0f, 0.0f));
+    track.breakOff();
+    track.see(at(500.0f, 0.0f));
+    ASSERT_EQ(track.points().size(), 2u);
+    EXPECT_TRUE(track.points()[1].appeared);
+    track.breakOff();
+    track.see(soaked());
+    EXPECT_EQ(track.points().size(), 2u);
+}
+
+TEST(Track, ForgetsItsBeginningWhenItIsLong) {
+    Track track("Otter");
+    for (std::size_t i = 0; i < Track::mostPoints + 10; ++i)
+        track.see(at(i % 2 == 0 ? 0.0f : 64.0f, static_cast<float>(i)));
+    EXPECT_EQ(track.points().size(), Track::mostPoints);
+    EXPECT_EQ(track.points().front().position.z, 10.0f);
+    EXPECT_EQ(track.points().back().position.z, static_cast<float>(Track::mostPoints + 9));
+}
+
+TEST(TracksPicture, HasTheSizeAskedFor) {
+    const Image image = bots::tracksPicture(Court().map, Court().reach, {}, 320, 200);
+    EXPECT_EQ(image.width, 320);
+    EXPECT_EQ(image.height, 200);
+}
+
+TEST(TracksPicture, LineLeadsFromPointToPoint) {
+    const Court court;
+    Track track("");
+    track.see(at(96.0f, 224.0f));
+    track.see(at(416.0f, 224.0f));
+    const Image nobody = court.picture({});
+    const Image image = court.picture({track});
+    const TopView top = view(court);
+    const auto isOnLine = [&](float x, float z) {
+        const ImagePoint point = top.above(vec3(x, 0.0f, z));
+        return brightness(pixelAt(image, point)) < brightness(pixelAt(nobody, point)) - 60;
+    };
+    int marked = 0;
+    for (int x = 100; x < 412; x += 4)
+        marked += isOnLine(static_cast<float>(x), 224.0f);
+    EXPECT_EQ(marked, 78);
+    EXPECT_FALSE(isOnLine(80.0f, 224.0f));
+    EXPECT_FALSE(isOnLine(432.0f, 224.0f));
+    EXPECT_FALSE(isOnLine(240.0f, 240.0f));
+}
+
+TEST(TracksPicture, NothingLeadsFromWhereAPlayerWasSoakedToWhereItRespawns) {
+    const Court court;
+    Track track("");
+    track.see(at(96.0f, 96.0f));
+    track.see(soaked());
+    track.see(at(416.0f, 96.0f));
+    const TopView top = view(court);
+    const ImagePoint drop = top.above(vec3(96.0f, 0.0f, 96.0f));
+    bool isMarked = false;
+    for (const ImagePoint& point :
+         Court::changes(court.picture({Track("")}), court.picture({track}))) {
+        EXPECT_NEAR(point.x, drop.x, 0.5 * top.scale);
+        EXPECT_NEAR(point.y, drop.y, 0.5 * top.scale);
+        isMarked = true;
+    }
+    EXPECT_TRUE(isMarked);
+}
+
+TEST(TracksPicture, EachTrackHasItsColour) {
+    const Court court;
+    std::vector<Track> tracks;
+    for (int i = 0; i < 4; ++i) {
+        tracks.emplace_back("");
+        tracks.back().see(at(96.0f, 96.0f + 64.0f * static_cast<float>(i)));
+        tracks.back().see(soaked());
+    }
+    const Image image = court.picture(tracks);
+    const TopView top = view(court);
+    std::vector<Colour> colours;
+    for (int i = 0; i < 4; ++i)
+        colours.push_back(
+            pixelAt(image, top.above(vec3(96.0f, 0.0f, 96.0f + 64.0f * static_cast<float>(i)))));
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_LT(brightness(colours[i]), 330);
+        for (std::size_t j = 0; j < i; ++j)
+            EXPECT_FALSE(colours[i] == colours[j]) << i << j;
+    }
+}
+
+TEST(TracksPicture, NamesStandBelowTheMap) {
+    const Court court;
+    const Image nobody = court.picture({});
+    const auto named = Court::changes(nobody, court.picture({Track("Otter")}));
+    ASSERT_FALSE(named.empty());
+    for (const ImagePoint& point : named)
+        EXPECT_GE(point.y, 380.0);
+    EXPECT_EQ(
+        Court::changes(court.picture({Track("OTTER")}), court.picture({Track("otter")})).size(),
+        0u);
+    EXPECT_GT(
+        Court::changes(court.picture({Track("OTTER")}), court.picture({Track("HERON")})).size(),
+        0u);
+}

@@ -1,0 +1,420 @@
+#include "Courts.h"
+#include "Files.h"
+#include "Png.h"
+#include "ServerProcess.h"
+#include "TemporaryFolder.h"
+#include "UdpPeer.h"
+
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+// drench-bots as hosts and testers use it, in rooms of the real server.
+
+namespace {
+
+using nlohmann::json;
+
+/// drench-bots, started in the background with its output in files. Destruction ends it.
+class BotsProcess {
+  public:
+    /// @param arguments  separated by single blanks
+    /// @param terminal  what standard error is to be instead of a file
+    explicit BotsProcess(const std::string& arguments, int terminal = -1) {
+        std::vector<std::string> words = {"drench-bots"};
+        std::istringstream text(arguments);
+        for (std::string word; text >> word;)
+            words.push_back(word);
+        std::vector<char*> argv;
+        for (std::string& word : words)
+            argv.push_back(word.data());
+        argv.push_back(nullptr);
+        const int out = create("out");
+        const int err = create("err");
+        pid_ = fork();
+        if (pid_ == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            dup2(out, STDOUT_FILENO);
+            dup2(terminal >= 0 ? terminal : err, STDERR_FILENO);
+            execv(DRENCH_BOTS, argv.data());
+            _exit(127);
+        }
+        close(out);
+        close(err);
+    }
+    ~BotsProcess() {
+        if (status_ < 0) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
+    }
+    BotsProcess(const BotsProcess&) = delete;
+    BotsProcess& operator=(const BotsProcess&) = delete;
+
+    void signal(int number) const { kill(pid_, number); }
+
+    /// Waits for the end and returns the exit status; 128 and the signal's number after a signal.
+    int status() {
+        int ended;
+        if (status_ < 0 && waitpid(pid_, &ended, 0) == pid_)
+            status_ = WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
+        return status_;
+    }
+
+    std::string out() const { return arena::readFile(folder_.path + "/out"); }
+    std::string err() const { return arena::readFile(folder_.path + "/err"); }
+
+    /// Waits until something stands on standard error.
+    bool waitForErr(const std::string& text) const {
+        for (int i = 0; i < 500; ++i) {
+            if (err().find(text) != std::string::npos)
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+
+  private:
+    int create(const char* name) const {
+        return open((folder_.path + "/" + name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    }
+
+    TemporaryFolder folder_;
+    pid_t pid_ = -1;
+    int status_ = -1;
+};
+
+/// An arena that is charted quickly, in a room and in a file.
+class Bots : public testing::Test {
+  protected:
+    ServerProcess server = ServerProcess::listening(ring());
+    TemporaryFolder folder;
+
+    static std::string ring() { return arenaText(32, 16, 32, solidInRing); }
+
+    static std::string room(const ServerProcess& server) {
+        return "localhost:" + std::to_string(server.port());
+    }
+
+    std::string inRoom(const std::string& options) const {
+        return room(server) + " --arena " + folder.write("ring", ring()) + " --seed 1 " + options;
+    }
+};
+
+struct RecordLine {
+    int tick;
+    float x, y, z;
+    float directionX, directionY, directionZ;
+    int points, shooting, alive;
+};
+
+std::vector<RecordLine> readRecord(const std::string& csv) {
+    std::istringstream lines(csv);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "tick,x,y,z,directionX,directionY,directionZ,points,shooting,alive");
+    std::vector<RecordLine> record;
+    while (std::getline(lines, line)) {
+        RecordLine r;
+        const int fields = std::sscanf(line.c_str(), "%d,%f,%f,%f,%f,%f,%f,%d,%d,%d", &r.tick, &r.x,
+                                       &r.y, &r.z, &r.directionX, &r.directionY, &r.directionZ,
+                                       &r.points, &r.shooting, &r.alive);
+        EXPECT_EQ(fields, 10) << line;
+        record.push_back(r);
+    }
+    return record;
+}
+
+/// How often a recorded player moved from one snapshot to the next, and how often not by exactly
+/// what walking forward covers in a tick.
+struct Walk {
+    int moves = 0;
+    int odd = 0;
+};
+
+Walk walkIn(const std::vector<RecordLine>& record) {
+    Walk walk;
+    for (std::size_t i = 1; i < record.size(); ++i) {
+        const RecordLine& to = record[i];
+        const float move = std::hypot(to.x - record[i - 1].x, to.z - record[i - 1].z);
+        const float step = 6.0f * std::hypot(to.directionX, to.directionZ);
+        walk.moves += move != 0.0f;
+        walk.odd += move != 0.0f && std::abs(move - step) > 0.01f;
+    }
+    return walk;
+}
+
+} // namespace
+
+TEST_F(Bots, PlayAndLeaveAndTellWhatCameOfIt) {
+    BotsProcess bots(inRoom("--players 4 --seconds 2 --name Bot --json --size 640x480 --tracks " +
+                            folder.path + "/tracks.png"));
+    ASSERT_EQ(bots.status(), 0) << bots.err();
+    EXPECT_EQ(bots.err(), "");
+    for (const char* name : {"Bot 1", "Bot 2", "Bot 3", "Bot 4"})
+        EXPECT_TRUE(server.waitForLine(std::string(name) + " joined")) << name;
+    for (const char* name : {"Bot 1", "Bot 2", "Bot 3", "Bot 4"})
+        EXPECT_TRUE(server.waitForLine(std::string(name) + " disconnected", 3000)) << name;
+
+    const json report = json::parse(bots.out());
+    EXPECT_EQ(report["seed"], 1);
+    EXPECT_EQ(report["playersEntered"], 4);
+    EXPECT_EQ(report["roomsEntered"], 1);
+    EXPECT_NEAR(double(report["seconds"]), 2.0, 1.0);
+    ASSERT_EQ(report["players"].size(), 4u);
+    long snapshots = 0;
+    for (const json& player : report["players"]) {
+        SCOPED_TRACE(player.dump());
+        EXPECT_EQ(player["room"], room(server));
+        EXPECT_EQ(player["joined"], 1);
+        const double perSecond = double(player["snapshots"]) / double(report["seconds"]);
+        EXPECT_GT(perSecond, 15.0);
+        EXPECT_LT(perSecond, 75.0);
+        EXPECT_GT(double(player["distanceCubes"]), 0.0);
+        EXPECT_LE(player["burstsThatSoaked"], player["bursts"]);
+        EXPECT_LE(player["gapMilliseconds"]["p50"], player["gapMilliseconds"]["p99"]);
+        EXPECT_LE(player["gapMilliseconds"]["p99"], double(player["gapMilliseconds"]["max"]) + 0.1);
+        EXPECT_GT(double(player["roundTripMilliseconds"]), 0.0);
+        snapshots += long(player["snapshots"]);
+    }
+    EXPECT_EQ(report["total"]["snapshots"], snapshots);
+
+    const arena::Image tracks = decodePng(arena::readFile(folder.path + "/tracks.png"));
+    EXPECT_EQ(tracks.width, 640);
+    EXPECT_EQ(tracks.height, 480);
+}
+
+TEST_F(Bots, LeavePolitelyWhenInterrupted) {
+    BotsProcess bots(inRoom("--players 2 --name Bot"));
+    ASSERT_TRUE(server.waitForLine("Bot 1 joined")) << bots.err();
+    ASSERT_TRUE(server.waitForLine("Bot 2 joined")) << bots.err();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    bots.signal(SIGINT);
+    // Who just falls silent is dropped after five seconds only.
+    EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
+    EXPECT_TRUE(server.waitForLine("Bot 2 disconnected", 3000));
+    EXPECT_EQ(bots.status(), 0);
+    EXPECT_EQ(bots.out().substr(0, 10), "2 players ");
+    EXPECT_NE(bots.out().find("\ntotal "), std::string::npos) << bots.out();
+}
+
+TEST_F(Bots, LeavePolitelyWhenTerminated) {
+    BotsProcess bots(inRoom("--players 1 --name Bot --quiet"));
+    ASSERT_TRUE(server.waitForLine("Bot 1 joined")) << bots.err();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    bots.signal(SIGTERM);
+    EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
+    EXPECT_EQ(bots.status(), 0);
+    EXPECT_EQ(bots.out() + bots.err(), "");
+}
+
+TEST_F(Bots, JoinAgainWhenDropped) {
+    BotsProcess bots(inRoom("--players 1 --name Bot"));
+    ASSERT_TRUE(server.waitForLine("Bot 1 joined")) << bots.err();
+    UdpPeer stranger;
+    stranger.send("d1", server.port());
+    EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
+    EXPECT_TRUE(server.waitForLine("Bot 1 joined"));
+    bots.signal(SIGINT);
+    EXPECT_EQ(bots.status(), 0);
+    EXPECT_EQ(bots.err(), room(server) + ": has fallen silent; trying again\n");
+}
+
+TEST_F(Bots, FullRoomIsToldOnce) {
+    BotsProcess four(inRoom("--players 4 --name Bot --quiet"));
+    ASSERT_TRUE(server.waitForLine("Bot 4 joined")) << four.err();
+    BotsProcess more(inRoom("--players 2 --seconds 0.5 --json"));
+    EXPECT_EQ(more.status(), 1);
+    EXPECT_EQ(more.err(), room(server) + ": is full; trying again\n");
+    const json report = json::parse(more.out());
+    EXPECT_EQ(report["playersAsked"], 2);
+    EXPECT_EQ(report["playersEntered"], 0);
+    EXPECT_EQ(report["roomsEntered"], 0);
+}
+
+TEST_F(Bots, RoomWhereNobodyListensIsTold) {
+    const int port = freePort();
+    BotsProcess bots("localhost:" + std::to_string(port) + " --arena " +
+                     folder.write("ring", ring()) + " --players 1");
+    EXPECT_TRUE(bots.waitForErr("localhost:" + std::to_string(port) +
+                                ": nobody listens there; trying again\n"))
+        << bots.err();
+    bots.signal(SIGINT);
+    EXPECT_EQ(bots.status(), 1);
+    EXPECT_NE(bots.out().find("1 never got in\n"), std::string::npos) << bots.out();
+}
+
+TEST_F(Bots, ManyRoomsArePlayedInAtOnce) {
+    ServerProcess other = ServerProcess::listening(ring());
+    const int first = std::min(server.port(), other.port());
+    const int last = std::max(server.port(), other.port());
+    BotsProcess bots("127.0.0.1 --rooms " + std::to_string(first) + "-" + std::to_string(last) +
+                     " --arena " + folder.write("ring", ring()) +
+                     " --players 2 --name Bot --seconds 1 --json");
+    ASSERT_EQ(bots.status(), 0) << bots.err();
+    for (ServerProcess* room : {&server, &other}) {
+        EXPECT_TRUE(room->waitForLine("Bot 1 joined"));
+        EXPECT_TRUE(room->waitForLine("Bot 2 joined"));
+        EXPECT_TRUE(room->waitForLine("Bot 1 disconnected", 3000));
+    }
+    const json report = json::parse(bots.out());
+    EXPECT_EQ(report["roomsAsked"], last - first + 1);
+    EXPECT_EQ(report["roomsEntered"], 2);
+    EXPECT_EQ(report["playersEntered"], 4);
+    EXPECT_EQ(report["players"][0]["room"], "127.0.0.1:" + std::to_string(first));
+}
+
+TEST_F(Bots, AnotherArenaThanTheRoomsIsToldOnce) {
+    const ServerProcess other = ServerProcess::listening(emptyCourt());
+    BotsProcess bots(room(other) + " --arena " + folder.write("ring", ring()) +
+                     " --players 2 --seconds 1.5 --name Bot");
+    EXPECT_EQ(bots.status(), 0);
+    const std::string told = bots.err();
+    EXPECT_NE(told.find(room(other) + ": plays another arena than --arena names: Bot "),
+              std::string::npos)
+        << told;
+    EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
+}
+
+TEST_F(Bots, SameSeedGivesTheSameNames) {
+    std::string joined[2];
+    for (std::string& names : joined) {
+        BotsProcess bots(inRoom("--players 3 --quiet"));
+        for (int i = 0; i < 3; ++i)
+            names += server.line().value_or("nothing") + "\n";
+        bots.signal(SIGTERM);
+        EXPECT_EQ(bots.status(), 0);
+        for (int i = 0; i < 3; ++i)
+            EXPECT_TRUE(server.line().value_or("nothing").ends_with(" disconnected"));
+    }
+    EXPECT_EQ(joined[0], joined[1]);
+    EXPECT_NE(joined[0].find(" joined\n"), std::string::npos) << joined[0];
+}
+
+TEST_F(Bots, LineOnATerminalShowsHowItGoes) {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(master, 0);
+    ASSERT_EQ(grantpt(master), 0);
+    ASSERT_EQ(unlockpt(master), 0);
+    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(terminal, 0);
+    BotsProcess bots(inRoom("--players 2 --seconds 1.6"), terminal);
+    EXPECT_EQ(bots.status(), 0);
+    std::string shown(65536, '\0');
+    fcntl(master, F_SETFL, O_NONBLOCK);
+    shown.resize(
+        static_cast<std::size_t>(std::max<ssize_t>(read(master, shown.data(), shown.size()), 0)));
+    close(terminal);
+    close(master);
+    EXPECT_NE(shown.find("\rcharting the arena"), std::string::npos) << shown;
+    EXPECT_NE(shown.find(" ticks/s   round trip "), std::string::npos) << shown;
+    EXPECT_NE(shown.find("   playing 2 of 2"), std::string::npos) << shown;
+    EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;
+    EXPECT_EQ(bots.out().find("ticks/s"), std::string::npos) << bots.out();
+}
+
+TEST_F(Bots, ScriptIsPlayedTickByTick) {
+    ServerProcess flat = ServerProcess::listening(emptyCourt());
+    const std::string script = folder.write("walk.script", "# falls, walks, and leaves\n"
+                                                           "at 70 hold forward\n"
+                                                           "at 110 release forward\n"
+                                                           "at 150 say done\n"
+                                                           "at 170 leave\n");
+    BotsProcess bots(room(flat) + " --name Walker --json --script " + script + " --record " +
+                     folder.path + "/walk.csv");
+    ASSERT_EQ(bots.status(), 0) << bots.err();
+    EXPECT_TRUE(flat.waitForLine("Walker joined"));
+    EXPECT_TRUE(flat.waitForLine("Walker disconnected", 3000));
+
+    const std::vector<RecordLine> record = readRecord(arena::readFile(folder.path + "/walk.csv"));
+    ASSERT_GT(record.size(), 100u);
+    EXPECT_EQ(record.front().tick, 0);
+    EXPECT_GE(record.back().tick, 170);
+    EXPECT_EQ(record.back().alive, 1);
+    EXPECT_NEAR(record.back().y, standing, 0.5f);
+    const Walk walk = walkIn(record);
+    EXPECT_NEAR(walk.moves, 40, 20);
+    EXPECT_EQ(walk.odd, 0);
+
+    const json report = json::parse(bots.out());
+    EXPECT_EQ(report["players"][0]["name"], "Walker");
+    EXPECT_EQ(report["players"][0]["snapshots"], record.size());
+    EXPECT_FALSE(report.contains("seed"));
+}
+
+TEST_F(Bots, ScriptWithoutLeavingPlaysUntilItsTimeIsOver) {
+    const std::string script = folder.write("jump.script", "at 5 jump\n");
+    BotsProcess bots(room(server) + " --seconds 0.5 --script " + script);
+    EXPECT_EQ(bots.status(), 0) << bots.err();
+    EXPECT_TRUE(server.waitForLine("Script joined"));
+    EXPECT_TRUE(server.waitForLine("Script disconnected", 3000));
+    EXPECT_EQ(bots.out().substr(0, 9), "1 player ");
+}
+
+TEST_F(Bots, ScriptThatDoesNotGetInFails) {
+    const std::string script = folder.write("jump.script", "at 5 jump\n");
+    const std::string nowhere = "localhost:" + std::to_string(freePort());
+    BotsProcess bots(nowhere + " --seconds 20 --script " + script);
+    EXPECT_EQ(bots.status(), 1);
+    EXPECT_EQ(bots.err(), nowhere + ": nobody listens there\n");
+}
+
+TEST_F(Bots, ScriptWithAnErrorIsNotPlayed) {
+    const std::string script = folder.write("bad.script", "at 5 jump\nat 6 dance\n");
+    BotsProcess bots(room(server) + " --script " + script + " --record " + folder.path + "/record");
+    EXPECT_EQ(bots.status(), 2);
+    EXPECT_EQ(bots.err().substr(0, script.size() + 11), script + ":2: \"dance\"");
+    EXPECT_EQ(access((folder.path + "/record").c_str(), F_OK), -1);
+}
+
+TEST_F(Bots, WrongUseIsExplainedWithStatusTwo) {
+    const std::string map = folder.write("ring", ring());
+    const std::map<std::string, std::string> wrong = {
+        {"--players 5", "--players"},
+        {"--players 0", "--players"},
+        {"--skill 1.5", "--skill"},
+        {"--seconds -1", "--seconds"},
+        {"--skill nan", "--skill"},
+        {"--seconds inf", "--seconds"},
+        {"--seed many", "--seed"},
+        {"--seed -1", "--seed"},
+        {"--seed 18446744073709551616", "--seed"},
+        {"--tracks a --size 50x50", "--size"},
+        {"--rooms 5000", "--rooms 5000: not two ports"},
+        {"--rooms 5003-5001", "--rooms 5003-5001: not two ports"},
+        {"--rooms 5000-70000", "--rooms 5000-70000: not two ports"},
+        {"--rooms 5000-5001x", "--rooms 5000-5001x: not two ports"},
+        {"--rooms 5000-6000", "more than 250 rooms"},
+        {"localhost:5000 --rooms 5000-5001", "must not name a port"},
+        {"localhost:99999", "99999"},
+        {"--arena " + folder.path + "/missing", "/missing: cannot be read"},
+        {"--arena " + map + " --name 1234567890", "--name"},
+        {"--script " + map + " --players 2", "--script"},
+        {"--script " + folder.path + "/missing", "/missing: cannot be read"},
+        {"--record here", "--script"},
+        {"--size 640x480", "--tracks"},
+        {"--unknown", "--unknown"},
+        {"localhost:5000 localhost:5001", "localhost:5001"},
+    };
+    for (const auto& [arguments, words] : wrong) {
+        BotsProcess bots(arguments);
+        EXPECT_EQ(bots.status(), 2) << arguments;
+        EXPECT_NE(bots.err().find(words), std::string::npos) << arguments << ": " << bots.err();
+        EXPECT_EQ(bots.out(), "") << arguments;
+    }
+    BotsProcess help("--help");
+    EXPECT_EQ(help.status(), 0);
+    EXPECT_NE(help.out().find("at 150 turn 90 -10"), std::string::npos) << help.out();
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Report.h"
+#include "RoomAddress.h"
+#include "Script.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace bots {
+
+/// What came of a script.
+struct ScriptedRun {
+    PlayerReport player;
+
+    /// Why the player did not get in, or was out before it left; empty when all went well.
+    std::string trouble;
+
+    /// A line for each snapshot, in order of arrival, below a line of headings: the tick, the
+    /// player's position, view direction, points, and whether it fires and lives, with commas
+    /// between them. Numbers are written so that reading them gives back every bit.
+    std::string record;
+};
+
+/// Has one player do what a script says, from joining until the script leaves or `goOn` says
+/// no, which is asked at least once a second.
+ScriptedRun playScript(const RoomAddress& room, const std::string& name,
+                       const std::vector<Action>& script, const std::function<bool()>& goOn);
+
+} // namespace bots

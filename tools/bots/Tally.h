@@ -1,0 +1,112 @@
+#pragma once
+
+#include "Clock.h"
+#include "Messages.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+namespace bots {
+
+/// How often gaps of each length came, to a tenth of a millisecond. Takes no more memory for more
+/// gaps of the same lengths.
+class GapHistogram {
+  public:
+    /// A negative gap counts as none at all.
+    void add(client::Clock::duration gap);
+    void add(const GapHistogram& other);
+
+    std::uint64_t count() const { return count_; }
+
+    /// The length in milliseconds, rounded to a tenth, that this share of the gaps does not exceed:
+    /// the nearest rank, so that some gap had it. 0 when there are no gaps.
+    double percentile(double share) const;
+
+    /// The longest gap in milliseconds; not rounded.
+    double longest() const { return longest_; }
+
+  private:
+    std::map<long, std::uint64_t> tenths_;
+    std::uint64_t count_ = 0;
+    double longest_ = 0.0;
+};
+
+/// What is counted of a player, over all its times in the room.
+struct Tally {
+    /// Times that the room let it in.
+    long joined = 0;
+
+    /// A death is seen from the pose, which lasts for seconds, and points are soaks minus deaths.
+    /// So both come from snapshots and survive the loss of some; notices might get lost themselves,
+    /// and say names only, which need not be anybody's alone.
+    long soaks = 0;
+    long deaths = 0;
+
+    /// Times that the fire key was held without a break, and how many of them soaked somebody.
+    long bursts = 0;
+    long burstsThatSoaked = 0;
+
+    /// World units along the way of the living.
+    double distance = 0.0;
+
+    std::uint64_t snapshots = 0;
+    std::uint64_t snapshotsMissed = 0;
+
+    /// Between the arrivals of one snapshot and the next.
+    GapHistogram gaps;
+
+    /// Milliseconds, the latest estimate; absent while unknown.
+    std::optional<double> roundTrip;
+
+    /// The share of bursts that soaked somebody; absent without a burst.
+    std::optional<double> accuracy() const;
+
+    /// Adds what another player counted, apart from its round trip.
+    void add(const Tally& other);
+};
+
+/// The middle value, the upper one of two; absent when there is none.
+std::optional<double> median(std::vector<double> values);
+
+/// Whether a player in a snapshot waits for its respawn.
+bool isDead(const PlayerUpdate& player);
+
+/// Watches one player in its snapshots and keeps its tally.
+class Scorer {
+  public:
+    /// The room has let the player in, at whatever place and with whatever points.
+    void join();
+
+    /// A snapshot came.
+    /// @param self  the player in it
+    /// @param tick  its number; a number that is left out is a snapshot missed
+    void see(const PlayerUpdate& self, std::int64_t tick, client::Time arrival);
+
+    void measureRoundTrip(double milliseconds) { tally_.roundTrip = milliseconds; }
+
+    const Tally& tally() const { return tally_; }
+
+  private:
+    void countSoaks(const PlayerUpdate& self, bool died);
+
+    struct Seen {
+        vec3 position;
+        std::int32_t points;
+        bool shooting;
+        bool dead;
+        std::int64_t tick;
+        client::Time arrival;
+    };
+
+    Tally tally_;
+
+    /// The last snapshot since joining.
+    std::optional<Seen> last_;
+
+    /// Whether the latest burst has soaked somebody.
+    bool burstHasSoaked_ = false;
+};
+
+} // namespace bots
