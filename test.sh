@@ -14,6 +14,7 @@ fi
 need_build_tools
 need GoogleTest libgtest-dev has_header gtest/gtest.h
 need_tool_libraries
+need 'Google Benchmark' libbenchmark-dev has_header benchmark/benchmark.h
 install_missing
 
 echo "Building ($preset) ..."

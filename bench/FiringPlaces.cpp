@@ -1,0 +1,103 @@
+#include "FiringPlaces.h"
+
+#include "Arrivals.h"
+#include "Collisions.h"
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <string>
+
+namespace bench {
+
+namespace {
+
+/// The balconies are the first of the spawn poses.
+constexpr std::size_t balconies = 4;
+
+// The turns tried, in mouse counts: to all sides, upward to steepestPitch.
+constexpr int fullTurn = 2262;
+constexpr int yawStep = 13;
+constexpr int steepestPitch = -390;
+constexpr int pitchStep = -10;
+
+/// Who sends view records to and fro sways by a count or two.
+constexpr std::array<int, 3> sway = {-2, 0, 2};
+
+/// How far beside a body a shot must pass, in world units: more than the sway at any distance.
+constexpr float bodyMargin = 20.0f;
+
+using Target = bool (*)(const Player& shooter, vec3 hit);
+
+bool isFarWall(const Player& shooter, vec3 hit) {
+    return hit.x >= 0.0f && distanceVec3(shooter.getPosition(), hit) > farWallDistance;
+}
+
+bool isSky(const Player&, vec3 hit) {
+    return hit.x < 0.0f;
+}
+
+Player turned(Player player, int dx, int dy) {
+    player.rotateView(dx, dy);
+    return player;
+}
+
+/// Whether a turn and those around it all meet the target.
+bool meets(const Player& player, int dx, int dy, Target target) {
+    for (const int moreX : sway) {
+        for (const int moreY : sway) {
+            const Player shooter = turned(player, dx + moreX, dy + moreY);
+            if (!target(shooter, shooter.shoot(shooter.mapMan)))
+                return false;
+        }
+    }
+    return true;
+}
+
+bool passesBodies(const Player& shooter, const std::vector<Player>& bystanders) {
+    const vec3 hit = shooter.shoot(shooter.mapMan);
+    const vec3 margin(bodyMargin);
+    return std::ranges::none_of(bystanders, [&](const Player& bystander) {
+        const Box body = bystander.getBox();
+        vec3 ignored;
+        return Line_AABB(shooter.getPosition(), hit, body.min - margin, body.max + margin, ignored);
+    });
+}
+
+FiringPlace placeFacing(const Player& player, const std::vector<Player>& bystanders,
+                        Target target) {
+    for (int dy = 0; dy >= steepestPitch; dy += pitchStep) {
+        for (int dx = 0; dx < fullTurn; dx += yawStep) {
+            const Player shooter = turned(player, dx, dy);
+            if (meets(player, dx, dy, target) && passesBodies(shooter, bystanders))
+                return {player, dx, dy, shooter.getDirection()};
+        }
+    }
+    throw std::runtime_error("a balcony of the arena has nothing of the kind to fire at");
+}
+
+std::vector<FiringPlace> placesFacing(MapManager& map, Target target) {
+    const std::vector<arena::Arrival> arrivals = arena::arrivals(map);
+    std::vector<FiringPlace> places;
+    for (std::size_t i = 0; i < balconies; ++i) {
+        std::vector<Player> bystanders;
+        for (std::size_t other = 0; other < balconies; ++other) {
+            if (other != i)
+                bystanders.push_back(arrivals[other].landed);
+        }
+        places.push_back(placeFacing(arrivals[i].landed, bystanders, target));
+    }
+    return places;
+}
+
+} // namespace
+
+std::vector<FiringPlace> placesFacingFarWalls(MapManager& map) {
+    return placesFacing(map, isFarWall);
+}
+
+std::vector<FiringPlace> placesFacingSky(MapManager& map) {
+    return placesFacing(map, isSky);
+}
+
+} // namespace bench

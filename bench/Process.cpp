@@ -1,0 +1,173 @@
+#include "Process.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <fstream>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sched.h>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+namespace bench {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds longestStart(10);
+
+[[noreturn]] void fail(const std::string& what) {
+    throw std::runtime_error(what + ": " + std::strerror(errno));
+}
+
+/// Starts a process that goes on with `main` on one core, and does not outlive this one.
+template<class Main>
+int forkOn(int core, Main main) {
+    const int parent = getpid();
+    const int pid = fork();
+    if (pid < 0)
+        fail("fork");
+    if (pid == 0) {
+        [&]() noexcept {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            pinTo(core);
+            if (getppid() == parent)
+                main();
+            _exit(1);
+        }();
+    }
+    return pid;
+}
+
+/// A UDP port that nobody is bound to right now.
+int freePort() {
+    const int probe = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    socklen_t length = sizeof address;
+    if (probe < 0 || bind(probe, reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
+        getsockname(probe, reinterpret_cast<sockaddr*>(&address), &length) != 0)
+        fail("no free UDP port");
+    close(probe);
+    return ntohs(address.sin_port);
+}
+
+/// Reads until the line that says the room listens.
+void awaitListening(int output, const std::string& executable, int port) {
+    const std::string listening = "Server is listening on port " + std::to_string(port) + "\n";
+    const Clock::time_point deadline = Clock::now() + longestStart;
+    std::string written;
+    while (!written.ends_with(listening)) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+        pollfd readable = {output, POLLIN, 0};
+        char bytes[4096];
+        const ssize_t length =
+            left.count() > 0 && poll(&readable, 1, static_cast<int>(left.count())) == 1
+                ? read(output, bytes, sizeof bytes)
+                : 0;
+        if (length <= 0)
+            throw std::runtime_error(
+                std::string(executable).append(" does not listen; it wrote: ").append(written));
+        written.append(bytes, static_cast<size_t>(length));
+    }
+}
+
+/// The number after `field` in a file of /proc, in KiB.
+long kibibytes(const std::string& path, const std::string& field) {
+    std::ifstream file(path);
+    std::string word;
+    long value = 0;
+    while (file >> word) {
+        if (word == field && file >> value)
+            return value;
+    }
+    throw std::runtime_error(path + " has no " + field);
+}
+
+} // namespace
+
+std::vector<int> allowedCores() {
+    cpu_set_t set;
+    if (sched_getaffinity(0, sizeof set, &set) != 0)
+        fail("sched_getaffinity");
+    std::vector<int> cores;
+    for (int core = 0; core < CPU_SETSIZE; ++core) {
+        if (CPU_ISSET(core, &set))
+            cores.push_back(core);
+    }
+    return cores;
+}
+
+void pinTo(int core) {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    CPU_SET(core, &set);
+    if (sched_setaffinity(0, sizeof set, &set) != 0)
+        fail("core " + std::to_string(core));
+}
+
+Child::Child(Child&& other) noexcept
+    : pid_(std::exchange(other.pid_, -1)), output_(std::exchange(other.output_, -1)) {}
+
+Child::~Child() {
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+    if (output_ >= 0)
+        close(output_);
+}
+
+Child startSpinner(int core) {
+    const auto spin = [] {
+        const sched_param none = {};
+        if (sched_setscheduler(0, SCHED_IDLE, &none) != 0)
+            return;
+        for (volatile unsigned turns = 0;;)
+            turns = turns + 1;
+    };
+    return {forkOn(core, spin), -1};
+}
+
+Room startRoom(const std::string& executable, int core) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        fail("pipe");
+    const int port = freePort();
+    const std::string argument = std::to_string(port);
+    const Clock::time_point start = Clock::now();
+    const int pid = forkOn(core, [&] {
+        dup2(ends[1], STDOUT_FILENO);
+        execl(executable.c_str(), executable.c_str(), argument.c_str(), nullptr);
+    });
+    close(ends[1]);
+    Child process(pid, ends[0]);
+    awaitListening(process.output(), executable, port);
+    const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
+    return {std::move(process), port, taken.count()};
+}
+
+double cpuSeconds(const Child& process) {
+    clockid_t clock;
+    timespec used;
+    if (clock_getcpuclockid(process.pid(), &clock) != 0 || clock_gettime(clock, &used) != 0)
+        throw std::runtime_error("no processor time of process " + std::to_string(process.pid()));
+    return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
+}
+
+Memory memory(const Child& process) {
+    const std::string folder = "/proc/" + std::to_string(process.pid());
+    return {kibibytes(folder + "/status", "VmRSS:"), kibibytes(folder + "/smaps_rollup", "Pss:")};
+}
+
+} // namespace bench

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "FiringPlaces.h"
+#include "Server.h"
+
+#include <array>
+
+namespace bench {
+
+/// What the players of a room do.
+enum class Pastime { standing, walking, firingAtWalls, firingAtSky };
+
+/// A Server driven without main, with the default arena and four players at known places, whose
+/// states go to a socket that nobody reads.
+class RoomInProcess {
+  public:
+    explicit RoomInProcess(Pastime pastime);
+    ~RoomInProcess();
+    RoomInProcess(const RoomInProcess&) = delete;
+    RoomInProcess& operator=(const RoomInProcess&) = delete;
+
+    /// Plays one tick, for which so many view records of each player have arrived.
+    void tick(int inputs);
+
+    Server server;
+
+  private:
+    template<std::size_t length>
+    void queue(const char (&datagram)[length]);
+    void queueKey(char id, int key, bool down);
+    void queueView(char id, int dx, int dy);
+
+    Pastime pastime_;
+    Client sink_;
+    int sinkSocket_;
+    long tick_ = 0;
+};
+
+} // namespace bench
