@@ -12,13 +12,15 @@
 
 namespace {
 
-/// Takes the oldest record off the queue; false when there is none.
-bool popMessage(std::queue<GenericMessage>& queue, pthread_mutex_t* mutex, GenericMessage& record) {
+/// Puts all that is in `queue` into `records`, which is empty, by exchanging the two: no record is
+/// copied, and the receive thread is held up once a tick and not once a record. False when there
+/// is nothing.
+bool takeAll(std::queue<GenericMessage>& queue, pthread_mutex_t* mutex,
+             std::queue<GenericMessage>& records) {
     const ScopedLock lock(mutex);
     if (queue.empty())
         return false;
-    record = queue.front();
-    queue.pop();
+    records.swap(queue);
     return true;
 }
 
@@ -94,48 +96,53 @@ void Server::playerDisconnect(char id) {
 }
 
 void Server::readMessages() {
-    GenericMessage record;
-    while (popMessage(inMessages, inMessagesMutex, record)) {
-        const char id = record.data[1];
-        switch (record.data[0]) {
-        case messageCode::join:
-            if (players.size() >= maxPlayers) {
-                std::cout << "Player denied --- Game is full." << std::endl;
-                sockInfo.sendBytesTo(&record.client, &messageCode::full, 1);
-            } else {
-                playerJoin(&record);
-            }
-            break;
-        case messageCode::leave:
-            playerDisconnect(id);
-            break;
-        case messageCode::key:
-            if (Player* player = playerByID(id)) {
-                if (player->alive())
-                    player->setKey(static_cast<signed char>(record.data[2]), record.data[3] != 0);
-                player->connectedMessageReceived();
-            }
-            break;
-        case messageCode::view:
-            if (Player* player = playerByID(id)) {
-                if (player->alive())
-                    player->rotateView(intAt(record.data + 4), intAt(record.data + 8));
-                player->connectedMessageReceived();
-            }
-            break;
-        case messageCode::chat:
-            if (Player* player = playerByID(id)) {
-                player->connectedMessageReceived();
-                broadcast(record.data, sizeof(TalkMessage));
-            }
-            break;
-        case messageCode::keepAlive:
-            if (Player* player = playerByID(id))
-                player->connectedMessageReceived();
-            break;
-        default:
-            break;
+    // Again, since what has arrived meanwhile belongs to this tick too.
+    while (takeAll(inMessages, inMessagesMutex, records)) {
+        for (; !records.empty(); records.pop())
+            dispatch(records.front());
+    }
+}
+
+void Server::dispatch(const GenericMessage& record) {
+    const char id = record.data[1];
+    switch (record.data[0]) {
+    case messageCode::join:
+        if (players.size() >= maxPlayers) {
+            std::cout << "Player denied --- Game is full." << std::endl;
+            sockInfo.sendBytesTo(&record.client, &messageCode::full, 1);
+        } else {
+            playerJoin(&record);
         }
+        break;
+    case messageCode::leave:
+        playerDisconnect(id);
+        break;
+    case messageCode::key:
+        if (Player* player = playerByID(id)) {
+            if (player->alive())
+                player->setKey(static_cast<signed char>(record.data[2]), record.data[3] != 0);
+            player->connectedMessageReceived();
+        }
+        break;
+    case messageCode::view:
+        if (Player* player = playerByID(id)) {
+            if (player->alive())
+                player->rotateView(intAt(record.data + 4), intAt(record.data + 8));
+            player->connectedMessageReceived();
+        }
+        break;
+    case messageCode::chat:
+        if (Player* player = playerByID(id)) {
+            player->connectedMessageReceived();
+            broadcast(record.data, sizeof(TalkMessage));
+        }
+        break;
+    case messageCode::keepAlive:
+        if (Player* player = playerByID(id))
+            player->connectedMessageReceived();
+        break;
+    default:
+        break;
     }
 }
 

@@ -55,6 +55,12 @@ struct Server {
     void update();
 
   private:
+    /// The records in hand, empty between ticks; a member so that its memory is kept.
+    std::queue<GenericMessage> records;
+
+    /// Has one record take effect.
+    void dispatch(const GenericMessage& record);
+
     /// Tells every player in the server's own name; text that the record cannot hold is cut.
     void broadcastNotice(const std::string& text);
 
