@@ -27,6 +27,10 @@ namespace {
 
 using nlohmann::json;
 
+/// Milliseconds in which bots have charted the arena and joined, under sanitizers on a busy
+/// machine.
+constexpr int chartTime = 60000;
+
 /// drench-bots, started in the background with its output in files. Destruction ends it.
 class BotsProcess {
   public:
@@ -78,7 +82,7 @@ class BotsProcess {
 
     /// Waits until something stands on standard error.
     bool waitForErr(const std::string& text) const {
-        for (int i = 0; i < 500; ++i) {
+        for (int i = 0; i < chartTime / 10; ++i) {
             if (err().find(text) != std::string::npos)
                 return true;
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -164,7 +168,7 @@ TEST_F(Bots, PlayAndLeaveAndTellWhatCameOfIt) {
     ASSERT_EQ(bots.status(), 0) << bots.err();
     EXPECT_EQ(bots.err(), "");
     for (const char* name : {"Bot 1", "Bot 2", "Bot 3", "Bot 4"})
-        EXPECT_TRUE(server.waitForLine(std::string(name) + " joined")) << name;
+        EXPECT_TRUE(server.waitForLine(std::string(name) + " joined", chartTime)) << name;
     for (const char* name : {"Bot 1", "Bot 2", "Bot 3", "Bot 4"})
         EXPECT_TRUE(server.waitForLine(std::string(name) + " disconnected", 3000)) << name;
 
@@ -198,8 +202,8 @@ TEST_F(Bots, PlayAndLeaveAndTellWhatCameOfIt) {
 
 TEST_F(Bots, LeavePolitelyWhenInterrupted) {
     BotsProcess bots(inRoom("--players 2 --name Bot"));
-    ASSERT_TRUE(server.waitForLine("Bot 1 joined")) << bots.err();
-    ASSERT_TRUE(server.waitForLine("Bot 2 joined")) << bots.err();
+    ASSERT_TRUE(server.waitForLine("Bot 1 joined", chartTime)) << bots.err();
+    ASSERT_TRUE(server.waitForLine("Bot 2 joined", chartTime)) << bots.err();
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     bots.signal(SIGINT);
     // Who just falls silent is dropped after five seconds only.
@@ -212,7 +216,7 @@ TEST_F(Bots, LeavePolitelyWhenInterrupted) {
 
 TEST_F(Bots, LeavePolitelyWhenTerminated) {
     BotsProcess bots(inRoom("--players 1 --name Bot --quiet"));
-    ASSERT_TRUE(server.waitForLine("Bot 1 joined")) << bots.err();
+    ASSERT_TRUE(server.waitForLine("Bot 1 joined", chartTime)) << bots.err();
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     bots.signal(SIGTERM);
     EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
@@ -222,11 +226,11 @@ TEST_F(Bots, LeavePolitelyWhenTerminated) {
 
 TEST_F(Bots, JoinAgainWhenDropped) {
     BotsProcess bots(inRoom("--players 1 --name Bot"));
-    ASSERT_TRUE(server.waitForLine("Bot 1 joined")) << bots.err();
+    ASSERT_TRUE(server.waitForLine("Bot 1 joined", chartTime)) << bots.err();
     UdpPeer stranger;
     stranger.send("d1", server.port());
     EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
-    EXPECT_TRUE(server.waitForLine("Bot 1 joined"));
+    EXPECT_TRUE(server.waitForLine("Bot 1 joined", chartTime));
     bots.signal(SIGINT);
     EXPECT_EQ(bots.status(), 0);
     EXPECT_EQ(bots.err(), room(server) + ": has fallen silent; trying again\n");
@@ -234,7 +238,7 @@ TEST_F(Bots, JoinAgainWhenDropped) {
 
 TEST_F(Bots, FullRoomIsToldOnce) {
     BotsProcess four(inRoom("--players 4 --name Bot --quiet"));
-    ASSERT_TRUE(server.waitForLine("Bot 4 joined")) << four.err();
+    ASSERT_TRUE(server.waitForLine("Bot 4 joined", chartTime)) << four.err();
     BotsProcess more(inRoom("--players 2 --seconds 0.5 --json"));
     EXPECT_EQ(more.status(), 1);
     EXPECT_EQ(more.err(), room(server) + ": is full; trying again\n");
@@ -265,8 +269,8 @@ TEST_F(Bots, ManyRoomsArePlayedInAtOnce) {
                      " --players 2 --name Bot --seconds 1 --json");
     ASSERT_EQ(bots.status(), 0) << bots.err();
     for (ServerProcess* room : {&server, &other}) {
-        EXPECT_TRUE(room->waitForLine("Bot 1 joined"));
-        EXPECT_TRUE(room->waitForLine("Bot 2 joined"));
+        EXPECT_TRUE(room->waitForLine("Bot 1 joined", chartTime));
+        EXPECT_TRUE(room->waitForLine("Bot 2 joined", chartTime));
         EXPECT_TRUE(room->waitForLine("Bot 1 disconnected", 3000));
     }
     const json report = json::parse(bots.out());
@@ -293,7 +297,7 @@ TEST_F(Bots, SameSeedGivesTheSameNames) {
     for (std::string& names : joined) {
         BotsProcess bots(inRoom("--players 3 --quiet"));
         for (int i = 0; i < 3; ++i)
-            names += server.line().value_or("nothing") + "\n";
+            names += server.line(chartTime).value_or("nothing") + "\n";
         bots.signal(SIGTERM);
         EXPECT_EQ(bots.status(), 0);
         for (int i = 0; i < 3; ++i)
@@ -335,7 +339,7 @@ TEST_F(Bots, ScriptIsPlayedTickByTick) {
     BotsProcess bots(room(flat) + " --name Walker --json --script " + script + " --record " +
                      folder.path + "/walk.csv");
     ASSERT_EQ(bots.status(), 0) << bots.err();
-    EXPECT_TRUE(flat.waitForLine("Walker joined"));
+    EXPECT_TRUE(flat.waitForLine("Walker joined", chartTime));
     EXPECT_TRUE(flat.waitForLine("Walker disconnected", 3000));
 
     const std::vector<RecordLine> record = readRecord(arena::readFile(folder.path + "/walk.csv"));
@@ -358,7 +362,7 @@ TEST_F(Bots, ScriptWithoutLeavingPlaysUntilItsTimeIsOver) {
     const std::string script = folder.write("jump.script", "at 5 jump\n");
     BotsProcess bots(room(server) + " --seconds 0.5 --script " + script);
     EXPECT_EQ(bots.status(), 0) << bots.err();
-    EXPECT_TRUE(server.waitForLine("Script joined"));
+    EXPECT_TRUE(server.waitForLine("Script joined", chartTime));
     EXPECT_TRUE(server.waitForLine("Script disconnected", 3000));
     EXPECT_EQ(bots.out().substr(0, 9), "1 player ");
 }
