@@ -58,9 +58,8 @@ struct LoadFigures {
     std::vector<Round> rounds;
 };
 
-/// A number of rooms on one core.
+/// A number of rooms on one core, for a time.
 struct CrowdSample {
-    int rooms;
     double gapMedian;
     double gapP99;
 
@@ -72,30 +71,20 @@ struct CrowdSample {
     double sent;
 };
 
-/// The search for the most rooms that a core holds.
-struct Capacity {
-    std::vector<CrowdSample> samples;
-
-    /// 0 when not even the fewest tried held.
-    int rooms = 0;
-
-    /// Whether the load gave up before the rooms did: then there may be space for more.
-    bool endedByLoad = false;
-};
-
-struct CapacityRound {
-    Capacity floor;
-    Capacity server;
-
-    double ratio() const {
-        return static_cast<double>(server.rooms) / static_cast<double>(floor.rooms);
-    }
+/// As many rooms of the one as of the other, started anew for each sample: how the ticks of the
+/// rooms lie among each other differs from start to start, and the gaps with it.
+struct Crowd {
+    int rooms;
+    std::vector<CrowdSample> floor;
+    std::vector<CrowdSample> server;
 };
 
 struct Figures {
     Conditions conditions;
     std::vector<LoadFigures> loads;
-    std::vector<CapacityRound> capacity;
+
+    /// Ascending.
+    std::vector<Crowd> crowds;
 
     /// Of the server, after four played for a while.
     double memorySeconds = 0.0;

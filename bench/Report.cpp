@@ -29,35 +29,60 @@ std::vector<double> each(const LoadFigures& load, Sample Round::*program, double
     return each(load.rounds, [&](const Round& round) { return round.*program.*value; });
 }
 
+/// Stalls of the machine reach far beyond the middle half of the values.
 struct Spread {
     explicit Spread(const std::vector<double>& values)
-        : middle(median(values)), lowest(quantile(values, 0.0)), highest(quantile(values, 1.0)) {}
+        : middle(median(values)), lowerQuartile(quantile(values, 0.25)),
+          upperQuartile(quantile(values, 0.75)) {}
 
     double middle;
-    double lowest;
-    double highest;
+    double lowerQuartile;
+    double upperQuartile;
 };
 
 std::string text(const Spread& spread) {
     std::ostringstream out;
-    out << std::fixed << std::setprecision(2) << spread.middle << " (" << spread.lowest << " to "
-        << spread.highest << ")";
+    out << std::fixed << std::setprecision(2) << spread.middle << " (" << spread.lowerQuartile
+        << " to " << spread.upperQuartile << ")";
     return out.str();
 }
 
-std::string roomsText(const Capacity& capacity) {
-    return std::to_string(capacity.rooms) + (capacity.endedByLoad ? " or more" : "");
+/// The middle one of a value in all samples of a crowd.
+double middle(const std::vector<CrowdSample>& samples, double CrowdSample::*value) {
+    return median(each(samples, [&](const CrowdSample& sample) { return sample.*value; }));
 }
 
-/// The samples of all rounds, fewest rooms first.
-std::vector<CrowdSample> crowds(const Figures& figures, Capacity CapacityRound::*program) {
-    std::vector<CrowdSample> samples;
-    for (const CapacityRound& round : figures.capacity) {
-        const std::vector<CrowdSample>& more = (round.*program).samples;
-        samples.insert(samples.end(), more.begin(), more.end());
+/// How many rooms a core holds: between the last crowd that it holds and the next one, where the
+/// 99th percentile of the gaps passes its limit.
+struct Capacity {
+    double rooms = 0.0;
+
+    /// Whether there may be space for more: not even the largest crowd was too much, or the load
+    /// gave up before the rooms did.
+    bool isLeast = true;
+};
+
+Capacity capacity(const std::vector<Crowd>& crowds, std::vector<CrowdSample> Crowd::*program) {
+    Capacity found;
+    double gapBefore = 0.0;
+    for (const Crowd& crowd : crowds) {
+        const std::vector<CrowdSample>& samples = crowd.*program;
+        const double gap = middle(samples, &CrowdSample::gapP99);
+        if (!holds(samples)) {
+            found.isLeast = gap <= longestGapP99;
+            if (found.rooms > 0.0 && !found.isLeast)
+                found.rooms +=
+                    (crowd.rooms - found.rooms) * (longestGapP99 - gapBefore) / (gap - gapBefore);
+            return found;
+        }
+        found.rooms = crowd.rooms;
+        gapBefore = gap;
     }
-    std::ranges::stable_sort(samples, {}, &CrowdSample::rooms);
-    return samples;
+    return found;
+}
+
+std::string text(const Capacity& capacity) {
+    return std::to_string(std::lround(capacity.rooms)) + (capacity.isLeast ? " or more" : "");
 }
 
 void printConditions(std::ostream& out, const Conditions& where) {
@@ -68,7 +93,7 @@ void printConditions(std::ostream& out, const Conditions& where) {
 }
 
 void printLoads(std::ostream& out, const std::vector<LoadFigures>& loads) {
-    out << "\nProcessor time of a room in ms per second, median (and spread) of "
+    out << "\nProcessor time of a room in ms per second, median (and middle half) of "
         << loads.front().rounds.size() << " rounds\n"
         << "inputs/s  firing  floor                  server                 server/floor        "
            "   gaps p50, p99 in ms: floor, server\n";
@@ -111,15 +136,29 @@ void printParts(std::ostream& out, const std::vector<LoadFigures>& loads, Sample
     out << "\n";
 }
 
-void printCrowds(std::ostream& out, const std::vector<CrowdSample>& samples,
-                 const std::string& name) {
-    out << "\nMany rooms on one core, " << name << ", 120 inputs/s\n"
-        << "rooms  gaps p50, p99 in ms  rooms' cpu  load's cpu  inputs sent\n";
-    for (const CrowdSample& sample : samples)
-        out << std::setw(5) << sample.rooms << std::setw(11) << sample.gapMedian << ", "
-            << std::setw(7) << sample.gapP99 << std::setw(11) << 100.0 * sample.roomsCpu << "%"
-            << std::setw(11) << 100.0 * sample.loadCpu << "%" << std::setw(12)
-            << 100.0 * sample.sent << "%\n";
+void printCrowds(std::ostream& out, const std::vector<Crowd>& crowds) {
+    out << "\nMany rooms on one core, 120 inputs/s, medians of " << crowds.front().floor.size()
+        << " samples: floor, server\n"
+        << "rooms  gaps p50 in ms  gaps p99 in ms  rooms' cpu in %  load's cpu in %  inputs sent "
+           "in %\n";
+    for (const Crowd& crowd : crowds) {
+        out << std::setw(5) << crowd.rooms;
+        const auto column = [&](double CrowdSample::*value, double scale, int width) {
+            out << std::setw(width) << scale * middle(crowd.floor, value) << ", " << std::setw(6)
+                << scale * middle(crowd.server, value);
+        };
+        column(&CrowdSample::gapMedian, 1.0, 8);
+        column(&CrowdSample::gapP99, 1.0, 8);
+        column(&CrowdSample::roomsCpu, 100.0, 9);
+        column(&CrowdSample::loadCpu, 100.0, 9);
+        column(&CrowdSample::sent, 100.0, 10);
+        out << "\n";
+    }
+    const Capacity floor = capacity(crowds, &Crowd::floor);
+    const Capacity server = capacity(crowds, &Crowd::server);
+    out << "Rooms on one core until the p99 passes " << longestGapP99 << " ms: floor "
+        << text(floor) << ", server " << text(server) << ", ratio " << server.rooms / floor.rooms
+        << "\n";
 }
 
 Json json(const Sample& sample) {
@@ -131,20 +170,28 @@ Json json(const Sample& sample) {
             {"receiptsPerInput", sample.receiptsPerInput}};
 }
 
-Json json(const Capacity& capacity) {
-    Json samples = Json::array();
-    for (const CrowdSample& sample : capacity.samples) {
-        samples.push_back({{"rooms", sample.rooms},
-                           {"gapMillisecondsMedian", sample.gapMedian},
-                           {"gapMillisecondsP99", sample.gapP99},
-                           {"roomsCpuShare", sample.roomsCpu},
-                           {"loadCpuShare", sample.loadCpu},
-                           {"inputsSentShare", sample.sent}});
+Json json(const std::vector<CrowdSample>& samples) {
+    Json list = Json::array();
+    for (const CrowdSample& sample : samples) {
+        list.push_back({{"gapMillisecondsMedian", sample.gapMedian},
+                        {"gapMillisecondsP99", sample.gapP99},
+                        {"roomsCpuShare", sample.roomsCpu},
+                        {"loadCpuShare", sample.loadCpu},
+                        {"inputsSentShare", sample.sent}});
     }
-    return {{"rooms", capacity.rooms}, {"endedByLoad", capacity.endedByLoad}, {"samples", samples}};
+    return list;
+}
+
+Json json(const Capacity& capacity) {
+    return {{"rooms", capacity.rooms}, {"orMore", capacity.isLeast}};
 }
 
 } // namespace
+
+bool holds(const std::vector<CrowdSample>& samples) {
+    return middle(samples, &CrowdSample::gapP99) <= longestGapP99 &&
+           middle(samples, &CrowdSample::sent) >= fewestSent;
+}
 
 void printReport(std::ostream& out, const Figures& figures) {
     out << std::fixed << std::setprecision(2);
@@ -152,13 +199,8 @@ void printReport(std::ostream& out, const Figures& figures) {
     printLoads(out, figures.loads);
     printParts(out, figures.loads, &Round::floor, "floor");
     printParts(out, figures.loads, &Round::server, "server");
-    printCrowds(out, crowds(figures, &CapacityRound::floor), "floor");
-    printCrowds(out, crowds(figures, &CapacityRound::server), "server");
-    out << "\n";
-    for (const CapacityRound& round : figures.capacity)
-        out << "Rooms on one core: floor " << roomsText(round.floor) << ", server "
-            << roomsText(round.server) << ", ratio " << round.ratio() << "\n";
-    out << "Memory of a server after " << figures.memorySeconds
+    printCrowds(out, figures.crowds);
+    out << "\nMemory of a server after " << figures.memorySeconds
         << " s of four playing, in KiB: " << figures.memory.resident << " resident, "
         << figures.memory.proportional << " with shared pages counted in part\n"
         << "Start to listening in ms, median of " << figures.serverStarts.size() << ": server "
@@ -186,10 +228,11 @@ std::string jsonReport(const Figures& figures) {
                                    {"ratioMedian", median(each(load.rounds, &Round::ratio))},
                                    {"rounds", rounds}});
     }
-    for (const CapacityRound& round : figures.capacity)
-        report["capacity"].push_back({{"floor", json(round.floor)},
-                                      {"server", json(round.server)},
-                                      {"ratio", round.ratio()}});
+    for (const Crowd& crowd : figures.crowds)
+        report["crowds"].push_back(
+            {{"rooms", crowd.rooms}, {"floor", json(crowd.floor)}, {"server", json(crowd.server)}});
+    report["capacity"] = {{"floor", json(capacity(figures.crowds, &Crowd::floor))},
+                          {"server", json(capacity(figures.crowds, &Crowd::server))}};
     report["memory"] = {{"afterSeconds", figures.memorySeconds},
                         {"residentKiB", figures.memory.resident},
                         {"proportionalKiB", figures.memory.proportional}};
@@ -206,15 +249,14 @@ std::string plotColumns(const Figures& figures) {
         out << load.inputsPerSecond << '\t' << load.firing;
         for (Sample Round::*program : {&Round::floor, &Round::server}) {
             const Spread cpu(each(load, program, &Sample::cpuMillisecondsPerSecond));
-            out << '\t' << cpu.middle << '\t' << cpu.lowest << '\t' << cpu.highest;
+            out << '\t' << cpu.middle << '\t' << cpu.lowerQuartile << '\t' << cpu.upperQuartile;
         }
         out << '\n';
     }
-    for (Capacity CapacityRound::*program : {&CapacityRound::floor, &CapacityRound::server}) {
-        out << "\n\nrooms\tgap p99\n";
-        for (const CrowdSample& sample : crowds(figures, program))
-            out << sample.rooms << '\t' << sample.gapP99 << '\n';
-    }
+    out << "\n\nrooms\tfloor\tserver\n";
+    for (const Crowd& crowd : figures.crowds)
+        out << crowd.rooms << '\t' << middle(crowd.floor, &CrowdSample::gapP99) << '\t'
+            << middle(crowd.server, &CrowdSample::gapP99) << '\n';
     return out.str();
 }
 

@@ -7,14 +7,24 @@
 
 namespace bench {
 
+/// Gaps between states that players hardly notice, in milliseconds.
+constexpr double longestGapP99 = 20.0;
+
+/// A load that gets fewer of its inputs sent does not keep up.
+constexpr double fewestSent = 0.98;
+
+/// Whether the core holds a crowd: by the middle of its samples, the 99th percentile of the gaps
+/// keeps to the limit and the load keeps up.
+bool holds(const std::vector<CrowdSample>& samples);
+
 /// Tables of medians, ratios and their spread.
 void printReport(std::ostream& out, const Figures& figures);
 
 /// Everything, the single rounds included.
 std::string jsonReport(const Figures& figures);
 
-/// What bench/plot.sh draws, three blocks of columns with a line of names each: processor time by
-/// load; gaps by number of rooms for the floor; the same for the server.
+/// What bench/plot.sh draws, two blocks of columns with a line of names each: processor time by
+/// load; gaps by number of rooms.
 std::string plotColumns(const Figures& figures);
 
 } // namespace bench

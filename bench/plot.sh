@@ -47,9 +47,9 @@ set yrange [15:40]
 set xtics scale 0.5 auto
 set arrow 1 from graph 0, first 20 to graph 1, first 20 nohead linecolor '#c0392b' dashtype 2
 set label 1 'limit' at graph 0.99, first 20.7 right textcolor '#c0392b'
-plot columns index 1 skip 1 using 1:2 smooth unique with linespoints title 'the bare system calls' \
+plot columns index 1 skip 1 using 1:2 with linespoints title 'the bare system calls' \
        linecolor rgb floor linewidth 2.5 pointtype 7, \
-     '' index 2 skip 1 using 1:2 smooth unique with linespoints title 'the server' \
+     '' index 1 skip 1 using 1:3 with linespoints title 'the server' \
        linecolor rgb server linewidth 2.5 pointtype 7
 GNUPLOT
 mv "$unfinished" "$2"

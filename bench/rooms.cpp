@@ -20,7 +20,8 @@
 #include <vector>
 
 // What rooms of drench-server cost, held against bench/floor: the bare system calls of a room under
-// the same load. Both are started in turn, on one core.
+// the same load, on one core. Both take turns of half a second, so that a spell in which the
+// machine is slow meets the two alike.
 //
 // A single room shares its core with its load. Schedulers charge a thread for the time from a
 // wake-up that came from another core until it runs there; on virtual machines, where it takes an
@@ -32,20 +33,11 @@ namespace {
 using namespace bench;
 using Seconds = std::chrono::duration<double>;
 
-/// Gaps between states that players hardly notice, in milliseconds.
-constexpr double longestGapP99 = 20.0;
-
-/// A load that gets fewer of its inputs sent does not keep up.
-constexpr double fewestSent = 0.98;
-
 /// Inputs per second and player while counting rooms, and in rooms whose memory is measured.
 constexpr double usualInputs = 120.0;
 
-/// Bounds on the number of rooms are narrowed down to this share of it.
-constexpr double capacityPrecision = 0.05;
-
-/// How often the same number of rooms is looked at; the middle one counts.
-constexpr int crowdSamples = 3;
+/// Into so many steps the fewest rooms that are too many are divided.
+constexpr int crowdSteps = 16;
 
 struct Settings {
     std::string floor = getAppPath() + "/floor";
@@ -57,15 +49,15 @@ struct Settings {
 
     std::vector<double> inputs = {0.0, 120.0, 300.0};
     std::vector<std::string> firing = {"nobody", "wall", "sky"};
-    int rounds = 5;
-    double seconds = 1.5;
-    double warmUpSeconds = 0.3;
+    int rounds = 20;
+    double seconds = 0.5;
+    double warmUpSeconds = 0.5;
 
-    int capacityRounds = 2;
     int fewestRooms = 16;
     int mostRooms = 1024;
-    double crowdSeconds = 1.0;
-    double crowdWarmUpSeconds = 0.7;
+    int crowdSamples = 5;
+    double crowdSeconds = 2.0;
+    double crowdWarmUpSeconds = 0.5;
 
     double memorySeconds = 60.0;
     int starts = 20;
@@ -78,9 +70,9 @@ void makeQuick(Settings& settings) {
     settings.rounds = 1;
     settings.seconds = 0.2;
     settings.warmUpSeconds = 0.05;
-    settings.capacityRounds = 1;
     settings.fewestRooms = 1;
     settings.mostRooms = 2;
+    settings.crowdSamples = 1;
     settings.crowdSeconds = 0.1;
     settings.crowdWarmUpSeconds = 0.05;
     settings.memorySeconds = 0.2;
@@ -121,25 +113,19 @@ Conditions conditions(const Bench& bench) {
     return conditions;
 }
 
-/// One room under load. Only the server has places to stand at.
-Sample sample(const Bench& bench, const std::string& executable, double inputs,
-              const std::string& firing) {
-    const bool isServer = executable == bench.settings.server;
-    const std::vector<FiringPlace>& places = firing == "sky" ? bench.sky : bench.walls;
-    pinTo(bench.roomCore);
-    const Room room = startRoom(executable, bench.roomCore);
-    Load load({room.port});
-    if (isServer)
-        load.takePlaces(places);
-    if (firing != "nobody")
-        load.fire(places);
-    load.play(Seconds(bench.settings.warmUpSeconds), inputs);
+/// A room and its four players.
+struct LoadedRoom {
+    explicit LoadedRoom(const std::string& executable, int core)
+        : room(startRoom(executable, core)), load({room.port}) {}
 
-    const double cpuBefore = cpuSeconds(room.process);
-    const Play play = load.play(Seconds(bench.settings.seconds), inputs);
-    const double cpu = cpuSeconds(room.process) - cpuBefore;
-    if (isServer && firing != "nobody" && !load.allFire(places))
-        throw std::runtime_error("somebody stopped firing at the " + firing);
+    Room room;
+    Load load;
+};
+
+Sample sample(LoadedRoom& loaded, double seconds, double inputs) {
+    const double cpuBefore = cpuSeconds(loaded.room.process);
+    const Play play = loaded.load.play(Seconds(seconds), inputs);
+    const double cpu = cpuSeconds(loaded.room.process) - cpuBefore;
     return {play.seconds,
             1000.0 * cpu / play.seconds,
             static_cast<double>(play.gaps.size()) / maxPlayers / play.seconds,
@@ -149,21 +135,32 @@ Sample sample(const Bench& bench, const std::string& executable, double inputs,
                          : 1.0};
 }
 
+LoadFigures loadFigures(const Bench& bench, double inputs, const std::string& firing) {
+    const Settings& settings = bench.settings;
+    const std::vector<FiringPlace>& places = firing == "sky" ? bench.sky : bench.walls;
+    pinTo(bench.roomCore);
+    LoadedRoom floor(settings.floor, bench.roomCore);
+    LoadedRoom server(settings.server, bench.roomCore);
+    server.load.takePlaces(places);
+    for (LoadedRoom* loaded : {&floor, &server}) {
+        if (firing != "nobody")
+            loaded->load.fire(places);
+        loaded->load.play(Seconds(settings.warmUpSeconds), inputs);
+    }
+    LoadFigures figures = {inputs, firing, {}};
+    for (int round = 0; round < settings.rounds; ++round)
+        figures.rounds.push_back(
+            {sample(floor, settings.seconds, inputs), sample(server, settings.seconds, inputs)});
+    if (firing != "nobody" && !server.load.allFire(places))
+        throw std::runtime_error("somebody stopped firing at the " + firing);
+    return figures;
+}
+
 void measureLoads(const Bench& bench, Figures& figures) {
     for (const double inputs : bench.settings.inputs) {
-        for (const std::string& firing : bench.settings.firing)
-            figures.loads.push_back({inputs, firing, {}});
-    }
-    for (int round = 1; round <= bench.settings.rounds; ++round) {
-        for (LoadFigures& load : figures.loads) {
-            progress("round " + std::to_string(round) + ": " +
-                     std::to_string(static_cast<int>(load.inputsPerSecond)) +
-                     " inputs, firing: " + load.firing);
-            const Sample floor =
-                sample(bench, bench.settings.floor, load.inputsPerSecond, load.firing);
-            const Sample server =
-                sample(bench, bench.settings.server, load.inputsPerSecond, load.firing);
-            load.rounds.push_back({floor, server});
+        for (const std::string& firing : bench.settings.firing) {
+            progress(std::to_string(static_cast<int>(inputs)) + " inputs, firing: " + firing);
+            figures.loads.push_back(loadFigures(bench, inputs, firing));
         }
     }
 }
@@ -176,6 +173,9 @@ double cpuSeconds(const std::vector<Room>& rooms) {
 }
 
 CrowdSample crowdSample(const Bench& bench, const std::string& executable, int count) {
+    const Settings& settings = bench.settings;
+    progress(std::to_string(count) + " rooms of " +
+             std::filesystem::path(executable).filename().string());
     pinTo(bench.crowdLoadCore);
     std::vector<Room> rooms;
     std::vector<int> ports;
@@ -184,49 +184,42 @@ CrowdSample crowdSample(const Bench& bench, const std::string& executable, int c
         ports.push_back(rooms.back().port);
     }
     Load load(ports);
-    load.play(Seconds(bench.settings.crowdWarmUpSeconds), usualInputs);
-    std::vector<CrowdSample> samples;
-    for (int i = 0; i < crowdSamples; ++i) {
-        const double cpuBefore = cpuSeconds(rooms);
-        const Play play = load.play(Seconds(bench.settings.crowdSeconds), usualInputs);
-        const double due = usualInputs * maxPlayers * count * bench.settings.crowdSeconds;
-        samples.push_back({count, quantile(play.gaps, 0.5), quantile(play.gaps, 0.99),
-                           (cpuSeconds(rooms) - cpuBefore) / play.seconds,
-                           play.cpuSeconds / play.seconds, static_cast<double>(play.inputs) / due});
-    }
-    std::ranges::sort(samples, {}, &CrowdSample::gapP99);
-    return samples[crowdSamples / 2];
+    load.play(Seconds(settings.crowdWarmUpSeconds), usualInputs);
+    const double cpuBefore = cpuSeconds(rooms);
+    const Play play = load.play(Seconds(settings.crowdSeconds), usualInputs);
+    const double due = usualInputs * maxPlayers * count * settings.crowdSeconds;
+    return {quantile(play.gaps, 0.5), quantile(play.gaps, 0.99),
+            (cpuSeconds(rooms) - cpuBefore) / play.seconds, play.cpuSeconds / play.seconds,
+            static_cast<double>(play.inputs) / due};
 }
 
-/// Doubles the number of rooms until it does not hold, then halves the interval.
-Capacity capacity(const Bench& bench, const std::string& executable) {
-    Capacity found;
-    int tooMany = bench.settings.mostRooms + 1;
-    for (int rooms = bench.settings.fewestRooms;;) {
-        progress(std::to_string(rooms) + " rooms of " +
-                 std::filesystem::path(executable).filename().string());
-        const CrowdSample& crowd =
-            found.samples.emplace_back(crowdSample(bench, executable, rooms));
-        const bool isLoadLate = crowd.sent < fewestSent;
-        if (!isLoadLate && crowd.gapP99 <= longestGapP99) {
-            found.rooms = rooms;
-        } else {
-            tooMany = rooms;
-            found.endedByLoad = isLoadLate;
-        }
-        if (tooMany - found.rooms <= 1 || tooMany - found.rooms <= capacityPrecision * tooMany)
-            return found;
-        rooms = tooMany > bench.settings.mostRooms ? std::min(2 * rooms, bench.settings.mostRooms)
-                                                   : (found.rooms + tooMany) / 2;
+Crowd crowd(const Bench& bench, int rooms, int samples) {
+    Crowd crowd = {rooms, {}, {}};
+    for (int i = 0; i < samples; ++i) {
+        crowd.floor.push_back(crowdSample(bench, bench.settings.floor, rooms));
+        crowd.server.push_back(crowdSample(bench, bench.settings.server, rooms));
     }
+    return crowd;
 }
 
-void measureCapacity(const Bench& bench, Figures& figures) {
-    for (int round = 0; round < bench.settings.capacityRounds; ++round) {
-        Capacity floor = capacity(bench, bench.settings.floor);
-        Capacity server = capacity(bench, bench.settings.server);
-        figures.capacity.push_back({std::move(floor), std::move(server)});
+/// Doubles the number of rooms until neither program holds it, with one sample each, then goes in
+/// even steps from what both held.
+void measureCrowds(const Bench& bench, Figures& figures) {
+    const Settings& settings = bench.settings;
+    int bothHold = settings.fewestRooms;
+    int rooms = settings.fewestRooms;
+    for (;; rooms = std::min(2 * rooms, settings.mostRooms)) {
+        const Crowd probe = crowd(bench, rooms, 1);
+        const bool floorHolds = holds(probe.floor);
+        const bool serverHolds = holds(probe.server);
+        if (floorHolds && serverHolds)
+            bothHold = rooms;
+        if ((!floorHolds && !serverHolds) || rooms == settings.mostRooms)
+            break;
     }
+    const int step = std::max(1, rooms / crowdSteps);
+    for (int count = bothHold; count <= rooms; count += step)
+        figures.crowds.push_back(crowd(bench, count, settings.crowdSamples));
 }
 
 void measureMemory(const Bench& bench, Figures& figures) {
@@ -281,7 +274,7 @@ Figures measure(const Settings& settings) {
     figures.conditions = conditions(bench);
     measureStarts(bench, figures);
     measureLoads(bench, figures);
-    measureCapacity(bench, figures);
+    measureCrowds(bench, figures);
     measureMemory(bench, figures);
     progress("");
     return figures;

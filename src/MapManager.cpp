@@ -63,6 +63,7 @@ constexpr int never = std::numeric_limits<int>::max();
 
 /// One coordinate of the marching point, and a stretch of its way that keeps to one cell or outside
 /// the world: in steps n with from <= n < until it is exactly position + (n - from) · stride.
+/// Beyond the stretch that goes on as far as the spacing of floats does, for n < evenUntil.
 struct Axis {
     float step;
     int cells;
@@ -73,6 +74,7 @@ struct Axis {
     int cell = 0;
     int from = 0;
     int until = 0;
+    int evenUntil = 0;
 };
 
 float positionAt(const Axis& axis, int n) {
@@ -95,23 +97,31 @@ float nextFace(const Axis& axis) {
     return axis.position > axis.farFace ? axis.farFace : static_cast<float>(axis.cell) * cubeEdge;
 }
 
-/// The least whole number that is not below x.
-int roundedUp(float x) {
-    const int whole = static_cast<int>(x);
-    return static_cast<float>(whole) < x ? whole + 1 : whole;
+/// The first step after `from`, for n == from at `position`, that reaches or crosses `end`.
+int stepThatReaches(const Axis& axis, float end) {
+    const float strides = (end - axis.position) / axis.stride;
+    const int whole = static_cast<int>(strides);
+    const int roundedUp = static_cast<float>(whole) < strides ? whole + 1 : whole;
+    return axis.from + std::max(1, roundedUp);
 }
 
-/// Begins a stretch in step n. False when the coordinate has left the world for good, or is NaN.
-bool enter(Axis& axis, float position, int n) {
+/// Comes to `position` in step n. False when that is out of the world for good, or NaN.
+bool arrive(Axis& axis, float position, int n) {
     const bool ascending = axis.step > 0.0f;
     if (!(ascending ? position <= axis.farFace : position >= 0.0f))
         return false;
-
     axis.position = position;
-    axis.stride = 0.0f;
     axis.cell = cellIndex(position, axis.cells);
     axis.from = n;
+    return true;
+}
 
+/// Begins a stretch in step n among floats of any spacing. False as in arrive().
+bool enter(Axis& axis, float position, int n) {
+    if (!arrive(axis, position, n))
+        return false;
+
+    axis.stride = 0.0f;
     const float next = position + axis.step;
     if (next == position) {
         axis.until = never;
@@ -121,22 +131,28 @@ bool enter(Axis& axis, float position, int n) {
     // Unequal moves come from a tie. What ends a stretch is reached or crossed by its last move
     // only, which is not taken with the others.
     axis.until = n + 1;
+    axis.evenUntil = n + 1;
     const float stride = next - position;
     const float nextStride = (next + axis.step) - next;
     if (stride == nextStride) {
-        const float face = nextFace(axis);
-        const float spacing = endOfSpacing(position, axis.step);
-        const float end = ascending ? std::min(face, spacing) : std::max(face, spacing);
         axis.stride = stride;
-        axis.until = n + std::max(1, roundedUp((end - position) / stride));
+        axis.evenUntil = stepThatReaches(axis, endOfSpacing(position, axis.step));
+        axis.until = std::min(axis.evenUntil, stepThatReaches(axis, nextFace(axis)));
     }
     return true;
 }
 
-/// Begins the next stretch if the last one ends in step n. Its first step is an addition of its
-/// own, which may end among floats of another spacing. False as in enter().
+/// Begins the next stretch if the last one ends in step n. Where the spacing of floats ends, the
+/// first step is an addition of its own. False as in arrive().
 bool goOn(Axis& axis, int n) {
-    return axis.until != n || enter(axis, positionAt(axis, n - 1) + axis.step, n);
+    if (axis.until != n)
+        return true;
+    if (n == axis.evenUntil)
+        return enter(axis, positionAt(axis, n - 1) + axis.step, n);
+    if (!arrive(axis, positionAt(axis, n), n))
+        return false;
+    axis.until = std::min(axis.evenUntil, stepThatReaches(axis, nextFace(axis)));
+    return true;
 }
 
 struct March {

@@ -32,6 +32,8 @@ void* receiveMessages(void* arg) {
     const SocketInfo sockInfo = server->sockInfo;
     std::queue<GenericMessage>* queue = server->getInMessagesPtr();
     GenericMessage inbound;
+    GenericMessage receipt;
+    receipt.data[0] = messageCode::join;
     for (;;) {
         std::fill_n(inbound.data, sizeof inbound.data, '\0');
         sockInfo.receiveBytesFrom(&inbound.client, inbound.data, sizeof inbound.data);
@@ -39,8 +41,6 @@ void* receiveMessages(void* arg) {
             const ScopedLock lock(server->inMessagesMutex);
             queue->push(inbound);
         }
-        GenericMessage receipt;
-        receipt.data[0] = messageCode::join;
         sockInfo.sendBytesTo(&inbound.client, &receipt, sizeof receipt);
     }
 }
