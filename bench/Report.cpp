@@ -52,8 +52,7 @@ double middle(const std::vector<CrowdSample>& samples, double CrowdSample::*valu
     return median(each(samples, [&](const CrowdSample& sample) { return sample.*value; }));
 }
 
-/// How many rooms a core holds: between the last crowd that it holds and the next one, where the
-/// 99th percentile of the gaps passes its limit.
+/// How many rooms a core holds.
 struct Capacity {
     double rooms = 0.0;
 
@@ -62,21 +61,48 @@ struct Capacity {
     bool isLeast = true;
 };
 
-Capacity capacity(const std::vector<Crowd>& crowds, std::vector<CrowdSample> Crowd::*program) {
-    Capacity found;
-    double gapBefore = 0.0;
+/// The 99th percentile of the gaps by crowd, given that more rooms cannot be better: where a larger
+/// crowd measured less, it and those before share their mean (isotonic regression by
+/// pooling adjacent violators; Ayer et al., "An empirical distribution function for sampling with
+/// incomplete information", 1955).
+std::vector<double> ascendingGaps(const std::vector<Crowd>& crowds,
+                                  std::vector<CrowdSample> Crowd::*program) {
+    struct Pool {
+        double mean;
+        std::size_t size;
+    };
+    std::vector<Pool> pools;
     for (const Crowd& crowd : crowds) {
-        const std::vector<CrowdSample>& samples = crowd.*program;
-        const double gap = middle(samples, &CrowdSample::gapP99);
-        if (!holds(samples)) {
-            found.isLeast = gap <= longestGapP99;
-            if (found.rooms > 0.0 && !found.isLeast)
-                found.rooms +=
-                    (crowd.rooms - found.rooms) * (longestGapP99 - gapBefore) / (gap - gapBefore);
+        Pool last = {middle(crowd.*program, &CrowdSample::gapP99), 1};
+        for (; !pools.empty() && pools.back().mean > last.mean; pools.pop_back()) {
+            const Pool& before = pools.back();
+            const auto share =
+                static_cast<double>(before.size) / static_cast<double>(before.size + last.size);
+            last = {last.mean + share * (before.mean - last.mean), before.size + last.size};
+        }
+        pools.push_back(last);
+    }
+    std::vector<double> gaps;
+    for (const Pool& pool : pools)
+        gaps.insert(gaps.end(), pool.size, pool.mean);
+    return gaps;
+}
+
+/// Between two crowds where the 99th percentile of the gaps passes its limit.
+Capacity capacity(const std::vector<Crowd>& crowds, std::vector<CrowdSample> Crowd::*program) {
+    const std::vector<double> gaps = ascendingGaps(crowds, program);
+    Capacity found;
+    for (std::size_t i = 0; i < crowds.size(); ++i) {
+        if (middle(crowds[i].*program, &CrowdSample::sent) < fewestSent)
+            return found;
+        if (gaps[i] > longestGapP99) {
+            if (i > 0)
+                found.rooms += (crowds[i].rooms - found.rooms) * (longestGapP99 - gaps[i - 1]) /
+                               (gaps[i] - gaps[i - 1]);
+            found.isLeast = false;
             return found;
         }
-        found.rooms = crowd.rooms;
-        gapBefore = gap;
+        found.rooms = crowds[i].rooms;
     }
     return found;
 }

@@ -39,14 +39,15 @@ plot columns index 0 skip 1 using 3:4:5:xtic(label(stringcolumn(2), stringcolumn
        title 'the bare system calls' linecolor rgb floor, \
      '' index 0 skip 1 using 6:7:8 title 'the server' linecolor rgb server
 
+set key bottom right Left reverse
 set title 'Rooms on one core, 120 inputs of each player per second' font ',15'
 set ylabel '99th percentile of the gap between states, ms'
 set xlabel 'rooms' offset 0,0
-set xrange [0:*]
+set xrange [*:*]
 set yrange [15:40]
 set xtics scale 0.5 auto
 set arrow 1 from graph 0, first 20 to graph 1, first 20 nohead linecolor '#c0392b' dashtype 2
-set label 1 'limit' at graph 0.99, first 20.7 right textcolor '#c0392b'
+set label 1 'limit' at graph 0.35, first 20.7 right textcolor '#c0392b'
 plot columns index 1 skip 1 using 1:2 with linespoints title 'the bare system calls' \
        linecolor rgb floor linewidth 2.5 pointtype 7, \
      '' index 1 skip 1 using 1:3 with linespoints title 'the server' \
