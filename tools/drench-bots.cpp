@@ -279,6 +279,7 @@ CLI::Validator seedNumber() {
 
 int main(int argc, char** argv) {
     CLI::App app("Players without people, for a match or as load.", "drench-bots");
+    app.set_version_flag("--version", "drench-bots " DRENCH_VERSION);
     app.get_formatter()->column_width(30);
     app.footer(scriptHelp);
 

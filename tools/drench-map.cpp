@@ -177,6 +177,7 @@ void exportVox(const std::string& file, const std::string& output) {
 
 int main(int argc, char** argv) {
     CLI::App app("Makes, checks and draws arenas.", "drench-map");
+    app.set_version_flag("--version", "drench-map " DRENCH_VERSION);
     app.require_subcommand(1);
     app.get_formatter()->column_width(34);
 

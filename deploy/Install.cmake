@@ -1,0 +1,53 @@
+# What `cmake --install` and `cpack` put where. The component "server" is all that a room needs.
+
+# Who looks for Resources/ beside the executable lives with it in one private folder; links in bin/
+# put them on the PATH.
+include(GNUInstallDirs)
+set(DRENCH_HOME ${CMAKE_INSTALL_LIBDIR}/drench)
+install(DIRECTORY Resources DESTINATION ${DRENCH_HOME} COMPONENT server)
+
+function(install_at_home program component)
+  file(RELATIVE_PATH link_target ${CMAKE_INSTALL_FULL_BINDIR}
+       ${CMAKE_INSTALL_FULL_LIBDIR}/drench/${program})
+  set(links ${PROJECT_BINARY_DIR}/bin-link)
+  file(MAKE_DIRECTORY ${links})
+  file(CREATE_LINK ${link_target} ${links}/${program} SYMBOLIC)
+  install(TARGETS ${program} RUNTIME DESTINATION ${DRENCH_HOME} COMPONENT ${component})
+  install(FILES ${links}/${program} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component})
+endfunction()
+
+install_at_home(drench-server server)
+install(FILES deploy/man/drench-server.6 DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT server)
+if(TARGET drench-map)
+  install_at_home(drench-bots tools)
+  install(TARGETS drench-map RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(FILES deploy/man/drench-bots.6 DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT tools)
+  install(FILES deploy/man/drench-map.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(DIRECTORY arenas DESTINATION ${CMAKE_INSTALL_DATADIR}/drench COMPONENT tools)
+endif()
+
+# The unit names its executable by its whole path, and the prefix is known for good only now.
+set(DRENCH_UNITS lib/systemd/system)
+install(FILES deploy/systemd/drench-recycle.service deploy/systemd/drench-recycle.timer
+        DESTINATION ${DRENCH_UNITS} COMPONENT server)
+install(CODE "
+  set(home \${CMAKE_INSTALL_PREFIX}/${DRENCH_HOME})
+  configure_file(\"${PROJECT_SOURCE_DIR}/deploy/systemd/drench@.service.in\"
+                 \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${DRENCH_UNITS}/drench@.service\" @ONLY)
+" COMPONENT server)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME drench)
+set(CPACK_PACKAGE_CONTACT "The Drench maintainers <maintainers@drench.invalid>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION games)
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+    "A program that is a room, and a hardened service with one unit for each room; bots to play
+against; and a tool that makes, checks and draws arenas.")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/deploy/debian/postinst
+    ${PROJECT_SOURCE_DIR}/deploy/debian/prerm ${PROJECT_SOURCE_DIR}/deploy/debian/postrm)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+include(CPack)

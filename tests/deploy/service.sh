@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# The service unit is well formed and exposes little, and a room lives under all that it imposes.
+# usage: service.sh BUILD_FOLDER CONFINED. Exits with 77, after what can be tried, where systemd-analyze
+# or root is missing.
+set -euo pipefail
+
+build=$1
+confined=$2
+port=$((20000 + $$ % 10000))
+skipped=
+
+folder=$(mktemp -d)
+room=
+finish() {
+  [ -z "$room" ] || kill "$room" 2>/dev/null || true
+  rm -rf "$folder"
+}
+trap finish EXIT
+# The room runs as somebody else.
+chmod 755 "$folder"
+cmake --install "$build" --prefix "$folder" >"$folder/install.log"
+units=$folder/lib/systemd/system
+unit=$units/drench@$port.service
+cp "$units/drench@.service" "$unit"
+
+fail() {
+  echo "$1" >&2
+  shift
+  [ $# -eq 0 ] || cat "$@" >&2
+  exit 1
+}
+
+if command -v systemd-analyze >/dev/null; then
+  # Its status alone misses unknown keys.
+  MANPATH=$folder/share/man systemd-analyze verify "$unit" "$units"/drench-recycle.* \
+    >"$folder/verify.log" 2>&1 || fail 'systemd-analyze verify fails:' "$folder/verify.log"
+  [ ! -s "$folder/verify.log" ] || fail 'systemd-analyze verify says:' "$folder/verify.log"
+  systemd-analyze security --offline=true --threshold=15 "$unit" >"$folder/security.log" 2>&1 ||
+    fail 'The unit is exposed by more than 1.5:' "$folder/security.log"
+  tail -n1 "$folder/security.log"
+else
+  skipped='systemd-analyze is not installed'
+fi
+
+if [ "$(id -u)" -ne 0 ]; then
+  skipped='only root can run a room as somebody else'
+elif [ ! -x "$confined" ]; then
+  skipped='libseccomp was not found, so nothing applies the filter of system calls'
+else
+  # start UNIT: starts the room of that unit, whose lines go to room.log.
+  start() {
+    "$confined" "$1" "$port" >"$folder/room.log" 2>&1 &
+    room=$!
+    for _ in $(seq 100); do
+      if grep -q listening "$folder/room.log" || ! kill -0 "$room" 2>/dev/null; then
+        return
+      fi
+      sleep 0.1
+    done
+    fail 'The confined room does not start:' "$folder/room.log"
+  }
+
+  printf 'at 10 hold forward\nat 20 turn 90 10\nat 30 say hello\nat 60 leave\n' >"$folder/script"
+  start "$unit"
+  timeout 30 "$folder/bin/drench-bots" "127.0.0.1:$port" --script "$folder/script" \
+    >"$folder/player.log" 2>&1 ||
+    fail 'Nobody can play in the confined room:' "$folder/player.log" "$folder/room.log"
+  [ "$(awk '/^Uid/ { print $2 }' "/proc/$room/status")" = 65534 ] || fail 'The room runs as root.'
+  [ "$(awk '/^Seccomp:/ { print $2 }' "/proc/$room/status")" = 2 ] || fail 'The room has no filter.'
+  kill "$room"
+  wait "$room" || true
+
+  # What is not in the filter is the end of the room.
+  sed 's/ sendto$//' "$unit" >"$folder/mute.service"
+  start "$folder/mute.service"
+  timeout 3 "$folder/bin/drench-bots" "127.0.0.1:$port" --script "$folder/script" \
+    >"$folder/player.log" 2>&1 || true
+  status=0
+  wait "$room" || status=$?
+  room=
+  [ "$status" -eq $((128 + $(kill -l SYS))) ] ||
+    fail "A room that may not send ended with $status, not by SIGSYS:" "$folder/room.log"
+fi
+
+if [ -n "$skipped" ]; then
+  echo "skipped: $skipped"
+  exit 77
+fi
