@@ -130,13 +130,14 @@ Child::~Child() {
 
 Child startSpinner(int core) {
     const auto spin = [] {
-        const sched_param none = {};
-        if (sched_setscheduler(0, SCHED_IDLE, &none) != 0)
-            return;
         for (volatile unsigned turns = 0;;)
             turns = turns + 1;
     };
-    return {forkOn(core, spin), -1};
+    Child spinner(forkOn(core, spin), -1);
+    const sched_param none = {};
+    if (sched_setscheduler(spinner.pid(), SCHED_IDLE, &none) != 0)
+        fail("idle priority");
+    return spinner;
 }
 
 Room startRoom(const std::string& executable, int core) {

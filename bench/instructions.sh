@@ -5,6 +5,14 @@
 set -euo pipefail
 ticks="${1:-$(dirname "$0")/../build/release}/bench/ticks"
 count=128
+if [ ! -x "$ticks" ]; then
+  echo "There is no $ticks. Build it first, or name the build folder." >&2
+  exit 2
+fi
+if ! command -v valgrind >/dev/null; then
+  echo 'valgrind is not installed.' >&2
+  exit 2
+fi
 
 # Start-up cancels between a run and one of twice as many ticks.
 instructions() {

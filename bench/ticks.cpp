@@ -1,13 +1,27 @@
 #include "RoomInProcess.h"
 
-#include <cstdlib>
+#include <charconv>
 #include <exception>
 #include <iostream>
 #include <map>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 
 // Plays ticks of a room with four players and ends: for bench/instructions.sh, which counts what
 // they take.
+
+namespace {
+
+int wholeNumber(std::string_view text) {
+    int number = 0;
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (failure != std::errc() || end != text.data() + text.size() || number < 0)
+        throw std::runtime_error("\"" + std::string(text) + "\" is no whole number");
+    return number;
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     using bench::Pastime;
@@ -21,9 +35,11 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
+        const int ticks = wholeNumber(argv[2]);
+        const int inputs = wholeNumber(argv[3]);
         bench::RoomInProcess room(pastimes.at(argv[1]));
-        for (int ticks = std::atoi(argv[2]); ticks > 0; --ticks)
-            room.tick(std::atoi(argv[3]));
+        for (int tick = 0; tick < ticks; ++tick)
+            room.tick(inputs);
     } catch (const std::exception& problem) {
         std::cerr << "ticks: " << problem.what() << "\n";
         return 1;

@@ -171,6 +171,7 @@ std::optional<Session> Session::join(const sockaddr_in& room, std::string_view n
     }
     parts.name = untilZero(name).substr(0, longestName);
     parts.now = now;
+    parts.servedAt = Clock::now();
     parts.firstAsked = now;
     session.ask();
     return session;
@@ -202,7 +203,7 @@ Time Session::wakeAt() const {
         return wake;
     }
     if (parts_.wantsJump || parts_.dx != 0 || parts_.dy != 0 || !parts_.words.empty())
-        return Time::min();
+        return parts_.now;
     Time wake = std::min(parts_.lastSign + keepAliveAfter, silenceDeadline());
     if (mayHaveBeenReplaced())
         return wake;
@@ -214,8 +215,11 @@ Time Session::wakeAt() const {
 }
 
 void Session::service(Time now) {
+    const bool hasStalled = now - parts_.now >= trustInIdentifier;
     parts_.now = now;
-    receive();
+    parts_.servedAt = Clock::now();
+    const bool hasCaughtUp = receive();
+    parts_.snapshotsMayBeOld = hasStalled || !hasCaughtUp;
     if (isPlaying())
         continuePlaying();
     else if (isOpen())
@@ -249,7 +253,7 @@ void Session::setKey(int key, bool down) {
         return;
     state.isDown = down;
     state.releasesLeft = down ? 0 : tellReleaseTimes;
-    state.tellAt = Time::min();
+    state.tellAt = parts_.now;
 }
 
 void Session::turn(int dx, int dy) {
@@ -277,12 +281,17 @@ void Session::leave() {
         if (id != 0 && id != parts_.id)
             sendLeave(id);
     }
-    if (isPlaying() && !mayHaveBeenReplaced())
+    const bool hasStalled = Clock::now() - parts_.servedAt >= trustInIdentifier;
+    if (isPlaying() && !mayHaveBeenReplaced() && !hasStalled) {
+        tellKeys();
+        tellTurn();
+        speak();
         sendLeave(parts_.id);
+    }
     close();
 }
 
-void Session::receive() {
+bool Session::receive() {
     for (int i = 0; i < datagramsPerService && isOpen(); ++i) {
         char datagram[bufferSize];
         const ssize_t length = ::recv(parts_.socket, datagram, sizeof datagram, 0);
@@ -292,9 +301,10 @@ void Session::receive() {
         } else if (errno == ECONNREFUSED) {
             noteNobodyListens();
         } else if (errno == EAGAIN) {
-            return;
+            return true;
         }
     }
+    return false;
 }
 
 void Session::take(const char* datagram, std::size_t length) {
@@ -466,6 +476,7 @@ void Session::continuePlaying() {
         tellTurn();
         speak();
     }
+    // Even then: the room must not drop us because of a stall.
     if (parts_.now >= parts_.lastSign + keepAliveAfter) {
         const char record[] = {messageCode::keepAlive, parts_.id};
         send(record, sizeof record);
@@ -511,7 +522,7 @@ Time Session::silenceDeadline() const {
 }
 
 bool Session::mayHaveBeenReplaced() const {
-    return parts_.now >= parts_.lastSnapshot + trustInIdentifier;
+    return parts_.snapshotsMayBeOld || parts_.now >= parts_.lastSnapshot + trustInIdentifier;
 }
 
 void wait(const Session& session) {

@@ -164,7 +164,8 @@ class Session {
 
     // Nothing of the following happens while not playing. What is sent while we may be out of the
     // room could move whoever has our identifier by then: when no snapshot has come for a second,
-    // keys wait for the next one, and jumps, mouse counts and words are lost.
+    // or service() was not called for as long and has not caught up yet, keys wait for the next
+    // one, and jumps, mouse counts and words are lost.
 
     /// Holds or releases a key. Keys held are told again now and then, and so is a release, since a
     /// record may get lost and a respawn releases all keys. keyIndex::jump with `down` asks for one
@@ -178,10 +179,11 @@ class Session {
     /// Speaks to everyone; at most 30 bytes are sent, none from a 0 byte on.
     void say(std::string_view text);
 
-    /// Tells the room and closes the socket; events not yet taken stay. A session that is still
-    /// joining leaves if the answer has arrived; else the room keeps a player without a client for
-    /// five seconds, should the join reach it. After a second without snapshots the room is not
-    /// told, since the identifier may be somebody else's.
+    /// Sends what was asked for since the last service(), tells the room and closes the socket;
+    /// events not yet taken stay. A session that is still joining leaves if the answer has arrived;
+    /// else the room keeps a player without a client for five seconds, should the join reach it.
+    /// After a second without snapshots, or since the last service(), the room is told nothing,
+    /// since the identifier may be somebody else's.
     void leave();
 
     const Statistics& statistics() const { return parts_.statistics; }
@@ -203,8 +205,9 @@ class Session {
         char id = 0;
         std::string name;
 
-        /// Of the last service().
+        /// Of the last service(): as it was told, and by the clock, since leave() is told no time.
         Time now;
+        Time servedAt;
 
         // Joining.
         Time firstAsked;
@@ -217,6 +220,9 @@ class Session {
 
         // Playing.
         Time lastSnapshot;
+
+        /// Snapshots that waited in the socket do not show who has our identifier now.
+        bool snapshotsMayBeOld = false;
         Time lastSign;
         std::array<Key, keyIndex::count> keys;
         bool wantsJump = false;
@@ -235,7 +241,8 @@ class Session {
 
     Session() = default;
 
-    void receive();
+    /// Whether nothing more waits in the socket.
+    bool receive();
     void take(const char* datagram, std::size_t length);
     void takeAccepted(char id);
     void takeRefused();

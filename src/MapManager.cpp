@@ -97,9 +97,11 @@ float nextFace(const Axis& axis) {
     return axis.position > axis.farFace ? axis.farFace : static_cast<float>(axis.cell) * cubeEdge;
 }
 
-/// The first step after `from`, for n == from at `position`, that reaches or crosses `end`.
+/// The first step after `from` that reaches or crosses `end`, or the last one of a look if that is
+/// earlier: tiny strides to a far face are more than an int counts.
 int stepThatReaches(const Axis& axis, float end) {
-    const float strides = (end - axis.position) / axis.stride;
+    constexpr float mostStrides = coarseSteps;
+    const float strides = std::min((end - axis.position) / axis.stride, mostStrides);
     const int whole = static_cast<int>(strides);
     const int roundedUp = static_cast<float>(whole) < strides ? whole + 1 : whole;
     return axis.from + std::max(1, roundedUp);

@@ -22,7 +22,8 @@ struct MapManager {
     float length = 0.0f;
     float cubeSize = 0.0f;
 
-    /// cubes[column][row][depth index], empty cells included: those have `solid` 0.
+    /// cubes[column][row][depth index], empty cells included: those have `solid` 0, which may
+    /// change at any time. A march takes for granted that each box is where its cell is.
     std::vector<std::vector<std::vector<Box>>> cubes;
 
     /// Reads decimal integers: columns, rows, depth, then for each column, row and depth index (the

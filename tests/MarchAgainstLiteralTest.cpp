@@ -304,6 +304,32 @@ TEST(MarchAgainstLiteral, TinyStepsFromEveryMagnitude) {
     });
 }
 
+TEST(MarchAgainstLiteral, StepsOfAFewBitsNearZero) {
+    Dice dice(20);
+    const MapManager map = randomWorld(dice, 4, 3, 3, 50);
+    expectAgreement(map, 60'000, 0.2, [&] {
+        const auto moving = [&](int) {
+            const float step = dice.eitherSign(
+                std::ldexp(static_cast<float>(dice.between(1, 7)), dice.between(-32, -20)));
+            return Moving{static_cast<float>(dice.between(-3000, 3000)) * step, step};
+        };
+        return rayOf(moving(0), moving(0), unmoved(dice, 3));
+    });
+}
+
+/// By the step, the next face is more steps away than an int can count.
+TEST(MarchAgainstLiteral, FacesFurtherAwayThanAnIntCounts) {
+    for (const char* text : {"3 1 1  0 0 1 1 1 1", "3 1 1  0 0 0 0 1 1"}) {
+        const MapManager map = loaded(text);
+        for (const float from : {0.0f, -0x1p-18f, 0x1p-18f}) {
+            const vec3 start(from, 32.0f, 32.0f);
+            const vec3 step(0x1p-25f, 0.0f, 0.0f);
+            const vec3 cell = map.boxToCheckForLineIntersection(start, step);
+            EXPECT_TRUE(sameBits(cell, literal::marchedCell(map, start, step))) << from;
+        }
+    }
+}
+
 TEST(MarchAgainstLiteral, WallsAsFarAsTheTwoLooksReach) {
     Dice dice(10);
     const MapManager map = corridor("...................................#....");

@@ -10,6 +10,7 @@
 #include <memory>
 #include <stdexcept>
 #include <sys/resource.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -954,6 +955,43 @@ TEST(SessionLeaving, AfterASecondOfSilenceTellsNobody) {
     sooner.told();
     sooner.session.leave();
     EXPECT_EQ(sooner.told(), Strings{leaveDatagram('1')});
+}
+
+TEST(SessionLeaving, SendsWhatWasAskedForFirst) {
+    PlayingLine line;
+    line.play(milliseconds(50));
+    line.session.say("bye");
+    line.session.leave();
+    EXPECT_EQ(line.told(), (Strings{chatDatagram('1', "bye"), leaveDatagram('1')}));
+}
+
+// What waits in a socket is older than it looks: the room may have dropped us since.
+TEST(SessionStalls, OldSnapshotsDoNotShowWhoHasOurIdentifier) {
+    PlayingLine line;
+    line.room.send(annAlone(), line.port);
+    line.session.setKey(keyIndex::shoot, true);
+    line.pass(milliseconds(1000));
+    EXPECT_EQ(line.told(), Strings{keepAliveDatagram('1')}) << "a sign of life hurts nobody";
+    line.play(milliseconds(50));
+    EXPECT_EQ(line.told(), Strings{keyDatagram('1', keyIndex::shoot, true)});
+}
+
+TEST(SessionStalls, ASocketThatIsNotReadToItsEndDoesNotEither) {
+    PlayingLine line;
+    for (int i = 0; i < 256; ++i)
+        line.room.send("?", line.port);
+    line.session.setKey(keyIndex::shoot, true);
+    line.pass(milliseconds(1));
+    EXPECT_EQ(line.told(), Strings{});
+    line.pass(milliseconds(1));
+    EXPECT_EQ(line.told(), Strings{keyDatagram('1', keyIndex::shoot, true)});
+}
+
+TEST(SessionStalls, LeavingAfterOneTellsNobody) {
+    PlayingLine line;
+    std::this_thread::sleep_for(milliseconds(1100));
+    line.session.leave();
+    EXPECT_EQ(line.told(), Strings{});
 }
 
 TEST(SessionMoving, TakesThePlayerAlong) {

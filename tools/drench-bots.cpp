@@ -35,6 +35,8 @@ constexpr int nobodyGotIn = 1;
 constexpr int notUsable = 2;
 
 constexpr int largestPort = 65535;
+
+/// Of four sockets each, which keeps below the usual limit of 1024 descriptors.
 constexpr int mostRooms = 250;
 
 /// Of a picture that shows anything, in pixels.
@@ -170,11 +172,11 @@ int playScript(const Options& options) {
     report.seconds = timekeeper.elapsed();
     report.rooms = {room.name};
     report.players = {run.player};
-    if (!options.record.empty())
-        arena::replaceFile(options.record, run.record);
     if (!run.trouble.empty())
         std::cerr << room.name << ": " << run.trouble << '\n';
     const int status = writeReport(report, options);
+    if (!options.record.empty())
+        arena::replaceFile(options.record, run.record);
     return run.trouble.empty() ? status : nobodyGotIn;
 }
 
@@ -243,8 +245,8 @@ constexpr char scriptHelp[] =
     "  at 300 say hello\n"
     "  at 310 leave             without it, plays until --seconds or Ctrl-C\n"
     "\n"
-    "Exit status: 0 after playing, 1 when nobody got in anywhere or a script's player did not come "
-    "to its end, 2 when the command line or a file cannot be used.";
+    "Exit status: 0 after playing, 1 when nobody got in anywhere or a script's player was out "
+    "before its end, 2 when the command line or a file cannot be used.";
 
 /// Accepts a number in a range, which a not-a-number is not.
 CLI::Validator between(double low, double high) {
@@ -349,7 +351,7 @@ int main(int argc, char** argv) {
 
     try {
         return script->empty() ? playBots(options) : playScript(options);
-    } catch (const InputError& error) {
+    } catch (const std::exception& error) {
         std::cerr << error.what() << '\n';
         return notUsable;
     }

@@ -24,7 +24,7 @@ struct ScriptedRun {
 };
 
 /// Has one player do what a script says, from joining until the script leaves or `goOn` says
-/// no, which is asked at least once a second.
+/// no, which is asked whenever something has come, and after three seconds at the latest.
 ScriptedRun playScript(const RoomAddress& room, const std::string& name,
                        const std::vector<Action>& script, const std::function<bool()>& goOn);
 
