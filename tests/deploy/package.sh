@@ -22,9 +22,9 @@ package=$(echo drench_"${version}"_*.deb)
 dpkg-deb --extract "$package" root
 
 failures=0
-for file in bin/drench-server bin/drench-bots bin/drench-map lib/drench/Resources/mapdata \
+for file in bin/drench-server bin/drench-bots bin/drench-map bin/drench-lag lib/drench/Resources/mapdata \
   share/drench/arenas/cascade.plan share/man/man6/drench-server.6 share/man/man6/drench-bots.6 \
-  share/man/man1/drench-map.1 lib/systemd/system/drench@.service \
+  share/man/man1/drench-map.1 share/man/man1/drench-lag.1 lib/systemd/system/drench@.service \
   lib/systemd/system/drench-recycle.service lib/systemd/system/drench-recycle.timer; do
   if [ ! -r "root/usr/$file" ]; then
     echo "not in the package: /usr/$file" >&2
@@ -48,11 +48,12 @@ documented() {
   done
 }
 documented drench-bots man6/drench-bots.6
+documented drench-lag man1/drench-lag.1
 documented drench-map man1/drench-map.1
 for command in check build plan picture import export; do
   documented drench-map man1/drench-map.1 "$command"
 done
-for program in drench-bots drench-map; do
+for program in drench-bots drench-lag drench-map; do
   [ "$("root/usr/bin/$program" --version)" = "$program $version" ] || {
     echo "$program has another version than $version" >&2
     failures=1

@@ -1,0 +1,273 @@
+#include "Arenas.h"
+#include "Files.h"
+#include "ServerProcess.h"
+#include "Session.h"
+#include "TemporaryFolder.h"
+
+#include <algorithm>
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+// drench-lag as players and testers use it, between the library for clients and the real server.
+
+namespace {
+
+using client::Clock;
+using client::Session;
+using nlohmann::json;
+using std::chrono::milliseconds;
+
+/// drench-lag, started in the background with its output in files. Destruction ends it.
+class LagProcess {
+  public:
+    /// @param arguments  separated by single blanks
+    /// @param terminal  what standard error is to be instead of a file
+    explicit LagProcess(const std::string& arguments, int terminal = -1) {
+        std::vector<std::string> words = {"drench-lag"};
+        std::istringstream text(arguments);
+        for (std::string word; text >> word;)
+            words.push_back(word);
+        std::vector<char*> argv;
+        for (std::string& word : words)
+            argv.push_back(word.data());
+        argv.push_back(nullptr);
+        const int out = create("out");
+        const int err = create("err");
+        pid_ = fork();
+        if (pid_ == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            dup2(out, STDOUT_FILENO);
+            dup2(terminal >= 0 ? terminal : err, STDERR_FILENO);
+            execv(DRENCH_LAG, argv.data());
+            _exit(127);
+        }
+        close(out);
+        close(err);
+    }
+    ~LagProcess() {
+        if (status_ < 0) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
+    }
+    LagProcess(const LagProcess&) = delete;
+    LagProcess& operator=(const LagProcess&) = delete;
+
+    void signal(int number) const { kill(pid_, number); }
+
+    /// Waits for the end and returns the exit status; 128 and the signal's number after a signal.
+    int status() {
+        int ended;
+        if (status_ < 0 && waitpid(pid_, &ended, 0) == pid_)
+            status_ = WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
+        return status_;
+    }
+
+    std::string out() const { return arena::readFile(folder_.path + "/out"); }
+    std::string err() const { return arena::readFile(folder_.path + "/err"); }
+
+    /// The port that it says it is listening on, or 0 if it does not say so in time.
+    int port() const {
+        const std::string words = "drench-lag is listening on port ";
+        for (int i = 0; i < 2000; ++i) {
+            for (const std::string& text : {out(), err()}) {
+                if (text.starts_with(words) && text.find('\n') != std::string::npos)
+                    return std::stoi(text.substr(words.size()));
+            }
+            std::this_thread::sleep_for(milliseconds(10));
+        }
+        return 0;
+    }
+
+  private:
+    int create(const char* name) const {
+        return open((folder_.path + "/" + name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    }
+
+    TemporaryFolder folder_;
+    pid_t pid_ = -1;
+    int status_ = -1;
+};
+
+std::string room(const ServerProcess& server) {
+    return " localhost:" + std::to_string(server.port());
+}
+
+Session joining(int port, const std::string& name) {
+    std::string problem;
+    const sockaddr_in address =
+        client::resolve("localhost:" + std::to_string(port), problem).value();
+    return Session::join(address, name, Clock::now(), problem).value();
+}
+
+/// Plays until the condition holds; false if it does not in time.
+bool playUntil(Session& session, const std::function<bool()>& condition) {
+    const client::Time end = Clock::now() + std::chrono::seconds(10);
+    while (!condition() && session.isOpen() && Clock::now() < end) {
+        client::wait(session);
+        session.service(Clock::now());
+        while (session.nextEvent()) {
+        }
+    }
+    return condition();
+}
+
+} // namespace
+
+TEST(Lag, PlayerFeelsTheDelayOfBothWays) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    LagProcess lag("0" + room(server) + " --delay 40 --json");
+    ASSERT_NE(lag.port(), 0);
+    {
+        Session ann = joining(lag.port(), "Ann");
+        ASSERT_TRUE(playUntil(ann, [&] { return ann.isPlaying(); }));
+        ASSERT_TRUE(playUntil(ann, [&] {
+            return ann.roundTrip().receipts() >= 2 && ann.statistics().snapshots >= 60;
+        }));
+        EXPECT_GE(ann.roundTrip().smoothed().value(), 80.0);
+        EXPECT_LT(ann.roundTrip().smoothed().value(), 300.0);
+        EXPECT_EQ(ann.statistics().unknown, 0u);
+    }
+    lag.signal(SIGTERM);
+    ASSERT_EQ(lag.status(), 0);
+    EXPECT_EQ(lag.err(), "drench-lag is listening on port " + std::to_string(lag.port()) + "\n");
+    const json report = json::parse(lag.out());
+    EXPECT_EQ(report["port"], lag.port());
+    EXPECT_EQ(" " + std::string(report["room"]), room(server));
+    EXPECT_EQ(report["clients"], 1);
+    for (const char* direction : {"up", "down"}) {
+        const json& traffic = report[direction];
+        SCOPED_TRACE(traffic.dump());
+        EXPECT_GE(traffic["delayMilliseconds"]["p50"], 40.0);
+        EXPECT_GT(traffic["out"], 0);
+        EXPECT_EQ(traffic["lost"], 0);
+        EXPECT_EQ(traffic["unsent"], 0);
+        EXPECT_EQ(traffic["settings"]["delayMilliseconds"], 40.0);
+    }
+}
+
+TEST(Lag, OneDirectionCanDifferFromBoth) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    LagProcess lag("0" + room(server) +
+                   " --delay 1 --jitter 2 --loss 3% --burst 4 --duplicate 5% --reorder 6% "
+                   "--reorder-by 7 --up-delay 11 --up-jitter 12 --up-loss 0.5% --down-burst 14 "
+                   "--down-duplicate 15% --down-reorder 16% --down-reorder-by 17 --seed 9 "
+                   "--seconds 0.1 --json");
+    ASSERT_EQ(lag.status(), 0) << lag.err();
+    const json report = json::parse(lag.out());
+    EXPECT_EQ(report["seed"], 9);
+    EXPECT_EQ(report["up"]["settings"],
+              json::parse(R"({"delayMilliseconds": 11.0, "jitterMilliseconds": 12.0, "loss": 0.005,
+                              "meanBurst": 4.0, "duplication": 0.05, "reordering": 0.06,
+                              "heldBackMilliseconds": 7.0})"));
+    EXPECT_EQ(report["down"]["settings"],
+              json::parse(R"({"delayMilliseconds": 1.0, "jitterMilliseconds": 2.0, "loss": 0.03,
+                              "meanBurst": 14.0, "duplication": 0.15, "reordering": 0.16,
+                              "heldBackMilliseconds": 17.0})"));
+}
+
+TEST(Lag, OutlivesTheRoomAndFindsItAgain) {
+    std::optional<ServerProcess> server(ServerProcess::listening(emptyCourt()));
+    const int port = server->port();
+    LagProcess lag("0" + room(*server));
+    ASSERT_NE(lag.port(), 0);
+    Session ann = joining(lag.port(), "Ann");
+    ASSERT_TRUE(playUntil(ann, [&] { return ann.isPlaying(); }));
+    server.reset();
+    playUntil(ann, [&] { return !ann.isOpen(); });
+    EXPECT_FALSE(ann.isOpen()) << "silence";
+
+    server.emplace(std::vector<std::string>{std::to_string(port)}, emptyCourt());
+    ASSERT_TRUE(server->waitForLine("Server is listening on port " + std::to_string(port), 20000));
+    Session bo = joining(lag.port(), "Bo");
+    EXPECT_TRUE(playUntil(bo, [&] { return bo.isPlaying(); }));
+    lag.signal(SIGINT);
+    EXPECT_EQ(lag.status(), 0);
+    EXPECT_EQ(lag.err(), "");
+    EXPECT_NE(lag.out().find("\n2 clients to localhost:" + std::to_string(port) + " for "),
+              std::string::npos)
+        << lag.out();
+    EXPECT_NE(lag.out().find(" refused by the room's host"), std::string::npos) << lag.out();
+}
+
+TEST(Lag, EndsByItselfAndIsQuietWhenAsked) {
+    LagProcess lag("0 --seconds 0.2 --quiet");
+    EXPECT_EQ(lag.status(), 0);
+    EXPECT_EQ(lag.out(), "drench-lag is listening on port " + std::to_string(lag.port()) + "\n");
+    EXPECT_EQ(lag.err(), "");
+}
+
+TEST(Lag, LineOnATerminalShowsHowItGoes) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(master, 0);
+    ASSERT_EQ(grantpt(master), 0);
+    ASSERT_EQ(unlockpt(master), 0);
+    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(terminal, 0);
+    LagProcess lag("0" + room(server) + " --seconds 2.6", terminal);
+    Session ann = joining(lag.port(), "Ann");
+    EXPECT_TRUE(playUntil(ann, [&] { return ann.statistics().snapshots >= 10; }));
+    EXPECT_EQ(lag.status(), 0);
+    std::string shown(65536, '\0');
+    fcntl(master, F_SETFL, O_NONBLOCK);
+    shown.resize(
+        static_cast<std::size_t>(std::max<ssize_t>(read(master, shown.data(), shown.size()), 0)));
+    close(terminal);
+    close(master);
+    EXPECT_NE(shown.find("\r1 client   up "), std::string::npos) << shown;
+    EXPECT_NE(shown.find("/s, lost 0   on their way "), std::string::npos) << shown;
+    EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;
+}
+
+TEST(Lag, WrongUseIsExplainedWithStatusTwo) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    const std::string taken = std::to_string(server.port());
+    const std::string own = std::to_string(freePort());
+    const std::map<std::string, std::string> wrong = {
+        {"", "port is required"},
+        {"5000x", "5000x is no port from 0 to 65535"},
+        {"65536", "65536 is no port from 0 to 65535"},
+        {"-1", "-1"},
+        {taken, "port " + taken + ": Address already in use"},
+        {own + " 127.0.0.1:" + own, "port " + own + ": the room cannot be the relay itself"},
+        {"0 localhost:99999", "99999"},
+        {"0 localhost:5000 more", "more"},
+        {"0 --delay -1", "--delay: -1 is no number from 0 to 10000"},
+        {"0 --delay 80ms", "--delay: 80ms is no number"},
+        {"0 --up-delay 10001", "--up-delay: 10001 is no number"},
+        {"0 --jitter nan", "--jitter: nan is no number"},
+        {"0 --loss 2", "--loss: 2 is no share from 0% to 100%"},
+        {"0 --down-loss 101%", "--down-loss: 101% is no share"},
+        {"0 --duplicate nan%", "--duplicate: nan% is no share"},
+        {"0 --reorder %", "--reorder: % is no share"},
+        {"0 --reorder-by inf", "--reorder-by: inf is no number"},
+        {"0 --burst 0.5", "--burst: 0.5 is no number from 1 to 1000"},
+        {"0 --loss 90% --burst 4", "up: bursts of 4 datagrams lose at most 80%, not 90%"},
+        {"0 --loss 1% --burst 4 --down-loss 81%", "down: bursts of 4 datagrams"},
+        {"0 --seed -1", "--seed: -1 is no whole number"},
+        {"0 --seconds inf", "--seconds: inf is no number"},
+        {"0 --unknown", "--unknown"},
+    };
+    for (const auto& [arguments, words] : wrong) {
+        LagProcess lag(arguments);
+        EXPECT_EQ(lag.status(), 2) << arguments;
+        EXPECT_NE(lag.err().find(words), std::string::npos) << arguments << ": " << lag.err();
+        EXPECT_EQ(lag.out(), "") << arguments;
+    }
+    LagProcess help("--help");
+    EXPECT_EQ(help.status(), 0);
+    EXPECT_NE(help.out().find("--reorder-by MS"), std::string::npos) << help.out();
+}
