@@ -66,11 +66,15 @@ const PlayerUpdate* playerWith(const UpdateMessage& state, char id) {
     return nullptr;
 }
 
+bool isPlayerId(char id) {
+    return id >= '1' && id < '1' + maxPlayers;
+}
+
 /// The identifier of the only player with this name; 0 when there is none or more than one.
 char onlyPlayerNamed(const UpdateMessage& state, std::string_view name) {
     char found = 0;
     for (const PlayerUpdate& player : state.updates) {
-        if (player.id == 0 || nameOf(player) != name)
+        if (!isPlayerId(player.id) || nameOf(player) != name)
             continue;
         if (found != 0)
             return 0;
@@ -81,8 +85,8 @@ char onlyPlayerNamed(const UpdateMessage& state, std::string_view name) {
 
 /// The identifier that an acceptance gives; 0 when this is none.
 char acceptedId(const char* datagram, std::size_t length) {
-    const bool isAcceptance = length == 2 && datagram[0] == messageCode::accepted &&
-                              datagram[1] >= '1' && datagram[1] < '1' + maxPlayers;
+    const bool isAcceptance =
+        length == 2 && datagram[0] == messageCode::accepted && isPlayerId(datagram[1]);
     return isAcceptance ? datagram[1] : '\0';
 }
 
@@ -198,7 +202,7 @@ Time Session::wakeAt() const {
         Time wake = answerDeadline();
         if (!parts_.hasHeard)
             wake = std::min(wake, parts_.lastAsked + askAgainAfter);
-        if (parts_.refused)
+        if (parts_.refused && !parts_.firstSnapshot)
             wake = std::min(wake, *parts_.refused + overtakingPatience);
         return wake;
     }

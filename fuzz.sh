@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# Fuzzes what reads bytes from outside: ./fuzz.sh [target] [seconds]
+# Without a target each has its turn; a turn takes a minute unless told otherwise. Inputs that break a
+# rule go to tests/fuzz/found/<target>/, those that reach new code to build/fuzz/grown/<target>/, from
+# where the next session goes on.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+targets=(server client maptext plan vox script)
+usage() {
+  echo "usage: ./fuzz.sh [target] [seconds]    (targets: ${targets[*]}; 60 seconds each)" >&2
+  exit 2
+}
+
+chosen=("${targets[@]}")
+if [ $# -gt 0 ] && ! [[ $1 =~ ^[0-9]+$ ]]; then
+  [[ " ${targets[*]} " == *" $1 "* ]] || usage
+  chosen=("$1")
+  shift
+fi
+seconds=${1:-60}
+[[ $seconds =~ ^[1-9][0-9]*$ && $# -le 1 ]] || usage
+
+. .ci/prerequisites.sh
+has_fuzzer() {
+  echo 'extern "C" int LLVMFuzzerTestOneInput(const char*, unsigned long) { return 0; }' |
+    clang++ -fsanitize=fuzzer,address -x c++ - -o /dev/null
+}
+need cmake cmake has_cmake
+need make make command -v make
+need clang clang command -v clang++
+need libFuzzer libclang-rt-dev has_fuzzer
+install_missing
+
+echo 'Building ...'
+quietly cmake --preset fuzz
+quietly cmake --build --preset fuzz --parallel "$(nproc)"
+
+status=0
+for target in "${chosen[@]}"; do
+  seeds=tests/fuzz/corpus/$target
+  found=tests/fuzz/found/$target
+  grown=build/fuzz/grown/$target
+  log=build/fuzz/$target.log
+  mkdir -p "$found" "$grown"
+  echo "$target: $seconds s, log in $log"
+  build/fuzz/drench-fuzz-"$target" -max_total_time="$seconds" -timeout=10 \
+    -artifact_prefix="$found/" "$grown" "$seeds" >"$log" 2>&1 || status=1
+  grep -aE '^(broken:|SUMMARY|.* runtime error:|.*Test unit written)|DONE' "$log" || true
+done
+if [ $status -ne 0 ]; then
+  echo "A rule was broken. Again: build/fuzz/drench-fuzz-<target> <file>" >&2
+fi
+exit $status
