@@ -1,0 +1,161 @@
+#!/usr/bin/env bash
+# A room as the service runs it, for some time: four bots play in it, two of them over a bad line, a
+# stranger sends it whatever comes to hand, and now and then it is killed. What came of it is written
+# to a folder: report.txt, soak.png, and what they were made of.
+# usage: ./soak.sh MINUTES [FOLDER]    (default build/soak; root, so that the room can be confined)
+set -euo pipefail
+cd "$(dirname "$0")"
+
+usage() {
+  echo 'usage: ./soak.sh MINUTES [FOLDER]    (1 to 10000 minutes)' >&2
+  exit 2
+}
+[[ $# -ge 1 && $# -le 2 && $1 =~ ^[1-9][0-9]{0,4}$ && $1 -le 10000 ]] || usage
+seconds=$((60 * $1))
+folder=$(realpath -m "${2:-build/soak}")
+if [ "$(id -u)" -ne 0 ]; then
+  echo 'Only root can run the room as another user, as the service does.' >&2
+  exit 2
+fi
+
+. .ci/prerequisites.sh
+need_build_tools
+need_tool_libraries
+need libseccomp libseccomp-dev has_header seccomp.h
+need GoogleTest libgtest-dev has_header gtest/gtest.h
+need jq jq command -v jq
+need gnuplot gnuplot-nox command -v gnuplot
+install_missing
+echo 'Building ...'
+quietly cmake --preset release
+quietly cmake --build --preset release --parallel "$(nproc)" --target drench-server drench-bots \
+  drench-lag drench-confined
+
+port=$((20000 + $$ % 10000))
+rm -rf "$folder"
+mkdir -p "$folder"
+prefix=$(mktemp -d)
+chmod 755 "$prefix"
+cmake --install build/release --prefix "$prefix" >"$folder/install.log"
+unit=$prefix/lib/systemd/system/drench@.service
+
+start=$(date +%s.%N)
+elapsed() { awk -v now="$(date +%s.%N)" -v start="$start" 'BEGIN { printf "%.3f\n", now - start }'; }
+
+stop() {
+  touch "$prefix/over"
+  # shellcheck disable=SC2046  # one word for each process
+  kill $(jobs -p) 2>/dev/null || true
+  [ ! -s "$prefix/room" ] || kill "$(cat "$prefix/room")" 2>/dev/null || true
+  wait 2>/dev/null || true
+  rm -rf "$prefix"
+}
+trap stop EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM HUP
+
+# What systemd does by Restart=always and RestartSec=200ms.
+keep_room() {
+  while [ ! -e "$prefix/over" ]; do
+    build/release/drench-confined "$unit" "$port" > >(
+      while IFS= read -r line; do echo "$(elapsed) $line"; done >>"$folder/room.log"
+    ) &
+    echo $! >"$prefix/room"
+    wait $! 2>/dev/null || true
+    elapsed >>"$folder/ends"
+    sleep 0.2
+  done
+}
+
+sample_memory() {
+  while sleep 1; do
+    echo "$(elapsed) $(awk '/^VmRSS/ { print $2 }' "/proc/$(cat "$prefix/room")/status" || echo 0)"
+  done >"$folder/memory" 2>/dev/null
+}
+
+# Datagrams of up to 600 random bytes, some of which begin like records.
+send_rubbish() {
+  local codes=(j k m t x u '' '' '')
+  while sleep 0.05; do
+    { printf '%s' "${codes[RANDOM % ${#codes[@]}]}" && head -c $((RANDOM % 600)) /dev/urandom; } |
+      dd bs=1024 count=1 iflag=fullblock status=none >"/dev/udp/127.0.0.1/$port" || true
+  done 2>/dev/null
+}
+
+kill_now_and_then() {
+  while sleep $((20 + RANDOM % 80)); do
+    elapsed >>"$folder/kills"
+    kill -KILL "$(cat "$prefix/room")" 2>/dev/null || true
+  done
+}
+
+bots() {
+  build/release/drench-bots "127.0.0.1:$1" --players 2 --skill 0.7 --seconds "$seconds" --name "$2" \
+    --json >"$folder/$2.json" 2>"$folder/$2.log"
+}
+
+RANDOM=1
+: >"$folder/kills"
+: >"$folder/ends"
+keep_room &
+sample_memory &
+build/release/drench-lag $((port + 10000)) "127.0.0.1:$port" --delay 40 --jitter 20 --loss 2% \
+  --burst 3 --duplicate 1% --reorder 1% --seed 1 --json >"$folder/lag.json" 2>"$folder/lag.log" &
+send_rubbish &
+bots "$port" Near &
+near=$!
+bots $((port + 10000)) Far &
+far=$!
+sleep 15
+kill_now_and_then &
+echo "Playing for $1 minutes ..."
+wait "$near" "$far"
+touch "$prefix/over"
+
+# The first state after a kill that anybody sees comes with the first join; four play with the fourth.
+awk -v kills="$folder/kills" '
+  BEGIN { while ((getline at < kills) > 0) kill[++count] = at; next_kill = 1 }
+  / joined$/ {
+    if (next_kill > count || $1 < kill[next_kill]) next
+    if (!(next_kill in first)) first[next_kill] = $1 - kill[next_kill]
+    if (++joins[next_kill] == 4) { four[next_kill] = $1 - kill[next_kill]; ++next_kill }
+    while (next_kill < count && $1 > kill[next_kill + 1]) ++next_kill
+  }
+  END { for (i = 1; i <= count; ++i) print kill[i], first[i], four[i] }' "$folder/room.log" \
+  >"$folder/recoveries"
+
+{
+  echo "$1 minutes, $(wc -l <"$folder/kills") kills, $(wc -l <"$folder/ends") ends"
+  echo
+  echo 'seconds from a kill until   median  longest'
+  for column in 2 3; do
+    [ $column = 2 ] && what='the first is back' || what='four play again'
+    awk -v column=$column 'NF >= column { print $column }' "$folder/recoveries" | sort -n |
+      awk -v what="$what" '{ v[NR] = $1 } END { if (NR) printf "%-26s %7.2f  %7.2f\n", what, v[int((NR + 1) / 2)], v[NR] }'
+  done
+  echo
+  for name in Near Far; do
+    echo "$name: $(jq -c .total "$folder/$name.json")"
+  done
+  echo
+  awk '$2 > 0 { v[++n] = $2 } END { printf "memory in KiB: first %d, last %d", v[1], v[n]; for (i in v) if (v[i] > most) most = v[i]; print ", most " most }' \
+    "$folder/memory"
+} | tee "$folder/report.txt"
+
+gnuplot -e "folder='$folder'" - <<'GNUPLOT'
+set terminal pngcairo size 1400,700 font 'sans,13' background '#ffffff'
+set output folder.'/soak.png'
+set border 3 linecolor '#666666'
+set tics nomirror textcolor '#333333'
+set grid ytics linecolor '#dddddd' linetype 1
+set key top right textcolor '#333333'
+set multiplot layout 2,1
+set ylabel 'MiB resident'
+set yrange [0:*]
+plot folder.'/memory' using ($1/60):($2/1024) with lines linecolor '#2368b5' title 'memory of the room'
+set ylabel 'seconds after a kill'
+set xlabel 'minutes'
+plot folder.'/recoveries' using ($1/60):2 with impulses linewidth 4 linecolor '#9aa5b1' title 'the first player is back', \
+     '' using ($1/60):3 with points pointtype 7 linecolor '#2368b5' title 'all four play again'
+GNUPLOT
+echo "Written to $folder"
