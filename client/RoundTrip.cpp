@@ -13,6 +13,9 @@ constexpr double longestRoundTrip = 1000.0;
 /// The least that a receipt may come later than usual, in milliseconds.
 constexpr double leastPatience = 10.0;
 
+/// Of the smoothed round trip: what a receipt may come earlier than usual by jitter.
+constexpr double mostJitter = 0.25;
+
 // Gains from RFC 6298.
 constexpr double gain = 1.0 / 8.0;
 constexpr double deviationGain = 1.0 / 4.0;
@@ -51,7 +54,9 @@ void RoundTrip::receipt(Time now) {
         return;
     }
     const double age = milliseconds(now - unansweredAt(0));
-    const bool isClearlyLess = !smoothed_ || age < *smoothed_ - deviation_;
+    // The deviation is no measure of jitter as long as an estimate far off has its part in it.
+    const bool isClearlyLess =
+        !smoothed_ || age < *smoothed_ - std::min(deviation_, mostJitter * *smoothed_);
     if (oldestIsCertain_ || unanswered_ == 1 || isClearlyLess)
         addSample(age);
     takeOldest();

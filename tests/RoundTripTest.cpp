@@ -200,6 +200,22 @@ TEST(RoundTrip, AReceiptThatComesLateShowsThatItRose) {
     EXPECT_DOUBLE_EQ(*roundTrip.latest(), 180.0);
 }
 
+// The join that a room was not yet there to hear, its repetition, and then a busy player.
+TEST(RoundTrip, AFirstSampleThatIsFarTooLongIsSoonForgotten) {
+    RoundTrip roundTrip;
+    roundTrip.sent(at(0));
+    roundTrip.sent(at(500));
+    roundTrip.receipt(at(600));
+    EXPECT_DOUBLE_EQ(*roundTrip.smoothed(), 600.0);
+    for (int i = 0; i < 50; ++i) {
+        const double now = 610.0 + 20.0 * i;
+        roundTrip.sent(at(now));
+        if (i >= 5)
+            roundTrip.receipt(at(now + 1.0));
+    }
+    EXPECT_NEAR(*roundTrip.smoothed(), 121.0, 41.0);
+}
+
 TEST(RoundTrip, WhatWasRefusedDoesNotBlurTheNextOne) {
     RoundTrip roundTrip;
     roundTrip.sent(at(0));
