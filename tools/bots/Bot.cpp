@@ -71,7 +71,7 @@ constexpr double steepestAhead = 0.3 * countsPerRadian;
 constexpr double aheadTolerance = 25.0;
 constexpr double aheadHaste = 0.55;
 
-vec3 level(vec3 v) {
+vec3 horizontal(vec3 v) {
     return {v.x, 0.0f, v.z};
 }
 
@@ -215,7 +215,7 @@ void Bot::hunt(const Sighting& lost) {
     mood_ = Mood::hunt;
     other_ = lost.id;
     for (; searches_ < std::size(huntAhead); ++searches_) {
-        const vec3 there = lost.position + level(lost.velocity) * huntAhead[searches_];
+        const vec3 there = lost.position + horizontal(lost.velocity) * huntAhead[searches_];
         if (goTo(roadmap_->placeBelow(there)))
             return;
     }
@@ -378,9 +378,9 @@ vec3 Bot::positionOf(int place) const {
 /// Where the enemy will be when the counts sent now act.
 Hand::Aim Bot::aimAt(const Sighting& enemy) const {
     const float delay = static_cast<float>(1.0 + hand_.lag());
-    const vec3 drift = enemy.velocity - velocity_;
-    const vec3 way = enemy.position + enemy.target - position_ + drift * delay +
-                     level(enemy.velocity) * static_cast<float>(enemy.unseen);
+    // Who is out of sight is not led: perhaps it stands where it was last seen.
+    const vec3 drift = (enemy.visible ? enemy.velocity : vec3()) - velocity_;
+    const vec3 way = enemy.position + enemy.target - position_ + drift * delay;
     const View view = viewAlong(way);
     const double halfWidth = std::atan2(static_cast<double>(Player::bodySize.x) / 2.0,
                                         static_cast<double>(way.length())) *
@@ -396,7 +396,7 @@ Hand::Aim Bot::aimAhead(const Steps& next) {
         ahead = viewAlong(other->position - position_);
     } else if (!route.empty()) {
         const vec3 place = positionOf(route[std::min(route.size(), placesLookedAhead) - 1]);
-        if (level(place - position_).length() > arena::cubeEdge)
+        if (horizontal(place - position_).length() > arena::cubeEdge)
             ahead = viewAlong(place - position_);
     }
     ahead.down = std::clamp(ahead.down, -steepestAhead, steepestAhead);
