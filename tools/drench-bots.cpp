@@ -8,6 +8,7 @@
 #include "Roadmap.h"
 #include "Script.h"
 #include "ScriptedPlayer.h"
+#include "StopSignals.h"
 #include "Tracks.h"
 
 #include <CLI/CLI.hpp>
@@ -15,7 +16,6 @@
 #include <array>
 #include <charconv>
 #include <chrono>
-#include <csignal>
 #include <iomanip>
 #include <iostream>
 #include <random>
@@ -48,17 +48,6 @@ constexpr double longestRun = 1e7;
 /// What the server keeps of a name, and what of it leaves room for a number.
 constexpr std::size_t longestName = sizeof PlayerUpdate::name - 1;
 constexpr std::size_t longestNumberedName = longestName - 2;
-
-volatile std::sig_atomic_t stopAsked = 0;
-
-/// From now on the first SIGINT or SIGTERM asks to stop, and a second one ends us.
-void listenForSignals() {
-    struct sigaction action {};
-    action.sa_handler = [](int) { stopAsked = 1; };
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-}
 
 struct Options {
     std::string target = "localhost:5000";

@@ -1,6 +1,7 @@
 #include "Console.h"
 #include "Relay.h"
 #include "Session.h"
+#include "StopSignals.h"
 #include "TrafficReport.h"
 
 #include <CLI/CLI.hpp>
@@ -8,7 +9,6 @@
 #include <arpa/inet.h>
 #include <charconv>
 #include <chrono>
-#include <csignal>
 #include <iomanip>
 #include <iostream>
 #include <optional>
@@ -39,17 +39,6 @@ constexpr double longestBurst = 1000.0;
 constexpr double longestRun = 1e7;
 
 constexpr std::chrono::seconds livePeriod{1};
-
-volatile std::sig_atomic_t stopAsked = 0;
-
-/// From now on the first SIGINT or SIGTERM asks to stop, and a second one ends us.
-void listenForSignals() {
-    struct sigaction action {};
-    action.sa_handler = [](int) { stopAsked = 1; };
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-}
 
 /// What was asked of one direction, or of both.
 struct Asked {

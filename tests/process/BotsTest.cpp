@@ -3,6 +3,7 @@
 #include "Png.h"
 #include "ServerProcess.h"
 #include "TemporaryFolder.h"
+#include "ToolProcess.h"
 #include "UdpPeer.h"
 
 #include <chrono>
@@ -15,8 +16,6 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -31,54 +30,10 @@ using nlohmann::json;
 /// machine.
 constexpr int chartTime = 60000;
 
-/// drench-bots, started in the background with its output in files. Destruction ends it.
-class BotsProcess {
-  public:
-    /// @param arguments  separated by single blanks
-    /// @param terminal  what standard error is to be instead of a file
-    explicit BotsProcess(const std::string& arguments, int terminal = -1) {
-        std::vector<std::string> words = {"drench-bots"};
-        std::istringstream text(arguments);
-        for (std::string word; text >> word;)
-            words.push_back(word);
-        std::vector<char*> argv;
-        for (std::string& word : words)
-            argv.push_back(word.data());
-        argv.push_back(nullptr);
-        const int out = create("out");
-        const int err = create("err");
-        pid_ = fork();
-        if (pid_ == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            dup2(out, STDOUT_FILENO);
-            dup2(terminal >= 0 ? terminal : err, STDERR_FILENO);
-            execv(DRENCH_BOTS, argv.data());
-            _exit(127);
-        }
-        close(out);
-        close(err);
-    }
-    ~BotsProcess() {
-        if (status_ < 0) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
-    }
-    BotsProcess(const BotsProcess&) = delete;
-    BotsProcess& operator=(const BotsProcess&) = delete;
-
-    void signal(int number) const { kill(pid_, number); }
-
-    /// Waits for the end and returns the exit status; 128 and the signal's number after a signal.
-    int status() {
-        int ended;
-        if (status_ < 0 && waitpid(pid_, &ended, 0) == pid_)
-            status_ = WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
-        return status_;
-    }
-
-    std::string out() const { return arena::readFile(folder_.path + "/out"); }
-    std::string err() const { return arena::readFile(folder_.path + "/err"); }
+/// drench-bots.
+struct BotsProcess : ToolProcess {
+    explicit BotsProcess(const std::string& arguments, int terminal = -1)
+        : ToolProcess(DRENCH_BOTS, arguments, terminal) {}
 
     /// Waits until something stands on standard error.
     bool waitForErr(const std::string& text) const {
@@ -89,15 +44,6 @@ class BotsProcess {
         }
         return false;
     }
-
-  private:
-    int create(const char* name) const {
-        return open((folder_.path + "/" + name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-    }
-
-    TemporaryFolder folder_;
-    pid_t pid_ = -1;
-    int status_ = -1;
 };
 
 /// An arena that is charted quickly, in a room and in a file.

@@ -3,6 +3,7 @@
 #include "ServerProcess.h"
 #include "Session.h"
 #include "TemporaryFolder.h"
+#include "ToolProcess.h"
 
 #include <algorithm>
 #include <csignal>
@@ -14,8 +15,6 @@
 #include <optional>
 #include <sstream>
 #include <string>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -29,54 +28,10 @@ using client::Session;
 using nlohmann::json;
 using std::chrono::milliseconds;
 
-/// drench-lag, started in the background with its output in files. Destruction ends it.
-class LagProcess {
-  public:
-    /// @param arguments  separated by single blanks
-    /// @param terminal  what standard error is to be instead of a file
-    explicit LagProcess(const std::string& arguments, int terminal = -1) {
-        std::vector<std::string> words = {"drench-lag"};
-        std::istringstream text(arguments);
-        for (std::string word; text >> word;)
-            words.push_back(word);
-        std::vector<char*> argv;
-        for (std::string& word : words)
-            argv.push_back(word.data());
-        argv.push_back(nullptr);
-        const int out = create("out");
-        const int err = create("err");
-        pid_ = fork();
-        if (pid_ == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            dup2(out, STDOUT_FILENO);
-            dup2(terminal >= 0 ? terminal : err, STDERR_FILENO);
-            execv(DRENCH_LAG, argv.data());
-            _exit(127);
-        }
-        close(out);
-        close(err);
-    }
-    ~LagProcess() {
-        if (status_ < 0) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
-    }
-    LagProcess(const LagProcess&) = delete;
-    LagProcess& operator=(const LagProcess&) = delete;
-
-    void signal(int number) const { kill(pid_, number); }
-
-    /// Waits for the end and returns the exit status; 128 and the signal's number after a signal.
-    int status() {
-        int ended;
-        if (status_ < 0 && waitpid(pid_, &ended, 0) == pid_)
-            status_ = WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
-        return status_;
-    }
-
-    std::string out() const { return arena::readFile(folder_.path + "/out"); }
-    std::string err() const { return arena::readFile(folder_.path + "/err"); }
+/// drench-lag.
+struct LagProcess : ToolProcess {
+    explicit LagProcess(const std::string& arguments, int terminal = -1)
+        : ToolProcess(DRENCH_LAG, arguments, terminal) {}
 
     /// The port that it says it is listening on, or 0 if it does not say so in time.
     int port() const {
@@ -90,15 +45,6 @@ class LagProcess {
         }
         return 0;
     }
-
-  private:
-    int create(const char* name) const {
-        return open((folder_.path + "/" + name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-    }
-
-    TemporaryFolder folder_;
-    pid_t pid_ = -1;
-    int status_ = -1;
 };
 
 std::string room(const ServerProcess& server) {

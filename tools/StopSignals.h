@@ -1,0 +1,15 @@
+#pragma once
+
+#include <csignal>
+
+/// Set by the first SIGINT or SIGTERM after listenForSignals().
+inline volatile std::sig_atomic_t stopAsked = 0;
+
+/// From now on the first SIGINT or SIGTERM asks to stop, and a second one ends us.
+inline void listenForSignals() {
+    struct sigaction action {};
+    action.sa_handler = [](int) { stopAsked = 1; };
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
