@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -69,6 +70,28 @@ std::string linkTarget(const std::string& path) {
     return target.string();
 }
 
+/// What stands at a path that is to be written; nothing where a file would be new.
+std::optional<struct stat> fileToReplace(const std::string& path) {
+    struct stat existing {};
+    if (stat(path.c_str(), &existing) != 0) {
+        if (errno != ENOENT)
+            failWithReason(path, "cannot be written");
+        return std::nullopt;
+    }
+    if (S_ISDIR(existing.st_mode))
+        fail(path, "cannot be written (it is a folder)");
+    return existing;
+}
+
+/// Makes a file beside the one to be replaced, whose name is put into `name`.
+int makeTemporaryFile(const std::string& path, const std::string& target, std::string& name) {
+    name = target + ".XXXXXX";
+    const int made = mkstemp(name.data());
+    if (made < 0)
+        failWithReason(path, "cannot be written");
+    return made;
+}
+
 bool isStandardOutput(const struct stat& file) {
     struct stat output {};
     return fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == file.st_dev &&
@@ -102,19 +125,14 @@ std::string readFile(const std::string& path) {
 }
 
 void replaceFile(const std::string& path, const std::string& bytes) {
-    struct stat existing {};
-    const bool exists = stat(path.c_str(), &existing) == 0;
-    if (!exists && errno != ENOENT)
-        failWithReason(path, "cannot be written");
-    if (exists && S_ISDIR(existing.st_mode))
-        fail(path, "cannot be written (it is a folder)");
-    if (exists && isStandardOutput(existing)) {
+    const std::optional<struct stat> existing = fileToReplace(path);
+    if (existing && isStandardOutput(*existing)) {
         // Others may write there before and after, also when it is a regular file.
         if (!writeAll(STDOUT_FILENO, bytes))
             failWithReason(path, "cannot be written");
         return;
     }
-    if (exists && !S_ISREG(existing.st_mode)) {
+    if (existing && !S_ISREG(existing->st_mode)) {
         const Descriptor device(open(path.c_str(), O_WRONLY | O_CLOEXEC));
         if (device.number < 0 || !writeAll(device.number, bytes))
             failWithReason(path, "cannot be written");
@@ -122,11 +140,9 @@ void replaceFile(const std::string& path, const std::string& bytes) {
     }
 
     const std::string target = linkTarget(path);
-    std::string temporary = target + ".XXXXXX";
-    const int made = mkstemp(temporary.data());
-    if (made < 0)
-        failWithReason(path, "cannot be written");
-    const mode_t mode = exists ? existing.st_mode & 07777 : newFileMode();
+    std::string temporary;
+    const int made = makeTemporaryFile(path, target, temporary);
+    const mode_t mode = existing ? existing->st_mode & 07777 : newFileMode();
     bool whole = writeAll(made, bytes) && fchmod(made, mode) == 0 && fsync(made) == 0;
     // A full disk may only be told of at the close.
     whole = close(made) == 0 && whole;
@@ -136,6 +152,20 @@ void replaceFile(const std::string& path, const std::string& bytes) {
         errno = reason;
         failWithReason(path, "cannot be written");
     }
+}
+
+void requireWritable(const std::string& path) {
+    const std::optional<struct stat> existing = fileToReplace(path);
+    if (existing && isStandardOutput(*existing))
+        return;
+    if (existing && !S_ISREG(existing->st_mode)) {
+        if (access(path.c_str(), W_OK) != 0)
+            failWithReason(path, "cannot be written");
+        return;
+    }
+    std::string temporary;
+    close(makeTemporaryFile(path, linkTarget(path), temporary));
+    unlink(temporary.c_str());
 }
 
 } // namespace arena

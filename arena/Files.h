@@ -20,4 +20,8 @@ std::string readFile(const std::string& path);
 /// "/dev/stdout" is.
 void replaceFile(const std::string& path, const std::string& bytes);
 
+/// Throws InputError where replaceFile() could not even begin, for want of a folder or of the right
+/// to write there; for those who have the bytes only after a long run. Changes nothing.
+void requireWritable(const std::string& path);
+
 } // namespace arena

@@ -58,14 +58,6 @@ std::string_view nameOf(const PlayerUpdate& player) {
     return untilZero({player.name, sizeof player.name}).substr(0, longestName);
 }
 
-const PlayerUpdate* playerWith(const UpdateMessage& state, char id) {
-    for (const PlayerUpdate& player : state.updates) {
-        if (player.id == id && id != 0)
-            return &player;
-    }
-    return nullptr;
-}
-
 bool isPlayerId(char id) {
     return id >= '1' && id < '1' + maxPlayers;
 }
@@ -239,6 +231,14 @@ std::optional<Event> Session::nextEvent() {
         parts_.taken = 0;
     }
     return event;
+}
+
+const PlayerUpdate* playerWith(const UpdateMessage& state, char id) {
+    for (const PlayerUpdate& player : state.updates) {
+        if (player.id == id && id != 0)
+            return &player;
+    }
+    return nullptr;
 }
 
 const PlayerUpdate* Session::self(const UpdateMessage& state) const {

@@ -102,6 +102,9 @@ struct Notice {
 using Event = std::variant<Joined, Refused, Unanswered, Dropped, Snapshot, Chat, PlayerJoined,
                            PlayerLeft, Soaking, Notice>;
 
+/// The slot of the player with this identifier, or null; nobody has the identifier 0.
+const PlayerUpdate* playerWith(const UpdateMessage& state, char id);
+
 struct Statistics {
     /// Datagrams, of any kind.
     std::uint64_t sent = 0;

@@ -12,6 +12,7 @@
 using arena::InputError;
 using arena::readFile;
 using arena::replaceFile;
+using arena::requireWritable;
 
 namespace {
 
@@ -183,6 +184,19 @@ TEST(FilesWriting, SaysWhatCannotBeWrittenAndWhy) {
     EXPECT_EQ(writeError(folder.path), folder.path + ": cannot be written (it is a folder)");
     EXPECT_EQ(writeError(""), ": cannot be written (No such file or directory)");
     EXPECT_EQ(writeError("/dev/full"), "/dev/full: cannot be written (No space left on device)");
+    EXPECT_EQ(namesIn(folder.path), Names{"file"});
+    EXPECT_EQ(readFile(file), "old");
+}
+
+TEST(FilesWriting, WhatCannotBeginIsToldBeforehandInTheSameWords) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("file", "old");
+    for (const std::string& path : {folder.path + "/none/file", file + "/file",
+                                    folder.path + "/" + std::string(300, 'x'), folder.path}) {
+        EXPECT_EQ(errorOf([&] { requireWritable(path); }), writeError(path));
+    }
+    for (const std::string& path : {file, folder.path + "/new", std::string("/dev/null")})
+        EXPECT_NO_THROW(requireWritable(path)) << path;
     EXPECT_EQ(namesIn(folder.path), Names{"file"});
     EXPECT_EQ(readFile(file), "old");
 }

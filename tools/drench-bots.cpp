@@ -152,11 +152,13 @@ int playScript(const Options& options) {
     const bots::RoomAddress room = addressOf(options.target);
     const std::vector<bots::Action> script =
         bots::readScript(arena::readFile(options.script), options.script);
+    if (!options.record.empty())
+        arena::requireWritable(options.record);
     listenForSignals();
     const Timekeeper timekeeper(options.seconds);
     const bots::ScriptedRun run =
         bots::playScript(room, options.name.empty() ? "Script" : options.name, script,
-                         [&] { return timekeeper.goesOn(); });
+                         !options.record.empty(), [&] { return timekeeper.goesOn(); });
     bots::Report report;
     report.seconds = timekeeper.elapsed();
     report.rooms = {room.name};
@@ -184,6 +186,8 @@ int playBots(const Options& options) {
                                                      ? std::vector{addressOf(options.target)}
                                                      : addressesOf(options.target, options.rooms);
     ArenaFile arena = readWholeArena(options.arena);
+    if (!options.tracks.empty())
+        arena::requireWritable(options.tracks);
     bots::Console console(options.quiet, options.json);
     const bots::Roadmap roadmap = chartArena(arena.text.map, console);
 

@@ -21,18 +21,18 @@ bots::Tally busyTally() {
     scorer.see(self, 0, client::Time(milliseconds(0)));
     self.position.x = 64.0f;
     self.shooting = true;
-    scorer.see(self, 1, client::Time(milliseconds(16)));
+    scorer.see(self, 0, client::Time(milliseconds(16)));
     self.shooting = false;
     self.points = 1;
-    scorer.see(self, 2, client::Time(milliseconds(32)));
+    scorer.see(self, 0, client::Time(milliseconds(32)));
     self.shooting = true;
-    scorer.see(self, 3, client::Time(milliseconds(48)));
+    scorer.see(self, 0, client::Time(milliseconds(48)));
     Player soaked;
     soaked.die(0.0f);
     self.position = soaked.getPosition();
     self.points = 0;
     self.shooting = false;
-    scorer.see(self, 5, client::Time(milliseconds(80)));
+    scorer.see(self, 1, client::Time(milliseconds(80)));
     scorer.measureRoundTrip(0.25);
     return scorer.tally();
 }
@@ -42,7 +42,7 @@ bots::Tally quietTally(milliseconds gap) {
     bots::Scorer scorer;
     scorer.join();
     scorer.see(PlayerUpdate(), 0, client::Time(milliseconds(0)));
-    scorer.see(PlayerUpdate(), 1, client::Time(gap));
+    scorer.see(PlayerUpdate(), 0, client::Time(gap));
     return scorer.tally();
 }
 

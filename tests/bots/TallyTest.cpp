@@ -28,14 +28,19 @@ PlayerUpdate soaked(std::int32_t points = 0) {
     return update;
 }
 
-/// A scorer who sees snapshots 16 ms apart, none missing.
+/// A scorer who sees snapshots 16 ms apart, none missing unless the test says so.
 struct Watched {
     Scorer scorer;
     std::int64_t tick = 0;
+    std::uint64_t missed = 0;
 
     Watched() { scorer.join(); }
+    void miss(int snapshots) {
+        tick += snapshots;
+        missed += static_cast<std::uint64_t>(snapshots);
+    }
     void see(const PlayerUpdate& self) {
-        scorer.see(self, tick, client::Time(milliseconds(16 * tick)));
+        scorer.see(self, missed, client::Time(milliseconds(16 * tick)));
         ++tick;
     }
     const bots::Tally& tally() const { return scorer.tally(); }
@@ -160,27 +165,32 @@ TEST(Tally, PointsAndPoseFromBeforeJoiningDoNotCount) {
 
 TEST(Tally, JoiningAgainStartsFromThere) {
     Watched player;
+    player.miss(3);
     player.see(at(0.0f, 4, true));
     player.scorer.join();
     player.tick = 1000;
+    player.missed = 2;
     player.see(at(500.0f, 0));
     EXPECT_EQ(player.tally().joined, 2);
     EXPECT_EQ(player.tally().soaks, 0);
     EXPECT_EQ(player.tally().distance, 0.0);
     EXPECT_EQ(player.tally().snapshots, 2u);
-    EXPECT_EQ(player.tally().snapshotsMissed, 0u);
+    EXPECT_EQ(player.tally().snapshotsMissed, 5u);
     EXPECT_EQ(player.tally().gaps.count(), 0u);
 }
 
-TEST(Tally, NumbersLeftOutAreMissedSnapshots) {
+TEST(Tally, MissedSnapshotsCountUnlessTakenBack) {
     Watched player;
     player.see(at(0.0f));
     player.see(at(0.0f));
-    player.tick += 3;
+    player.miss(3);
     player.see(at(0.0f));
     EXPECT_EQ(player.tally().snapshots, 3u);
     EXPECT_EQ(player.tally().snapshotsMissed, 3u);
     EXPECT_EQ(player.tally().gaps.longest(), 64.0);
+    player.missed -= 2;
+    player.see(at(0.0f));
+    EXPECT_EQ(player.tally().snapshotsMissed, 1u);
 }
 
 TEST(Tally, BurstLastsWhileTheFireKeyIsHeld) {
@@ -221,11 +231,11 @@ TEST(Tally, PointsThatShowAfterTheReleaseBelongToTheBurst) {
 TEST(Tally, BurstBetweenMissedSnapshotsIsInferredFromItsSoaking) {
     Watched player;
     player.see(at(0.0f, 0, false));
-    player.tick += 5;
+    player.miss(5);
     player.see(at(0.0f, 1, false));
     EXPECT_EQ(player.tally().bursts, 1);
     EXPECT_EQ(player.tally().burstsThatSoaked, 1);
-    player.tick += 5;
+    player.miss(5);
     player.see(at(0.0f, 2, true));
     EXPECT_EQ(player.tally().bursts, 2);
     EXPECT_EQ(player.tally().burstsThatSoaked, 2);
@@ -237,7 +247,7 @@ TEST(Tally, SumHoldsAllButTheRoundTrip) {
     one.see(at(0.0f, 0, true));
     one.see(at(6.0f, 1, true));
     other.see(at(0.0f, 0, true));
-    other.tick += 2;
+    other.miss(2);
     other.see(soaked(-1));
     one.scorer.measureRoundTrip(0.5);
     bots::Tally sum;

@@ -331,6 +331,7 @@ TEST_F(Bots, ScriptWithAnErrorIsNotPlayed) {
 
 TEST_F(Bots, WrongUseIsExplainedWithStatusTwo) {
     const std::string map = folder.write("ring", ring());
+    const std::string jump = folder.write("jump.script", "at 5 jump\n");
     const std::map<std::string, std::string> wrong = {
         {"--players 5", "--players"},
         {"--players 0", "--players"},
@@ -354,6 +355,9 @@ TEST_F(Bots, WrongUseIsExplainedWithStatusTwo) {
         {"--script " + map + " --players 2", "--script"},
         {"--script " + folder.path + "/missing", "/missing: cannot be read"},
         {"--record here", "--script"},
+        {"--arena " + map + " --tracks " + folder.path + "/none/tracks.png",
+         "/none/tracks.png: cannot be written"},
+        {"--script " + jump + " --record " + folder.path, ": cannot be written (it is a folder)"},
         {"--size 640x480", "--tracks"},
         {"--unknown", "--unknown"},
         {"localhost:5000 localhost:5001", "localhost:5001"},

@@ -3,6 +3,7 @@
 #include "Cover.h"
 #include "Map.h"
 #include "Player.h"
+#include "Session.h"
 
 #include <algorithm>
 #include <cmath>
@@ -79,12 +80,6 @@ bool isGoing(const Steps& steps) {
     return steps.heading.x != 0.0f || steps.heading.z != 0.0f;
 }
 
-const PlayerUpdate* playerIn(const UpdateMessage& snapshot, char id) {
-    const auto found = std::find_if(std::begin(snapshot.updates), std::end(snapshot.updates),
-                                    [&](const PlayerUpdate& update) { return update.id == id; });
-    return id != 0 && found != std::end(snapshot.updates) ? found : nullptr;
-}
-
 } // namespace
 
 Bot::Bot(const Roadmap& roadmap, double skill, std::uint64_t seed)
@@ -94,7 +89,7 @@ Bot::Bot(const Roadmap& roadmap, double skill, std::uint64_t seed)
 
 Controls Bot::decide(const UpdateMessage& snapshot, char id) {
     ++tick_;
-    const PlayerUpdate* self = playerIn(snapshot, id);
+    const PlayerUpdate* self = client::playerWith(snapshot, id);
     if (self)
         remarks_.notePoints(self->points);
     if (!self || !isInWorld(*roadmap_->map, self->position)) {

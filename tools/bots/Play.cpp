@@ -178,7 +178,7 @@ void Play::see(Seat& seat, const client::Snapshot& snapshot, std::optional<Contr
     const PlayerUpdate* self = seat.session->self(snapshot.state);
     if (!self || !seat.bot)
         return;
-    seat.scorer.see(*self, snapshot.tick, snapshot.arrival);
+    seat.scorer.see(*self, seat.session->statistics().snapshotsMissed, snapshot.arrival);
     if (const std::optional<double> roundTrip = seat.session->roundTrip().smoothed())
         seat.scorer.measureRoundTrip(*roundTrip);
     if (seat.track)
@@ -223,7 +223,7 @@ Standing Play::standing() const {
         if (tally.roundTrip)
             roundTrips.push_back(*tally.roundTrip);
     }
-    standing.medianRoundTrip = median(roundTrips);
+    standing.medianRoundTrip = upperMedian(roundTrips);
     return standing;
 }
 

@@ -145,7 +145,7 @@ std::optional<double> Report::medianRoundTrip() const {
         if (player.tally.roundTrip)
             known.push_back(*player.tally.roundTrip);
     }
-    return median(known);
+    return upperMedian(known);
 }
 
 void writeTable(std::ostream& out, const Report& report) {

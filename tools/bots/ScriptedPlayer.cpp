@@ -52,9 +52,11 @@ void act(client::Session& session, const Action& action) {
 } // namespace
 
 ScriptedRun playScript(const RoomAddress& room, const std::string& name,
-                       const std::vector<Action>& script, const std::function<bool()>& goOn) {
+                       const std::vector<Action>& script, bool keepRecord,
+                       const std::function<bool()>& goOn) {
     ScriptedRun run;
-    run.record = headings;
+    if (keepRecord)
+        run.record = headings;
     Scorer scorer;
     auto next = script.begin();
     std::optional<client::Session> session =
@@ -72,10 +74,11 @@ ScriptedRun playScript(const RoomAddress& room, const std::string& name,
             const PlayerUpdate* self = snapshot ? session->self(snapshot->state) : nullptr;
             if (!self)
                 continue;
-            scorer.see(*self, snapshot->tick, snapshot->arrival);
+            scorer.see(*self, session->statistics().snapshotsMissed, snapshot->arrival);
             if (const std::optional<double> roundTrip = session->roundTrip().smoothed())
                 scorer.measureRoundTrip(*roundTrip);
-            run.record += recordOf(snapshot->tick, *self);
+            if (keepRecord)
+                run.record += recordOf(snapshot->tick, *self);
             for (; next != script.end() && next->tick <= snapshot->tick; ++next)
                 act(*session, *next);
         }

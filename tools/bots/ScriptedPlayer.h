@@ -19,13 +19,15 @@ struct ScriptedRun {
 
     /// A line for each snapshot, in order of arrival, below a line of headings: the tick, the
     /// player's position, view direction, points, and whether it fires and lives, with commas
-    /// between them. Numbers are written so that reading them gives back every bit.
+    /// between them. Numbers are written so that reading them gives back every bit. Empty unless it
+    /// was to be kept.
     std::string record;
 };
 
 /// Has one player do what a script says, from joining until the script leaves or `goOn` says
 /// no, which is asked whenever something has come, and after three seconds at the latest.
 ScriptedRun playScript(const RoomAddress& room, const std::string& name,
-                       const std::vector<Action>& script, const std::function<bool()>& goOn);
+                       const std::vector<Action>& script, bool keepRecord,
+                       const std::function<bool()>& goOn);
 
 } // namespace bots

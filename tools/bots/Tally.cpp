@@ -53,7 +53,7 @@ void Tally::add(const Tally& other) {
     gaps.add(other.gaps);
 }
 
-std::optional<double> median(std::vector<double> values) {
+std::optional<double> upperMedian(std::vector<double> values) {
     if (values.empty())
         return std::nullopt;
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -73,26 +73,26 @@ bool isDead(const PlayerUpdate& player) {
 
 void Scorer::join() {
     ++tally_.joined;
+    missedBefore_ = tally_.snapshotsMissed;
     last_.reset();
     burstHasSoaked_ = false;
 }
 
-void Scorer::see(const PlayerUpdate& self, std::int64_t tick, client::Time arrival) {
+void Scorer::see(const PlayerUpdate& self, std::uint64_t missed, client::Time arrival) {
     ++tally_.snapshots;
+    tally_.snapshotsMissed = missedBefore_ + missed;
     const bool dead = isDead(self);
     if (last_) {
         const bool died = dead && !last_->dead;
         tally_.deaths += died;
         if (!dead && !last_->dead)
             tally_.distance += distanceVec3(last_->position, self.position);
-        if (tick > last_->tick + 1)
-            tally_.snapshotsMissed += static_cast<std::uint64_t>(tick - last_->tick - 1);
         tally_.gaps.add(arrival - last_->arrival);
         countSoaks(self, died);
     } else {
         tally_.bursts += self.shooting;
     }
-    last_ = {self.position, self.points, self.shooting, dead, tick, arrival};
+    last_ = {self.position, self.points, self.shooting, dead, arrival};
 }
 
 void Scorer::countSoaks(const PlayerUpdate& self, bool died) {

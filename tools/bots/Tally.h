@@ -68,7 +68,7 @@ struct Tally {
 };
 
 /// The middle value, the upper one of two; absent when there is none.
-std::optional<double> median(std::vector<double> values);
+std::optional<double> upperMedian(std::vector<double> values);
 
 /// Whether a player in a snapshot waits for its respawn.
 bool isDead(const PlayerUpdate& player);
@@ -81,8 +81,8 @@ class Scorer {
 
     /// A snapshot came.
     /// @param self  the player in it
-    /// @param tick  its number; a number that is left out is a snapshot missed
-    void see(const PlayerUpdate& self, std::int64_t tick, client::Time arrival);
+    /// @param missed  snapshots missed since joining, in client::Statistics; it may sink again
+    void see(const PlayerUpdate& self, std::uint64_t missed, client::Time arrival);
 
     void measureRoundTrip(double milliseconds) { tally_.roundTrip = milliseconds; }
 
@@ -96,11 +96,13 @@ class Scorer {
         std::int32_t points;
         bool shooting;
         bool dead;
-        std::int64_t tick;
         client::Time arrival;
     };
 
     Tally tally_;
+
+    /// Snapshots missed in the times before the latest join.
+    std::uint64_t missedBefore_ = 0;
 
     /// The last snapshot since joining.
     std::optional<Seen> last_;

@@ -2,6 +2,7 @@
 
 #include "Messages.h"
 #include "Player.h"
+#include "View.h"
 
 #include <algorithm>
 #include <cmath>
@@ -64,7 +65,6 @@ constexpr float walkSpeed = 6.0f;
 constexpr float aslantSpeed = 8.49f;
 constexpr float gravityPerTick = 0.5f;
 
-constexpr float countsPerRadian = 360.0f;
 constexpr float eighthTurn = 0.78539816f;
 
 /// Counts that legs alone turn in a tick, at most.
@@ -346,8 +346,8 @@ Controls legsOnly(const Steps& steps, vec3 direction) {
     if (steps.heading.x == 0.0f && steps.heading.z == 0.0f)
         return controls;
     const auto counts = [](float radians) {
-        return static_cast<int>(
-            std::clamp(std::lround(radians * countsPerRadian), -legsTurn, legsTurn));
+        return static_cast<int>(std::clamp(
+            std::lround(radians * static_cast<float>(countsPerRadian)), -legsTurn, legsTurn));
     };
     controls.dx = counts(-angleBetween(direction, steps.heading));
     controls.dy = counts(std::asin(std::clamp(direction.y, -1.0f, 1.0f)));
