@@ -33,6 +33,12 @@ need_tool_libraries() {
   need libpng libpng-dev has_header png.h
 }
 
+# For packages.
+need_package_tools() {
+  need file file command -v file
+  need dpkg-shlibdeps dpkg-dev command -v dpkg-shlibdeps
+}
+
 # Installs what need() noted, or says what it is and stops.
 install_missing() {
   [ ${#missing[@]} -gt 0 ] || return 0

@@ -29,14 +29,19 @@ if(TARGET drench-map)
   install(DIRECTORY arenas DESTINATION ${CMAKE_INSTALL_DATADIR}/drench COMPONENT tools)
 endif()
 
-# The unit names its executable by its whole path, and the prefix is known for good only now.
+# These units name files by their whole paths, and the prefix is known for good only now.
 set(DRENCH_UNITS lib/systemd/system)
 install(FILES deploy/systemd/drench-recycle.service deploy/systemd/drench-recycle.timer
+              deploy/systemd/drench.slice
         DESTINATION ${DRENCH_UNITS} COMPONENT server)
 install(CODE "
   set(home \${CMAKE_INSTALL_PREFIX}/${DRENCH_HOME})
-  configure_file(\"${PROJECT_SOURCE_DIR}/deploy/systemd/drench@.service.in\"
-                 \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${DRENCH_UNITS}/drench@.service\" @ONLY)
+  set(share \${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/drench)
+  foreach(unit drench@ drench-firewall)
+    configure_file(\"${PROJECT_SOURCE_DIR}/deploy/systemd/\${unit}.service.in\"
+                   \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${DRENCH_UNITS}/\${unit}.service\"
+                   @ONLY)
+  endforeach()
 " COMPONENT server)
 
 set(CPACK_GENERATOR DEB)
@@ -50,6 +55,8 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "A program that is a room, and a hardened service with one unit for each room; bots to play
 against; and a tool that makes, checks and draws arenas.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Its nft loads the firewall.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS nftables)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/deploy/debian/postinst
     ${PROJECT_SOURCE_DIR}/deploy/debian/prerm ${PROJECT_SOURCE_DIR}/deploy/debian/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)

@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
 # The Debian package holds all it should, of one version, and a room runs from it.
-# usage: package.sh BUILD_FOLDER VERSION. Exits with 77 where there is no dpkg.
+# usage: package.sh BUILD_FOLDER VERSION. Exits with 77 where tools are missing.
 set -euo pipefail
 
 build=$(realpath "$1")
 version=$2
-if ! command -v dpkg-deb >/dev/null || ! command -v dpkg-shlibdeps >/dev/null; then
-  echo 'skipped: dpkg-deb or dpkg-shlibdeps is not installed'
-  exit 77
-fi
+for tool in dpkg-deb dpkg-shlibdeps file; do
+  if ! command -v "$tool" >/dev/null; then
+    echo "skipped: $tool is not installed"
+    exit 77
+  fi
+done
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -23,14 +25,25 @@ dpkg-deb --extract "$package" root
 
 failures=0
 for file in bin/drench-server bin/drench-bots bin/drench-map bin/drench-lag lib/drench/Resources/mapdata \
-  share/drench/drench.nft share/drench/drench.lua share/drench/arenas/cascade.plan share/man/man6/drench-server.6 share/man/man6/drench-bots.6 \
+  share/drench/drench.nft share/drench/drench.lua share/drench/arenas/cascade.plan \
+  share/man/man6/drench-server.6 share/man/man6/drench-bots.6 \
   share/man/man1/drench-map.1 share/man/man1/drench-lag.1 lib/systemd/system/drench@.service \
-  lib/systemd/system/drench-recycle.service lib/systemd/system/drench-recycle.timer; do
+  lib/systemd/system/drench-recycle.service lib/systemd/system/drench-recycle.timer \
+  lib/systemd/system/drench-firewall.service lib/systemd/system/drench.slice; do
   if [ ! -r "root/usr/$file" ]; then
     echo "not in the package: /usr/$file" >&2
     failures=1
   fi
 done
+grep -qx 'ExecStart=/usr/sbin/nft -f /usr/share/drench/drench.nft' \
+  root/usr/lib/systemd/system/drench-firewall.service || {
+  echo 'the firewall unit loads another file than the installed one' >&2
+  failures=1
+}
+grep -qE '^libc6 \(|, libc6 \(' <<<"$(dpkg-deb --field "$package" Depends)" || {
+  echo "the package does not depend on the C library: $(dpkg-deb --field "$package" Depends)" >&2
+  failures=1
+}
 grep -qx 'ExecStart=/usr/lib/drench/drench-server %i' root/usr/lib/systemd/system/drench@.service ||
   {
     echo 'the unit starts another executable than the installed one' >&2

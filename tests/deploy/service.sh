@@ -11,8 +11,13 @@ skipped=
 
 folder=$(mktemp -d)
 room=
+. "$(dirname "$0")/control-groups.sh"
 finish() {
-  [ -z "$room" ] || kill "$room" 2>/dev/null || true
+  if [ -n "$room" ]; then
+    kill "$room" 2>/dev/null || true
+    wait "$room" 2>/dev/null || true
+  fi
+  remove_group
   rm -rf "$folder"
 }
 trap finish EXIT
@@ -33,6 +38,7 @@ fail() {
 if command -v systemd-analyze >/dev/null; then
   # Its status alone misses unknown keys.
   MANPATH=$folder/share/man systemd-analyze verify "$unit" "$units"/drench-recycle.* \
+    "$units"/drench-firewall.service "$units"/drench.slice \
     >"$folder/verify.log" 2>&1 || fail 'systemd-analyze verify fails:' "$folder/verify.log"
   [ ! -s "$folder/verify.log" ] || fail 'systemd-analyze verify says:' "$folder/verify.log"
   systemd-analyze security --offline=true --threshold=15 "$unit" >"$folder/security.log" 2>&1 ||
@@ -47,9 +53,11 @@ if [ "$(id -u)" -ne 0 ]; then
 elif [ ! -x "$confined" ]; then
   skipped='libseccomp was not found, so nothing applies the filter of system calls'
 else
+  make_group "drench-test-$$" "$unit"
   # start UNIT: starts the room of that unit, whose lines go to room.log.
   start() {
-    "$confined" "$1" "$port" >"$folder/room.log" 2>&1 &
+    : >"$folder/room.log"
+    (enter_group && exec "$confined" "$1" "$port") >"$folder/room.log" 2>&1 &
     room=$!
     for _ in $(seq 100); do
       if grep -q listening "$folder/room.log" || ! kill -0 "$room" 2>/dev/null; then
@@ -67,6 +75,14 @@ else
     fail 'Nobody can play in the confined room:' "$folder/player.log" "$folder/room.log"
   [ "$(awk '/^Uid/ { print $2 }' "/proc/$room/status")" = 65534 ] || fail 'The room runs as root.'
   [ "$(awk '/^Seccomp:/ { print $2 }' "/proc/$room/status")" = 2 ] || fail 'The room has no filter.'
+  kill "$room"
+  wait "$room" || true
+
+  # Its lines may go to where there are no pipes.
+  "$confined" "$unit" "$port" >/dev/null 2>&1 &
+  room=$!
+  timeout 30 "$folder/bin/drench-bots" "127.0.0.1:$port" --script "$folder/script" \
+    >"$folder/player.log" 2>&1 || fail 'A room without a log cannot be played in:' "$folder/player.log"
   kill "$room"
   wait "$room" || true
 

@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Builds the Debian package, and installs what that takes: deploy/debian/build.sh
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+
+. .ci/prerequisites.sh
+need_build_tools
+need_tool_libraries
+need_package_tools
+install_missing
+echo 'Building ...'
+quietly cmake --preset package
+quietly cmake --build --preset package --parallel "$(nproc)"
+rm -f build/drench_*.deb
+quietly cpack --config build/package/CPackConfig.cmake -B build
+rm -rf build/_CPack_Packages
+echo "Now:  sudo apt-get install $(echo ./build/drench_*.deb)"
