@@ -13,6 +13,10 @@ usage() {
 [[ $# -ge 1 && $# -le 2 && $1 =~ ^[1-9][0-9]{0,4}$ && $1 -le 10000 ]] || usage
 seconds=$((60 * $1))
 folder=$(realpath -m "${2:-build/soak}")
+if [ -n "${2-}" ] && [ -e "$folder" ]; then
+  echo "$folder is there already; name a new folder." >&2
+  exit 2
+fi
 if [ "$(id -u)" -ne 0 ]; then
   echo 'Only root can run the room as another user, as the service does.' >&2
   exit 2
@@ -24,6 +28,7 @@ need_tool_libraries
 need libseccomp libseccomp-dev has_header seccomp.h
 need GoogleTest libgtest-dev has_header gtest/gtest.h
 need jq jq command -v jq
+need script bsdutils command -v script
 need gnuplot gnuplot-nox command -v gnuplot
 install_missing
 echo 'Building ...'
@@ -38,6 +43,8 @@ prefix=$(mktemp -d)
 chmod 755 "$prefix"
 cmake --install build/release --prefix "$prefix" >"$folder/install.log"
 unit=$prefix/lib/systemd/system/drench@.service
+. tests/deploy/control-groups.sh
+make_group "drench-soak-$$" "$unit"
 
 start=$(date +%s.%N)
 elapsed() { awk -v now="$(date +%s.%N)" -v start="$start" 'BEGIN { printf "%.3f\n", now - start }'; }
@@ -48,6 +55,7 @@ stop() {
   kill $(jobs -p) 2>/dev/null || true
   [ ! -s "$prefix/room" ] || kill "$(cat "$prefix/room")" 2>/dev/null || true
   wait 2>/dev/null || true
+  remove_group
   rm -rf "$prefix"
 }
 trap stop EXIT
@@ -57,7 +65,7 @@ trap 'exit 143' TERM HUP
 # What systemd does by Restart=always and RestartSec=200ms.
 keep_room() {
   while [ ! -e "$prefix/over" ]; do
-    build/release/drench-confined "$unit" "$port" > >(
+    (enter_group && exec build/release/drench-confined "$unit" "$port") > >(
       while IFS= read -r line; do echo "$(elapsed) $line"; done >>"$folder/room.log"
     ) &
     echo $! >"$prefix/room"
@@ -75,7 +83,7 @@ sample_memory() {
 
 # Datagrams of up to 600 random bytes, some of which begin like records.
 send_rubbish() {
-  local codes=(j k m t x u '' '' '')
+  local codes=(k m t x u '' '' '')
   while sleep 0.05; do
     { printf '%s' "${codes[RANDOM % ${#codes[@]}]}" && head -c $((RANDOM % 600)) /dev/urandom; } |
       dd bs=1024 count=1 iflag=fullblock status=none >"/dev/udp/127.0.0.1/$port" || true
@@ -83,18 +91,20 @@ send_rubbish() {
 }
 
 kill_now_and_then() {
-  while sleep $((20 + RANDOM % 80)); do
+  while :; do
     elapsed >>"$folder/kills"
     kill -KILL "$(cat "$prefix/room")" 2>/dev/null || true
+    sleep $((20 + RANDOM % 80))
   done
 }
 
+# On a terminal of their own, bots tell their rate each second.
 bots() {
-  build/release/drench-bots "127.0.0.1:$1" --players 2 --skill 0.7 --seconds "$seconds" --name "$2" \
-    --json >"$folder/$2.json" 2>"$folder/$2.log"
+  script --quiet --return --flush /dev/null --command "build/release/drench-bots 127.0.0.1:$1 \
+    --players 2 --skill 0.7 --seconds $seconds --name $2 --json >$(printf %q "$folder/$2.json")" |
+    while IFS= read -r -d $'\r' line; do echo "$(elapsed) $line"; done >"$folder/$2.live"
 }
 
-RANDOM=1
 : >"$folder/kills"
 : >"$folder/ends"
 keep_room &
@@ -109,53 +119,78 @@ far=$!
 sleep 15
 kill_now_and_then &
 echo "Playing for $1 minutes ..."
-wait "$near" "$far"
+wait "$near"
+wait "$far"
 touch "$prefix/over"
 
-# The first state after a kill that anybody sees comes with the first join; four play with the fourth.
-awk -v kills="$folder/kills" '
-  BEGIN { while ((getline at < kills) > 0) kill[++count] = at; next_kill = 1 }
-  / joined$/ {
-    if (next_kill > count || $1 < kill[next_kill]) next
-    if (!(next_kill in first)) first[next_kill] = $1 - kill[next_kill]
-    if (++joins[next_kill] == 4) { four[next_kill] = $1 - kill[next_kill]; ++next_kill }
-    while (next_kill < count && $1 > kill[next_kill + 1]) ++next_kill
+# rates NAME: seconds and states a second of each player while both play, the lowest first.
+rates() {
+  awk '/ticks\/s.*playing 2 of 2/ { print $1, $2 + 0 }' "$folder/$1.live" | sort -n -k 2
+}
+for name in Near Far; do
+  rates $name | sort -n >"$folder/$name.rates"
+done
+
+# Only the bots' own joins count: rubbish may be a join too, of whatever name.
+LC_ALL=C awk -v kills="$folder/kills" '
+  BEGIN { while ((getline at < kills) > 0) kill[++count] = at }
+  { while (last < count && $1 >= kill[last + 1]) ++last }
+  /Server is listening/ && last && !(last in listens) { listens[last] = $1 - kill[last] }
+  / (Near|Far) [12] joined$/ {
+    if (!last || (last, $2, $3) in back) next
+    back[last, $2, $3] = 1
+    if (++joins[last] == 1) first[last] = $1 - kill[last]
+    if (joins[last] == 4) four[last] = $1 - kill[last]
   }
-  END { for (i = 1; i <= count; ++i) print kill[i], first[i], four[i] }' "$folder/room.log" \
+  END { for (i = 1; i <= count; ++i) print kill[i], listens[i], first[i], four[i] }' "$folder/room.log" \
   >"$folder/recoveries"
 
 {
   echo "$1 minutes, $(wc -l <"$folder/kills") kills, $(wc -l <"$folder/ends") ends"
   echo
   echo 'seconds from a kill until   median  longest'
-  for column in 2 3; do
-    [ $column = 2 ] && what='the first is back' || what='four play again'
+  words=('the room listens again' 'the first player is back' 'all four play again')
+  for column in 2 3 4; do
+    what=${words[column - 2]}
     awk -v column=$column 'NF >= column { print $column }' "$folder/recoveries" | sort -n |
       awk -v what="$what" '{ v[NR] = $1 } END { if (NR) printf "%-26s %7.2f  %7.2f\n", what, v[int((NR + 1) / 2)], v[NR] }'
   done
   echo
+  echo '      states/s  5 % below  received  missed  gap p50  gap p99  longest  round trip ms'
   for name in Near Far; do
-    echo "$name: $(jq -c .total "$folder/$name.json")"
-  done
+    echo "$name $(rates $name | awk '{ v[NR] = $2 } END { print v[int((NR + 1) / 2)], v[int(NR / 20) + 1] }') $(
+      jq -r '.total | [.snapshots, .snapshotsMissed, .gapMilliseconds.p50, .gapMilliseconds.p99,
+        .gapMilliseconds.max, .roundTripMilliseconds] | @tsv' "$folder/$name.json"
+    )"
+  done | awk '{ printf "%-5s %8.1f  %9.1f  %8d  %6d  %7.1f  %7.1f  %7.1f  %13.2f\n", $1, $2, $3, $4, $5, $6, $7, $8, $9 }'
   echo
   awk '$2 > 0 { v[++n] = $2 } END { printf "memory in KiB: first %d, last %d", v[1], v[n]; for (i in v) if (v[i] > most) most = v[i]; print ", most " most }' \
     "$folder/memory"
 } | tee "$folder/report.txt"
 
-gnuplot -e "folder='$folder'" - <<'GNUPLOT'
-set terminal pngcairo size 1400,700 font 'sans,13' background '#ffffff'
+gnuplot -e "folder='$folder'; minutes=$1" - <<'GNUPLOT'
+set terminal pngcairo size 1400,900 font 'sans,13' background '#ffffff'
 set output folder.'/soak.png'
 set border 3 linecolor '#666666'
 set tics nomirror textcolor '#333333'
 set grid ytics linecolor '#dddddd' linetype 1
 set key top right textcolor '#333333'
-set multiplot layout 2,1
+set multiplot layout 3,1
+set lmargin 8
+set xrange [0:minutes]
+set ylabel 'states a second'
+set yrange [0:80]
+set key bottom right
+plot folder.'/Near.rates' using ($1/60):2 with points pointtype 7 pointsize 0.3 linecolor '#2368b5' title 'of each player nearby', \
+     folder.'/Far.rates' using ($1/60):2 with points pointtype 7 pointsize 0.3 linecolor '#d9822b' title 'over the bad line'
+set key top right
 set ylabel 'MiB resident'
-set yrange [0:*]
+set yrange [0:6]
 plot folder.'/memory' using ($1/60):($2/1024) with lines linecolor '#2368b5' title 'memory of the room'
 set ylabel 'seconds after a kill'
+set yrange [0:*]
 set xlabel 'minutes'
-plot folder.'/recoveries' using ($1/60):2 with impulses linewidth 4 linecolor '#9aa5b1' title 'the first player is back', \
-     '' using ($1/60):3 with points pointtype 7 linecolor '#2368b5' title 'all four play again'
+plot folder.'/recoveries' using ($1/60):2 with impulses linewidth 4 linecolor '#9aa5b1' title 'the room listens again', \
+     '' using ($1/60):4 with points pointtype 7 linecolor '#2368b5' title 'all four play again'
 GNUPLOT
 echo "Written to $folder"

@@ -102,6 +102,8 @@ wait_for() {
 }
 
 open_room() {
+  # The log of the room before would look like this one's.
+  : >room.log
   # Not by the function above, which would be a process of its own.
   ip netns exec "$room" ./drench-server "$port" >room.log &
   server=$!
@@ -246,7 +248,8 @@ sized() { attack "${crowd%.*}.250" 1 40000 "$1" 10 1; }
 # Once all play.
 amid_play() {
   wait_for 'Bot 4 joined'
-  sleep 1
+  # Longer than clients take to learn the rate.
+  sleep 1.5
 }
 neighbour() {
   amid_play
@@ -314,10 +317,13 @@ play 'forged sources' "$seconds" forged 500 1.5
 keeps_its_rate 'forged sources'
 play 'flood, 1 address' "$seconds" flood_of_one 20000 5
 keeps_its_rate 'flood of 1 address'
+[ "$attacks_arrived" -lt 2000 ] || fail "flood of 1 address: $attacks_arrived arrived"
 play 'flood, the players'\'' address' "$seconds" neighbour 20000 2
 keeps_its_rate 'flood of the players'\'' address'
 play 'flood, 200 addresses' "$seconds" flood_of_many 20000 5
 keeps_its_rate 'flood of 200 addresses'
+# 1000 at once and 1000 a second, and the bots' own.
+[ "$attacks_arrived" -lt 7500 ] || fail "flood of 200 addresses: $attacks_arrived arrived"
 play '1400 bytes' "$seconds" oversized 5000 5
 keeps_its_rate '1400 bytes'
 play 'far link down for 2 s' 5 link_down "$far" 2
