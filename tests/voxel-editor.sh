@@ -3,12 +3,8 @@
 # usage: voxel-editor.sh DRENCH_MAP. Exits with 77 where the editor or its display is missing.
 set -euo pipefail
 
-for tool in goxel xvfb-run xauth; do
-  if ! command -v "$tool" >/dev/null; then
-    echo "skipped: $tool is not installed"
-    exit 77
-  fi
-done
+. "$(dirname "$0")/skipping.sh"
+skip_without goxel xvfb-run xauth
 
 drench_map=$(realpath "$1")
 cd "$(dirname "$0")/.."

@@ -108,7 +108,7 @@ void dropPrivileges() {
     const Words allowed = values(unit, "SystemCallFilter", instance);
     limit(RLIMIT_NOFILE, values(unit, "LimitNOFILE", instance), "LimitNOFILE");
     limit(RLIMIT_CORE, values(unit, "LimitCORE", instance), "LimitCORE");
-    umask(0777);
+    umask(static_cast<mode_t>(std::stoul(values(unit, "UMask", instance).at(0), nullptr, 8)));
     dropPrivileges();
     std::vector<char*> arguments;
     for (std::string& word : command)

@@ -3,22 +3,19 @@
 # usage: container.sh DRENCH_BOTS. Exits with 77 where there is no buildah or no root.
 set -euo pipefail
 
+. "$(dirname "$0")/../skipping.sh"
+skip_without buildah
+[ "$(id -u)" -eq 0 ] || skip 'only root can unpack an image for another user'
 bots=$(realpath "$1")
-if ! command -v buildah >/dev/null; then
-  echo 'skipped: buildah is not installed'
-  exit 77
-fi
-if [ "$(id -u)" -ne 0 ]; then
-  echo 'skipped: only root can unpack an image for another user'
-  exit 77
-fi
 cd "$(dirname "$0")/../.."
 port=$((30000 + $$ % 10000))
 
 folder=$(mktemp -d)
 server=
+runner=
 finish() {
-  [ -z "$server" ] || kill "$server" 2>/dev/null || true
+  # shellcheck disable=SC2086  # either may not have been started yet
+  kill $server $runner 2>/dev/null || true
   wait
   rm -rf "$folder"
 }
@@ -53,7 +50,7 @@ falls() {
   shift
   : >"$log"
   buildah run "$@" "$container" -- /drench-server "$port" >"$log" 2>&1 &
-  local runner=$!
+  runner=$!
   for _ in $(seq 100); do
     if grep -q listening "$log" || ! kill -0 "$runner" 2>/dev/null; then
       break
@@ -68,6 +65,7 @@ falls() {
   kill "$server"
   wait "$runner" || true
   server=
+  runner=
   awk -F, 'END { exit !($3 < 0) }' "$folder/record.csv" || status=1
   return $status
 }

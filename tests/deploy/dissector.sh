@@ -4,12 +4,8 @@
 # With DRENCH_RENEW_DISSECTION=1 it keeps today's dissection of the odd datagrams as the expected.
 set -euo pipefail
 
-for tool in tshark text2pcap dumpcap; do
-  if ! command -v "$tool" >/dev/null; then
-    echo "skipped: $tool is not installed"
-    exit 77
-  fi
-done
+. "$(dirname "$0")/../skipping.sh"
+skip_without tshark text2pcap dumpcap
 
 build=$(realpath "$1")
 cd "$(dirname "$0")/../.."
@@ -163,8 +159,9 @@ for ((tenths = 0; tenths < 100; ++tenths)); do
   sleep 0.1
 done
 if ! kill -0 "$capture" 2>/dev/null; then
-  echo "skipped: no capturing on the loopback interface: $(grep -m1 -i permi dumpcap.log)"
-  exit $((failures > 0 ? 1 : 77))
+  cat dumpcap.log >&2
+  [ $failures -eq 0 ] && grep -qi permi dumpcap.log || exit 1
+  skip 'no permission to capture on the loopback interface'
 fi
 
 ./drench-server "$port" >server.log &

@@ -5,16 +5,9 @@
 # shellcheck disable=SC2317 # Attacks are called by their names.
 set -euo pipefail
 
-for tool in ip nft jq; do
-  if ! command -v "$tool" >/dev/null; then
-    echo "skipped: $tool is not installed"
-    exit 77
-  fi
-done
-if [ "$(id -u)" != 0 ]; then
-  echo 'skipped: network namespaces need root'
-  exit 77
-fi
+. "$(dirname "$0")/../skipping.sh"
+skip_without ip nft jq
+[ "$(id -u)" = 0 ] || skip 'network namespaces need root'
 
 build=$(realpath "$1")
 hostile=$(realpath "$2")
@@ -53,8 +46,7 @@ if ! { ip netns add "$room" && ip netns add "$far" &&
   in_room nft list ruleset &&
   in_far "$hostile" "$room_address" "$port" "$far_address" 1 1 1 1 0; } \
   >/dev/null 2>refused; then
-  echo "skipped: no namespaces with nftables and raw sockets here: $(head -1 refused)"
-  exit 77
+  skip "no namespaces with nftables and raw sockets here: $(head -1 refused)"
 fi
 ip -n "$room" address add "$room_address/16" dev link0
 ip -n "$far" address add "$far_address/16" dev link0

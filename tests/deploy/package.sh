@@ -5,12 +5,8 @@ set -euo pipefail
 
 build=$(realpath "$1")
 version=$2
-for tool in dpkg-deb dpkg-shlibdeps file; do
-  if ! command -v "$tool" >/dev/null; then
-    echo "skipped: $tool is not installed"
-    exit 77
-  fi
-done
+. "$(dirname "$0")/../skipping.sh"
+skip_without dpkg-deb dpkg-shlibdeps file
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
