@@ -174,16 +174,14 @@ set output folder.'/soak.png'
 set border 3 linecolor '#666666'
 set tics nomirror textcolor '#333333'
 set grid ytics linecolor '#dddddd' linetype 1
-set key top right textcolor '#333333'
+set key outside above right horizontal textcolor '#333333'
 set multiplot layout 3,1
 set lmargin 8
 set xrange [0:minutes]
 set ylabel 'states a second'
 set yrange [0:80]
-set key bottom right
 plot folder.'/Near.rates' using ($1/60):2 with points pointtype 7 pointsize 0.3 linecolor '#2368b5' title 'of each player nearby', \
      folder.'/Far.rates' using ($1/60):2 with points pointtype 7 pointsize 0.3 linecolor '#d9822b' title 'over the bad line'
-set key top right
 set ylabel 'MiB resident'
 set yrange [0:6]
 plot folder.'/memory' using ($1/60):($2/1024) with lines linecolor '#2368b5' title 'memory of the room'
