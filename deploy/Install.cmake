@@ -19,6 +19,7 @@ endfunction()
 install_at_home(drench-server server)
 install(FILES deploy/nftables/drench.nft deploy/wireshark/drench.lua
         DESTINATION ${CMAKE_INSTALL_DATADIR}/drench COMPONENT server)
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT server)
 install(FILES deploy/man/drench-server.6 DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT server)
 if(TARGET drench-map)
   install_at_home(drench-bots tools)

@@ -8,10 +8,10 @@ need_build_tools
 need_tool_libraries
 need_package_tools
 install_missing
-echo 'Building ...'
+echo 'Building; this takes a minute or two ...'
 quietly cmake --preset package
 quietly cmake --build --preset package --parallel "$(nproc)"
 rm -f build/drench_*.deb
 quietly cpack --config build/package/CPackConfig.cmake -B build
 rm -rf build/_CPack_Packages
-echo "Now:  sudo apt-get install $(echo ./build/drench_*.deb)"
+echo "Now:  sudo apt-get install --reinstall $(echo ./build/drench_*.deb)"

@@ -21,7 +21,7 @@ dpkg-deb --extract "$package" root
 
 failures=0
 for file in bin/drench-server bin/drench-bots bin/drench-map bin/drench-lag lib/drench/Resources/mapdata \
-  share/drench/drench.nft share/drench/drench.lua share/drench/arenas/cascade.plan \
+  share/doc/drench/hosting.md share/drench/drench.nft share/drench/drench.lua share/drench/arenas/cascade.plan \
   share/man/man6/drench-server.6 share/man/man6/drench-bots.6 \
   share/man/man1/drench-map.1 share/man/man1/drench-lag.1 lib/systemd/system/drench@.service \
   lib/systemd/system/drench-recycle.service lib/systemd/system/drench-recycle.timer \
