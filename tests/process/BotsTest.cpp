@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -332,42 +331,38 @@ TEST_F(Bots, ScriptWithAnErrorIsNotPlayed) {
 TEST_F(Bots, WrongUseIsExplainedWithStatusTwo) {
     const std::string map = folder.write("ring", ring());
     const std::string jump = folder.write("jump.script", "at 5 jump\n");
-    const std::map<std::string, std::string> wrong = {
-        {"--players 5", "--players"},
-        {"--players 0", "--players"},
-        {"--skill 1.5", "--skill"},
-        {"--seconds -1", "--seconds"},
-        {"--skill nan", "--skill"},
-        {"--seconds inf", "--seconds"},
-        {"--seed many", "--seed"},
-        {"--seed -1", "--seed"},
-        {"--seed 18446744073709551616", "--seed"},
-        {"--tracks a --size 50x50", "--size"},
-        {"--rooms 5000", "--rooms 5000: not two ports"},
-        {"--rooms 5003-5001", "--rooms 5003-5001: not two ports"},
-        {"--rooms 5000-70000", "--rooms 5000-70000: not two ports"},
-        {"--rooms 5000-5001x", "--rooms 5000-5001x: not two ports"},
-        {"--rooms 5000-6000", "more than 250 rooms"},
-        {"localhost:5000 --rooms 5000-5001", "must not name a port"},
-        {"localhost:99999", "99999"},
-        {"--arena " + folder.path + "/missing", "/missing: cannot be read"},
-        {"--arena " + map + " --name 1234567890", "--name"},
-        {"--script " + map + " --players 2", "--script"},
-        {"--script " + folder.path + "/missing", "/missing: cannot be read"},
-        {"--record here", "--script"},
-        {"--arena " + map + " --tracks " + folder.path + "/none/tracks.png",
-         "/none/tracks.png: cannot be written"},
-        {"--script " + jump + " --record " + folder.path, ": cannot be written (it is a folder)"},
-        {"--size 640x480", "--tracks"},
-        {"--unknown", "--unknown"},
-        {"localhost:5000 localhost:5001", "localhost:5001"},
-    };
-    for (const auto& [arguments, words] : wrong) {
-        BotsProcess bots(arguments);
-        EXPECT_EQ(bots.status(), 2) << arguments;
-        EXPECT_NE(bots.err().find(words), std::string::npos) << arguments << ": " << bots.err();
-        EXPECT_EQ(bots.out(), "") << arguments;
-    }
+    expectWrongUse(DRENCH_BOTS,
+                   {
+                       {"--players 5", "--players"},
+                       {"--players 0", "--players"},
+                       {"--skill 1.5", "--skill"},
+                       {"--seconds -1", "--seconds"},
+                       {"--skill nan", "--skill"},
+                       {"--seconds inf", "--seconds"},
+                       {"--seed many", "--seed"},
+                       {"--seed -1", "--seed"},
+                       {"--seed 18446744073709551616", "--seed"},
+                       {"--tracks a --size 50x50", "--size"},
+                       {"--rooms 5000", "--rooms 5000: not two ports"},
+                       {"--rooms 5003-5001", "--rooms 5003-5001: not two ports"},
+                       {"--rooms 5000-70000", "--rooms 5000-70000: not two ports"},
+                       {"--rooms 5000-5001x", "--rooms 5000-5001x: not two ports"},
+                       {"--rooms 5000-6000", "more than 250 rooms"},
+                       {"localhost:5000 --rooms 5000-5001", "must not name a port"},
+                       {"localhost:99999", "99999"},
+                       {"--arena " + folder.path + "/missing", "/missing: cannot be read"},
+                       {"--arena " + map + " --name 1234567890", "--name"},
+                       {"--script " + map + " --players 2", "--script"},
+                       {"--script " + folder.path + "/missing", "/missing: cannot be read"},
+                       {"--record here", "--script"},
+                       {"--arena " + map + " --tracks " + folder.path + "/none/tracks.png",
+                        "/none/tracks.png: cannot be written"},
+                       {"--script " + jump + " --record " + folder.path,
+                        ": cannot be written (it is a folder)"},
+                       {"--size 640x480", "--tracks"},
+                       {"--unknown", "--unknown"},
+                       {"localhost:5000 localhost:5001", "localhost:5001"},
+                   });
     BotsProcess help("--help");
     EXPECT_EQ(help.status(), 0);
     EXPECT_NE(help.out().find("at 150 turn 90 -10"), std::string::npos) << help.out();

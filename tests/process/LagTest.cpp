@@ -10,7 +10,6 @@
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
@@ -182,37 +181,33 @@ TEST(Lag, WrongUseIsExplainedWithStatusTwo) {
     const ServerProcess server = ServerProcess::listening(emptyCourt());
     const std::string taken = std::to_string(server.port());
     const std::string own = std::to_string(freePort());
-    const std::map<std::string, std::string> wrong = {
-        {"", "port is required"},
-        {"5000x", "5000x is no port from 0 to 65535"},
-        {"65536", "65536 is no port from 0 to 65535"},
-        {"-1", "-1"},
-        {taken, "port " + taken + ": Address already in use"},
-        {own + " 127.0.0.1:" + own, "port " + own + ": the room cannot be the relay itself"},
-        {"0 localhost:99999", "99999"},
-        {"0 localhost:5000 more", "more"},
-        {"0 --delay -1", "--delay: -1 is no number from 0 to 10000"},
-        {"0 --delay 80ms", "--delay: 80ms is no number"},
-        {"0 --up-delay 10001", "--up-delay: 10001 is no number"},
-        {"0 --jitter nan", "--jitter: nan is no number"},
-        {"0 --loss 2", "--loss: 2 is no share from 0% to 100%"},
-        {"0 --down-loss 101%", "--down-loss: 101% is no share"},
-        {"0 --duplicate nan%", "--duplicate: nan% is no share"},
-        {"0 --reorder %", "--reorder: % is no share"},
-        {"0 --reorder-by inf", "--reorder-by: inf is no number"},
-        {"0 --burst 0.5", "--burst: 0.5 is no number from 1 to 1000"},
-        {"0 --loss 90% --burst 4", "up: bursts of 4 datagrams lose at most 80%, not 90%"},
-        {"0 --loss 1% --burst 4 --down-loss 81%", "down: bursts of 4 datagrams"},
-        {"0 --seed -1", "--seed: -1 is no whole number"},
-        {"0 --seconds inf", "--seconds: inf is no number"},
-        {"0 --unknown", "--unknown"},
-    };
-    for (const auto& [arguments, words] : wrong) {
-        LagProcess lag(arguments);
-        EXPECT_EQ(lag.status(), 2) << arguments;
-        EXPECT_NE(lag.err().find(words), std::string::npos) << arguments << ": " << lag.err();
-        EXPECT_EQ(lag.out(), "") << arguments;
-    }
+    expectWrongUse(
+        DRENCH_LAG,
+        {
+            {"", "port is required"},
+            {"5000x", "5000x is no port from 0 to 65535"},
+            {"65536", "65536 is no port from 0 to 65535"},
+            {"-1", "-1"},
+            {taken, "port " + taken + ": Address already in use"},
+            {own + " 127.0.0.1:" + own, "port " + own + ": the room cannot be the relay itself"},
+            {"0 localhost:99999", "99999"},
+            {"0 localhost:5000 more", "more"},
+            {"0 --delay -1", "--delay: -1 is no number from 0 to 10000"},
+            {"0 --delay 80ms", "--delay: 80ms is no number"},
+            {"0 --up-delay 10001", "--up-delay: 10001 is no number"},
+            {"0 --jitter nan", "--jitter: nan is no number"},
+            {"0 --loss 2", "--loss: 2 is no share from 0% to 100%"},
+            {"0 --down-loss 101%", "--down-loss: 101% is no share"},
+            {"0 --duplicate nan%", "--duplicate: nan% is no share"},
+            {"0 --reorder %", "--reorder: % is no share"},
+            {"0 --reorder-by inf", "--reorder-by: inf is no number"},
+            {"0 --burst 0.5", "--burst: 0.5 is no number from 1 to 1000"},
+            {"0 --loss 90% --burst 4", "up: bursts of 4 datagrams lose at most 80%, not 90%"},
+            {"0 --loss 1% --burst 4 --down-loss 81%", "down: bursts of 4 datagrams"},
+            {"0 --seed -1", "--seed: -1 is no whole number"},
+            {"0 --seconds inf", "--seconds: inf is no number"},
+            {"0 --unknown", "--unknown"},
+        });
     LagProcess help("--help");
     EXPECT_EQ(help.status(), 0);
     EXPECT_NE(help.out().find("--reorder-by MS"), std::string::npos) << help.out();

@@ -5,6 +5,8 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <gtest/gtest.h>
+#include <map>
 #include <sstream>
 #include <string>
 #include <sys/prctl.h>
@@ -70,3 +72,15 @@ class ToolProcess {
     pid_t pid_ = -1;
     int status_ = -1;
 };
+
+/// Each of these arguments ends the program at once, with status 2, nothing on standard output, and
+/// the words beside them on standard error.
+inline void expectWrongUse(const std::string& executable,
+                           const std::map<std::string, std::string>& wordsByArguments) {
+    for (const auto& [arguments, words] : wordsByArguments) {
+        ToolProcess tool(executable, arguments);
+        EXPECT_EQ(tool.status(), 2) << arguments;
+        EXPECT_NE(tool.err().find(words), std::string::npos) << arguments << ": " << tool.err();
+        EXPECT_EQ(tool.out(), "") << arguments;
+    }
+}
