@@ -123,12 +123,9 @@ wait "$near"
 wait "$far"
 touch "$prefix/over"
 
-# rates NAME: seconds and states a second of each player while both play, the lowest first.
-rates() {
-  awk '/ticks\/s.*playing 2 of 2/ { print $1, $2 + 0 }' "$folder/$1.live" | sort -n -k 2
-}
+# Seconds, and states a second of each player while both play.
 for name in Near Far; do
-  rates $name | sort -n >"$folder/$name.rates"
+  awk '/ticks\/s.*playing 2 of 2/ { print $1, $2 + 0 }' "$folder/$name.live" >"$folder/$name.rates"
 done
 
 # Only the bots' own joins count: rubbish may be a join too, of whatever name.
@@ -158,7 +155,7 @@ LC_ALL=C awk -v kills="$folder/kills" '
   echo
   echo '      states/s  5 % below  received  missed  gap p50  gap p99  longest  round trip ms'
   for name in Near Far; do
-    echo "$name $(rates $name | awk '{ v[NR] = $2 } END { print v[int((NR + 1) / 2)], v[int(NR / 20) + 1] }') $(
+    echo "$name $(sort -n -k 2 "$folder/$name.rates" | awk '{ v[NR] = $2 } END { print v[int((NR + 1) / 2)], v[int(NR / 20) + 1] }') $(
       jq -r '.total | [.snapshots, .snapshotsMissed, .gapMilliseconds.p50, .gapMilliseconds.p99,
         .gapMilliseconds.max, .roundTripMilliseconds] | @tsv' "$folder/$name.json"
     )"

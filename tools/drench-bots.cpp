@@ -2,6 +2,7 @@
 #include "Console.h"
 #include "FilePath.h"
 #include "Files.h"
+#include "NumberIn.h"
 #include "Play.h"
 #include "Png.h"
 #include "Report.h"
@@ -14,7 +15,6 @@
 #include <CLI/CLI.hpp>
 #include <arpa/inet.h>
 #include <array>
-#include <charconv>
 #include <chrono>
 #include <iomanip>
 #include <iostream>
@@ -66,20 +66,9 @@ struct Options {
     bool quiet = false;
 };
 
-/// The address of "HOST:PORT", with its port in the name even when the user left it out.
-bots::RoomAddress addressOf(const std::string& target) {
-    std::string problem;
-    const std::optional<sockaddr_in> address = client::resolve(target, problem);
-    if (!address)
-        throw InputError(target + ": " + problem);
-    const std::string host = target.substr(0, target.find(':'));
-    return {(host.empty() ? "localhost" : host) + ':' + std::to_string(ntohs(address->sin_port)),
-            *address};
-}
-
 /// The ports A to B of a host.
 std::vector<bots::RoomAddress> addressesOf(const std::string& host, const std::string& ports) {
-    const bots::RoomAddress first = addressOf(host);
+    const bots::RoomAddress first = bots::roomAt(host);
     int from = 0;
     int to = 0;
     char dash = 0;
@@ -149,7 +138,7 @@ int writeReport(const bots::Report& report, const Options& options) {
 }
 
 int playScript(const Options& options) {
-    const bots::RoomAddress room = addressOf(options.target);
+    const bots::RoomAddress room = bots::roomAt(options.target);
     const std::vector<bots::Action> script =
         bots::readScript(arena::readFile(options.script), options.script);
     if (!options.record.empty())
@@ -183,7 +172,7 @@ bots::Roadmap chartArena(MapManager& map, bots::Console& console) {
 
 int playBots(const Options& options) {
     const std::vector<bots::RoomAddress> rooms = options.rooms.empty()
-                                                     ? std::vector{addressOf(options.target)}
+                                                     ? std::vector{bots::roomAt(options.target)}
                                                      : addressesOf(options.target, options.rooms);
     ArenaFile arena = readWholeArena(options.arena);
     if (!options.tracks.empty())
@@ -245,12 +234,9 @@ constexpr char scriptHelp[] =
 CLI::Validator between(double low, double high) {
     return CLI::Validator(
         [=](const std::string& text) {
-            double value = 0.0;
-            const auto [end, error] =
-                std::from_chars(text.data(), text.data() + text.size(), value);
-            const bool isNumber = error == std::errc() && end == text.data() + text.size();
+            const std::optional<double> value = numberIn<double>(text);
             std::ostringstream words;
-            if (!isNumber || !(value >= low && value <= high))
+            if (!value || !(*value >= low && *value <= high))
                 words << text << " is not from " << low << " to " << high;
             return words.str();
         },
@@ -261,11 +247,8 @@ CLI::Validator between(double low, double high) {
 CLI::Validator seedNumber() {
     return CLI::Validator(
         [](const std::string& text) {
-            std::uint64_t value = 0;
-            const auto [end, error] =
-                std::from_chars(text.data(), text.data() + text.size(), value);
-            const bool isNumber = error == std::errc() && end == text.data() + text.size();
-            return isNumber ? std::string() : text + " is no whole number from 0 to 2^64 - 1";
+            return numberIn<std::uint64_t>(text) ? std::string()
+                                                 : text + " is no whole number from 0 to 2^64 - 1";
         },
         "");
 }

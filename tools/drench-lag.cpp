@@ -1,13 +1,12 @@
 #include "Console.h"
+#include "NumberIn.h"
 #include "Relay.h"
-#include "Session.h"
+#include "RoomAddress.h"
 #include "StopSignals.h"
 #include "TrafficReport.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <arpa/inet.h>
-#include <charconv>
 #include <chrono>
 #include <iomanip>
 #include <iostream>
@@ -62,15 +61,6 @@ struct Options {
     bool json = false;
     bool quiet = false;
 };
-
-template<class Number>
-std::optional<Number> numberIn(const std::string& text) {
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size())
-        return std::nullopt;
-    return number;
-}
 
 /// The number in a text. Throws where there is none, or none in the range, as is a not-a-number.
 double numberBetween(const std::string& option, const std::string& text, double low, double high) {
@@ -167,12 +157,9 @@ std::string liveLine(const lag::Relay& relay, std::uint64_t upBefore, std::uint6
 }
 
 int relayBetween(const Options& options, const lag::Settings& up, const lag::Settings& down) {
-    std::string problem;
-    const std::optional<sockaddr_in> room = client::resolve(options.room, problem);
-    if (!room)
-        throw std::runtime_error(options.room + ": " + problem);
+    const bots::RoomAddress room = bots::roomAt(options.room);
     bots::Console console(options.quiet, options.json);
-    lag::Relay relay(static_cast<std::uint16_t>(options.port), *room, up, down, options.seed,
+    lag::Relay relay(static_cast<std::uint16_t>(options.port), room.address, up, down, options.seed,
                      [&](const std::string& note) { console.note(note); });
     listenForSignals();
     (options.json ? std::cerr : std::cout)
@@ -198,18 +185,11 @@ int relayBetween(const Options& options, const lag::Settings& up, const lag::Set
     }
     console.clear();
 
-    const std::string host = options.room.substr(0, options.room.find(':'));
-    const lag::Report report{relay.port(),
-                             (host.empty() ? "localhost" : host) + ':' +
-                                 std::to_string(ntohs(room->sin_port)),
-                             secondsSince(start),
-                             options.seed,
-                             relay.clientsSeen(),
-                             relay.refusals(),
-                             relay.waiting(),
-                             up,
-                             relay.up(),
-                             down,
+    const lag::Report report{relay.port(),        room.name,
+                             secondsSince(start), options.seed,
+                             relay.clientsSeen(), relay.refusals(),
+                             relay.waiting(),     up,
+                             relay.up(),          down,
                              relay.down()};
     if (options.json)
         lag::writeJson(std::cout, report);

@@ -10,7 +10,6 @@
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -253,20 +252,10 @@ TEST_F(Bots, SameSeedGivesTheSameNames) {
 }
 
 TEST_F(Bots, LineOnATerminalShowsHowItGoes) {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(master, 0);
-    ASSERT_EQ(grantpt(master), 0);
-    ASSERT_EQ(unlockpt(master), 0);
-    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(terminal, 0);
-    BotsProcess bots(inRoom("--players 2 --seconds 1.6"), terminal);
+    PseudoTerminal terminal;
+    BotsProcess bots(inRoom("--players 2 --seconds 1.6"), terminal.descriptor());
     EXPECT_EQ(bots.status(), 0);
-    std::string shown(65536, '\0');
-    fcntl(master, F_SETFL, O_NONBLOCK);
-    shown.resize(
-        static_cast<std::size_t>(std::max<ssize_t>(read(master, shown.data(), shown.size()), 0)));
-    close(terminal);
-    close(master);
+    const std::string shown = terminal.shown();
     EXPECT_NE(shown.find("\rcharting the arena"), std::string::npos) << shown;
     EXPECT_NE(shown.find(" ticks/s   round trip "), std::string::npos) << shown;
     EXPECT_NE(shown.find("   playing 2 of 2"), std::string::npos) << shown;

@@ -5,9 +5,7 @@
 #include "TemporaryFolder.h"
 #include "ToolProcess.h"
 
-#include <algorithm>
 #include <csignal>
-#include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -156,22 +154,12 @@ TEST(Lag, EndsByItselfAndIsQuietWhenAsked) {
 
 TEST(Lag, LineOnATerminalShowsHowItGoes) {
     const ServerProcess server = ServerProcess::listening(emptyCourt());
-    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(master, 0);
-    ASSERT_EQ(grantpt(master), 0);
-    ASSERT_EQ(unlockpt(master), 0);
-    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(terminal, 0);
-    LagProcess lag("0" + room(server) + " --seconds 2.6", terminal);
+    PseudoTerminal terminal;
+    LagProcess lag("0" + room(server) + " --seconds 2.6", terminal.descriptor());
     Session ann = joining(lag.port(), "Ann");
     EXPECT_TRUE(playUntil(ann, [&] { return ann.statistics().snapshots >= 10; }));
     EXPECT_EQ(lag.status(), 0);
-    std::string shown(65536, '\0');
-    fcntl(master, F_SETFL, O_NONBLOCK);
-    shown.resize(
-        static_cast<std::size_t>(std::max<ssize_t>(read(master, shown.data(), shown.size()), 0)));
-    close(terminal);
-    close(master);
+    const std::string shown = terminal.shown();
     EXPECT_NE(shown.find("\r1 client   up "), std::string::npos) << shown;
     EXPECT_NE(shown.find("/s, lost 0   on their way "), std::string::npos) << shown;
     EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;

@@ -4,6 +4,7 @@
 #include "TemporaryFolder.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -71,6 +72,37 @@ class ToolProcess {
     TemporaryFolder folder_;
     pid_t pid_ = -1;
     int status_ = -1;
+};
+
+/// A terminal that a program can be given, and what it has shown there.
+class PseudoTerminal {
+  public:
+    PseudoTerminal() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)) {
+        EXPECT_EQ(grantpt(master_), 0);
+        EXPECT_EQ(unlockpt(master_), 0);
+        descriptor_ = open(ptsname(master_), O_RDWR | O_NOCTTY | O_CLOEXEC);
+        EXPECT_GE(descriptor_, 0);
+    }
+    ~PseudoTerminal() {
+        close(descriptor_);
+        close(master_);
+    }
+    PseudoTerminal(const PseudoTerminal&) = delete;
+    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+    int descriptor() const { return descriptor_; }
+
+    /// What has been written since the last call, at most 64 KiB.
+    std::string shown() const {
+        std::string text(65536, '\0');
+        const ssize_t length = read(master_, text.data(), text.size());
+        text.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+        return text;
+    }
+
+  private:
+    int master_;
+    int descriptor_;
 };
 
 /// Each of these arguments ends the program at once, with status 2, nothing on standard output, and

@@ -7,9 +7,13 @@ namespace bots {
 
 /// A room to play in.
 struct RoomAddress {
-    /// As the user named it: "localhost:5000".
+    /// As the user named it, with its port: "localhost:5000".
     std::string name;
     sockaddr_in address{};
 };
+
+/// The room at "HOST:PORT", "HOST" or ":PORT", as client::resolve() finds it. Throws
+/// arena::InputError with the reason where it does not.
+RoomAddress roomAt(const std::string& hostAndPort);
 
 } // namespace bots

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <charconv>
+#include <optional>
+#include <string>
+
+/// The number that the whole text is, by std::from_chars; nothing where it is none, or does not
+/// fit.
+template<class Number>
+std::optional<Number> numberIn(const std::string& text) {
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return number;
+}
