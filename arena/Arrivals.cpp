@@ -1,6 +1,6 @@
-#include "Arrivals.h"
+#include "arena/Arrivals.h"
 
-namespace arena {
+namespace drench::arena {
 
 namespace {
 
@@ -57,4 +57,4 @@ std::vector<Arrival> arrivals(MapManager& map) {
     return all;
 }
 
-} // namespace arena
+} // namespace drench::arena

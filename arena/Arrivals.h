@@ -1,11 +1,11 @@
 #pragma once
 
-#include "MapManager.h"
-#include "Player.h"
+#include "src/MapManager.h"
+#include "src/Player.h"
 
 #include <vector>
 
-namespace arena {
+namespace drench::arena {
 
 /// What becomes of a player who spawns at one pose and touches no key.
 struct Arrival {
@@ -48,4 +48,4 @@ bool stands(const Player& player);
 /// Whether the body's centre has passed a side or the bottom of the world. Above it nobody is lost.
 bool hasLeftTheWorld(const Player& player);
 
-} // namespace arena
+} // namespace drench::arena

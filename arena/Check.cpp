@@ -1,15 +1,15 @@
-#include "Check.h"
+#include "arena/Check.h"
 
-#include "Collisions.h"
-#include "Map.h"
-#include "Materials.h"
-#include "PlaceGraph.h"
+#include "arena/Map.h"
+#include "arena/Materials.h"
+#include "arena/PlaceGraph.h"
+#include "src/Collisions.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-namespace arena {
+namespace drench::arena {
 
 namespace {
 
@@ -256,4 +256,4 @@ CheckResult check(MapText& text, const CheckProgress& progress) {
     return result;
 }
 
-} // namespace arena
+} // namespace drench::arena

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "MapText.h"
-#include "Reach.h"
-#include "Sight.h"
+#include "arena/MapText.h"
+#include "arena/Reach.h"
+#include "arena/Sight.h"
 
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace arena {
+namespace drench::arena {
 
 enum class Severity {
     /// The arena cannot be played as it is.
@@ -62,4 +62,4 @@ CheckResult check(MapManager& map, const PlaceOfCell& placeOf, const CheckProgre
 /// Checks a map text: first its numbers, and the arena only when they give every cell.
 CheckResult check(MapText& text, const CheckProgress& progress = {});
 
-} // namespace arena
+} // namespace drench::arena

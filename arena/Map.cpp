@@ -1,8 +1,10 @@
-#include "Map.h"
+#include "arena/Map.h"
+
+#include "common/Files.h"
 
 #include <string>
 
-namespace arena {
+namespace drench::arena {
 
 bool isArenaSize(long columns, long rows, long depth) {
     if (columns < 1 || rows < 1 || depth < 1)
@@ -15,6 +17,11 @@ MapManager emptyMap(int columns, int rows, int depth) {
     MapManager map;
     map.init(std::to_string(columns) + " " + std::to_string(rows) + " " + std::to_string(depth));
     return map;
+}
+
+void requireCells(const MapManager& map) {
+    if (!map.hasCells())
+        throw InputError("the map has no cells");
 }
 
 Box& cell(MapManager& map, int column, int row, int depth) {
@@ -31,4 +38,4 @@ CellIndex cellAt(const MapManager& map, vec3 point) {
     return {map.getColumn(point.x), map.getRow(point.y), map.getDepth(point.z)};
 }
 
-} // namespace arena
+} // namespace drench::arena

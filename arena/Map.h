@@ -1,10 +1,10 @@
 #pragma once
 
-#include "MapManager.h"
+#include "src/MapManager.h"
 
 #include <compare>
 
-namespace arena {
+namespace drench::arena {
 
 /// A cell of the grid; ordered as in the map text.
 struct CellIndex {
@@ -27,6 +27,9 @@ bool isArenaSize(long columns, long rows, long depth);
 /// A map of empty cells. The dimensions must be an arena's size.
 MapManager emptyMap(int columns, int rows, int depth);
 
+/// Throws InputError, "the map has no cells", when that is so.
+void requireCells(const MapManager& map);
+
 /// The cell (i, j, k), which must lie in the grid: its `solid` and `cellValue` may be set.
 Box& cell(MapManager& map, int column, int row, int depth);
 const Box& cell(const MapManager& map, int column, int row, int depth);
@@ -34,4 +37,4 @@ const Box& cell(const MapManager& map, int column, int row, int depth);
 /// The cell of the grid that holds the point, or the nearest one. The map must have cells.
 CellIndex cellAt(const MapManager& map, vec3 point);
 
-} // namespace arena
+} // namespace drench::arena

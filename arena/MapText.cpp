@@ -1,6 +1,6 @@
-#include "MapText.h"
+#include "arena/MapText.h"
 
-#include "Map.h"
+#include "arena/Map.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include <limits>
 #include <optional>
 
-namespace arena {
+namespace drench::arena {
 
 namespace {
 
@@ -421,4 +421,4 @@ std::string writeMapText(const MapManager& map) {
     return text;
 }
 
-} // namespace arena
+} // namespace drench::arena

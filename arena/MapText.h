@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Map.h"
+#include "arena/Map.h"
 
 #include <compare>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace arena {
+namespace drench::arena {
 
 /// A place in a text file, counted from 1; columns count bytes.
 struct TextPlace {
@@ -61,4 +61,4 @@ MapText readMapText(const std::string& bytes);
 /// because the loader joins lines.
 std::string writeMapText(const MapManager& map);
 
-} // namespace arena
+} // namespace drench::arena

@@ -1,6 +1,6 @@
-#include "Materials.h"
+#include "arena/Materials.h"
 
-namespace arena {
+namespace drench::arena {
 
 namespace {
 
@@ -47,4 +47,4 @@ Colour colourOf(int cellValue) {
             static_cast<std::uint8_t>((value * 57u + 60u) | 1u)};
 }
 
-} // namespace arena
+} // namespace drench::arena

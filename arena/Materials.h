@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-namespace arena {
+namespace drench::arena {
 
 struct Colour {
     std::uint8_t red = 0;
@@ -35,4 +35,4 @@ std::string materialName(int cellValue);
 /// material's and, up to 255, from every other value's.
 Colour colourOf(int cellValue);
 
-} // namespace arena
+} // namespace drench::arena

@@ -1,4 +1,4 @@
-#include "PlaceGraph.h"
+#include "arena/PlaceGraph.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
-namespace arena {
+namespace drench::arena {
 
 namespace {
 
@@ -213,4 +213,4 @@ std::vector<DeadEnd> deadEnds(const Reach& reach) {
     return found;
 }
 
-} // namespace arena
+} // namespace drench::arena

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Reach.h"
+#include "arena/Reach.h"
 
 #include <vector>
 
 // Questions asked of the graph of standing places.
 
-namespace arena {
+namespace drench::arena {
 
 /// For each place whether it can be reached from `start`, itself included.
 std::vector<bool> reachableFrom(const Reach& reach, int start);
@@ -30,4 +30,4 @@ struct DeadEnd {
 /// Found by cut vertices (Hopcroft and Tarjan).
 std::vector<DeadEnd> deadEnds(const Reach& reach);
 
-} // namespace arena
+} // namespace drench::arena

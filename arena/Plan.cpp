@@ -1,9 +1,9 @@
-#include "Plan.h"
+#include "arena/Plan.h"
 
-#include "Files.h"
-#include "Map.h"
-#include "MapText.h"
-#include "Materials.h"
+#include "arena/Map.h"
+#include "arena/MapText.h"
+#include "arena/Materials.h"
+#include "common/Files.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-namespace arena {
+namespace drench::arena {
 
 namespace {
 
@@ -445,4 +445,4 @@ std::string writePlan(const Plan& plan) {
     return text;
 }
 
-} // namespace arena
+} // namespace drench::arena

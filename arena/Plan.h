@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Map.h"
-#include "MapText.h"
+#include "arena/Map.h"
+#include "arena/MapText.h"
 
 #include <string>
 #include <vector>
 
-namespace arena {
+namespace drench::arena {
 
 /// An arena as people edit it: text with one grid of characters for each row of cubes. Line by line
 /// (a line that starts with '#' is a comment, and it or an empty line may stand anywhere but inside
@@ -46,4 +46,4 @@ Plan readPlan(const std::string& text, const std::string& file);
 /// more than 93 kinds, air included, which is how many characters there are.
 std::string writePlan(const Plan& plan);
 
-} // namespace arena
+} // namespace drench::arena

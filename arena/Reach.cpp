@@ -1,6 +1,6 @@
-#include "Reach.h"
+#include "arena/Reach.h"
 
-#include "Map.h"
+#include "arena/Map.h"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +11,7 @@
 #include <unordered_set>
 #include <utility>
 
-namespace arena {
+namespace drench::arena {
 
 namespace {
 
@@ -404,4 +404,4 @@ std::vector<CellIndex> walkableCells(const MapManager& map) {
     return walkable;
 }
 
-} // namespace arena
+} // namespace drench::arena

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "Arrivals.h"
-#include "Map.h"
-#include "MapManager.h"
-#include "Vector.h"
+#include "arena/Arrivals.h"
+#include "arena/Map.h"
+#include "src/MapManager.h"
+#include "src/Vector.h"
 
 #include <functional>
 #include <vector>
 
-namespace arena {
+namespace drench::arena {
 
 /// A place where a player came to stand: the cell that the middle of its feet lies in.
 struct StandingPlace {
@@ -57,4 +57,4 @@ Reach explore(MapManager& map, const std::vector<Arrival>& arrivals, Pace pace,
 /// or not.
 std::vector<CellIndex> walkableCells(const MapManager& map);
 
-} // namespace arena
+} // namespace drench::arena

@@ -1,11 +1,11 @@
-#include "Sight.h"
+#include "arena/Sight.h"
 
-#include "Collisions.h"
+#include "src/Collisions.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace arena {
+namespace drench::arena {
 
 namespace {
 
@@ -50,19 +50,15 @@ bool anyPointOf(const Box& body, int pointsAcross, const Predicate& holds) {
     return false;
 }
 
-Triple inCells(vec3 v) {
-    return {v.x / cubeEdge, v.y / cubeEdge, v.z / cubeEdge};
-}
-
-bool isHidden(const Scene& scene, vec3 eye, vec3 point) {
-    const std::optional<Hit> hit = trace(scene, {inCells(eye), inCells(point - eye)});
+bool isHidden(const Grid& grid, vec3 eye, vec3 point) {
+    const std::optional<Hit> hit = trace(grid, rayAlong(eye, point - eye));
     return hit && hit->distance < 1.0;
 }
 
 /// Whether a shot meets no cube. Marching there takes a shot longest, so that is asked last.
-bool isLost(const Scene& scene, vec3 shooter, vec3 direction) {
-    return !trace(scene, {inCells(shooter), inCells(direction)}) ||
-           scene.map->pointOfIntersection(shooter, direction).x < 0.0f;
+bool isLost(const Grid& grid, vec3 shooter, vec3 direction) {
+    return !trace(grid, rayAlong(shooter, direction)) ||
+           grid.map->pointOfIntersection(shooter, direction).x < 0.0f;
 }
 
 /// Directions spread evenly over the sphere along a spiral (a Fibonacci lattice), without those
@@ -83,7 +79,7 @@ std::vector<vec3> viewDirections() {
 }
 
 /// Ordered pairs of poses that see each other at a moment, of those arrivals that get to it.
-std::vector<std::pair<int, int>> pairsInSight(const Scene& scene,
+std::vector<std::pair<int, int>> pairsInSight(const Grid& grid,
                                               const std::vector<Arrival>& arrivals,
                                               Player Arrival::*moment,
                                               bool (Arrival::*getsThere)() const) {
@@ -91,7 +87,7 @@ std::vector<std::pair<int, int>> pairsInSight(const Scene& scene,
     for (const Arrival& from : arrivals) {
         for (const Arrival& to : arrivals) {
             if (from.pose != to.pose && (from.*getsThere)() && (to.*getsThere)() &&
-                sees(scene, (from.*moment).position, (to.*moment).box))
+                sees(grid, (from.*moment).position, (to.*moment).box))
                 pairs.emplace_back(from.pose, to.pose);
         }
     }
@@ -109,17 +105,17 @@ bool inOneView(vec3 eye, vec3 a, vec3 b) {
 
 /// Whether two landed players can be soaked in one view from the middle of a body while no third
 /// one can soak that body.
-bool isSniperPlace(const Scene& scene, const std::vector<Arrival>& arrivals, const Box& body) {
+bool isSniperPlace(const Grid& grid, const std::vector<Arrival>& arrivals, const Box& body) {
     std::vector<const Arrival*> targets;
     for (const Arrival& arrival : arrivals) {
-        if (arrival.comesToStand() && canSoak(scene, body.centre, arrival.landed.box))
+        if (arrival.comesToStand() && canSoak(grid, body.centre, arrival.landed.box))
             targets.push_back(&arrival);
     }
     if (targets.size() < 2)
         return false;
     std::vector<const Arrival*> shooters;
     for (const Arrival& arrival : arrivals) {
-        if (arrival.comesToStand() && canSoak(scene, arrival.landed.position, body))
+        if (arrival.comesToStand() && canSoak(grid, arrival.landed.position, body))
             shooters.push_back(&arrival);
     }
     for (const Arrival* one : targets) {
@@ -138,18 +134,18 @@ bool isSniperPlace(const Scene& scene, const std::vector<Arrival>& arrivals, con
 
 } // namespace
 
-bool sees(const Scene& scene, vec3 eye, const Box& body) {
-    return anyPointOf(body, finePoints, [&](vec3 point) { return !isHidden(scene, eye, point); });
+bool sees(const Grid& grid, vec3 eye, const Box& body) {
+    return anyPointOf(body, finePoints, [&](vec3 point) { return !isHidden(grid, eye, point); });
 }
 
-bool canSoak(const Scene& scene, vec3 shooter, const Box& body) {
+bool canSoak(const Grid& grid, vec3 shooter, const Box& body) {
     return anyPointOf(body, coarsePoints, [&](vec3 point) {
         // Shots march in small steps; what hides the point is found much faster.
-        if (isHidden(scene, shooter, point))
+        if (isHidden(grid, shooter, point))
             return false;
         vec3 towards = point - shooter;
         towards.normalize();
-        const vec3 hit = scene.map->pointOfIntersection(shooter, towards);
+        const vec3 hit = grid.map->pointOfIntersection(shooter, towards);
         vec3 entry;
         return hit.x >= 0.0f && Line_AABB(shooter, hit, body.min, body.max, entry);
     });
@@ -157,10 +153,10 @@ bool canSoak(const Scene& scene, vec3 shooter, const Box& body) {
 
 Sight lookAround(const MapManager& map, const std::vector<Arrival>& arrivals, const Reach& reach,
                  const std::function<void(std::size_t)>& progress) {
-    const Scene scene = sceneOf(map, {0.0, 1.0, 0.0});
+    const Grid grid = gridOf(map);
     Sight sight;
-    sight.whenSpawned = pairsInSight(scene, arrivals, &Arrival::spawned, &Arrival::startsFree);
-    sight.whenLanded = pairsInSight(scene, arrivals, &Arrival::landed, &Arrival::comesToStand);
+    sight.whenSpawned = pairsInSight(grid, arrivals, &Arrival::spawned, &Arrival::startsFree);
+    sight.whenLanded = pairsInSight(grid, arrivals, &Arrival::landed, &Arrival::comesToStand);
 
     const std::vector<vec3> directions = viewDirections();
     long shots = 0;
@@ -168,11 +164,11 @@ Sight lookAround(const MapManager& map, const std::vector<Arrival>& arrivals, co
     for (std::size_t i = 0; i < reach.places.size(); ++i) {
         const StandingPlace& place = reach.places[i];
         const Box body(place.position, Player::bodySize);
-        if (isSniperPlace(scene, arrivals, body))
+        if (isSniperPlace(grid, arrivals, body))
             sight.sniperPlaces.push_back(static_cast<int>(i));
         for (const vec3 direction : directions) {
             ++shots;
-            lost += isLost(scene, place.position, direction);
+            lost += isLost(grid, place.position, direction);
         }
         if (progress && i % placesPerReport == 0)
             progress(i);
@@ -181,4 +177,4 @@ Sight lookAround(const MapManager& map, const std::vector<Arrival>& arrivals, co
     return sight;
 }
 
-} // namespace arena
+} // namespace drench::arena

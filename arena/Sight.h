@@ -1,14 +1,14 @@
 #pragma once
 
-#include "Arrivals.h"
-#include "Reach.h"
-#include "Scene.h"
+#include "arena/Arrivals.h"
+#include "arena/Rays.h"
+#include "arena/Reach.h"
 
 #include <functional>
 #include <utility>
 #include <vector>
 
-namespace arena {
+namespace drench::arena {
 
 /// Who sees whom, and where shots are lost.
 struct Sight {
@@ -28,15 +28,15 @@ struct Sight {
 
 /// Whether no cube lies between `eye`, the centre of a body, and some point of another body; 225
 /// points spread over it are tried.
-bool sees(const Scene& scene, vec3 eye, const Box& body);
+bool sees(const Grid& grid, vec3 eye, const Box& body);
 
 /// Whether a shot from `shooter`, the centre of a body, at one of 45 points spread over another
 /// body soaks it. A shot that would fly on into the open sky does not.
-bool canSoak(const Scene& scene, vec3 shooter, const Box& body);
+bool canSoak(const Grid& grid, vec3 shooter, const Box& body);
 
 /// Looks from all spawns and standing places. Calls `progress` now and then with the number of
 /// places looked from.
 Sight lookAround(const MapManager& map, const std::vector<Arrival>& arrivals, const Reach& reach,
                  const std::function<void(std::size_t places)>& progress = {});
 
-} // namespace arena
+} // namespace drench::arena

@@ -1,7 +1,7 @@
-#include "VoxFile.h"
+#include "arena/VoxFile.h"
 
-#include "Files.h"
-#include "Map.h"
+#include "arena/Map.h"
+#include "common/Files.h"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +11,7 @@
 #include <string_view>
 #include <tuple>
 
-namespace arena {
+namespace drench::arena {
 
 namespace {
 
@@ -412,4 +412,4 @@ std::string writeVox(const MapManager& map) {
     return "VOX " + int32Bytes(150) + chunkBytes("MAIN", "", chunks);
 }
 
-} // namespace arena
+} // namespace drench::arena

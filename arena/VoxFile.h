@@ -1,7 +1,7 @@
 #pragma once
 
-#include "MapManager.h"
-#include "Materials.h"
+#include "arena/Materials.h"
+#include "src/MapManager.h"
 
 #include <string>
 #include <vector>
@@ -13,7 +13,7 @@
 //
 // A palette index is a cellValue, and its colour is colourOf(cellValue).
 
-namespace arena {
+namespace drench::arena {
 
 /// A colour of a voxel file that is no cellValue's, and what its voxels became.
 struct ReplacedColour {
@@ -45,4 +45,4 @@ VoxImport readVox(const std::string& bytes);
 /// cubes, or a cell that is neither `solid` 1 with a cellValue from 1 to 255 nor 0 and 0.
 std::string writeVox(const MapManager& map);
 
-} // namespace arena
+} // namespace drench::arena

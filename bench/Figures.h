@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Process.h"
+#include "bench/Process.h"
 
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace drench::bench {
 
 // What bench/rooms measures, round by round.
 
@@ -95,4 +95,4 @@ struct Figures {
     std::vector<double> serverStarts;
 };
 
-} // namespace bench
+} // namespace drench::bench

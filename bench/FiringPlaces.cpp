@@ -1,14 +1,14 @@
-#include "FiringPlaces.h"
+#include "bench/FiringPlaces.h"
 
-#include "Arrivals.h"
-#include "Collisions.h"
+#include "arena/Arrivals.h"
+#include "src/Collisions.h"
 
 #include <algorithm>
 #include <array>
 #include <stdexcept>
 #include <string>
 
-namespace bench {
+namespace drench::bench {
 
 namespace {
 
@@ -100,4 +100,4 @@ std::vector<FiringPlace> placesFacingSky(MapManager& map) {
     return placesFacing(map, isSky);
 }
 
-} // namespace bench
+} // namespace drench::bench

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "MapManager.h"
-#include "Player.h"
+#include "src/MapManager.h"
+#include "src/Player.h"
 
 #include <vector>
 
-namespace bench {
+namespace drench::bench {
 
 /// Where a player stands and what it turns to, by the mouse counts of one view record.
 struct FiringPlace {
@@ -29,4 +29,4 @@ std::vector<FiringPlace> placesFacingFarWalls(MapManager& map);
 /// The same with turns to face the open sky, where a shot meets nothing at all.
 std::vector<FiringPlace> placesFacingSky(MapManager& map);
 
-} // namespace bench
+} // namespace drench::bench

@@ -1,4 +1,4 @@
-#include "Load.h"
+#include "bench/Load.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +14,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace bench {
+namespace drench::bench {
 
 namespace {
 
@@ -313,4 +313,4 @@ Play Load::play(std::chrono::duration<double> time, double inputsPerSecond) {
     return std::move(seen_);
 }
 
-} // namespace bench
+} // namespace drench::bench

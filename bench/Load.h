@@ -1,14 +1,14 @@
 #pragma once
 
-#include "FiringPlaces.h"
-#include "Messages.h"
+#include "bench/FiringPlaces.h"
+#include "src/Messages.h"
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
-namespace bench {
+namespace drench::bench {
 
 /// What the players of a load did and saw for some time.
 struct Play {
@@ -68,4 +68,4 @@ class Load {
     Play seen_;
 };
 
-} // namespace bench
+} // namespace drench::bench

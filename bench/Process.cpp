@@ -1,4 +1,4 @@
-#include "Process.h"
+#include "bench/Process.h"
 
 #include <cerrno>
 #include <chrono>
@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace bench {
+namespace drench::bench {
 
 namespace {
 
@@ -171,4 +171,4 @@ Memory memory(const Child& process) {
     return {kibibytes(folder + "/status", "VmRSS:"), kibibytes(folder + "/smaps_rollup", "Pss:")};
 }
 
-} // namespace bench
+} // namespace drench::bench

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace drench::bench {
 
 /// The processor cores that this process may run on, ascending.
 std::vector<int> allowedCores();
@@ -59,4 +59,4 @@ struct Memory {
 
 Memory memory(const Child& process);
 
-} // namespace bench
+} // namespace drench::bench

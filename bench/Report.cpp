@@ -1,7 +1,7 @@
-#include "Report.h"
+#include "bench/Report.h"
 
-#include "Messages.h"
-#include "Statistics.h"
+#include "bench/Statistics.h"
+#include "src/Messages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,7 +11,7 @@
 #include <ostream>
 #include <sstream>
 
-namespace bench {
+namespace drench::bench {
 
 namespace {
 
@@ -286,4 +286,4 @@ std::string plotColumns(const Figures& figures) {
     return out.str();
 }
 
-} // namespace bench
+} // namespace drench::bench

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Figures.h"
+#include "bench/Figures.h"
 
 #include <iosfwd>
 #include <string>
 
-namespace bench {
+namespace drench::bench {
 
 /// Gaps between states that players hardly notice, in milliseconds.
 constexpr double longestGapP99 = 20.0;
@@ -27,4 +27,4 @@ std::string jsonReport(const Figures& figures);
 /// load; gaps by number of rooms.
 std::string plotColumns(const Figures& figures);
 
-} // namespace bench
+} // namespace drench::bench

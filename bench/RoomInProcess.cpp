@@ -1,6 +1,6 @@
-#include "RoomInProcess.h"
+#include "bench/RoomInProcess.h"
 
-#include "FileLoader.h"
+#include "src/FileLoader.h"
 
 #include <algorithm>
 #include <cstring>
@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
-namespace bench {
+namespace drench::bench {
 
 namespace {
 
@@ -118,4 +118,4 @@ void RoomInProcess::tick(int inputs) {
     server.update();
 }
 
-} // namespace bench
+} // namespace drench::bench

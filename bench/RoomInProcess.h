@@ -1,11 +1,11 @@
 #pragma once
 
-#include "FiringPlaces.h"
-#include "Server.h"
+#include "bench/FiringPlaces.h"
+#include "src/Server.h"
 
 #include <array>
 
-namespace bench {
+namespace drench::bench {
 
 /// What the players of a room do.
 enum class Pastime { standing, walking, firingAtWalls, firingAtSky };
@@ -36,4 +36,4 @@ class RoomInProcess {
     long tick_ = 0;
 };
 
-} // namespace bench
+} // namespace drench::bench

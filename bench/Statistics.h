@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace bench {
+namespace drench::bench {
 
 /// The smallest of the values that at least `share` of them, 0 to 1, do not exceed (the nearest
 /// rank); NaN when there are none.
@@ -27,4 +27,4 @@ inline double median(std::vector<double> values) {
     return (values[half] + values[values.size() - 1 - half]) / 2.0;
 }
 
-} // namespace bench
+} // namespace drench::bench

@@ -1,5 +1,5 @@
-#include "Messages.h"
-#include "Timing.h"
+#include "src/Messages.h"
+#include "src/Timing.h"
 
 #include <array>
 #include <atomic>

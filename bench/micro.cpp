@@ -1,13 +1,13 @@
-#include "FileLoader.h"
-#include "FiringPlaces.h"
-#include "LiteralMarch.h"
-#include "RoomInProcess.h"
+#include "bench/FiringPlaces.h"
+#include "bench/LiteralMarch.h"
+#include "bench/RoomInProcess.h"
+#include "src/FileLoader.h"
 
 #include <benchmark/benchmark.h>
 
 namespace {
 
-using namespace bench;
+using namespace drench::bench;
 
 MapManager& defaultArena() {
     static MapManager map = [] {

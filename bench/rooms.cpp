@@ -1,11 +1,11 @@
-#include "FileLoader.h"
-#include "FilePath.h"
-#include "Files.h"
-#include "FiringPlaces.h"
-#include "Load.h"
-#include "Process.h"
-#include "Report.h"
-#include "Statistics.h"
+#include "bench/FiringPlaces.h"
+#include "bench/Load.h"
+#include "bench/Process.h"
+#include "bench/Report.h"
+#include "bench/Statistics.h"
+#include "common/Files.h"
+#include "src/FileLoader.h"
+#include "src/FilePath.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -19,6 +19,8 @@
 #include <unistd.h>
 #include <vector>
 
+using namespace drench;
+
 // What rooms of drench-server cost, held against bench/floor: the bare system calls of a room under
 // the same load, on one core. Both take turns of half a second, so that a spell in which the
 // machine is slow meets the two alike.
@@ -30,7 +32,7 @@
 
 namespace {
 
-using namespace bench;
+using namespace drench::bench;
 using Seconds = std::chrono::duration<double>;
 
 /// Inputs per second and player while counting rooms, and in rooms whose memory is measured.
@@ -311,9 +313,9 @@ int main(int argc, char** argv) {
         const Figures figures = measure(settings);
         printReport(std::cout, figures);
         if (!settings.json.empty())
-            arena::replaceFile(settings.json, jsonReport(figures));
+            replaceFile(settings.json, jsonReport(figures));
         if (!settings.tsv.empty())
-            arena::replaceFile(settings.tsv, plotColumns(figures));
+            replaceFile(settings.tsv, plotColumns(figures));
     } catch (const std::exception& problem) {
         progress("");
         std::cerr << "rooms: " << problem.what() << "\n";

@@ -1,4 +1,4 @@
-#include "RoomInProcess.h"
+#include "bench/RoomInProcess.h"
 
 #include <charconv>
 #include <exception>
@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+
+using namespace drench;
 
 // Plays ticks of a room with four players and ends: for bench/instructions.sh, which counts what
 // they take.

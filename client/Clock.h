@@ -2,10 +2,10 @@
 
 #include <chrono>
 
-namespace client {
+namespace drench::client {
 
 /// Every moment is given by the caller, so that a test or a replay can be its own clock.
 using Clock = std::chrono::steady_clock;
 using Time = Clock::time_point;
 
-} // namespace client
+} // namespace drench::client

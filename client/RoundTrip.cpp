@@ -1,9 +1,9 @@
-#include "RoundTrip.h"
+#include "client/RoundTrip.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace client {
+namespace drench::client {
 
 namespace {
 
@@ -114,4 +114,4 @@ void RoundTrip::addSample(double sample) {
     *smoothed_ += gain * (sample - *smoothed_);
 }
 
-} // namespace client
+} // namespace drench::client

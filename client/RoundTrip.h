@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Clock.h"
+#include "client/Clock.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 
-namespace client {
+namespace drench::client {
 
 /// Round trip and loss on one line, from the moments of sends and receipts alone. The room answers
 /// every datagram with one receipt, mostly in order, but no receipt tells which datagram it
@@ -84,4 +84,4 @@ class RoundTrip {
     std::uint64_t givenUp_ = 0;
 };
 
-} // namespace client
+} // namespace drench::client

@@ -1,24 +1,20 @@
-#include "Session.h"
+#include "client/Session.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <limits>
-#include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
 
-namespace client {
+namespace drench::client {
 
 namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-constexpr int defaultPort = 5000;
 
 // Joining.
 constexpr milliseconds askAgainAfter(500);
@@ -119,37 +115,6 @@ std::int32_t saturatingSum(std::int32_t a, std::int32_t b) {
 }
 
 } // namespace
-
-std::optional<sockaddr_in> resolve(std::string_view hostAndPort, std::string& problem) {
-    const std::size_t colon = hostAndPort.rfind(':');
-    const std::string host(hostAndPort.substr(0, colon));
-    int port = defaultPort;
-    if (colon != std::string_view::npos) {
-        const std::string_view digits = hostAndPort.substr(colon + 1);
-        const char* const end = digits.data() + digits.size();
-        const auto [stop, failure] = std::from_chars(digits.data(), end, port);
-        if (failure != std::errc() || stop != end || port < 1 || port > 65535) {
-            problem = "\"" + std::string(digits) + "\" is no port from 1 to 65535";
-            return std::nullopt;
-        }
-    }
-    addrinfo hints = {};
-    hints.ai_family = AF_INET;
-    hints.ai_socktype = SOCK_DGRAM;
-    addrinfo* found = nullptr;
-    const std::string portText = std::to_string(port);
-    const int failure =
-        getaddrinfo(host.empty() ? nullptr : host.c_str(), portText.c_str(), &hints, &found);
-    if (failure != 0) {
-        problem = "cannot find the host \"" + host +
-                  "\": " + (failure == EAI_SYSTEM ? std::strerror(errno) : gai_strerror(failure));
-        return std::nullopt;
-    }
-    sockaddr_in address;
-    std::memcpy(&address, found->ai_addr, sizeof address);
-    freeaddrinfo(found);
-    return address;
-}
 
 std::optional<Session> Session::join(const sockaddr_in& room, std::string_view name, Time now,
                                      std::string& problem) {
@@ -538,4 +503,4 @@ void wait(const Session& session) {
     ::poll(&readable, 1, static_cast<int>(std::chrono::ceil<milliseconds>(wake - now).count()));
 }
 
-} // namespace client
+} // namespace drench::client

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Clock.h"
-#include "Messages.h"
-#include "RoundTrip.h"
-#include "TickClock.h"
+#include "client/Clock.h"
+#include "client/RoundTrip.h"
+#include "client/TickClock.h"
+#include "src/Messages.h"
 
 #include <array>
 #include <cstddef>
@@ -21,10 +21,10 @@
 // whole client, which walks forward and tells who got wet:
 //
 //     std::string problem;
-//     const std::optional<sockaddr_in> room = client::resolve("localhost:5000", problem);
+//     const std::optional<client::RoomAddress> room = client::resolve("localhost:5000", problem);
 //     std::optional<client::Session> session;
 //     if (room)
-//         session = client::Session::join(*room, "Ann", client::Clock::now(), problem);
+//         session = client::Session::join(room->address, "Ann", client::Clock::now(), problem);
 //     while (session && session->isOpen()) {
 //         client::wait(*session);
 //         session->service(client::Clock::now());
@@ -36,7 +36,7 @@
 //         }
 //     }
 
-namespace client {
+namespace drench::client {
 
 // What happens to a player. Records of other kinds or sizes are counted in Statistics and dropped.
 
@@ -121,10 +121,6 @@ struct Statistics {
     /// As far as arrivals tell: see TickClock.
     std::uint64_t snapshotsMissed = 0;
 };
-
-/// The IPv4 address of "HOST:PORT", "HOST" (port 5000) or ":PORT" (this machine). Asks the system's
-/// resolver, which may block for seconds. Nothing on failure, with the reason in `problem`.
-std::optional<sockaddr_in> resolve(std::string_view hostAndPort, std::string& problem);
 
 class Session {
   public:
@@ -276,4 +272,4 @@ class Session {
 /// Waits in poll() until the session has something to do; returns at once when it is not open.
 void wait(const Session& session);
 
-} // namespace client
+} // namespace drench::client

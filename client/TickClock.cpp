@@ -1,10 +1,10 @@
-#include "TickClock.h"
+#include "client/TickClock.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 
-namespace client {
+namespace drench::client {
 
 namespace {
 
@@ -171,4 +171,4 @@ double TickClock::leastLag(std::size_t skipped, std::size_t count) const {
     return least;
 }
 
-} // namespace client
+} // namespace drench::client

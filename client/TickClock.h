@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Clock.h"
+#include "client/Clock.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
-namespace client {
+namespace drench::client {
 
 /// The room's ticks as the arrivals of snapshots show them: which tick a snapshot belongs to, how
 /// long a tick takes, and which one it is now.
@@ -87,4 +87,4 @@ class TickClock {
     bool isCalibrated_ = false;
 };
 
-} // namespace client
+} // namespace drench::client

@@ -21,7 +21,7 @@ install(FILES deploy/nftables/drench.nft deploy/wireshark/drench.lua
         DESTINATION ${CMAKE_INSTALL_DATADIR}/drench COMPONENT server)
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT server)
 install(FILES deploy/man/drench-server.6 DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT server)
-if(TARGET drench-map)
+if(DRENCH_TOOLS)
   install_at_home(drench-bots tools)
   install(TARGETS drench-map drench-lag RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   install(FILES deploy/man/drench-bots.6 DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT tools)

@@ -1,12 +1,14 @@
-#include "CheckReport.h"
+#include "tools/CheckReport.h"
 
-#include "Map.h"
-#include "Materials.h"
+#include "arena/Map.h"
+#include "arena/Materials.h"
 
 #include <cmath>
 #include <iomanip>
 #include <nlohmann/json.hpp>
 #include <ostream>
+
+namespace drench {
 
 namespace {
 
@@ -166,3 +168,5 @@ void writeJson(std::ostream& out, const std::string& file, const MapManager& map
     // File names are bytes and need not be UTF-8.
     out << json.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
 }
+
+} // namespace drench

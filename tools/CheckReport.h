@@ -1,9 +1,11 @@
 #pragma once
 
-#include "Check.h"
+#include "arena/Check.h"
 
 #include <iosfwd>
 #include <string>
+
+namespace drench {
 
 /// Writes what a check found for people: figures by subject, then each finding as
 /// "file:line:column: error: words (cell column, row, depth)", then the verdict.
@@ -13,3 +15,5 @@ void writeReport(std::ostream& out, const std::string& file, const MapManager& m
 /// Writes the same as one JSON object for programs.
 void writeJson(std::ostream& out, const std::string& file, const MapManager& map,
                const arena::CheckResult& result);
+
+} // namespace drench

@@ -1,16 +1,17 @@
-#include "ArenaFile.h"
-#include "Console.h"
-#include "FilePath.h"
-#include "Files.h"
-#include "NumberIn.h"
-#include "Play.h"
-#include "Png.h"
-#include "Report.h"
-#include "Roadmap.h"
-#include "Script.h"
-#include "ScriptedPlayer.h"
-#include "StopSignals.h"
-#include "Tracks.h"
+#include "arena/ArenaFile.h"
+#include "arena/picture/Png.h"
+#include "bots/Play.h"
+#include "bots/Report.h"
+#include "bots/Roadmap.h"
+#include "bots/Script.h"
+#include "bots/ScriptedPlayer.h"
+#include "bots/Tracks.h"
+#include "common/Console.h"
+#include "common/Files.h"
+#include "common/NumberIn.h"
+#include "common/StopSignals.h"
+#include "src/FilePath.h"
+#include "tools/RoomArgument.h"
 
 #include <CLI/CLI.hpp>
 #include <arpa/inet.h>
@@ -23,11 +24,12 @@
 #include <string>
 #include <vector>
 
+using namespace drench;
+
 // The command line of players without people; what they see and do is in bots/.
 
 namespace {
 
-using arena::InputError;
 using client::Clock;
 
 constexpr int played = 0;
@@ -67,8 +69,8 @@ struct Options {
 };
 
 /// The ports A to B of a host.
-std::vector<bots::RoomAddress> addressesOf(const std::string& host, const std::string& ports) {
-    const bots::RoomAddress first = bots::roomAt(host);
+std::vector<client::RoomAddress> addressesOf(const std::string& host, const std::string& ports) {
+    const client::RoomAddress first = roomAt(host);
     int from = 0;
     int to = 0;
     char dash = 0;
@@ -81,7 +83,7 @@ std::vector<bots::RoomAddress> addressesOf(const std::string& host, const std::s
                          " rooms");
     if (host.find(':') != std::string::npos)
         throw InputError("--rooms " + ports + ": " + host + " must not name a port as well");
-    std::vector<bots::RoomAddress> rooms;
+    std::vector<client::RoomAddress> rooms;
     for (int port = from; port <= to; ++port) {
         rooms.push_back(first);
         rooms.back().name = host + ':' + std::to_string(port);
@@ -138,11 +140,11 @@ int writeReport(const bots::Report& report, const Options& options) {
 }
 
 int playScript(const Options& options) {
-    const bots::RoomAddress room = bots::roomAt(options.target);
+    const client::RoomAddress room = roomAt(options.target);
     const std::vector<bots::Action> script =
-        bots::readScript(arena::readFile(options.script), options.script);
+        bots::readScript(readFile(options.script), options.script);
     if (!options.record.empty())
-        arena::requireWritable(options.record);
+        requireWritable(options.record);
     listenForSignals();
     const Timekeeper timekeeper(options.seconds);
     const bots::ScriptedRun run =
@@ -156,11 +158,11 @@ int playScript(const Options& options) {
         std::cerr << room.name << ": " << run.trouble << '\n';
     const int status = writeReport(report, options);
     if (!options.record.empty())
-        arena::replaceFile(options.record, run.record);
+        replaceFile(options.record, run.record);
     return run.trouble.empty() ? status : nobodyGotIn;
 }
 
-bots::Roadmap chartArena(MapManager& map, bots::Console& console) {
+bots::Roadmap chartArena(MapManager& map, Console& console) {
     console.show("charting the arena ...");
     bots::Roadmap roadmap = bots::chart(map, [&](const char* stage, std::size_t places) {
         console.show("charting the arena: " + std::string(stage) + ", " + std::to_string(places) +
@@ -171,13 +173,13 @@ bots::Roadmap chartArena(MapManager& map, bots::Console& console) {
 }
 
 int playBots(const Options& options) {
-    const std::vector<bots::RoomAddress> rooms = options.rooms.empty()
-                                                     ? std::vector{bots::roomAt(options.target)}
-                                                     : addressesOf(options.target, options.rooms);
-    ArenaFile arena = readWholeArena(options.arena);
+    const std::vector<client::RoomAddress> rooms = options.rooms.empty()
+                                                       ? std::vector{roomAt(options.target)}
+                                                       : addressesOf(options.target, options.rooms);
+    arena::ArenaFile arena = arena::readWholeArena(options.arena);
     if (!options.tracks.empty())
-        arena::requireWritable(options.tracks);
-    bots::Console console(options.quiet, options.json);
+        requireWritable(options.tracks);
+    Console console(options.quiet, options.json);
     const bots::Roadmap roadmap = chartArena(arena.text.map, console);
 
     listenForSignals();
@@ -204,14 +206,14 @@ int playBots(const Options& options) {
     bots::Report report;
     report.bots = {options.arena, options.seed, options.skill};
     report.seconds = timekeeper.elapsed();
-    for (const bots::RoomAddress& room : rooms)
+    for (const client::RoomAddress& room : rooms)
         report.rooms.push_back(room.name);
     report.players = play.players();
     const int status = writeReport(report, options);
     if (!options.tracks.empty()) {
         const auto [width, height] = options.size;
-        arena::replaceFile(options.tracks,
-                           encodePng(bots::tracksPicture(arena.text.map, roadmap.reach,
+        replaceFile(options.tracks,
+                    arena::encodePng(bots::tracksPicture(arena.text.map, roadmap.reach,
                                                          play.tracks(), width, height)));
     }
     return status;

@@ -1,9 +1,9 @@
-#include "Console.h"
-#include "NumberIn.h"
-#include "Relay.h"
-#include "RoomAddress.h"
-#include "StopSignals.h"
-#include "TrafficReport.h"
+#include "common/Console.h"
+#include "common/NumberIn.h"
+#include "common/StopSignals.h"
+#include "lag/Relay.h"
+#include "lag/TrafficReport.h"
+#include "tools/RoomArgument.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -16,6 +16,8 @@
 #include <stdexcept>
 #include <string>
 #include <sys/prctl.h>
+
+using namespace drench;
 
 // The command line of a bad line between clients and a room; what it does to datagrams is in lag/.
 
@@ -157,8 +159,8 @@ std::string liveLine(const lag::Relay& relay, std::uint64_t upBefore, std::uint6
 }
 
 int relayBetween(const Options& options, const lag::Settings& up, const lag::Settings& down) {
-    const bots::RoomAddress room = bots::roomAt(options.room);
-    bots::Console console(options.quiet, options.json);
+    const client::RoomAddress room = roomAt(options.room);
+    Console console(options.quiet, options.json);
     lag::Relay relay(static_cast<std::uint16_t>(options.port), room.address, up, down, options.seed,
                      [&](const std::string& note) { console.note(note); });
     listenForSignals();

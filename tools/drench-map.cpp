@@ -1,13 +1,13 @@
-#include "ArenaFile.h"
-#include "Check.h"
-#include "CheckReport.h"
-#include "Files.h"
-#include "MapText.h"
-#include "Picture.h"
-#include "Plan.h"
-#include "Png.h"
-#include "Reach.h"
-#include "VoxFile.h"
+#include "arena/ArenaFile.h"
+#include "arena/Check.h"
+#include "arena/MapText.h"
+#include "arena/Plan.h"
+#include "arena/Reach.h"
+#include "arena/VoxFile.h"
+#include "arena/picture/Picture.h"
+#include "arena/picture/Png.h"
+#include "common/Files.h"
+#include "tools/CheckReport.h"
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -20,6 +20,8 @@
 #include <unistd.h>
 #include <vector>
 
+using namespace drench;
+
 // The command line of the arena tools; what can be known of an arena is in arena/.
 
 namespace {
@@ -27,8 +29,6 @@ namespace {
 constexpr int playable = 0;
 constexpr int notPlayable = 1;
 constexpr int notReadable = 2;
-
-using arena::InputError;
 
 /// A line on a terminal that says how far a long task has come, from its second second on.
 class ProgressLine {
@@ -57,14 +57,14 @@ void writeResult(const std::string& input, const std::string& output, const std:
     std::error_code ignored;
     if (std::filesystem::equivalent(input, output, ignored))
         throw InputError(output + ": is the input; the result needs a file of its own");
-    arena::replaceFile(output, bytes);
+    replaceFile(output, bytes);
 }
 
 int checkFile(const std::string& file, bool asJson) {
     arena::MapText text;
     arena::CheckResult result;
     try {
-        ArenaFile arena = readArena(file);
+        arena::ArenaFile arena = arena::readArena(file);
         text = std::move(arena.text);
         ProgressLine progress;
         const auto report = [&](const std::string& subject, std::size_t places) {
@@ -133,17 +133,17 @@ arena::Image pictureOf(MapManager& map, const PictureOptions& options) {
 
 void writePicture(const std::string& file, const PictureOptions& options,
                   const std::string& output) {
-    ArenaFile arena = readWholeArena(file);
-    writeResult(file, output, encodePng(pictureOf(arena.text.map, options)));
+    arena::ArenaFile arena = arena::readWholeArena(file);
+    writeResult(file, output, arena::encodePng(pictureOf(arena.text.map, options)));
 }
 
 void build(const std::string& file, const std::string& output) {
-    const arena::Plan plan = arena::readPlan(arena::readFile(file), file);
+    const arena::Plan plan = arena::readPlan(readFile(file), file);
     writeResult(file, output, arena::writeMapText(plan.map));
 }
 
 void writePlanOf(const std::string& file, const std::string& name, const std::string& output) {
-    ArenaFile arena = readWholeArena(file);
+    arena::ArenaFile arena = arena::readWholeArena(file);
     std::string planName = name.empty() ? arena.name : name;
     if (planName.empty())
         planName = std::filesystem::path(file).stem().string();
@@ -151,7 +151,7 @@ void writePlanOf(const std::string& file, const std::string& name, const std::st
 }
 
 void importVox(const std::string& file, const std::string& output) {
-    const arena::VoxImport import = readVox(file, arena::readFile(file));
+    const arena::VoxImport import = arena::readVox(file, readFile(file));
     writeResult(file, output, arena::writeMapText(import.map));
     for (const arena::ReplacedColour& replaced : import.replaced) {
         const auto [red, green, blue] = replaced.colour;
@@ -163,7 +163,7 @@ void importVox(const std::string& file, const std::string& output) {
 }
 
 void exportVox(const std::string& file, const std::string& output) {
-    const ArenaFile arena = readWholeArena(file);
+    const arena::ArenaFile arena = arena::readWholeArena(file);
     std::string bytes;
     try {
         bytes = arena::writeVox(arena.text.map);

@@ -1,11 +1,13 @@
-#include "BotMatch.h"
+#include "tests/bots/BotMatch.h"
 
-#include "CapturedOutput.h"
-#include "Datagrams.h"
+#include "tests/support/CapturedOutput.h"
+#include "tests/support/Datagrams.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+
+using namespace drench;
 
 namespace {
 

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "Bot.h"
-#include "Room.h"
+#include "bots/Bot.h"
+#include "tests/support/Room.h"
 
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <string>
 #include <vector>
+
+using namespace drench;
 
 /// Bots that play each other in a Room: what they are given are the states that it sends, what they
 /// do arrives as records in its queue. The same seed plays the same match.

@@ -1,11 +1,11 @@
-#include "Bot.h"
+#include "bots/Bot.h"
 
-#include "BotMatch.h"
-#include "FileLoader.h"
-#include "LevelRoadmap.h"
-#include "ManualClock.h"
-#include "Player.h"
-#include "Snapshots.h"
+#include "src/FileLoader.h"
+#include "src/Player.h"
+#include "tests/bots/BotMatch.h"
+#include "tests/bots/LevelRoadmap.h"
+#include "tests/bots/Snapshots.h"
+#include "tests/support/ManualClock.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,6 +13,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <vector>
+
+using namespace drench;
 
 using bots::Bot;
 using bots::Controls;

@@ -1,13 +1,15 @@
-#include "Cover.h"
+#include "bots/Cover.h"
 
-#include "LevelRoadmap.h"
-#include "Player.h"
-#include "Sight.h"
-#include "Sightline.h"
+#include "arena/Sight.h"
+#include "bots/Sightline.h"
+#include "src/Player.h"
+#include "tests/bots/LevelRoadmap.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <utility>
+
+using namespace drench;
 
 namespace {
 
@@ -33,7 +35,7 @@ TEST(Cover, IsWhereNobodySees) {
     EXPECT_EQ(route.front(), here);
     for (const vec3 enemy : enemies) {
         EXPECT_FALSE(
-            arena::sees(roadmap.scene, enemy, Box(endOf(roadmap, route), Player::bodySize)));
+            arena::sees(roadmap.grid, enemy, Box(endOf(roadmap, route), Player::bodySize)));
     }
     for (std::size_t i = 1; i < route.size(); ++i)
         EXPECT_NE(roadmap.road(route[i - 1], route[i]), nullptr);
@@ -51,7 +53,7 @@ TEST(Cover, IsTheNearestThereIs) {
             const vec3 body = roadmap.reach.places[place].position;
             const auto parts = bots::bodyParts(enemy, body);
             if (std::all_of(parts.begin(), parts.end(), [&](vec3 part) {
-                    return bots::sightline(roadmap.scene, enemy, body + part) ==
+                    return bots::sightline(roadmap.grid, enemy, body + part) ==
                            bots::Sightline::hidden;
                 }))
                 shortest = std::min(shortest, roadmap.route(here, static_cast<int>(place)).size());

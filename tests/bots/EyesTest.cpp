@@ -1,15 +1,16 @@
-#include "Eyes.h"
+#include "bots/Eyes.h"
 
-#include "Courts.h"
-#include "Player.h"
-#include "Scene.h"
-#include "Snapshots.h"
+#include "arena/Rays.h"
+#include "src/Player.h"
+#include "tests/bots/Snapshots.h"
+#include "tests/support/Courts.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 
-using bots::Chance;
+using namespace drench;
+
 using bots::Eyes;
 using bots::Sighting;
 using bots::Skill;
@@ -21,7 +22,7 @@ constexpr vec3 eye{320.0f, standing, 320.0f};
 /// A court in which player 1 stands and looks along +z, with what `solid` adds.
 struct Lookout {
     MapManager map;
-    arena::Scene scene = arena::sceneOf(map, {1.0, 2.0, 1.0});
+    arena::Grid grid = arena::gridOf(map);
     Skill skill = bots::skillOf(0.7);
     Eyes eyes{skill, Chance(1)};
     PlayerUpdate self = playerAt('1', eye);
@@ -35,7 +36,7 @@ struct Lookout {
         for (const PlayerUpdate& other : others)
             snapshot.add(other);
         for (int tick = 0; tick < ticks; ++tick)
-            eyes.look(scene, snapshot, self);
+            eyes.look(grid, snapshot, self);
     }
 
     const Sighting* known(char id) const {

@@ -1,12 +1,13 @@
-#include "Footwork.h"
+#include "bots/Footwork.h"
 
-#include "LevelRoadmap.h"
-#include "Player.h"
+#include "src/Player.h"
+#include "tests/bots/LevelRoadmap.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 
-using bots::Chance;
+using namespace drench;
+
 using bots::Footwork;
 using bots::Steps;
 

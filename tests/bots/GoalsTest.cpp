@@ -1,12 +1,13 @@
-#include "Goals.h"
+#include "bots/Goals.h"
 
-#include "LevelRoadmap.h"
+#include "tests/bots/LevelRoadmap.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <set>
 
-using bots::Chance;
+using namespace drench;
+
 using bots::Goals;
 
 namespace {

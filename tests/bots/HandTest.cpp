@@ -1,13 +1,14 @@
-#include "Hand.h"
+#include "bots/Hand.h"
 
-#include "Player.h"
+#include "src/Player.h"
 
 #include <cmath>
 #include <deque>
 #include <gtest/gtest.h>
 #include <vector>
 
-using bots::Chance;
+using namespace drench;
+
 using bots::Hand;
 using bots::Skill;
 using bots::View;

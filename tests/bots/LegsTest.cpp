@@ -1,10 +1,12 @@
-#include "Legs.h"
+#include "bots/Legs.h"
 
-#include "Player.h"
+#include "src/Player.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
+
+using namespace drench;
 
 using bots::Controls;
 using bots::Legs;

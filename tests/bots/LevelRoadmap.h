@@ -1,11 +1,13 @@
 #pragma once
 
-#include "Courts.h"
-#include "Map.h"
-#include "Reach.h"
-#include "Roadmap.h"
+#include "arena/Map.h"
+#include "arena/Reach.h"
+#include "bots/Roadmap.h"
+#include "tests/support/Courts.h"
 
 #include <cstdlib>
+
+using namespace drench;
 
 /// A roadmap over a court, made at once: roads lead on foot from each walkable cell to its
 /// neighbours in the same row of cubes, without cutting corners.
@@ -13,7 +15,7 @@ inline bots::Roadmap levelRoadmap(MapManager& map) {
     constexpr int ticksPerRoad = 11;
     bots::Roadmap roadmap;
     roadmap.map = &map;
-    roadmap.scene = arena::sceneOf(map, {1.0, 2.0, 1.0});
+    roadmap.grid = arena::gridOf(map);
     roadmap.placeOfCell.assign(static_cast<std::size_t>(map.columns * map.rows * map.depth), -1);
     for (const arena::CellIndex& cell : arena::walkableCells(map)) {
         const auto middle = [](int index) { return 64.0f * static_cast<float>(index) + 32.0f; };

@@ -1,7 +1,9 @@
-#include "Names.h"
+#include "bots/Names.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
+
+using namespace drench;
 
 TEST(Names, DifferInOneRoom) {
     for (std::uint64_t seed = 0; seed < 100; ++seed) {

@@ -1,16 +1,18 @@
-#include "Play.h"
-#include "CapturedOutput.h"
-#include "Courts.h"
-#include "ManualClock.h"
-#include "Room.h"
+#include "bots/Play.h"
+#include "tests/support/CapturedOutput.h"
+#include "tests/support/Courts.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/Room.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/socket.h>
 
+using namespace drench;
+
 using bots::Play;
-using bots::RoomAddress;
+using client::RoomAddress;
 
 namespace {
 

@@ -1,13 +1,14 @@
-#include "Remarks.h"
+#include "bots/Remarks.h"
 
-#include "Messages.h"
+#include "src/Messages.h"
 
 #include <cctype>
 #include <gtest/gtest.h>
 #include <set>
 #include <vector>
 
-using bots::Chance;
+using namespace drench;
+
 using bots::Remarks;
 
 namespace {

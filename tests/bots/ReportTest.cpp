@@ -1,9 +1,11 @@
-#include "Report.h"
-#include "Player.h"
+#include "bots/Report.h"
+#include "src/Player.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <sstream>
+
+using namespace drench;
 
 using bots::PlayerReport;
 using bots::Report;

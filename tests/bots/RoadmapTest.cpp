@@ -1,12 +1,14 @@
-#include "Roadmap.h"
-#include "Courts.h"
-#include "Files.h"
-#include "LevelRoadmap.h"
+#include "bots/Roadmap.h"
+#include "common/Files.h"
+#include "tests/bots/LevelRoadmap.h"
+#include "tests/support/Courts.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
+
+using namespace drench;
 
 using arena::CellIndex;
 using bots::chart;
@@ -196,7 +198,7 @@ TEST(Roadmap, ProgressTellsOfEveryStage) {
 
 TEST(Roadmap, MapWithoutCellsIsAnError) {
     MapManager map;
-    EXPECT_THROW(chart(map), arena::InputError);
+    EXPECT_THROW(chart(map), InputError);
 }
 
 TEST(Roadmap, MapWhereNobodyStandsHasNoPlaces) {

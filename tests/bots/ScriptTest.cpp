@@ -1,8 +1,10 @@
-#include "Script.h"
-#include "Files.h"
-#include "Messages.h"
+#include "bots/Script.h"
+#include "common/Files.h"
+#include "src/Messages.h"
 
 #include <gtest/gtest.h>
+
+using namespace drench;
 
 using bots::Action;
 using bots::readScript;
@@ -12,7 +14,7 @@ namespace {
 std::string problemIn(const std::string& text) {
     try {
         readScript(text, "walk.script");
-    } catch (const arena::InputError& error) {
+    } catch (const InputError& error) {
         return error.what();
     }
     return "";

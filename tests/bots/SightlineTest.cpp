@@ -1,11 +1,13 @@
-#include "Sightline.h"
+#include "bots/Sightline.h"
 
-#include "Courts.h"
-#include "Player.h"
-#include "Sight.h"
+#include "arena/Sight.h"
+#include "src/Player.h"
+#include "tests/support/Courts.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
+
+using namespace drench;
 
 using bots::Sightline;
 using bots::sightline;
@@ -18,21 +20,21 @@ constexpr vec3 eye{160.0f, standing, 160.0f};
 
 TEST(Sightline, TellsWhatLiesBetweenAndBehind) {
     const MapManager map = court(20, 10, 20, [](int, int j, int k) { return k == 8 && j < 4; });
-    const arena::Scene scene = arena::sceneOf(map, {1.0, 2.0, 1.0});
-    EXPECT_EQ(sightline(scene, eye, {160.0f, standing, 400.0f}), Sightline::beforeCube);
-    EXPECT_EQ(sightline(scene, eye, {160.0f, standing, 700.0f}), Sightline::hidden);
-    EXPECT_EQ(sightline(scene, eye, {160.0f, standing, 513.0f}), Sightline::hidden);
-    EXPECT_EQ(sightline(scene, eye, {160.0f, standing, 511.0f}), Sightline::beforeCube);
-    EXPECT_EQ(sightline(scene, eye, {160.0f, 500.0f, 300.0f}), Sightline::beforeSky);
+    const arena::Grid grid = arena::gridOf(map);
+    EXPECT_EQ(sightline(grid, eye, {160.0f, standing, 400.0f}), Sightline::beforeCube);
+    EXPECT_EQ(sightline(grid, eye, {160.0f, standing, 700.0f}), Sightline::hidden);
+    EXPECT_EQ(sightline(grid, eye, {160.0f, standing, 513.0f}), Sightline::hidden);
+    EXPECT_EQ(sightline(grid, eye, {160.0f, standing, 511.0f}), Sightline::beforeCube);
+    EXPECT_EQ(sightline(grid, eye, {160.0f, 500.0f, 300.0f}), Sightline::beforeSky);
     // Over the wall, to the border behind.
-    EXPECT_EQ(sightline(scene, eye, {160.0f, 330.0f, 700.0f}), Sightline::beforeCube);
+    EXPECT_EQ(sightline(grid, eye, {160.0f, 330.0f, 700.0f}), Sightline::beforeCube);
 }
 
 TEST(Sightline, RaysAreMeasuredInTheirWay) {
     const MapManager map = court(20, 10, 20, nothing);
-    const arena::Scene scene = arena::sceneOf(map, {1.0, 2.0, 1.0});
+    const arena::Grid grid = arena::gridOf(map);
     // The border begins at z = 19 · 64.
-    const auto hit = trace(scene, bots::rayAlong(eye, {0.0f, 0.0f, 2.0f}));
+    const auto hit = trace(grid, arena::rayAlong(eye, {0.0f, 0.0f, 2.0f}));
     ASSERT_TRUE(hit);
     EXPECT_NEAR(hit->distance, (19.0 * 64.0 - 160.0) / 2.0, 1e-6);
 }
@@ -57,7 +59,7 @@ TEST(Sightline, PartsShowNearlyAlwaysWhetherABodyIsInSight) {
     const MapManager map = court(20, 10, 20, [](int i, int j, int k) {
         return j <= 4 && (i * 7 + k * 13) % 5 == 0 && i > 3;
     });
-    const arena::Scene scene = arena::sceneOf(map, {1.0, 2.0, 1.0});
+    const arena::Grid grid = arena::gridOf(map);
     int inSight = 0;
     int same = 0;
     int bodies = 0;
@@ -67,9 +69,9 @@ TEST(Sightline, PartsShowNearlyAlwaysWhetherABodyIsInSight) {
                             64.0f * static_cast<float>(k) + 25.0f);
             const auto parts = bots::bodyParts(eye, body);
             const bool seen = std::any_of(parts.begin(), parts.end(), [&](vec3 part) {
-                return sightline(scene, eye, body + part) != Sightline::hidden;
+                return sightline(grid, eye, body + part) != Sightline::hidden;
             });
-            const bool exactly = arena::sees(scene, eye, Box(body, Player::bodySize));
+            const bool exactly = arena::sees(grid, eye, Box(body, Player::bodySize));
             inSight += exactly;
             same += seen == exactly;
             ++bodies;

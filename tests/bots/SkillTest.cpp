@@ -1,6 +1,8 @@
-#include "Skill.h"
+#include "bots/Skill.h"
 
 #include <gtest/gtest.h>
+
+using namespace drench;
 
 using bots::Skill;
 using bots::skillOf;

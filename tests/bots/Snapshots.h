@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Messages.h"
-#include "Vector.h"
+#include "src/Messages.h"
+#include "src/Vector.h"
 
 #include <initializer_list>
 

@@ -1,8 +1,10 @@
-#include "Tracks.h"
-#include "PictureCourt.h"
-#include "Player.h"
+#include "bots/Tracks.h"
+#include "src/Player.h"
+#include "tests/support/PictureCourt.h"
 
 #include <gtest/gtest.h>
+
+using namespace drench;
 
 using namespace pictures;
 using bots::Track;

@@ -1,12 +1,14 @@
-#include "Trigger.h"
+#include "bots/Trigger.h"
 
-#include "Chance.h"
-#include "Collisions.h"
-#include "Courts.h"
-#include "Player.h"
+#include "common/Chance.h"
+#include "src/Collisions.h"
+#include "src/Player.h"
+#include "tests/support/Courts.h"
 
 #include <gtest/gtest.h>
 #include <vector>
+
+using namespace drench;
 
 using bots::Sighting;
 using bots::Trigger;
@@ -46,7 +48,7 @@ TEST(Trigger, KnowsWhatTheServerWouldDecide) {
     const MapManager map = court(20, 10, 20, [](int i, int j, int k) {
         return j < 5 && (i * 7 + k * 13) % 11 == 0 && i > 6;
     });
-    bots::Chance chance(1);
+    Chance chance(1);
     int soaked = 0;
     int spared = 0;
     for (int i = 0; i < 1000; ++i) {

@@ -1,10 +1,12 @@
-#include "View.h"
+#include "bots/View.h"
 
-#include "Player.h"
+#include "src/Player.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
+
+using namespace drench;
 
 using bots::View;
 

@@ -1,14 +1,16 @@
-#include "Walker.h"
-#include "Courts.h"
-#include "FileLoader.h"
-#include "LevelRoadmap.h"
-#include "PlaceGraph.h"
+#include "bots/Walker.h"
+#include "arena/PlaceGraph.h"
+#include "src/FileLoader.h"
+#include "tests/bots/LevelRoadmap.h"
+#include "tests/support/Courts.h"
 
 #include <algorithm>
 #include <cmath>
 #include <deque>
 #include <gtest/gtest.h>
 #include <random>
+
+using namespace drench;
 
 using arena::CellIndex;
 using bots::chart;

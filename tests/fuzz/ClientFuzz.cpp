@@ -2,9 +2,9 @@
 // what happens, one byte each and what it needs: three bits say what, five bits how much or who.
 // Both ends are sockets on 127.0.0.1, where what is sent has arrived.
 
-#include "Bytes.h"
-#include "Require.h"
-#include "Session.h"
+#include "client/Session.h"
+#include "tests/fuzz/Bytes.h"
+#include "tests/fuzz/Require.h"
 
 #include <algorithm>
 #include <array>
@@ -15,6 +15,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 #include <variant>
+
+using namespace drench;
 
 namespace {
 

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "Files.h"
-#include "Require.h"
+#include "common/Files.h"
+#include "tests/fuzz/Require.h"
 
 #include <charconv>
 #include <optional>
 #include <string>
 #include <string_view>
+
+using namespace drench;
 
 /// Takes `prefix` and a number from the front of `words`; nothing when they do not stand there.
 inline std::optional<long> takeNumber(std::string_view& words, std::string_view prefix) {

@@ -2,19 +2,21 @@
 // what the strict reader says. Up to a 0 byte they are the text, what follows are the questions:
 // rays of six floats, start and direction.
 
-#include "Bytes.h"
-#include "InputErrors.h"
-#include "LiteralMarch.h"
-#include "MapManager.h"
-#include "MapText.h"
-#include "Maps.h"
-#include "Require.h"
+#include "arena/MapText.h"
+#include "bench/LiteralMarch.h"
+#include "src/MapManager.h"
+#include "tests/fuzz/Bytes.h"
+#include "tests/fuzz/InputErrors.h"
+#include "tests/fuzz/Maps.h"
+#include "tests/fuzz/Require.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <sstream>
 #include <vector>
+
+using namespace drench;
 
 namespace {
 

@@ -1,11 +1,13 @@
 #pragma once
 
-#include "Courts.h"
-#include "Map.h"
-#include "MapText.h"
-#include "Require.h"
+#include "arena/Map.h"
+#include "arena/MapText.h"
+#include "tests/fuzz/Require.h"
+#include "tests/support/Courts.h"
 
 #include <string>
+
+using namespace drench;
 
 /// Larger maps are valid, and their inputs passed over: they take time and show nothing new.
 constexpr long mostFuzzedCells = 4096;

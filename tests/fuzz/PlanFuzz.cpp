@@ -1,9 +1,9 @@
 // Any bytes as an arena plan.
 
-#include "InputErrors.h"
-#include "Maps.h"
-#include "Plan.h"
-#include "Require.h"
+#include "arena/Plan.h"
+#include "tests/fuzz/InputErrors.h"
+#include "tests/fuzz/Maps.h"
+#include "tests/fuzz/Require.h"
 
 #include <algorithm>
 #include <array>
@@ -11,6 +11,8 @@
 #include <set>
 #include <sstream>
 #include <string>
+
+using namespace drench;
 
 namespace {
 
@@ -90,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     arena::Plan plan;
     try {
         plan = arena::readPlan(text, "plan");
-    } catch (const arena::InputError& error) {
+    } catch (const InputError& error) {
         requirePlace(text, error.what());
         return 0;
     }
@@ -101,7 +103,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string written;
     try {
         written = arena::writePlan(plan);
-    } catch (const arena::InputError&) {
+    } catch (const InputError&) {
         require(kindsOf(plan.map) > mostKinds, "a plan that was read can be written");
         return 0;
     }

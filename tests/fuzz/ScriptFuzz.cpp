@@ -1,13 +1,15 @@
 // Any bytes as a bot's script.
 
-#include "InputErrors.h"
-#include "Messages.h"
-#include "Require.h"
-#include "Script.h"
+#include "bots/Script.h"
+#include "src/Messages.h"
+#include "tests/fuzz/InputErrors.h"
+#include "tests/fuzz/Require.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+using namespace drench;
 
 namespace {
 
@@ -64,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<bots::Action> script;
     try {
         script = bots::readScript(text, "script");
-    } catch (const arena::InputError& error) {
+    } catch (const InputError& error) {
         requirePlace(text, error.what());
         return 0;
     }

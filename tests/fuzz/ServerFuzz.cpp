@@ -3,12 +3,12 @@
 // five bits how much or who. Nothing leaves the process: this file stands in for the server's clock
 // and for its socket.
 
-#include "Arenas.h"
-#include "Bytes.h"
-#include "FileLoader.h"
-#include "Require.h"
-#include "Server.h"
-#include "Timing.h"
+#include "src/FileLoader.h"
+#include "src/Server.h"
+#include "src/Timing.h"
+#include "tests/fuzz/Bytes.h"
+#include "tests/fuzz/Require.h"
+#include "tests/support/Arenas.h"
 
 #include <algorithm>
 #include <array>

@@ -1,13 +1,15 @@
 // Any bytes as a voxel file.
 
-#include "InputErrors.h"
-#include "Maps.h"
-#include "Require.h"
-#include "VoxFile.h"
+#include "arena/VoxFile.h"
+#include "tests/fuzz/InputErrors.h"
+#include "tests/fuzz/Maps.h"
+#include "tests/fuzz/Require.h"
 
 #include <cstdint>
 #include <cstring>
 #include <string>
+
+using namespace drench;
 
 namespace {
 
@@ -56,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     arena::VoxImport import;
     try {
         import = arena::readVox(bytes);
-    } catch (const arena::InputError& error) {
+    } catch (const InputError& error) {
         requirePlace(bytes, error.what());
         return 0;
     }

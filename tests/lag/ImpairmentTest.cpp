@@ -1,9 +1,11 @@
-#include "Impairment.h"
+#include "lag/Impairment.h"
 
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
 #include <vector>
+
+using namespace drench;
 
 using lag::Fate;
 using lag::Impairment;

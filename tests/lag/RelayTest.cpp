@@ -1,5 +1,5 @@
-#include "Relay.h"
-#include "UdpPeer.h"
+#include "lag/Relay.h"
+#include "tests/support/UdpPeer.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -8,6 +8,8 @@
 #include <memory>
 #include <stdexcept>
 #include <unistd.h>
+
+using namespace drench;
 
 // The relay between real sockets on loopback, at moments that the tests choose.
 

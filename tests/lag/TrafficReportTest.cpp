@@ -1,8 +1,10 @@
-#include "TrafficReport.h"
+#include "lag/TrafficReport.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <sstream>
+
+using namespace drench;
 
 using lag::Report;
 using nlohmann::json;

@@ -1,10 +1,10 @@
-#include "Courts.h"
-#include "Files.h"
-#include "Png.h"
-#include "ServerProcess.h"
-#include "TemporaryFolder.h"
-#include "ToolProcess.h"
-#include "UdpPeer.h"
+#include "arena/picture/Png.h"
+#include "common/Files.h"
+#include "tests/process/ServerProcess.h"
+#include "tests/process/ToolProcess.h"
+#include "tests/support/Courts.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/UdpPeer.h"
 
 #include <chrono>
 #include <cmath>
@@ -17,6 +17,8 @@
 #include <thread>
 #include <unistd.h>
 #include <vector>
+
+using namespace drench;
 
 // drench-bots as hosts and testers use it, in rooms of the real server.
 
@@ -139,7 +141,7 @@ TEST_F(Bots, PlayAndLeaveAndTellWhatCameOfIt) {
     }
     EXPECT_EQ(report["total"]["snapshots"], snapshots);
 
-    const arena::Image tracks = decodePng(arena::readFile(folder.path + "/tracks.png"));
+    const arena::Image tracks = arena::decodePng(readFile(folder.path + "/tracks.png"));
     EXPECT_EQ(tracks.width, 640);
     EXPECT_EQ(tracks.height, 480);
 }
@@ -276,7 +278,7 @@ TEST_F(Bots, ScriptIsPlayedTickByTick) {
     EXPECT_TRUE(flat.waitForLine("Walker joined", chartTime));
     EXPECT_TRUE(flat.waitForLine("Walker disconnected", 3000));
 
-    const std::vector<RecordLine> record = readRecord(arena::readFile(folder.path + "/walk.csv"));
+    const std::vector<RecordLine> record = readRecord(readFile(folder.path + "/walk.csv"));
     ASSERT_GT(record.size(), 100u);
     EXPECT_EQ(record.front().tick, 0);
     EXPECT_GE(record.back().tick, 170);

@@ -1,13 +1,16 @@
-#include "Arenas.h"
-#include "ServerProcess.h"
-#include "Session.h"
-#include "UdpPeer.h"
+#include "client/RoomAddress.h"
+#include "client/Session.h"
+#include "tests/process/ServerProcess.h"
+#include "tests/support/Arenas.h"
+#include "tests/support/UdpPeer.h"
 
 #include <cmath>
 #include <functional>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <vector>
+
+using namespace drench;
 
 namespace {
 
@@ -18,7 +21,7 @@ using std::chrono::milliseconds;
 
 sockaddr_in roomAt(int port) {
     std::string problem;
-    return client::resolve("localhost:" + std::to_string(port), problem).value();
+    return client::resolve("localhost:" + std::to_string(port), problem).value().address;
 }
 
 /// A session, and all that it was told.

@@ -1,5 +1,5 @@
-#include "RemotePlayer.h"
-#include "ServerProcess.h"
+#include "tests/process/RemotePlayer.h"
+#include "tests/process/ServerProcess.h"
 
 #include <cmath>
 #include <fstream>

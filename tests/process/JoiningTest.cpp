@@ -1,6 +1,6 @@
-#include "Arenas.h"
-#include "RemotePlayer.h"
-#include "ServerProcess.h"
+#include "tests/process/RemotePlayer.h"
+#include "tests/process/ServerProcess.h"
+#include "tests/support/Arenas.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,10 @@
-#include "Arenas.h"
-#include "Files.h"
-#include "ServerProcess.h"
-#include "Session.h"
-#include "TemporaryFolder.h"
-#include "ToolProcess.h"
+#include "client/RoomAddress.h"
+#include "client/Session.h"
+#include "common/Files.h"
+#include "tests/process/ServerProcess.h"
+#include "tests/process/ToolProcess.h"
+#include "tests/support/Arenas.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <csignal>
 #include <functional>
@@ -15,6 +16,8 @@
 #include <thread>
 #include <unistd.h>
 #include <vector>
+
+using namespace drench;
 
 // drench-lag as players and testers use it, between the library for clients and the real server.
 
@@ -51,7 +54,7 @@ std::string room(const ServerProcess& server) {
 Session joining(int port, const std::string& name) {
     std::string problem;
     const sockaddr_in address =
-        client::resolve("localhost:" + std::to_string(port), problem).value();
+        client::resolve("localhost:" + std::to_string(port), problem).value().address;
     return Session::join(address, name, Clock::now(), problem).value();
 }
 

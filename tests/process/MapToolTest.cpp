@@ -1,15 +1,17 @@
-#include "Courts.h"
-#include "Files.h"
-#include "MapText.h"
-#include "Png.h"
-#include "TemporaryFolder.h"
-#include "VoxFile.h"
+#include "arena/MapText.h"
+#include "arena/VoxFile.h"
+#include "arena/picture/Png.h"
+#include "common/Files.h"
+#include "tests/support/Courts.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <sys/wait.h>
+
+using namespace drench;
 
 // drench-map as makers use it: files in, files, words and an exit status out.
 
@@ -28,8 +30,8 @@ class MapTool : public testing::Test {
         const std::string command = std::string(DRENCH_MAP) + " " + arguments + " >" + path("out") +
                                     " 2>" + path("err") + " </dev/null";
         const int status = std::system(command.c_str());
-        out = arena::readFile(path("out"));
-        err = arena::readFile(path("err"));
+        out = readFile(path("out"));
+        err = readFile(path("err"));
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
@@ -54,22 +56,22 @@ constexpr char smallMap[] = "2 1 2\n 1 1 1 1\n 1 1 0 0\n";
 
 TEST_F(MapTool, BuildsAPlanAndPlansWhatItBuilt) {
     EXPECT_EQ(run("build " + file("small.plan", smallPlan) + " -o " + path("mapdata")), 0) << err;
-    EXPECT_EQ(arena::readFile(path("mapdata")), smallMap);
+    EXPECT_EQ(readFile(path("mapdata")), smallMap);
     EXPECT_EQ(run("plan " + path("mapdata") + " --name Small -o " + path("again.plan")), 0) << err;
-    EXPECT_EQ(arena::readFile(path("again.plan")), smallPlan);
+    EXPECT_EQ(readFile(path("again.plan")), smallPlan);
     EXPECT_EQ(out + err, "");
 }
 
 TEST_F(MapTool, PlanIsNamedAfterItsFileUnlessToldOtherwise) {
     EXPECT_EQ(run("plan " + file("court.mapdata", smallMap) + " -o " + path("a.plan")), 0) << err;
-    EXPECT_EQ(arena::readFile(path("a.plan")).substr(0, 12), "arena court\n");
+    EXPECT_EQ(readFile(path("a.plan")).substr(0, 12), "arena court\n");
 }
 
 TEST_F(MapTool, ExportedArenaIsImportedAgain) {
     const std::string map = file("mapdata", smallMap);
     EXPECT_EQ(run("export " + map + " -o " + path("a.vox")), 0) << err;
     EXPECT_EQ(run("import " + path("a.vox") + " -o " + path("again")), 0) << err;
-    EXPECT_EQ(arena::readFile(path("again")), smallMap);
+    EXPECT_EQ(readFile(path("again")), smallMap);
     EXPECT_EQ(out, "") << "every colour was a material's";
 }
 
@@ -78,32 +80,32 @@ TEST_F(MapTool, BrokenInputIsRefusedWithItsPlaceAndLeavesTheOutputAlone) {
     const std::string broken = file("broken.plan", "arena A\nsize 2 x 2\n");
     EXPECT_EQ(run("build " + broken + " -o " + output), 2);
     EXPECT_EQ(err.substr(0, broken.size() + 6), broken + ":2:8: ");
-    EXPECT_EQ(arena::readFile(output), "old");
+    EXPECT_EQ(readFile(output), "old");
 
     const std::string numbers = file("numbers", "2 1 2\n 1 1 1 1\n 1 1 0\n");
     EXPECT_EQ(run("plan " + numbers + " -o " + output), 2);
     EXPECT_EQ(err.substr(0, numbers.size() + 1), numbers + ":");
     EXPECT_EQ(run("import " + numbers + " -o " + output), 2);
     EXPECT_EQ(err.substr(0, numbers.size() + 1), numbers + ":");
-    EXPECT_EQ(arena::readFile(output), "old");
+    EXPECT_EQ(readFile(output), "old");
 }
 
 TEST_F(MapTool, PlanOfAPlanKeepsItsName) {
     EXPECT_EQ(run("plan " + file("file-name.plan", smallPlan) + " -o " + path("b.plan")), 0) << err;
-    EXPECT_EQ(arena::readFile(path("b.plan")), smallPlan);
+    EXPECT_EQ(readFile(path("b.plan")), smallPlan);
 }
 
 TEST_F(MapTool, NoResultReplacesItsOwnInput) {
     const std::string plan = file("small.plan", smallPlan);
     EXPECT_EQ(run("build " + plan + " -o " + plan), 2);
     EXPECT_EQ(err, plan + ": is the input; the result needs a file of its own\n");
-    EXPECT_EQ(arena::readFile(plan), smallPlan);
+    EXPECT_EQ(readFile(plan), smallPlan);
 }
 
 TEST_F(MapTool, LinesWrappedOnPurposeCanStillBeConverted) {
     EXPECT_EQ(run("plan " + file("wrapped", "2 1 2 1 1 1 1 1 1\n2 0 0") + " -o " + path("a")), 0)
         << err;
-    EXPECT_NE(arena::readFile(path("a")).find(" 12 "), std::string::npos) << "plaster";
+    EXPECT_NE(readFile(path("a")).find(" 12 "), std::string::npos) << "plaster";
 }
 
 TEST_F(MapTool, ImportTellsWhichColoursItReplacedApartFromTheMap) {
@@ -197,7 +199,7 @@ TEST_F(MapTool, ReportThatCannotBeWrittenIsAnError) {
                                 path("err") + " </dev/null";
     const int status = std::system(command.c_str());
     EXPECT_EQ(WEXITSTATUS(status), 2);
-    EXPECT_EQ(arena::readFile(path("err")), "the report cannot be written\n");
+    EXPECT_EQ(readFile(path("err")), "the report cannot be written\n");
 }
 
 // A whole report of an arena in which much is wrong: the ring with spawn 1 inside a cube, nothing
@@ -240,7 +242,7 @@ TEST_F(MapTool, ReportIsCompleteAndInOrder) {
 TEST_F(MapTool, PicturesHaveTheSizeAskedFor) {
     const std::string map = file("mapdata", arenaText(32, 16, 32, solidInRing));
     EXPECT_EQ(run("picture " + map + " --size 160x100 -o " + path("iso.png")), 0) << err;
-    const arena::Image iso = decodePng(arena::readFile(path("iso.png")));
+    const arena::Image iso = arena::decodePng(readFile(path("iso.png")));
     EXPECT_EQ(iso.width, 160);
     EXPECT_EQ(iso.height, 100);
     EXPECT_EQ(run("picture " + map +
@@ -249,7 +251,7 @@ TEST_F(MapTool, PicturesHaveTheSizeAskedFor) {
                   path("eye.png")),
               0)
         << err;
-    EXPECT_EQ(decodePng(arena::readFile(path("eye.png"))).height, 48);
+    EXPECT_EQ(arena::decodePng(readFile(path("eye.png"))).height, 48);
 }
 
 TEST_F(MapTool, WrongUseIsExplainedWithStatusTwo) {

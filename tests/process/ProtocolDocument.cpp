@@ -1,4 +1,4 @@
-#include "ProtocolDocument.h"
+#include "tests/process/ProtocolDocument.h"
 
 #include <cstdint>
 #include <cstring>

@@ -1,8 +1,8 @@
-#include "ProtocolDocument.h"
+#include "tests/process/ProtocolDocument.h"
 
-#include "Arenas.h"
-#include "ServerProcess.h"
-#include "UdpPeer.h"
+#include "tests/process/ServerProcess.h"
+#include "tests/support/Arenas.h"
+#include "tests/support/UdpPeer.h"
 
 #include <chrono>
 #include <cmath>

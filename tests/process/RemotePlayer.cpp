@@ -1,4 +1,4 @@
-#include "RemotePlayer.h"
+#include "tests/process/RemotePlayer.h"
 
 #include <chrono>
 

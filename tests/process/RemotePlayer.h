@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Datagrams.h"
-#include "UdpPeer.h"
+#include "tests/support/Datagrams.h"
+#include "tests/support/UdpPeer.h"
 
 #include <functional>
 #include <optional>

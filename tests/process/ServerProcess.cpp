@@ -1,4 +1,4 @@
-#include "ServerProcess.h"
+#include "tests/process/ServerProcess.h"
 
 #include <chrono>
 #include <csignal>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Files.h"
-#include "TemporaryFolder.h"
+#include "common/Files.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -14,6 +14,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
+
+using namespace drench;
 
 /// A program started in the background, with its output in files. Destruction ends it.
 class ToolProcess {
@@ -61,8 +63,8 @@ class ToolProcess {
         return status_;
     }
 
-    std::string out() const { return arena::readFile(folder_.path + "/out"); }
-    std::string err() const { return arena::readFile(folder_.path + "/err"); }
+    std::string out() const { return readFile(folder_.path + "/out"); }
+    std::string err() const { return readFile(folder_.path + "/err"); }
 
   private:
     int create(const char* name) const {

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "bots/Bot.h"
+#include "bots/Report.h"
+#include "bots/Roadmap.h"
+#include "bots/Tally.h"
+#include "bots/Tracks.h"
+#include "client/RoomAddress.h"
+#include "client/Session.h"
+#include "common/Chance.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace drench::bots {
+
+struct PlayOptions {
+    int playersPerRoom = 3;
+    double skill = 0.5;
+    std::uint64_t seed = 0;
+
+    /// Players are called this and a number; by names of their own when it is empty.
+    std::string name;
+
+    /// Whether to keep the tracks of the first room's players.
+    bool keepTracks = false;
+};
+
+/// What can be said of a run at any moment.
+struct Standing {
+    std::size_t players = 0;
+    std::size_t playing = 0;
+    std::uint64_t snapshots = 0;
+    long soaks = 0;
+    std::optional<double> medianRoundTrip;
+};
+
+/// What a player does who has made two decisions before either could be sent: the later one's keys,
+/// the mouse counts of both, and a jump that either asks for.
+Controls combined(const Controls& earlier, const Controls& later);
+
+/// Bots at play in any number of rooms, in one thread. Who is not let in, or is dropped, tries
+/// again after a while.
+class Play {
+  public:
+    /// @param roadmap  must outlive the play, and so must its map
+    /// @param note  told in a line, once, of rooms that cannot be played in
+    Play(const Roadmap& roadmap, std::vector<client::RoomAddress> rooms, const PlayOptions& options,
+         std::function<void(const std::string&)> note);
+
+    /// Leaves.
+    ~Play();
+    Play(const Play&) = delete;
+    Play& operator=(const Play&) = delete;
+
+    /// Waits until there is something to do, but not beyond `until` nor a signal, and does it.
+    void step(client::Time until);
+
+    /// All leave their rooms; nothing more happens.
+    void leave();
+
+    Standing standing() const;
+
+    /// All players, those of a room together, the rooms in their order.
+    std::vector<PlayerReport> players() const;
+    const std::vector<Track>& tracks() const { return tracks_; }
+
+  private:
+    struct Seat {
+        std::size_t room = 0;
+        std::string name;
+        Chance chance;
+        std::optional<client::Session> session = std::nullopt;
+        std::optional<Bot> bot = std::nullopt;
+        Scorer scorer = {};
+        Track* track = nullptr;
+        client::Time nextJoin = {};
+        int failures = 0;
+    };
+
+    /// What was last told of a room.
+    struct Told {
+        std::string trouble;
+        bool otherArena = false;
+    };
+
+    void serve(Seat& seat, client::Time now);
+    void join(Seat& seat, client::Time now);
+    bool takeEvents(Seat& seat, client::Time now);
+    void see(Seat& seat, const client::Snapshot& snapshot, std::optional<Controls>& controls);
+    static void send(Seat& seat, const Controls& controls);
+    void giveUp(Seat& seat, client::Time again, const std::string& trouble);
+    void tellOfOtherArena(const Seat& seat, const PlayerUpdate& self);
+
+    const Roadmap& roadmap_;
+    std::vector<client::RoomAddress> rooms_;
+    double skill_;
+    std::function<void(const std::string&)> note_;
+    int epoll_;
+    std::vector<Seat> seats_;
+    std::vector<Track> tracks_;
+    std::vector<Told> told_;
+};
+
+} // namespace drench::bots

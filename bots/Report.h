@@ -1,0 +1,62 @@
+#pragma once
+
+#include "bots/Tally.h"
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace drench::bots {
+
+/// What has become of one player.
+struct PlayerReport {
+    /// Its room as the user named it: "localhost:5000".
+    std::string room;
+    std::string name;
+    Tally tally;
+};
+
+/// What makes bots play as they do.
+struct BotSettings {
+    std::string arena;
+    std::uint64_t seed = 0;
+    double skill = 0.0;
+};
+
+/// What a run was, and what came of it.
+struct Report {
+    /// Absent when a script played.
+    std::optional<BotSettings> bots;
+    double seconds = 0.0;
+    std::vector<std::string> rooms;
+
+    /// The players of a room stand together, the rooms in their order.
+    std::vector<PlayerReport> players;
+
+    /// How many rooms let a player in.
+    std::size_t roomsEntered() const;
+
+    /// How many players were let in.
+    std::size_t playersEntered() const;
+
+    /// Of all players of a room, or of all at all.
+    Tally total() const;
+    Tally total(const std::string& room) const;
+
+    /// The room with the longest gaps between snapshots, by the 99th percentile; empty when no
+    /// snapshot was followed by another.
+    std::string worstRoom() const;
+
+    /// The median over the players that know theirs, in milliseconds.
+    std::optional<double> medianRoundTrip() const;
+};
+
+/// Writes a table for people: a line for each player who got in, with more than one room a line for
+/// the worst room instead; then their total.
+void writeTable(std::ostream& out, const Report& report);
+
+/// Writes the same, with every player, as one JSON object for programs.
+void writeJson(std::ostream& out, const Report& report);
+
+} // namespace drench::bots

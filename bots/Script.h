@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace drench::bots {
+
+/// One thing that a scripted player does.
+struct Action {
+    enum class Kind { hold, release, jump, turn, say, leave };
+
+    /// When: on the first snapshot of this number or a later one, counted from 0 on joining.
+    std::int64_t tick = 0;
+    Kind kind = Kind::leave;
+
+    /// To hold or to release: an index of keyIndex.
+    int key = 0;
+
+    /// Mouse counts.
+    int dx = 0;
+    int dy = 0;
+
+    /// To say.
+    std::string text;
+
+    bool operator==(const Action&) const = default;
+};
+
+/// Reads a script: inputs with their times, each on a line of its own. Empty lines, and those that
+/// begin with '#', are skipped.
+///
+///     at <tick> hold <key>         forward, backward, left, right or fire
+///     at <tick> release <key>
+///     at <tick> jump
+///     at <tick> turn <dx> <dy>     mouse counts; positive turns right and down
+///     at <tick> say <text>         to the end of the line, at most 30 bytes
+///     at <tick> leave              the last line, if it is there
+///
+/// Ticks must not decrease. `file` is the name that errors begin with: throws InputError
+/// "file:line: what stands there, what is allowed".
+std::vector<Action> readScript(const std::string& text, const std::string& file);
+
+} // namespace drench::bots

@@ -1,0 +1,40 @@
+#include "bots/Skill.h"
+
+#include <algorithm>
+
+namespace drench::bots {
+
+namespace {
+
+struct Row {
+    double Skill::*what;
+    double beginner;
+    double best;
+};
+
+// In between it goes straight from one to the other.
+constexpr Row rows[] = {
+    {&Skill::reaction, 24.0, 9.0},        //
+    {&Skill::perceptionDelay, 10.0, 5.0}, //
+    {&Skill::memory, 180.0, 420.0},       //
+    {&Skill::topSpeed, 20.0, 60.0},       //
+    {&Skill::movement, 18.0, 9.0},        //
+    {&Skill::correction, 18.0, 8.0},      //
+    {&Skill::spread, 0.20, 0.06},         //
+    {&Skill::wobble, 16.0, 3.0},          //
+    {&Skill::pursuit, 0.4, 0.92},         //
+    {&Skill::anticipation, 1.0, 4.0},     //
+    {&Skill::caution, 0.2, 0.8},          //
+};
+
+} // namespace
+
+Skill skillOf(double level) {
+    const double share = std::clamp(level, 0.0, 1.0);
+    Skill skill;
+    for (const Row& row : rows)
+        skill.*row.what = row.beginner + (row.best - row.beginner) * share;
+    return skill;
+}
+
+} // namespace drench::bots

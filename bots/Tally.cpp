@@ -1,0 +1,88 @@
+#include "bots/Tally.h"
+
+#include "src/Collisions.h"
+#include "src/Player.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace drench::bots {
+
+std::optional<double> Tally::accuracy() const {
+    if (bursts == 0)
+        return std::nullopt;
+    return static_cast<double>(burstsThatSoaked) / static_cast<double>(bursts);
+}
+
+void Tally::add(const Tally& other) {
+    joined += other.joined;
+    soaks += other.soaks;
+    deaths += other.deaths;
+    bursts += other.bursts;
+    burstsThatSoaked += other.burstsThatSoaked;
+    distance += other.distance;
+    snapshots += other.snapshots;
+    snapshotsMissed += other.snapshotsMissed;
+    gaps.add(other.gaps);
+}
+
+std::optional<double> upperMedian(std::vector<double> values) {
+    if (values.empty())
+        return std::nullopt;
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+bool isDead(const PlayerUpdate& player) {
+    static const vec3 waitingPlace = [] {
+        Player soaked;
+        soaked.die(0.0f);
+        return soaked.getPosition();
+    }();
+    return player.position.x == waitingPlace.x && player.position.y == waitingPlace.y &&
+           player.position.z == waitingPlace.z;
+}
+
+void Scorer::join() {
+    ++tally_.joined;
+    missedBefore_ = tally_.snapshotsMissed;
+    last_.reset();
+    burstHasSoaked_ = false;
+}
+
+void Scorer::see(const PlayerUpdate& self, std::uint64_t missed, client::Time arrival) {
+    ++tally_.snapshots;
+    tally_.snapshotsMissed = missedBefore_ + missed;
+    const bool dead = isDead(self);
+    if (last_) {
+        const bool died = dead && !last_->dead;
+        tally_.deaths += died;
+        if (!dead && !last_->dead)
+            tally_.distance += distanceVec3(last_->position, self.position);
+        tally_.gaps.add(arrival - last_->arrival);
+        countSoaks(self, died);
+    } else {
+        tally_.bursts += self.shooting;
+    }
+    last_ = {self.position, self.points, self.shooting, dead, arrival};
+}
+
+void Scorer::countSoaks(const PlayerUpdate& self, bool died) {
+    const long soaks = long{self.points} - last_->points + died;
+    tally_.soaks += soaks;
+    // Points show one snapshot after the shot, so they belong to the burst of the last one; or,
+    // when snapshots are missing, to one that has begun since, or that no snapshot showed.
+    const bool begins = self.shooting && !last_->shooting;
+    const bool unseen = soaks > 0 && !self.shooting && !last_->shooting;
+    if (begins || unseen) {
+        ++tally_.bursts;
+        burstHasSoaked_ = false;
+    }
+    if (soaks > 0 && !burstHasSoaked_) {
+        ++tally_.burstsThatSoaked;
+        burstHasSoaked_ = true;
+    }
+}
+
+} // namespace drench::bots

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "arena/Reach.h"
+#include "arena/picture/Image.h"
+#include "src/Messages.h"
+
+#include <deque>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace drench::bots {
+
+/// The way of one player over the ground, and where it was soaked; of a long one the last part.
+class Track {
+  public:
+    explicit Track(std::string name) : name_(std::move(name)) {}
+
+    /// A snapshot with the player came.
+    void see(const PlayerUpdate& self);
+
+    /// The player has left; wherever it comes next, it did not walk there.
+    void breakOff();
+
+    struct Point {
+        vec3 position;
+
+        /// Whether the player appeared here; else it came from the point before.
+        bool appeared = false;
+
+        /// Whether it was soaked here.
+        bool soaked = false;
+    };
+
+    const std::string& name() const { return name_; }
+    const std::deque<Point>& points() const { return points_; }
+
+    /// About an hour of running.
+    static constexpr std::size_t mostPoints = 50000;
+
+  private:
+    void add(const Point& point);
+
+    std::string name_;
+    std::deque<Point> points_;
+
+    /// Where the player was in the last snapshot that showed it alive, unless it died or left
+    /// since.
+    std::optional<vec3> last_;
+};
+
+/// The arena from above, paler than arena::topPicture draws it, with each track in a colour of its
+/// own, a drop where somebody was soaked, and the names below.
+arena::Image tracksPicture(const MapManager& map, const arena::Reach& reach,
+                           std::span<const Track> tracks, int width, int height);
+
+} // namespace drench::bots

@@ -1,0 +1,359 @@
+#include "bots/Walker.h"
+
+#include "bots/View.h"
+#include "src/Messages.h"
+#include "src/Player.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace drench::bots {
+
+namespace {
+
+// Distances are world units, times snapshots.
+
+/// A place is reached within this of its middle, its middle within these: roughly, and as well as
+/// steps of 6 units allow.
+constexpr float arrivalRadius = 20.0f;
+constexpr float middleRadius = 7.0f;
+constexpr float stillRadius = 6.0f;
+
+/// Room that a straight way must have beside the body.
+constexpr float leastMargin = 4.0f;
+
+/// A line is followed towards a point of it so far ahead, the nearer the less room there is. Keys
+/// that only nearly suit the heading lead up to 0.41 of that aside.
+struct LookAhead {
+    float margin;
+    float distance;
+};
+constexpr LookAhead lookAheads[] = {{40.0f, 96.0f}, {16.0f, 40.0f}, {0.0f, 24.0f}};
+
+/// A jump is begun within this of the middle, along both axes.
+constexpr float jumpReach = 24.0f;
+
+/// A leap is begun so far past the middle, not so far that the edge may come first, and not so far
+/// beside the line.
+constexpr float leapStart = 8.0f;
+constexpr float leapLatest = 34.0f;
+constexpr float leapAside = 16.0f;
+
+/// Who jumps up moves on when it is no further than this below the place.
+constexpr float pushHeight = 4.0f;
+
+/// A body that falls is about to land when it is no higher than this.
+constexpr float landingHeight = 40.0f;
+
+/// A jump that shows no effect is asked for again after this, one that misses this often given up.
+constexpr int jumpPatience = 24;
+constexpr int mostMisses = 3;
+
+/// Who has not got nearer by so much for so long is stuck.
+constexpr float nearerBy = 3.0f;
+constexpr int nearerPatience = 93;
+
+/// A body that advances by less is held up. After so many ticks it is caught, until it is so near
+/// its line again.
+constexpr float heldUpSpeed = 1.0f;
+constexpr int heldUpPatience = 3;
+constexpr float backOnLine = 2.0f;
+
+/// Speeds of a body that is moved by one key, and by two.
+constexpr float walkSpeed = 6.0f;
+constexpr float aslantSpeed = 8.49f;
+constexpr float gravityPerTick = 0.5f;
+
+constexpr float eighthTurn = 0.78539816f;
+
+/// Counts that legs alone turn in a tick, at most.
+constexpr long legsTurn = 40;
+
+vec3 horizontal(vec3 v) {
+    return {v.x, 0.0f, v.z};
+}
+
+vec3 unit(vec3 v) {
+    v.normalize();
+    return v;
+}
+
+bool isInJumpReach(vec3 way) {
+    return std::fabs(way.x) <= jumpReach && std::fabs(way.z) <= jumpReach;
+}
+
+/// The room that a straight way must have which begins so far from the middle of a place. Going to
+/// the middle first would gain nothing where one is nearly there.
+float marginAt(vec3 offset) {
+    return horizontal(offset).length() > middleRadius ? leastMargin : 0.0f;
+}
+
+const arena::StandingPlace& placeOf(const Roadmap& roadmap, int place) {
+    return roadmap.reach.places[static_cast<std::size_t>(place)];
+}
+
+bool isLevelWalk(const Roadmap& roadmap, int from, int to) {
+    const Road* road = roadmap.road(from, to);
+    return road && road->gait == Gait::walk &&
+           placeOf(roadmap, from).feet.row == placeOf(roadmap, to).feet.row;
+}
+
+/// Radians to the left from a view direction to a heading.
+float angleBetween(vec3 direction, vec3 heading) {
+    return std::atan2(heading.x * direction.z - heading.z * direction.x,
+                      heading.x * direction.x + heading.z * direction.z);
+}
+
+Steps stepTo(vec3 position, vec3 target) {
+    Steps steps;
+    const vec3 way = horizontal(target - position);
+    if (way.length() > stillRadius)
+        steps.heading = unit(way);
+    return steps;
+}
+
+} // namespace
+
+void Walker::follow(std::vector<int> route) {
+    ahead_ = std::move(route);
+    before_.reset();
+    aloft_ = false;
+    strayed_ = false;
+    if (!ahead_.empty())
+        advance();
+}
+
+std::optional<Stretch> Walker::failedStretch() const {
+    if (!strayed_)
+        return std::nullopt;
+    return Stretch{from_, ahead_.front()};
+}
+
+/// The next place becomes the one that the way comes from.
+void Walker::advance() {
+    from_ = ahead_.front();
+    ahead_.erase(ahead_.begin());
+    straight_ = false;
+    caughtAside_.reset();
+    heldUp_ = 0;
+    centres_ = false;
+    sinceJump_ = -1;
+    tookOff_ = false;
+    misses_ = 0;
+    sinceNearer_ = -1;
+}
+
+Steps Walker::step(const Roadmap& roadmap, vec3 position, int lag) {
+    const Steps steps = chooseSteps(roadmap, position, lag);
+    std::rotate(headings_.begin(), headings_.end() - 1, headings_.end());
+    headings_.front() = steps.heading;
+    before_ = position;
+    return steps;
+}
+
+Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
+    if (isDone())
+        return {};
+    const int here = roadmap.placeBelow(position);
+    const float feet = position.y - 0.5f * Player::bodySize.y;
+    aloft_ = here < 0 || feet - floorHeight(placeOf(roadmap, here)) > restingTolerance;
+    if (sinceJump_ >= 0 && before_ && position.y > before_->y + 1.0f)
+        tookOff_ = true;
+    const vec3 ahead = foreseen(position, lag);
+    if (!aloft_) {
+        const int row = placeOf(roadmap, here).feet.row;
+        const bool staysLevel = roadmap.isOpen(position, ahead, row, 0.0f);
+        const vec3 soon = ahead_.size() > 1 && staysLevel ? ahead : position;
+        settle(roadmap, soon, roadmap.placeBelow(soon));
+    }
+    if (isDone())
+        return {};
+
+    if (landsForJump(roadmap, position, ahead, here)) {
+        advance();
+        sinceJump_ = 0;
+        Steps steps = stepTo(ahead, placeOf(roadmap, ahead_.front()).position);
+        steps.jump = true;
+        return steps;
+    }
+    const vec3 target = placeOf(roadmap, ahead_.front()).position;
+    strayed_ = !getsNearer(position, target);
+    if (strayed_)
+        return {};
+    return straight_ ? stepOnLine(position, ahead, target, lag) : stepOnRoad(roadmap, ahead);
+}
+
+/// Where the body will be when the steps that are still under way have acted.
+vec3 Walker::foreseen(vec3 position, int lag) const {
+    const vec3 moved = position - before_.value_or(position);
+    const float speed = std::clamp(horizontal(moved).length(), walkSpeed, aslantSpeed);
+    const int underWay = std::clamp(lag, 0, longestLag);
+    for (int i = 0; i < underWay; ++i)
+        position += headings_[static_cast<std::size_t>(i)] * speed;
+    if (aloft_) {
+        const auto ticks = static_cast<float>(underWay);
+        position.y += ticks * moved.y - 0.5f * gravityPerTick * ticks * (ticks + 1.0f);
+    }
+    return position;
+}
+
+/// Notices where on the route a body that stands is.
+void Walker::settle(const Roadmap& roadmap, vec3 position, int here) {
+    const bool jumped = std::exchange(tookOff_, false);
+    if (jumped) {
+        sinceJump_ = -1;
+        sinceNearer_ = -1;
+    }
+    const int row = placeOf(roadmap, here).feet.row;
+    if (std::find(ahead_.begin(), ahead_.end(), here) != ahead_.end()) {
+        while (ahead_.front() != here)
+            advance();
+        if (horizontal(placeOf(roadmap, here).position - position).length() <= arrivalRadius)
+            advance();
+    } else {
+        const bool fell = row < placeOf(roadmap, from_).feet.row &&
+                          row < placeOf(roadmap, ahead_.front()).feet.row;
+        strayed_ = fell || (jumped && ++misses_ >= mostMisses);
+    }
+    if (!isDone())
+        cutCorners(roadmap, position, row);
+}
+
+/// Leaves out places of this row that need not be passed, and looks whether the next one can be
+/// walked to straight.
+void Walker::cutCorners(const Roadmap& roadmap, vec3 position, int row) {
+    const auto isOpen = [&](int place, float margin) {
+        const arena::StandingPlace& target = placeOf(roadmap, place);
+        return target.feet.row == row && roadmap.isOpen(position, target.position, row, margin);
+    };
+    while (ahead_.size() >= 2 && isLevelWalk(roadmap, ahead_[0], ahead_[1]) &&
+           isOpen(ahead_[1], leastMargin))
+        advance();
+    if (straight_)
+        return;
+    const Road* road = roadmap.road(from_, ahead_.front());
+    straight_ = (!road || road->gait == Gait::walk) &&
+                isOpen(ahead_.front(), marginAt(position - placeOf(roadmap, from_).position));
+    if (straight_) {
+        lineStart_ = position;
+        lookAhead_ =
+            std::find_if(std::begin(lookAheads), std::end(lookAheads) - 1,
+                         [&](const LookAhead& wide) { return isOpen(ahead_.front(), wide.margin); })
+                ->distance;
+    }
+}
+
+/// Whether a body that falls is about to land where the next jump begins: asked for in the air, it
+/// comes without a pause.
+bool Walker::landsForJump(const Roadmap& roadmap, vec3 position, vec3 ahead, int here) const {
+    if (!aloft_ || ahead_.size() < 2 || here != ahead_.front() || !before_ ||
+        position.y >= before_->y)
+        return false;
+    const Road* following = roadmap.road(ahead_[0], ahead_[1]);
+    const vec3 middle = placeOf(roadmap, here).position;
+    return following && following->gait == Gait::jump && isInJumpReach(ahead - middle) &&
+           position.y - middle.y < landingHeight;
+}
+
+bool Walker::getsNearer(vec3 position, vec3 target) {
+    const float distance = (target - position).length();
+    if (sinceNearer_ < 0 || distance < nearest_ - nearerBy) {
+        nearest_ = distance;
+        sinceNearer_ = 0;
+    }
+    return ++sinceNearer_ <= nearerPatience;
+}
+
+/// Towards a point of the line not far ahead (pure pursuit: Coulter, CMU-RI-TR-92-01, 1992), since
+/// keys that only nearly suit the heading would lead far from the line. Who is caught on a corner
+/// beside the line goes back to it first.
+Steps Walker::stepOnLine(vec3 position, vec3 ahead, vec3 target, int lag) {
+    const vec3 way = horizontal(target - lineStart_);
+    const vec3 line = unit(way);
+    const vec3 offset = horizontal(ahead - lineStart_);
+    const float passed = offset.dot(line);
+    const vec3 aside = offset - line * passed;
+
+    const vec3 acted = headings_[static_cast<std::size_t>(std::clamp(lag, 0, longestLag - 1))];
+    const bool isHeldUp =
+        before_ && acted.dot(line) > 0.5f && (position - *before_).dot(line) < heldUpSpeed;
+    heldUp_ = isHeldUp ? heldUp_ + 1 : 0;
+    if (heldUp_ >= heldUpPatience && !caughtAside_)
+        caughtAside_ = aside;
+    if (caughtAside_ && (aside.length() < backOnLine || aside.dot(*caughtAside_) < 0.0f)) {
+        caughtAside_.reset();
+        heldUp_ = 0;
+    }
+    if (caughtAside_)
+        return {unit(aside * -1.0f)};
+    return stepTo(ahead, lineStart_ + line * std::min(passed + lookAhead_, way.length()));
+}
+
+Steps Walker::stepOnRoad(const Roadmap& roadmap, vec3 ahead) {
+    const arena::StandingPlace& start = placeOf(roadmap, from_);
+    const arena::StandingPlace& end = placeOf(roadmap, ahead_.front());
+    const Road* road = roadmap.road(from_, ahead_.front());
+    if (!road) {
+        strayed_ = true;
+        return {};
+    }
+    // Who pushes against the face of a cube while it jumps up may slip aside along it.
+    if (road->gait == Gait::jump && tookOff_ && ahead.y < end.position.y - pushHeight)
+        return {};
+    const bool awaitsJump = sinceJump_ >= 0 && ++sinceJump_ <= jumpPatience;
+    if (aloft_ || awaitsJump)
+        return stepTo(ahead, end.position);
+
+    // Between walls from the middle: who slides along them may be led astray by keys that only
+    // nearly suit the heading.
+    const vec3 offset = horizontal(ahead - start.position);
+    const float margin = centres_ ? marginAt(offset) : 0.0f;
+    centres_ =
+        !roadmap.isClear(ahead, end.position, std::max(start.feet.row, end.feet.row), margin);
+    if (centres_)
+        return stepTo(ahead, start.position);
+    if (road->gait == Gait::walk)
+        return stepTo(ahead, end.position);
+
+    const bool leaps = road->gait == Gait::leap;
+    const vec3 line = unit(horizontal(end.position - start.position));
+    const float progress = offset.dot(line);
+    const float aside = (offset - line * progress).length();
+    if (leaps ? aside > leapAside || progress > leapLatest : !isInJumpReach(offset))
+        return stepTo(ahead, start.position);
+    Steps steps = stepTo(ahead, end.position);
+    steps.jump = !leaps || progress >= leapStart;
+    if (steps.jump)
+        sinceJump_ = 0;
+    return steps;
+}
+
+void pressForHeading(Controls& controls, vec3 heading, vec3 direction) {
+    for (const int key : {keyIndex::forward, keyIndex::backward, keyIndex::left, keyIndex::right})
+        controls.held[key] = false;
+    if (heading.x == 0.0f && heading.z == 0.0f)
+        return;
+    const long eighths = std::lround(angleBetween(direction, heading) / eighthTurn);
+    controls.held[keyIndex::forward] = std::abs(eighths) <= 1;
+    controls.held[keyIndex::backward] = std::abs(eighths) >= 3;
+    controls.held[keyIndex::left] = eighths >= 1 && eighths <= 3;
+    controls.held[keyIndex::right] = eighths <= -1 && eighths >= -3;
+}
+
+Controls legsOnly(const Steps& steps, vec3 direction) {
+    Controls controls;
+    if (steps.heading.x == 0.0f && steps.heading.z == 0.0f)
+        return controls;
+    const auto counts = [](float radians) {
+        return static_cast<int>(std::clamp(
+            std::lround(radians * static_cast<float>(countsPerRadian)), -legsTurn, legsTurn));
+    };
+    controls.dx = counts(-angleBetween(direction, steps.heading));
+    controls.dy = counts(std::asin(std::clamp(direction.y, -1.0f, 1.0f)));
+    pressForHeading(controls, steps.heading, direction);
+    controls.jump = steps.jump;
+    return controls;
+}
+
+} // namespace drench::bots

@@ -1,0 +1,147 @@
+#pragma once
+
+#include "lag/Impairment.h"
+#include "lag/TrafficReport.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <netinet/in.h>
+#include <poll.h>
+#include <string>
+#include <vector>
+
+namespace drench::lag {
+
+/// Stands between clients and a room. Clients send to its port; the room sees each client's address
+/// as a port of its own on the relay's host. Datagrams pass byte for byte, whatever their size.
+/// Each client has a line of its own, impaired apart from the others' and apart in each direction;
+/// which draws it gets follows from the seed and from how many clients came before.
+///
+/// Nothing that a socket reports while it runs ends it: a room that is down refuses datagrams, and
+/// is heard again once it is back.
+class Relay {
+  public:
+    /// The most clients at a time. Datagrams of more are dropped, which is noted once.
+    static constexpr std::size_t mostClients = 256;
+
+    /// A client that sends nothing for this long is forgotten.
+    static constexpr std::chrono::minutes longestSilence{1};
+
+    /// The most that waits, in bytes of datagrams and of their keeping; what comes on top is thrown
+    /// away.
+    static constexpr std::size_t mostBytesWaiting = 16u << 20;
+
+    /// Listens on all addresses of this machine; port 0 lets the system choose. Throws
+    /// std::runtime_error where that fails, or where the room is this very port.
+    /// @param note  is told what a host should know
+    Relay(std::uint16_t port, const sockaddr_in& room, const Settings& up, const Settings& down,
+          std::uint64_t seed, std::function<void(const std::string&)> note);
+
+    int port() const { return port_; }
+
+    /// When service() has to send next; Time::max() when nothing waits.
+    Time wakeAt() const;
+
+    /// Waits until something has come in, the time is over, or a signal has come.
+    void wait(Duration longest);
+
+    /// Takes in what wait() has found, up to 64 datagrams from each socket, and sends what is due.
+    void service(Time now);
+
+    std::size_t clients() const { return clients_.size(); }
+    std::uint64_t clientsSeen() const { return clientsSeen_; }
+    std::uint64_t refusals() const { return refusals_; }
+    std::size_t waiting() const { return queue_.size(); }
+    const Traffic& up() const { return up_; }
+    const Traffic& down() const { return down_; }
+
+  private:
+    struct Socket {
+        Socket();
+        ~Socket();
+        Socket(const Socket&) = delete;
+        Socket& operator=(const Socket&) = delete;
+
+        int descriptor;
+    };
+
+    /// One direction of one client's line.
+    struct Line {
+        Impairment impairment;
+        std::uint64_t received = 0;
+
+        /// The number of the newest datagram that has gone on.
+        std::uint64_t newestSent = 0;
+    };
+
+    struct Client {
+        sockaddr_in address;
+        Socket towardsRoom;
+        Line up;
+        Line down;
+        Time lastHeard;
+    };
+
+    enum class Direction { up, down };
+
+    struct Datagram {
+        Time due;
+
+        /// Puts those that are due at once into the order in which they came.
+        std::uint64_t order;
+        Direction direction;
+        bool isCopy;
+
+        /// Among those of its line, from 1.
+        std::uint64_t number;
+        Time arrival;
+
+        /// Lives until its last datagram has gone on.
+        std::shared_ptr<Client> client;
+        std::string bytes;
+    };
+
+    static bool isLater(const Datagram& a, const Datagram& b);
+    static std::size_t bytesKept(const Datagram& datagram);
+    void receiveFromClients(Time now);
+    void receiveFromRoom(const std::shared_ptr<Client>& client, Time now);
+    std::shared_ptr<Client> clientAt(const sockaddr_in& address, Time now);
+    std::shared_ptr<Client> letThrough(const sockaddr_in& address, Time now);
+    void take(Direction direction, const std::shared_ptr<Client>& client, std::size_t length,
+              Time now);
+    void keep(Datagram datagram);
+    void sendDue(Time now);
+    bool send(const Datagram& datagram);
+    void forgetSilent(Time now);
+
+    Traffic& trafficOf(Direction direction) { return direction == Direction::up ? up_ : down_; }
+
+    Socket towardsClients_;
+    int port_ = 0;
+    sockaddr_in room_;
+    Settings upSettings_;
+    Settings downSettings_;
+    Chance chance_;
+    std::function<void(const std::string&)> note_;
+
+    /// What wait() looks at: the socket for clients, then those of `clients_`, in their order.
+    std::vector<pollfd> polled_;
+    std::vector<std::shared_ptr<Client>> clients_;
+    std::uint64_t clientsSeen_ = 0;
+
+    /// The last note, which is not repeated.
+    std::string noted_;
+    std::uint64_t refusals_ = 0;
+
+    /// A heap; the first is due first.
+    std::vector<Datagram> queue_;
+    std::size_t bytesWaiting_ = 0;
+    std::uint64_t datagramsKept_ = 0;
+    Traffic up_;
+    Traffic down_;
+    std::vector<char> buffer_;
+};
+
+} // namespace drench::lag

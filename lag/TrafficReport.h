@@ -1,0 +1,69 @@
+#pragma once
+
+#include "common/GapHistogram.h"
+#include "lag/Impairment.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+
+namespace drench::lag {
+
+/// What passed in one direction, over all clients. Counted in datagrams.
+struct Traffic {
+    std::uint64_t in = 0;
+
+    /// Those that went on, copies included.
+    std::uint64_t out = 0;
+
+    /// As the settings ask for.
+    std::uint64_t lost = 0;
+
+    /// Copies that went on behind their originals.
+    std::uint64_t duplicated = 0;
+
+    /// Those that went on after one that had come in later, as in RFC 4737; copies do not count.
+    std::uint64_t reordered = 0;
+
+    /// Thrown away because too much was waiting already, and those that the system did not send.
+    std::uint64_t overflowed = 0;
+    std::uint64_t unsent = 0;
+
+    /// From coming in to going on.
+    GapHistogram delays;
+};
+
+struct Report {
+    int port = 0;
+
+    /// As the user named it: "localhost:5000".
+    std::string room;
+    double seconds = 0.0;
+    std::uint64_t seed = 0;
+
+    /// All that came, those who fell silent included.
+    std::uint64_t clients = 0;
+
+    /// How often the room's host said that nobody listens there.
+    std::uint64_t refusals = 0;
+
+    /// Copies and datagrams that were on their way at the end.
+    std::size_t waiting = 0;
+
+    /// Towards the room.
+    Settings upSettings;
+    Traffic up;
+
+    /// Towards the clients.
+    Settings downSettings;
+    Traffic down;
+};
+
+/// Writes a table for people, with a line for each direction, and what else is worth a word.
+void writeTable(std::ostream& out, const Report& report);
+
+/// Writes the same, with the settings, as one JSON object for programs.
+void writeJson(std::ostream& out, const Report& report);
+
+} // namespace drench::lag
