@@ -54,6 +54,71 @@ struct GenericMessage {
 
 static_assert(sizeof(GenericMessage) == 532 && offsetof(GenericMessage, client) == 512);
 
+/// A wish to play. The name ends with a 0; the room keeps what fits, clients may send less or more.
+struct JoinMessage {
+    char type = messageCode::join;
+    char name[12] = {};
+};
+
+static_assert(sizeof(JoinMessage) == 13 && offsetof(JoinMessage, name) == 1);
+
+struct LeaveMessage {
+    char type = messageCode::leave;
+    char id = 0;
+};
+
+static_assert(sizeof(LeaveMessage) == 2 && offsetof(LeaveMessage, id) == 1);
+
+/// A key held or released.
+struct KeyMessage {
+    char type = messageCode::key;
+    char id = 0;
+
+    /// One of keyIndex; others are ignored.
+    signed char key = 0;
+
+    /// Non-zero while held.
+    char down = 0;
+};
+
+static_assert(sizeof(KeyMessage) == 4 && offsetof(KeyMessage, id) == 1 &&
+              offsetof(KeyMessage, key) == 2 && offsetof(KeyMessage, down) == 3);
+
+/// Mouse counts since the last one: Player::rotateView.
+struct ViewMessage {
+    char type = messageCode::view;
+    char id = 0;
+    char padding[2] = {};
+    std::int32_t dx = 0;
+    std::int32_t dy = 0;
+};
+
+static_assert(sizeof(ViewMessage) == 12 && offsetof(ViewMessage, id) == 1 &&
+              offsetof(ViewMessage, dx) == 4 && offsetof(ViewMessage, dy) == 8);
+
+/// A sign of life.
+struct KeepAliveMessage {
+    char type = messageCode::keepAlive;
+    char id = 0;
+};
+
+static_assert(sizeof(KeepAliveMessage) == 2 && offsetof(KeepAliveMessage, id) == 1);
+
+/// The room lets somebody in, under this identifier.
+struct AcceptanceMessage {
+    char type = messageCode::accepted;
+    char id = 0;
+};
+
+static_assert(sizeof(AcceptanceMessage) == 2 && offsetof(AcceptanceMessage, id) == 1);
+
+/// The room is full.
+struct RefusalMessage {
+    char type = messageCode::full;
+};
+
+static_assert(sizeof(RefusalMessage) == 1);
+
 /// Head of the world-state record.
 struct Message {
     char type;
