@@ -2,7 +2,6 @@
 
 # Who looks for Resources/ beside the executable lives with it in one private folder; links in bin/
 # put them on the PATH.
-include(GNUInstallDirs)
 set(DRENCH_HOME ${CMAKE_INSTALL_LIBDIR}/drench)
 install(DIRECTORY Resources DESTINATION ${DRENCH_HOME} COMPONENT server)
 
