@@ -29,7 +29,7 @@ has_cmake() {
 need_build_tools() {
   if [ -n "${CXX-}" ] && ! has_compiler >/dev/null 2>&1; then
     echo "CXX=$CXX is no C++20 compiler:" >&2
-    has_compiler >&2 || true
+    has_compiler 2>&1 | sed 's/^.*: line [0-9]*: //' >&2 || true
     exit 1
   fi
   need 'a C++20 compiler' g++ has_compiler

@@ -37,9 +37,10 @@ else
   echo '[100%] Built target all'
 fi
 CMAKE
-for compiler in c++ clang++ launcher; do
+for compiler in c++ clang-14 launcher; do
   printf '#!/bin/sh\ncat >/dev/null\n' >"$folder/bin/$compiler"
 done
+ln -s clang-14 "$folder/bin/clang++"
 printf '#!/bin/sh\necho "$*" >>"%s/apt-get.log"\nexit 1\n' "$folder" >"$folder/bin/apt-get"
 chmod +x "$folder"/bin/*
 cd "$checkout"

@@ -41,9 +41,9 @@ add_test(Odd.IsSkipped sh -c "exit 77")
 set_tests_properties(Odd.IsSkipped PROPERTIES SKIP_RETURN_CODE 77)
 TESTS
 expect 'the status is that of ctest' [ "$(status_of ./test.sh)" -eq 8 ]
-expect 'a test that fails is shown' says "$folder/said" 'Bad.Fails'
+expect 'a test that fails is shown' says "$folder/said" 'Test #2: Bad.Fails'
 expect 'what it said is shown' says "$folder/said" '1/1 why it fails'
-expect 'a test that is skipped is shown' grep -q 'Odd.IsSkipped .*Skipped' "$folder/said"
+expect 'a test that is skipped is shown' grep -q 'Test #3: Odd.IsSkipped .*Skipped' "$folder/said"
 expect 'the summary stays' says "$folder/said" '67% tests passed, 1 tests failed out of 3'
 expect 'a test that passes is no line' [ "$(grep -c Good "$folder/said")" -eq 0 ]
 expect 'without a terminal nothing is shown for now' [ "$(grep -c $'[\r\033]' "$folder/said")" -eq 0 ]
