@@ -7,25 +7,33 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 targets=(server client maptext plan vox script)
-usage() {
-  echo "usage: ./fuzz.sh [target] [seconds]    (targets: ${targets[*]}; 60 seconds each)" >&2
+usage() { echo "usage: ./fuzz.sh [target] [seconds]    (targets: ${targets[*]}; 60 seconds each)"; }
+misused() {
+  usage >&2
   exit 2
 }
+if [ "${1-}" = --help ]; then
+  usage
+  exit
+fi
 
 chosen=("${targets[@]}")
 if [ $# -gt 0 ] && ! [[ $1 =~ ^[0-9]+$ ]]; then
-  [[ " ${targets[*]} " == *" $1 "* ]] || usage
+  [[ " ${targets[*]} " == *" $1 "* ]] || misused
   chosen=("$1")
   shift
 fi
 seconds=${1:-60}
-[[ $seconds =~ ^[1-9][0-9]*$ && $# -le 1 ]] || usage
+[[ $seconds =~ ^[1-9][0-9]*$ && $# -le 1 ]] || misused
 
-. .ci/prerequisites.sh
+. .ci/building.sh
+# The preset's own.
+unset CXX
 has_fuzzer() {
   echo 'extern "C" int LLVMFuzzerTestOneInput(const char*, unsigned long) { return 0; }' |
     clang++ -fsanitize=fuzzer,address -x c++ - -o /dev/null
 }
+need_writable_checkout
 need cmake cmake has_cmake
 need make make command -v make
 need clang clang command -v clang++
@@ -33,8 +41,8 @@ need libFuzzer libclang-rt-dev has_fuzzer
 install_missing
 
 echo 'Building ...'
-quietly cmake --preset fuzz
-quietly cmake --build --preset fuzz --parallel "$(nproc)"
+configure fuzz
+build fuzz
 
 status=0
 for target in "${chosen[@]}"; do
@@ -44,8 +52,8 @@ for target in "${chosen[@]}"; do
   log=build/fuzz/$target.log
   mkdir -p "$found" "$grown"
   echo "$target: $seconds s, log in $log"
-  build/fuzz/drench-fuzz-"$target" -max_total_time="$seconds" -timeout=10 \
-    -artifact_prefix="$found/" "$grown" "$seeds" >"$log" 2>&1 || status=1
+  logged "$log" build/fuzz/drench-fuzz-"$target" -max_total_time="$seconds" -timeout=10 \
+    -artifact_prefix="$found/" "$grown" "$seeds" || status=1
   grep -aE '^(broken:|SUMMARY|.* runtime error:|.*Test unit written)|DONE' "$log" || true
 done
 if [ $status -ne 0 ]; then

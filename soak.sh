@@ -6,11 +6,16 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-usage() {
-  echo 'usage: ./soak.sh MINUTES [FOLDER]    (1 to 10000 minutes)' >&2
+usage() { echo 'usage: ./soak.sh MINUTES [FOLDER]    (1 to 10000 minutes; default folder build/soak)'; }
+misused() {
+  usage >&2
   exit 2
 }
-[[ $# -ge 1 && $# -le 2 && $1 =~ ^[1-9][0-9]{0,4}$ && $1 -le 10000 ]] || usage
+if [ "${1-}" = --help ]; then
+  usage
+  exit
+fi
+[[ $# -ge 1 && $# -le 2 && $1 =~ ^[1-9][0-9]{0,4}$ && $1 -le 10000 ]] || misused
 seconds=$((60 * $1))
 folder=$(realpath -m "${2:-build/soak}")
 if [ -n "${2-}" ] && [ -e "$folder" ]; then
@@ -22,7 +27,8 @@ if [ "$(id -u)" -ne 0 ]; then
   exit 2
 fi
 
-. .ci/prerequisites.sh
+. .ci/building.sh
+need_writable_checkout
 need_build_tools
 need_tool_libraries
 need libseccomp libseccomp-dev has_header seccomp.h
@@ -32,9 +38,8 @@ need script bsdutils command -v script
 need gnuplot gnuplot-nox command -v gnuplot
 install_missing
 echo 'Building ...'
-quietly cmake --preset release
-quietly cmake --build --preset release --parallel "$(nproc)" --target drench-server drench-bots \
-  drench-lag drench-confined
+configure release
+build release drench-server drench-bots drench-lag drench-confined
 
 port=$((20000 + $$ % 10000))
 rm -rf "$folder"
@@ -118,10 +123,20 @@ bots $((port + 10000)) Far &
 far=$!
 sleep 15
 kill_now_and_then &
+show_what_happens() {
+  while [ "$width" -gt 0 ] && [ ! -e "$prefix/over" ]; do
+    show_for_now "$(elapsed | cut -d. -f1) of $seconds s, $(wc -l <"$folder/kills") kills"
+    sleep 1
+  done
+}
 echo "Playing for $1 minutes ..."
+show_what_happens &
+watcher=$!
 wait "$near"
 wait "$far"
 touch "$prefix/over"
+wait "$watcher"
+show_for_now ''
 
 # Seconds, and states a second of each player while both play.
 for name in Near Far; do

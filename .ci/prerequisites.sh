@@ -14,13 +14,24 @@ need() {
   fi
 }
 
-has_compiler() { echo 'int main() {}' | "${CXX:-c++}" -std=c++20 -x c++ -fsyntax-only -; }
-has_header() { echo "#include <$1>" | "${CXX:-c++}" -std=c++20 -x c++ -fsyntax-only -; }
+# parses: whether the compiler takes standard input for C++20. CXX may bring arguments along.
+parses() {
+  local compiler
+  read -ra compiler <<<"${CXX:-c++}"
+  "${compiler[@]}" -std=c++20 -x c++ -fsyntax-only -
+}
+has_compiler() { echo 'int main() {}' | parses; }
+has_header() { echo "#include <$1>" | parses; }
 has_cmake() {
   printf '3.25\n%s\n' "$(cmake --version | sed -n 's/^cmake version //p')" | sort -CV
 }
 
 need_build_tools() {
+  if [ -n "${CXX-}" ] && ! has_compiler >/dev/null 2>&1; then
+    echo "CXX=$CXX is no C++20 compiler:" >&2
+    has_compiler 2>&1 | sed 's/^.*: line [0-9]*: //' >&2 || true
+    exit 1
+  fi
   need 'a C++20 compiler' g++ has_compiler
   need 'cmake 3.25 or newer' cmake has_cmake
   need make make command -v make
@@ -63,11 +74,45 @@ install_missing() {
     apt-get install --yes --no-install-recommends "${packages[@]}"
 }
 
+# Of the terminal that somebody watches; 0 where nobody does.
+width=0
+if [ -t 2 ]; then
+  width=$(stty size <&2 | cut -d' ' -f2)
+  # Some terminals do not know.
+  [ "$width" -gt 1 ] || width=80
+fi
+
+# show_for_now TEXT: on a terminal, in place of what was shown for now before.
+show_for_now() {
+  [ "$width" -eq 0 ] || printf '\r%s\033[K' "${1:0:width-1}" >&2
+}
+
+# The same with each line of standard input, and nothing of it at the end.
+show_last_line() {
+  local line
+  while IFS= read -r line; do
+    show_for_now "${line//[[:cntrl:]]/ }"
+  done
+  show_for_now ''
+}
+
+# logged LOG COMMAND...: runs the command with its output in the log, on a terminal the last line in
+# sight too.
+logged() {
+  local log=$1
+  shift
+  if [ "$width" -gt 0 ]; then
+    "$@" </dev/null 2>&1 | tee "$log" | show_last_line
+  else
+    "$@" >"$log" 2>&1 </dev/null
+  fi
+}
+
 # Runs a command whose output matters only when it fails.
 quietly() {
   local log status=0
   log=$(mktemp)
-  "$@" >"$log" 2>&1 </dev/null || status=$?
+  logged "$log" "$@" || status=$?
   if [ $status -ne 0 ]; then
     cat "$log" >&2
     echo "Failed with status $status: $*" >&2

@@ -1,5 +1,18 @@
 # What `cmake --install` and `cpack` put where. The component "server" is all that a room needs.
 
+# Before anything is installed: units name files by their whole paths, in which these signs mean
+# something else or end them.
+install(CODE [[
+  if(NOT IS_ABSOLUTE "${CMAKE_INSTALL_PREFIX}")
+    message(FATAL_ERROR "The prefix \"${CMAKE_INSTALL_PREFIX}\" does not begin with /, as the "
+                        "paths in service units must. Nothing was installed.")
+  endif()
+  if(CMAKE_INSTALL_PREFIX MATCHES "[][ \t\r\n\"'\\$%:;{}]")
+    message(FATAL_ERROR "The prefix \"${CMAKE_INSTALL_PREFIX}\" has blanks or other signs that "
+                        "paths in service units cannot have. Nothing was installed.")
+  endif()
+]] COMPONENT server)
+
 # Who looks for Resources/ beside the executable lives with it in one private folder; links in bin/
 # put them on the PATH.
 set(DRENCH_HOME ${CMAKE_INSTALL_LIBDIR}/drench)

@@ -3,14 +3,15 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
-. .ci/prerequisites.sh
+. .ci/building.sh
+need_writable_checkout
 need_build_tools
 need_tool_libraries
 need_package_tools
 install_missing
 echo 'Building; this takes a minute or two ...'
-quietly cmake --preset package
-quietly cmake --build --preset package --parallel "$(nproc)"
+configure package
+build package
 rm -f build/drench_*.deb
 quietly cpack --config build/package/CPackConfig.cmake -B build
 rm -rf build/_CPack_Packages
