@@ -31,6 +31,8 @@ crowd_size=200
 nobody=198.18.128.0
 players=4
 seconds=3
+# Of an attack before those who play.
+head_start=0
 # Of the rooms' sockets in bytes; empty for what this machine gives.
 send_buffer=
 
@@ -172,6 +174,7 @@ play() {
   work=$(processor_ms)
   "$@" >attacks &
   attacker=$!
+  sleep "$head_start"
   in_far ./drench-bots "$room_address:$port" --arena Resources/mapdata \
     --players "$players" --name Bot --seconds "$length" --seed 1 --json --quiet >report 2>bots.log || true
   wait "$attacker" || fail "$name: the attack failed"
