@@ -16,6 +16,7 @@ strangers() {
   attack "$nobody" "$1" 40000 q 1 "$2" "$3"
 }
 joins() {
+  amid_play
   attack "$nobody" "$1" 40000 j 1 "$2" "$3"
 }
 # Those who join meanwhile have an address that the room's host has not seen before.
@@ -35,10 +36,17 @@ both() {
   "$1" '300 strangers'
   # They leave two places to those who are forged.
   players=2
-  play 'two forged joins' "$seconds" joins 2 10 0.2
+  # Each gets 62 states a second, so that the buffer is full after 1.3 of them.
+  play 'two forged joins' 5 joins 2 10 0.2
   "$1" 'forged joins'
   players=4
 }
+
+# What Linux does by itself; this machine may have the settings already.
+for default in unres_qlen_bytes=212992 mcast_solicit=3 ucast_solicit=3 retrans_time_ms=1000; do
+  in_room sh -c "echo ${default#*=} >/proc/sys/net/ipv4/neigh/link0/${default%=*}"
+done
+send_buffer=212992
 
 in_room nft -f "$firewall"
 in_room "$guard" start "$port"
