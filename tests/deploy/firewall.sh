@@ -136,6 +136,10 @@ if [ "$ending $joins" != 'playing 4' ] || [ "$(percent_of_calm)" -gt 80 ] ||
   fail "thrown out: $ending, $joins joins, $states to $most_states states"
 fi
 
+port=5060
+lets_in 'another service, on port 5060' all 1500 flood_of_one 1000 1
+port=5000
+
 # A room that ends leaves its port to others, but for one that the host has named.
 in_room "$guard" stop "$port"
 lets_in 'the room has ended' all 1500 flood_of_one 1000 1

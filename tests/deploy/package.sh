@@ -53,6 +53,16 @@ grep -qx 'ExecStartPre=+-/usr/lib/drench/drench-guard start %i' \
   failures=1
 }
 
+# Both apply the kernel settings to interfaces that are there already.
+dpkg-deb --control "$package" control
+for file in root/usr/lib/systemd/system/drench-firewall.service control/postinst; do
+  grep -q '/usr/lib/systemd/systemd-sysctl --prefix=/net/ipv4/neigh --prefix=/net/core/wmem_default' \
+    "$file" || {
+    echo "$file does not apply the kernel settings" >&2
+    failures=1
+  }
+done
+
 # documented PROGRAM PAGE [COMMAND]: the manual page has every option that --help has.
 documented() {
   local option

@@ -6,9 +6,10 @@
 . "$(dirname "$0")/../skipping.sh"
 skip_without ip nft jq unshare
 [ "$(id -u)" = 0 ] || skip 'network namespaces need root'
-if [ -z "${DRENCH_APART-}" ]; then
+mounts=$(readlink /proc/self/ns/mnt)
+if [ "${DRENCH_APART_FROM:-$mounts}" = "$mounts" ]; then
   unshare --mount true 2>/dev/null || skip 'no mount namespaces here'
-  DRENCH_APART=1 exec unshare --mount "$0" "$@"
+  DRENCH_APART_FROM=$mounts exec unshare --mount "$0" "$@"
 fi
 mount -t tmpfs tmpfs /run
 [ ! -d /etc/drench ] || mount -t tmpfs tmpfs /etc/drench
