@@ -31,6 +31,9 @@ endfunction()
 install_at_home(drench-server server)
 install(FILES deploy/nftables/drench.nft deploy/wireshark/drench.lua
         DESTINATION ${CMAKE_INSTALL_DATADIR}/drench COMPONENT server)
+install(PROGRAMS deploy/nftables/drench-guard DESTINATION ${DRENCH_HOME} COMPONENT server)
+# Where systemd looks for it under /usr and /usr/local.
+install(FILES deploy/sysctl/60-drench.conf DESTINATION lib/sysctl.d COMPONENT server)
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT server)
 install(FILES deploy/man/drench-server.6 DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT server)
 if(DRENCH_TOOLS)

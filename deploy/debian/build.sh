@@ -15,4 +15,6 @@ build package
 rm -f build/drench_*.deb
 quietly cpack --config build/package/CPackConfig.cmake -B build
 rm -rf build/_CPack_Packages
-echo "Now:  sudo apt-get install --reinstall $(echo ./build/drench_*.deb)"
+as_root='sudo '
+[ "$(id -u)" -ne 0 ] || as_root=
+echo "Now:  ${as_root}apt-get install --reinstall $(echo ./build/drench_*.deb)"

@@ -30,13 +30,11 @@ constexpr double longestFlood = 60.0;
 /// Datagrams between two looks at the clock.
 constexpr int sendsAtOnce = 32;
 
-/// A code that no record has: all it draws is a receipt.
-constexpr char unknownCode = 'q';
-
 constexpr std::string_view usage =
-    "usage: hostile TO PORT FROM ADDRESSES SOURCE_PORT BYTES RATE SECONDS\n"
-    "Sends RATE datagrams a second of BYTES bytes to PORT of TO, in turn from ADDRESSES addresses\n"
-    "that begin with FROM. Prints how many.\n";
+    "usage: hostile TO PORT FROM ADDRESSES SOURCE_PORT CODE BYTES RATE SECONDS\n"
+    "Sends RATE datagrams a second to PORT of TO, in turn from ADDRESSES addresses that begin "
+    "with\n"
+    "FROM. Each has BYTES bytes, all of them CODE. Prints how many.\n";
 
 std::uint32_t addressOf(const char* text) {
     in_addr address;
@@ -60,6 +58,7 @@ struct Flood {
     std::uint32_t from;
     std::uint32_t addresses;
     std::uint16_t sourcePort;
+    char code;
     std::size_t bytes;
     double rate;
     double seconds;
@@ -74,9 +73,12 @@ Flood floodOf(char** words) {
     flood.from = addressOf(words[2]);
     flood.addresses = static_cast<std::uint32_t>(numberOf(words[3], 1, 65536));
     flood.sourcePort = static_cast<std::uint16_t>(numberOf(words[4], 0, 65535));
-    flood.bytes = static_cast<std::size_t>(numberOf(words[5], 0, 1472));
-    flood.rate = numberOf(words[6], 1, 1e6);
-    flood.seconds = numberOf(words[7], 0, longestFlood);
+    if (std::strlen(words[5]) != 1)
+        throw std::invalid_argument(std::string(words[5]) + " is not one character");
+    flood.code = words[5][0];
+    flood.bytes = static_cast<std::size_t>(numberOf(words[6], 0, 1472));
+    flood.rate = numberOf(words[7], 1, 1e6);
+    flood.seconds = numberOf(words[8], 0, longestFlood);
     return flood;
 }
 
@@ -92,7 +94,7 @@ std::vector<char> packetOf(const Flood& flood) {
     udp.source = htons(flood.sourcePort);
     udp.dest = htons(flood.port);
     udp.len = htons(static_cast<std::uint16_t>(sizeof udp + flood.bytes));
-    std::vector<char> packet(sizeof ip + sizeof udp + flood.bytes, unknownCode);
+    std::vector<char> packet(sizeof ip + sizeof udp + flood.bytes, flood.code);
     std::memcpy(packet.data(), &ip, sizeof ip);
     std::memcpy(packet.data() + sizeof ip, &udp, sizeof udp);
     return packet;
@@ -137,7 +139,7 @@ long send(const Flood& flood) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 9) {
+    if (argc != 10) {
         std::cerr << usage;
         return 2;
     }

@@ -22,6 +22,7 @@ dpkg-deb --extract "$package" root
 failures=0
 for file in bin/drench-server bin/drench-bots bin/drench-map bin/drench-lag lib/drench/Resources/mapdata \
   share/doc/drench/hosting.md share/drench/drench.nft share/drench/drench.lua share/drench/arenas/cascade.plan \
+  lib/drench/drench-guard lib/sysctl.d/60-drench.conf \
   share/man/man6/drench-server.6 share/man/man6/drench-bots.6 \
   share/man/man1/drench-map.1 share/man/man1/drench-lag.1 lib/systemd/system/drench@.service \
   lib/systemd/system/drench-recycle.service lib/systemd/system/drench-recycle.timer \
@@ -45,6 +46,22 @@ grep -qx 'ExecStart=/usr/lib/drench/drench-server %i' root/usr/lib/systemd/syste
     echo 'the unit starts another executable than the installed one' >&2
     failures=1
   }
+
+grep -qx 'ExecStartPre=+-/usr/lib/drench/drench-guard start %i' \
+  root/usr/lib/systemd/system/drench@.service && [ -x root/usr/lib/drench/drench-guard ] || {
+  echo 'the unit does not have its port guarded by the installed script' >&2
+  failures=1
+}
+
+# Both apply the kernel settings to interfaces that are there already.
+dpkg-deb --control "$package" control
+for file in root/usr/lib/systemd/system/drench-firewall.service control/postinst; do
+  grep -q '/usr/lib/systemd/systemd-sysctl --prefix=/net/ipv4/neigh --prefix=/net/core/wmem_default' \
+    "$file" || {
+    echo "$file does not apply the kernel settings" >&2
+    failures=1
+  }
+done
 
 # documented PROGRAM PAGE [COMMAND]: the manual page has every option that --help has.
 documented() {
