@@ -102,26 +102,21 @@ struct Load::Player {
             close(socket);
     }
 
-    template<size_t length>
-    void send(const char (&datagram)[length]) {
-        if (::send(socket, datagram, length, 0) < 0)
+    template<typename Record>
+    void send(const Record& record) {
+        if (::send(socket, &record, sizeof record, 0) < 0)
             fail("a room is gone");
         latestSend = Clock::now();
     }
 
     void sendJoin() {
         id = 0;
-        send({messageCode::join, 'B', 'o', 't', 0});
+        send(JoinMessage{.name = "Bot"});
     }
     void sendKey(int key, bool down) {
-        send({messageCode::key, id, static_cast<char>(key), static_cast<char>(down)});
+        send(KeyMessage{.id = id, .key = static_cast<signed char>(key), .down = down});
     }
-    void sendView(int dx, int dy) {
-        char datagram[12] = {messageCode::view, id};
-        std::memcpy(datagram + 4, &dx, sizeof dx);
-        std::memcpy(datagram + 8, &dy, sizeof dy);
-        send(datagram);
-    }
+    void sendView(int dx, int dy) { send(ViewMessage{.id = id, .dx = dx, .dy = dy}); }
 
     /// This player in the latest state; null when it is not there.
     const PlayerUpdate* self() const {
@@ -216,8 +211,11 @@ void Load::receive(Player& player) {
                     seen_.gaps.push_back(static_cast<double>(arrival - player.latestArrival) / 1e6);
                 player.latestArrival = arrival;
                 std::memcpy(static_cast<void*>(&player.latest), bytes, sizeof player.latest);
-            } else if (header.msg_len == 2 && bytes[0] == messageCode::accepted) {
-                player.id = bytes[1];
+            } else if (header.msg_len == sizeof(AcceptanceMessage) &&
+                       bytes[0] == messageCode::accepted) {
+                AcceptanceMessage acceptance;
+                std::memcpy(&acceptance, bytes, sizeof acceptance);
+                player.id = acceptance.id;
                 // What came before may show somebody else under this identifier.
                 player.latest = {};
             }
@@ -241,7 +239,7 @@ void Load::takePlaces(const std::vector<FiringPlace>& places) {
                 return;
             }
         }
-        player.send({messageCode::leave, player.id});
+        player.send(LeaveMessage{.id = player.id});
         player.sendJoin();
     };
     const Clock::time_point deadline = Clock::now() + longestAnswer;
@@ -301,7 +299,7 @@ Play Load::play(std::chrono::duration<double> time, double inputsPerSecond) {
                 player.turn = -player.turn;
                 ++seen_.inputs;
             } else if (Clock::now() - player.latestSend > longestSilence) {
-                player.send({messageCode::keepAlive, player.id});
+                player.send(KeepAliveMessage{.id = player.id});
             }
         }
     }

@@ -25,8 +25,8 @@ class RoomInProcess {
     Server server;
 
   private:
-    template<std::size_t length>
-    void queue(const char (&datagram)[length]);
+    template<typename Record>
+    void queue(const Record& record);
     void queueKey(char id, int key, bool down);
     void queueView(char id, int dx, int dy);
 

@@ -27,13 +27,15 @@ struct Peers {
 void answerJoin(const SocketInfo& socket, Peers& peers, const Client& client) {
     const int place = peers.count.load(std::memory_order_relaxed);
     if (place == maxPlayers) {
-        socket.sendBytesTo(&client, &messageCode::full, 1);
+        const RefusalMessage answer;
+        socket.sendBytesTo(&client, &answer, sizeof answer);
         return;
     }
     peers.addresses[static_cast<size_t>(place)] = client;
     peers.count.store(place + 1, std::memory_order_release);
-    const char answer[] = {messageCode::accepted, static_cast<char>('1' + place)};
-    socket.sendBytesTo(&client, answer, sizeof answer);
+    AcceptanceMessage answer;
+    answer.id = static_cast<char>('1' + place);
+    socket.sendBytesTo(&client, &answer, sizeof answer);
 }
 
 void receive(const SocketInfo socket, Peers& peers) {

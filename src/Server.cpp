@@ -6,7 +6,6 @@
 #include "Timing.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iostream>
 #include <unistd.h>
 
@@ -22,12 +21,6 @@ bool takeAll(std::queue<GenericMessage>& queue, pthread_mutex_t* mutex,
         return false;
     records.swap(queue);
     return true;
-}
-
-int intAt(const char* bytes) {
-    int value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
 }
 
 } // namespace
@@ -60,15 +53,16 @@ char Server::playerJoin(const GenericMessage* msg) {
     while (playerIDExists(id))
         ++id;
 
-    Player player(id, msg->data + 1);
+    Player player(id, recordIn<JoinMessage>(*msg).name);
     player.client = msg->client;
     player.setMapMan(&mapMan);
     players.push_back(player);
 
     const std::string notice = std::string(player.getName()) + " joined";
     std::cout << notice << std::endl;
-    const char answer[] = {messageCode::accepted, id};
-    sockInfo.sendBytesTo(&msg->client, answer, sizeof answer);
+    AcceptanceMessage answer;
+    answer.id = id;
+    sockInfo.sendBytesTo(&msg->client, &answer, sizeof answer);
     broadcastNotice(notice);
     return id;
 }
@@ -104,41 +98,47 @@ void Server::readMessages() {
 }
 
 void Server::dispatch(const GenericMessage& record) {
-    const char id = record.data[1];
     switch (record.data[0]) {
     case messageCode::join:
         if (players.size() >= maxPlayers) {
             std::cout << "Player denied --- Game is full." << std::endl;
-            sockInfo.sendBytesTo(&record.client, &messageCode::full, 1);
+            const RefusalMessage answer;
+            sockInfo.sendBytesTo(&record.client, &answer, sizeof answer);
         } else {
             playerJoin(&record);
         }
         break;
     case messageCode::leave:
-        playerDisconnect(id);
+        playerDisconnect(recordIn<LeaveMessage>(record).id);
         break;
-    case messageCode::key:
-        if (Player* player = playerByID(id)) {
+    case messageCode::key: {
+        const auto key = recordIn<KeyMessage>(record);
+        if (Player* player = playerByID(key.id)) {
             if (player->alive())
-                player->setKey(static_cast<signed char>(record.data[2]), record.data[3] != 0);
+                player->setKey(key.key, key.down != 0);
             player->connectedMessageReceived();
         }
         break;
-    case messageCode::view:
-        if (Player* player = playerByID(id)) {
+    }
+    case messageCode::view: {
+        const auto view = recordIn<ViewMessage>(record);
+        if (Player* player = playerByID(view.id)) {
             if (player->alive())
-                player->rotateView(intAt(record.data + 4), intAt(record.data + 8));
+                player->rotateView(view.dx, view.dy);
             player->connectedMessageReceived();
         }
         break;
-    case messageCode::chat:
-        if (Player* player = playerByID(id)) {
+    }
+    case messageCode::chat: {
+        const auto talk = recordIn<TalkMessage>(record);
+        if (Player* player = playerByID(talk.id)) {
             player->connectedMessageReceived();
-            broadcast(record.data, sizeof(TalkMessage));
+            broadcast(&talk, sizeof talk);
         }
         break;
+    }
     case messageCode::keepAlive:
-        if (Player* player = playerByID(id))
+        if (Player* player = playerByID(recordIn<KeepAliveMessage>(record).id))
             player->connectedMessageReceived();
         break;
     default:
