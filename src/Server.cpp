@@ -11,9 +11,8 @@
 
 namespace {
 
-/// Puts all that is in `queue` into `records`, which is empty, by exchanging the two: no record is
-/// copied, and the receive thread is held up once a tick and not once a record. False when there
-/// is nothing.
+/// Moves the whole `queue` into the empty `records` by exchanging the two: no record is copied, and
+/// the receive thread waits once a tick rather than once a record. False when there is nothing.
 bool takeAll(std::queue<GenericMessage>& queue, pthread_mutex_t* mutex,
              std::queue<GenericMessage>& records) {
     const ScopedLock lock(mutex);
@@ -90,10 +89,10 @@ void Server::playerDisconnect(char id) {
 }
 
 void Server::readMessages() {
-    // Again, since what has arrived meanwhile belongs to this tick too.
-    while (takeAll(inMessages, inMessagesMutex, records)) {
-        for (; !records.empty(); records.pop())
-            dispatch(records.front());
+    // Until the queue is empty: a record that arrives meanwhile belongs to this tick too.
+    while (takeAll(inMessages, inMessagesMutex, records_)) {
+        for (; !records_.empty(); records_.pop())
+            dispatch(records_.front());
     }
 }
 
@@ -176,7 +175,7 @@ void Server::resolveShots(float now) {
         if (!shooter.isShooting() || !shooter.alive())
             continue;
         const vec3 hit = shooter.shoot(&mapMan);
-        // A shot into the open sky soaks nobody, not even who stands right before the shooter.
+        // A shot into the open sky soaks nobody, not even a player right before the shooter.
         if (hit.x < 0.0f)
             continue;
         soakPlayersOnSegment(shooter, hit, now);
