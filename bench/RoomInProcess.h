@@ -7,7 +7,7 @@
 
 namespace drench::bench {
 
-/// What the players of a room do.
+/// The doings of all players of a room.
 enum class Pastime { standing, walking, firingAtWalls, firingAtSky };
 
 /// A Server driven without main, with the default arena and four players at known places, whose

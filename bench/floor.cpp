@@ -8,7 +8,7 @@
 #include <thread>
 #include <unistd.h>
 
-// What a room would cost if the game cost nothing: the system calls of drench-server at its rates,
+// A room as it would be if the game cost nothing: the system calls of drench-server at its rates,
 // and nothing else. Started with a port, like the server, it says the same line when it listens.
 //
 // One thread waits for datagrams and answers each with a receipt of 532 bytes. The other reads the
