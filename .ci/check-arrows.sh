@@ -6,12 +6,13 @@ cd "${1:-$(dirname "$0")/..}"
 
 rooms='common game room client arena arena/picture bots lag tools bench tests'
 
-# Prints "FILE:LINE:INCLUDED" for each include in quotes; in src/, which includes from its own folder,
-# INCLUDED too is named from the root.
+# Prints "FILE:LINE:INCLUDED" for each include in quotes, or of a room in angle brackets; in src/, which
+# includes from its own folder, INCLUDED too is named from the root.
 includes() {
   git ls-files --cached --others --exclude-standard '*.h' '*.cpp' ':!examples' |
-    xargs grep -n '^ *# *include *"' /dev/null |
-    sed -E 's/^([^:]*:[0-9]+):[^"]*"([^"]*)".*/\1:\2/; s|^(src/[^:]*:[0-9]+):([^/]*)$|\1:src/\2|'
+    xargs grep -nE '^ *# *include *("|<(src|common|client|arena|bots|lag|tools|bench|tests)/)' /dev/null |
+    sed -E 's/^([^:]*:[0-9]+):[^"<]*["<]([^">]*)[">].*/\1:\2/
+            s|^(src/[^:]*:[0-9]+):([^/]*)$|\1:src/\2|'
 }
 
 includes | awk -F: -v rooms="$rooms" '

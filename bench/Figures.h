@@ -7,22 +7,24 @@
 
 namespace drench::bench {
 
-// What bench/rooms measures, round by round.
+// The measurements of bench/rooms, round by round.
 
-/// Where and how it was measured.
+/// The machine that it was measured on, and in what state.
 struct Conditions {
     std::string kernel;
     std::string processor;
     int cores = 0;
 
-    /// Where all rooms run, and where the load of many comes from.
+    /// All rooms run here.
     int roomCore = 0;
+
+    /// The load of many rooms comes from here.
     int crowdLoadCore = 0;
 
     /// Whether spinners kept these two from halting.
     bool awake = false;
 
-    /// What else was running at the start: the load average over a minute.
+    /// The load average over a minute at the start, which tells whether anything else was running.
     double loadAverage = 0.0;
 };
 
@@ -36,7 +38,7 @@ struct Sample {
     double gapMedian;
     double gapP99;
 
-    /// Somewhat below 1 or above it where a receipt came after the end or from before the start.
+    /// 1, or somewhat off where a receipt came after the end or from before the start.
     double receiptsPerInput;
 };
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numbers>
 #include <stdexcept>
 #include <string>
 
@@ -12,19 +13,25 @@ namespace drench::bench {
 
 namespace {
 
-/// The balconies are the first of the spawn poses.
+/// The balconies are the first so many spawn poses.
 constexpr std::size_t balconies = 4;
 
-// The turns tried, in mouse counts: to all sides, upward to steepestPitch.
-constexpr int fullTurn = 2262;
+/// Mouse counts in a whole turn, rounded up: turns are tried to all sides.
+constexpr int fullTurn = static_cast<int>(2.0 * std::numbers::pi * Player::countsPerRadian) + 1;
+
+/// Mouse counts between two turns tried to the side: 2 degrees, by which a far wall is not missed.
 constexpr int yawStep = 13;
+
+/// Mouse counts of the highest turn tried, 62 degrees up: well below where turns are refused.
 constexpr int steepestPitch = -390;
+
+/// Mouse counts between two turns tried upward.
 constexpr int pitchStep = -10;
 
-/// Who sends view records to and fro sways by a count or two.
+/// A player that sends view records to and fro sways by a count or two.
 constexpr std::array<int, 3> sway = {-2, 0, 2};
 
-/// How far beside a body a shot must pass, in world units: more than the sway at any distance.
+/// World units by which a shot must pass a body: more than the sway at any distance.
 constexpr float bodyMargin = 20.0f;
 
 using Target = bool (*)(const Player& shooter, vec3 hit);

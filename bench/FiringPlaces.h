@@ -7,7 +7,7 @@
 
 namespace drench::bench {
 
-/// Where a player stands and what it turns to, by the mouse counts of one view record.
+/// A player at its place, and the one view record by which it turns to its target.
 struct FiringPlace {
     Player player;
     int dx;
@@ -17,7 +17,8 @@ struct FiringPlace {
     vec3 direction;
 };
 
-/// How far away a wall has to be to count as far, in world units.
+/// World units from which on a wall counts as far: more than half the way across the arena, so that
+/// shots are as expensive as they get in play.
 constexpr float farWallDistance = 1200.0f;
 
 /// Players who have just landed on the balconies of an arena, one on each, and turns to face a far

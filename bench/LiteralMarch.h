@@ -3,8 +3,9 @@
 #include "src/Collisions.h"
 #include "src/MapManager.h"
 
-// The march as it is defined, every step taken and every point looked up: what
-// MapManager::boxToCheckForLineIntersection and pointOfIntersection must agree with in each bit.
+// The march as it is defined, every step taken and every point looked up. The fast one of
+// MapManager::boxToCheckForLineIntersection and pointOfIntersection must agree with it in each bit.
+// It judges them, so it takes none of its numbers from them.
 
 namespace literal {
 
@@ -49,7 +50,7 @@ inline vec3 marchedCell(const MapManager& map, vec3 start, vec3 dir) {
     return nothingFound;
 }
 
-/// Where the segment of 10000 steps enters that cell's cube, or (-1, -1, -1).
+/// The point at which the segment of 10000 steps enters that cell's cube, or (-1, -1, -1).
 inline vec3 pointOn(const MapManager& map, vec3 cell, vec3 start, vec3 dir) {
     if (cell.x < 0.0f)
         return nothingFound;

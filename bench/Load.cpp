@@ -21,25 +21,36 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-/// How long to wait for answers to joins and for players at their places, and how often to look.
+/// Joins are answered, and all players are at their places, within this; else something is broken.
+/// A place is drawn from eight, so many joins may be needed.
 constexpr auto longestAnswer = 20s;
+
+/// Time between two looks for such answers: less than a tick, so that none is noticed late.
 constexpr auto answerPolling = 2ms;
 
-/// From the spawn to the ground, and then some.
+/// Enough to fall from a spawn to the ground.
 constexpr auto landingTime = 500ms;
 
-/// How often players who send no inputs read what has come, and how long they stay silent.
+/// Players who send no inputs read their socket as often: its buffer never fills between two reads.
 constexpr double idleVisitsPerSecond = 20.0;
+
+/// Players who send no inputs send a sign of life after this, well before the room drops them.
 constexpr auto longestSilence = 3s;
 
 /// Shorter sleeps cost more than being late by this much.
 constexpr auto shortestSleep = 200us;
 
-/// How far from its place along x and z, and how far beside its direction, somebody may be.
+/// World units along x and z between a player and its place: spawns are much further apart.
 constexpr float placeTolerance = 1.0f;
+
+/// Difference along x and z between a view and the direction of its place: more than the sway of a
+/// few counts, 1/360 each, and less than one step of the turns tried.
 constexpr float directionTolerance = 0.02f;
 
+/// Datagrams that one system call receives: more than arrive between two reads of a playing player.
 constexpr std::size_t datagramsAtOnce = 16;
+
+/// The place of a player that has none yet.
 constexpr std::size_t noPlace = static_cast<std::size_t>(-1);
 
 [[noreturn]] void fail(const std::string& what) {
@@ -66,7 +77,7 @@ int connectedSocket(int port) {
     return socket;
 }
 
-/// When the kernel took in a datagram, in nanoseconds; 0 if it does not say.
+/// The moment at which the kernel took in a datagram, in nanoseconds; 0 if it does not say.
 std::int64_t arrivalOf(msghdr& message) {
     for (cmsghdr* control = CMSG_FIRSTHDR(&message); control;
          control = CMSG_NXTHDR(&message, control)) {
@@ -102,26 +113,21 @@ struct Load::Player {
             close(socket);
     }
 
-    template<size_t length>
-    void send(const char (&datagram)[length]) {
-        if (::send(socket, datagram, length, 0) < 0)
+    template<typename Record>
+    void send(const Record& record) {
+        if (::send(socket, &record, sizeof record, 0) < 0)
             fail("a room is gone");
         latestSend = Clock::now();
     }
 
     void sendJoin() {
         id = 0;
-        send({messageCode::join, 'B', 'o', 't', 0});
+        send(JoinMessage{.name = "Bot"});
     }
     void sendKey(int key, bool down) {
-        send({messageCode::key, id, static_cast<char>(key), static_cast<char>(down)});
+        send(KeyMessage{.id = id, .key = static_cast<signed char>(key), .down = down});
     }
-    void sendView(int dx, int dy) {
-        char datagram[12] = {messageCode::view, id};
-        std::memcpy(datagram + 4, &dx, sizeof dx);
-        std::memcpy(datagram + 8, &dy, sizeof dy);
-        send(datagram);
-    }
+    void sendView(int dx, int dy) { send(ViewMessage{.id = id, .dx = dx, .dy = dy}); }
 
     /// This player in the latest state; null when it is not there.
     const PlayerUpdate* self() const {
@@ -216,9 +222,12 @@ void Load::receive(Player& player) {
                     seen_.gaps.push_back(static_cast<double>(arrival - player.latestArrival) / 1e6);
                 player.latestArrival = arrival;
                 std::memcpy(static_cast<void*>(&player.latest), bytes, sizeof player.latest);
-            } else if (header.msg_len == 2 && bytes[0] == messageCode::accepted) {
-                player.id = bytes[1];
-                // What came before may show somebody else under this identifier.
+            } else if (header.msg_len == sizeof(AcceptanceMessage) &&
+                       bytes[0] == messageCode::accepted) {
+                AcceptanceMessage acceptance;
+                std::memcpy(&acceptance, bytes, sizeof acceptance);
+                player.id = acceptance.id;
+                // The state before may show somebody else under this identifier.
                 player.latest = {};
             }
         }
@@ -241,7 +250,7 @@ void Load::takePlaces(const std::vector<FiringPlace>& places) {
                 return;
             }
         }
-        player.send({messageCode::leave, player.id});
+        player.send(LeaveMessage{.id = player.id});
         player.sendJoin();
     };
     const Clock::time_point deadline = Clock::now() + longestAnswer;
@@ -301,7 +310,7 @@ Play Load::play(std::chrono::duration<double> time, double inputsPerSecond) {
                 player.turn = -player.turn;
                 ++seen_.inputs;
             } else if (Clock::now() - player.latestSend > longestSilence) {
-                player.send({messageCode::keepAlive, player.id});
+                player.send(KeepAliveMessage{.id = player.id});
             }
         }
     }

@@ -10,7 +10,7 @@
 
 namespace drench::bench {
 
-/// What the players of a load did and saw for some time.
+/// All that the players of a load did and saw for some time.
 struct Play {
     double seconds = 0.0;
 
@@ -27,7 +27,7 @@ struct Play {
 };
 
 /// The traffic of four players in each of some rooms on 127.0.0.1, by one thread. They join, stand,
-/// turn their view by one count to and fro, and fire if told to. Whatever goes wrong throws
+/// turn their view by one count to and fro, and fire if told to. Every failure throws
 /// std::runtime_error.
 class Load {
   public:
@@ -64,7 +64,7 @@ class Load {
     std::vector<Player> players_;
     std::unique_ptr<Inbox> inbox_;
 
-    /// What receive() adds to.
+    /// receive() adds to it.
     Play seen_;
 };
 

@@ -33,7 +33,7 @@ class Child {
 /// Keeps a core from halting: spins there, at idle priority, whenever nobody else wants it.
 Child startSpinner(int core);
 
-/// The server, or whatever else takes a port and says when it listens there.
+/// The server, or another program that takes a port and says when it listens there.
 struct Room {
     Child process;
     int port;
@@ -49,7 +49,7 @@ Room startRoom(const std::string& executable, int core);
 /// Processor time that a process has used so far, the kernel's part included.
 double cpuSeconds(const Child& process);
 
-/// How much memory a process holds, in KiB.
+/// The memory that a process holds, in KiB.
 struct Memory {
     long resident;
 

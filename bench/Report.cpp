@@ -52,7 +52,7 @@ double middle(const std::vector<CrowdSample>& samples, double CrowdSample::*valu
     return median(each(samples, [&](const CrowdSample& sample) { return sample.*value; }));
 }
 
-/// How many rooms a core holds.
+/// The number of rooms that a core holds.
 struct Capacity {
     double rooms = 0.0;
 

@@ -23,7 +23,7 @@ void printReport(std::ostream& out, const Figures& figures);
 /// Everything, the single rounds included.
 std::string jsonReport(const Figures& figures);
 
-/// What bench/plot.sh draws, two blocks of columns with a line of names each: processor time by
+/// The input of bench/plot.sh, two blocks of columns with a line of names each: processor time by
 /// load; gaps by number of rooms.
 std::string plotColumns(const Figures& figures);
 

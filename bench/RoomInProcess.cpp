@@ -59,7 +59,7 @@ RoomInProcess::RoomInProcess(Pastime pastime)
                                                 ? placesFacingSky(server.mapMan)
                                                 : placesFacingFarWalls(server.mapMan);
     for (int i = 0; i < maxPlayers; ++i) {
-        queue({messageCode::join, 'B', 'o', 't', 0});
+        queue(JoinMessage{.name = "Bot"});
         server.readMessages();
         server.players.back().spawnAt(pastime == Pastime::walking ? firstGroundPose + i : i);
     }
@@ -80,23 +80,20 @@ RoomInProcess::~RoomInProcess() {
     close(sinkSocket_);
 }
 
-template<std::size_t length>
-void RoomInProcess::queue(const char (&datagram)[length]) {
-    GenericMessage record;
-    std::copy_n(datagram, length, record.data);
-    record.client = sink_;
-    server.inMessages.push(record);
+template<typename Record>
+void RoomInProcess::queue(const Record& record) {
+    GenericMessage datagram;
+    std::memcpy(datagram.data, &record, sizeof record);
+    datagram.client = sink_;
+    server.inMessages.push(datagram);
 }
 
 void RoomInProcess::queueKey(char id, int key, bool down) {
-    queue({messageCode::key, id, static_cast<char>(key), static_cast<char>(down)});
+    queue(KeyMessage{.id = id, .key = static_cast<signed char>(key), .down = down});
 }
 
 void RoomInProcess::queueView(char id, int dx, int dy) {
-    char datagram[12] = {messageCode::view, id};
-    std::memcpy(datagram + 4, &dx, sizeof dx);
-    std::memcpy(datagram + 8, &dy, sizeof dy);
-    queue(datagram);
+    queue(ViewMessage{.id = id, .dx = dx, .dy = dy});
 }
 
 void RoomInProcess::tick(int inputs) {
@@ -107,7 +104,7 @@ void RoomInProcess::tick(int inputs) {
     for (int i = 0; i < maxPlayers; ++i) {
         const char id = static_cast<char>('1' + i);
         if (tick_ % ticksBetweenSignsOfLife == 0)
-            queue({messageCode::keepAlive, id});
+            queue(KeepAliveMessage{.id = id});
         if (pastime_ == Pastime::walking && tick_ % ticksOneWay == 0) {
             const bool forward = tick_ / ticksOneWay % 2 == 0;
             queueKey(id, keyIndex::forward, forward);

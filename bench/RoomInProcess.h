@@ -7,7 +7,7 @@
 
 namespace drench::bench {
 
-/// What the players of a room do.
+/// The doings of all players of a room.
 enum class Pastime { standing, walking, firingAtWalls, firingAtSky };
 
 /// A Server driven without main, with the default arena and four players at known places, whose
@@ -25,8 +25,8 @@ class RoomInProcess {
     Server server;
 
   private:
-    template<std::size_t length>
-    void queue(const char (&datagram)[length]);
+    template<typename Record>
+    void queue(const Record& record);
     void queueKey(char id, int key, bool down);
     void queueView(char id, int dx, int dy);
 

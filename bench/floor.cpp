@@ -8,7 +8,7 @@
 #include <thread>
 #include <unistd.h>
 
-// What a room would cost if the game cost nothing: the system calls of drench-server at its rates,
+// A room as it would be if the game cost nothing: the system calls of drench-server at its rates,
 // and nothing else. Started with a port, like the server, it says the same line when it listens.
 //
 // One thread waits for datagrams and answers each with a receipt of 532 bytes. The other reads the
@@ -27,13 +27,15 @@ struct Peers {
 void answerJoin(const SocketInfo& socket, Peers& peers, const Client& client) {
     const int place = peers.count.load(std::memory_order_relaxed);
     if (place == maxPlayers) {
-        socket.sendBytesTo(&client, &messageCode::full, 1);
+        const RefusalMessage answer;
+        socket.sendBytesTo(&client, &answer, sizeof answer);
         return;
     }
     peers.addresses[static_cast<size_t>(place)] = client;
     peers.count.store(place + 1, std::memory_order_release);
-    const char answer[] = {messageCode::accepted, static_cast<char>('1' + place)};
-    socket.sendBytesTo(&client, answer, sizeof answer);
+    AcceptanceMessage answer;
+    answer.id = static_cast<char>('1' + place);
+    socket.sendBytesTo(&client, &answer, sizeof answer);
 }
 
 void receive(const SocketInfo socket, Peers& peers) {

@@ -81,7 +81,7 @@ void literalWalk(benchmark::State& state, Ray (*makeRay)()) {
     }
 }
 
-/// How many steps the literal walk takes, the second look included.
+/// The number of steps that the literal walk takes, the second look included.
 int literalAdditions(Ray ray) {
     const MapManager& map = defaultArena();
     const auto walk = [&](vec3& p, int steps) {
@@ -91,10 +91,10 @@ int literalAdditions(Ray ray) {
         return step;
     };
     vec3 p = ray.start;
-    const int ahead = walk(p, 5000);
-    if (ahead < 5000)
-        p = p - ray.direction * 64.0f;
-    return ahead + walk(p, 65);
+    const int ahead = walk(p, MapManager::coarseSteps);
+    if (ahead < MapManager::coarseSteps)
+        p = p - ray.direction * static_cast<float>(MapManager::backOffSteps);
+    return ahead + walk(p, MapManager::fineSteps);
 }
 
 /// The additions of the literal walk and nothing else: each waits for the one before.

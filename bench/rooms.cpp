@@ -21,8 +21,8 @@
 
 using namespace drench;
 
-// What rooms of drench-server cost, held against bench/floor: the bare system calls of a room under
-// the same load, on one core. Both take turns of half a second, so that a spell in which the
+// The cost of rooms of drench-server, held against bench/floor: the bare system calls of a room
+// under the same load, on one core. Both take turns of half a second, so that a spell in which the
 // machine is slow meets the two alike.
 //
 // A single room shares its core with its load. Schedulers charge a thread for the time from a
@@ -38,7 +38,8 @@ using Seconds = std::chrono::duration<double>;
 /// Inputs per second and player while counting rooms, and in rooms whose memory is measured.
 constexpr double usualInputs = 120.0;
 
-/// Into so many steps the fewest rooms that are too many are divided.
+/// Steps from no room at all to the first crowd that neither program holds: the limit is found
+/// within a few percent of that.
 constexpr int crowdSteps = 16;
 
 struct Settings {
@@ -81,13 +82,13 @@ void makeQuick(Settings& settings) {
     settings.starts = 2;
 }
 
-struct Bench {
+struct Setup {
     Settings settings;
     std::vector<FiringPlace> walls;
     std::vector<FiringPlace> sky;
     int roomCore;
 
-    /// Where the load of a crowd comes from.
+    /// The load of a crowd comes from here.
     int crowdLoadCore;
 };
 
@@ -96,7 +97,7 @@ void progress(const std::string& what) {
         std::cerr << "\r\033[K" << what << std::flush;
 }
 
-Conditions conditions(const Bench& bench) {
+Conditions conditions(const Setup& setup) {
     utsname system;
     uname(&system);
     Conditions conditions;
@@ -108,9 +109,9 @@ Conditions conditions(const Bench& bench) {
             conditions.processor = line.substr(colon + 2);
     }
     conditions.cores = static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN));
-    conditions.roomCore = bench.roomCore;
-    conditions.crowdLoadCore = bench.crowdLoadCore;
-    conditions.awake = !bench.settings.halt;
+    conditions.roomCore = setup.roomCore;
+    conditions.crowdLoadCore = setup.crowdLoadCore;
+    conditions.awake = !setup.settings.halt;
     getloadavg(&conditions.loadAverage, 1);
     return conditions;
 }
@@ -137,12 +138,12 @@ Sample sample(LoadedRoom& loaded, double seconds, double inputs) {
                          : 1.0};
 }
 
-LoadFigures loadFigures(const Bench& bench, double inputs, const std::string& firing) {
-    const Settings& settings = bench.settings;
-    const std::vector<FiringPlace>& places = firing == "sky" ? bench.sky : bench.walls;
-    pinTo(bench.roomCore);
-    LoadedRoom floor(settings.floor, bench.roomCore);
-    LoadedRoom server(settings.server, bench.roomCore);
+LoadFigures loadFigures(const Setup& setup, double inputs, const std::string& firing) {
+    const Settings& settings = setup.settings;
+    const std::vector<FiringPlace>& places = firing == "sky" ? setup.sky : setup.walls;
+    pinTo(setup.roomCore);
+    LoadedRoom floor(settings.floor, setup.roomCore);
+    LoadedRoom server(settings.server, setup.roomCore);
     server.load.takePlaces(places);
     for (LoadedRoom* loaded : {&floor, &server}) {
         if (firing != "nobody")
@@ -158,11 +159,11 @@ LoadFigures loadFigures(const Bench& bench, double inputs, const std::string& fi
     return figures;
 }
 
-void measureLoads(const Bench& bench, Figures& figures) {
-    for (const double inputs : bench.settings.inputs) {
-        for (const std::string& firing : bench.settings.firing) {
+void measureLoads(const Setup& setup, Figures& figures) {
+    for (const double inputs : setup.settings.inputs) {
+        for (const std::string& firing : setup.settings.firing) {
             progress(std::to_string(static_cast<int>(inputs)) + " inputs, firing: " + firing);
-            figures.loads.push_back(loadFigures(bench, inputs, firing));
+            figures.loads.push_back(loadFigures(setup, inputs, firing));
         }
     }
 }
@@ -174,15 +175,15 @@ double cpuSeconds(const std::vector<Room>& rooms) {
     return sum;
 }
 
-CrowdSample crowdSample(const Bench& bench, const std::string& executable, int count) {
-    const Settings& settings = bench.settings;
+CrowdSample crowdSample(const Setup& setup, const std::string& executable, int count) {
+    const Settings& settings = setup.settings;
     progress(std::to_string(count) + " rooms of " +
              std::filesystem::path(executable).filename().string());
-    pinTo(bench.crowdLoadCore);
+    pinTo(setup.crowdLoadCore);
     std::vector<Room> rooms;
     std::vector<int> ports;
     for (int i = 0; i < count; ++i) {
-        rooms.push_back(startRoom(executable, bench.roomCore));
+        rooms.push_back(startRoom(executable, setup.roomCore));
         ports.push_back(rooms.back().port);
     }
     Load load(ports);
@@ -195,23 +196,23 @@ CrowdSample crowdSample(const Bench& bench, const std::string& executable, int c
             static_cast<double>(play.inputs) / due};
 }
 
-Crowd crowd(const Bench& bench, int rooms, int samples) {
+Crowd crowd(const Setup& setup, int rooms, int samples) {
     Crowd crowd = {rooms, {}, {}};
     for (int i = 0; i < samples; ++i) {
-        crowd.floor.push_back(crowdSample(bench, bench.settings.floor, rooms));
-        crowd.server.push_back(crowdSample(bench, bench.settings.server, rooms));
+        crowd.floor.push_back(crowdSample(setup, setup.settings.floor, rooms));
+        crowd.server.push_back(crowdSample(setup, setup.settings.server, rooms));
     }
     return crowd;
 }
 
 /// Doubles the number of rooms until neither program holds it, with one sample each, then goes in
 /// even steps from what both held.
-void measureCrowds(const Bench& bench, Figures& figures) {
-    const Settings& settings = bench.settings;
+void measureCrowds(const Setup& setup, Figures& figures) {
+    const Settings& settings = setup.settings;
     int bothHold = settings.fewestRooms;
     int rooms = settings.fewestRooms;
     for (;; rooms = std::min(2 * rooms, settings.mostRooms)) {
-        const Crowd probe = crowd(bench, rooms, 1);
+        const Crowd probe = crowd(setup, rooms, 1);
         const bool floorHolds = holds(probe.floor);
         const bool serverHolds = holds(probe.server);
         if (floorHolds && serverHolds)
@@ -221,32 +222,32 @@ void measureCrowds(const Bench& bench, Figures& figures) {
     }
     const int step = std::max(1, rooms / crowdSteps);
     for (int count = bothHold; count <= rooms; count += step)
-        figures.crowds.push_back(crowd(bench, count, settings.crowdSamples));
+        figures.crowds.push_back(crowd(setup, count, settings.crowdSamples));
 }
 
-void measureMemory(const Bench& bench, Figures& figures) {
+void measureMemory(const Setup& setup, Figures& figures) {
     progress("memory");
-    const Room room = startRoom(bench.settings.server, bench.roomCore);
+    const Room room = startRoom(setup.settings.server, setup.roomCore);
     Load load({room.port});
-    load.fire(bench.walls);
-    figures.memorySeconds = load.play(Seconds(bench.settings.memorySeconds), usualInputs).seconds;
+    load.fire(setup.walls);
+    figures.memorySeconds = load.play(Seconds(setup.settings.memorySeconds), usualInputs).seconds;
     figures.memory = memory(room.process);
 }
 
-void measureStarts(const Bench& bench, Figures& figures) {
-    for (int i = 0; i < bench.settings.starts; ++i) {
+void measureStarts(const Setup& setup, Figures& figures) {
+    for (int i = 0; i < setup.settings.starts; ++i) {
         figures.floorStarts.push_back(
-            startRoom(bench.settings.floor, bench.roomCore).startMilliseconds);
+            startRoom(setup.settings.floor, setup.roomCore).startMilliseconds);
         figures.serverStarts.push_back(
-            startRoom(bench.settings.server, bench.roomCore).startMilliseconds);
+            startRoom(setup.settings.server, setup.roomCore).startMilliseconds);
     }
 }
 
-std::vector<Child> startSpinners(const Bench& bench) {
+std::vector<Child> startSpinners(const Setup& setup) {
     std::vector<Child> spinners;
-    spinners.push_back(startSpinner(bench.roomCore));
-    if (bench.crowdLoadCore != bench.roomCore)
-        spinners.push_back(startSpinner(bench.crowdLoadCore));
+    spinners.push_back(startSpinner(setup.roomCore));
+    if (setup.crowdLoadCore != setup.roomCore)
+        spinners.push_back(startSpinner(setup.crowdLoadCore));
     return spinners;
 }
 
@@ -267,17 +268,17 @@ Figures measure(const Settings& settings) {
     MapManager map;
     map.init(fileStringContents(arena.string()));
     const std::vector<int> cores = allowedCores();
-    const Bench bench = {settings, placesFacingFarWalls(map), placesFacingSky(map), cores.back(),
+    const Setup setup = {settings, placesFacingFarWalls(map), placesFacingSky(map), cores.back(),
                          cores.front()};
     raiseDescriptorLimit();
-    const std::vector<Child> spinners = settings.halt ? std::vector<Child>() : startSpinners(bench);
+    const std::vector<Child> spinners = settings.halt ? std::vector<Child>() : startSpinners(setup);
 
     Figures figures;
-    figures.conditions = conditions(bench);
-    measureStarts(bench, figures);
-    measureLoads(bench, figures);
-    measureCrowds(bench, figures);
-    measureMemory(bench, figures);
+    figures.conditions = conditions(setup);
+    measureStarts(setup, figures);
+    measureLoads(setup, figures);
+    measureCrowds(setup, figures);
+    measureMemory(setup, figures);
     progress("");
     return figures;
 }

@@ -10,12 +10,13 @@ float halved(float x) {
 
 } // namespace
 
-Bounds::Bounds(vec2 corner, float w_, float h_)
-    : l(corner.x), r(corner.x + w_), b(corner.y), t(corner.y + h_), w(w_), h(h_), halfW(halved(w_)),
-      halfH(halved(h_)) {}
+Bounds::Bounds(vec2 corner, float width, float height)
+    : l(corner.x), r(corner.x + width), b(corner.y), t(corner.y + height), w(width), h(height),
+      halfW(halved(width)), halfH(halved(height)) {}
 
-Bounds::Bounds(float l_, float r_, float b_, float t_)
-    : l(l_), r(r_), b(b_), t(t_), w(r_ - l_), h(t_ - b_), halfW(halved(w)), halfH(halved(h)) {}
+Bounds::Bounds(float left, float right, float bottom, float top)
+    : l(left), r(right), b(bottom), t(top), w(right - left), h(top - bottom), halfW(halved(w)),
+      halfH(halved(h)) {}
 
 bool Bounds::contains(vec2 p) const {
     return l <= p.x && p.x <= r && b <= p.y && p.y <= t;

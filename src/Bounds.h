@@ -17,8 +17,8 @@ struct Bounds {
     float halfH;
 
     /// `corner` is the lower left one, not the centre.
-    Bounds(vec2 corner, float w_, float h_);
-    Bounds(float l_, float r_, float b_, float t_);
+    Bounds(vec2 corner, float width, float height);
+    Bounds(float left, float right, float bottom, float top);
 
     /// Edges and corners are inside; a NaN never is.
     bool contains(vec2 p) const;

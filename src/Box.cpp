@@ -1,8 +1,8 @@
 #include "Box.h"
 
-Box::Box(vec3 centre_, float size) : Box(centre_, vec3(size)) {}
+Box::Box(vec3 middle, float size) : Box(middle, vec3(size)) {}
 
-Box::Box(vec3 centre_, vec3 dimensions) : centre(centre_) {
+Box::Box(vec3 middle, vec3 dimensions) : centre(middle) {
     const vec3 half = dimensions / 2.0f;
     min = centre - half;
     max = centre + half;

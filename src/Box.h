@@ -21,10 +21,10 @@ struct Box {
     Box() = default;
 
     /// A cube of edge length `size`.
-    Box(vec3 centre_, float size);
+    Box(vec3 middle, float size);
 
     /// `dimensions` are full edge lengths; a negative one gives min above max, uncorrected.
-    Box(vec3 centre_, vec3 dimensions);
+    Box(vec3 middle, vec3 dimensions);
 
     /// Shifts all three points by dir · amount; dir is not normalised.
     void move(vec3 dir, float amount);

@@ -11,19 +11,10 @@
 
 namespace {
 
-/// Edge length of a cube in world units.
-constexpr int cubeEdge = 64;
+constexpr int cubeEdge = MapManager::cubeEdge;
 
-/// The march looks this many steps ahead for a first cube …
-constexpr int coarseSteps = 5000;
-
-/// … then goes back this many …
-constexpr float backOffSteps = 64.0f;
-
-/// … and looks again for one step more than that, so that it gets back to where it was.
-constexpr int fineSteps = 65;
-
-/// The segment that is clipped at the cube found is this many steps long.
+/// Steps in the segment that is clipped at the cube found: twice as many as a first look takes, so
+/// that the segment surely passes through the cube.
 constexpr float segmentSteps = 10000.0f;
 
 constexpr vec3 nothingFound(-1.0f);
@@ -51,14 +42,27 @@ bool blocks(const Box& cube, vec3 p) {
     return cube.solid != 0 && intersects(cube, p);
 }
 
-// The march looks for a cube only in steps in which a coordinate may have entered another cell
-// (Amanatides and Woo, "A fast voxel traversal algorithm for ray tracing", 1987). Where a
-// coordinate is by then is a sum of many steps, rounded after each. It is exact all the same to
-// take many at once: floats of one sign and exponent are evenly spaced, and an addition that stays
-// among them moves by the step rounded to their spacing, every time the same. Only where that
-// rounding is a tie may the first move differ from those that follow: it leads to an even float,
-// and they start there.
+// The march stands for a walk of single steps that looks for a cube after each, and finds what that
+// finds, to the bit. It takes many steps at once for two reasons.
+//
+// No step needs a look that stays in its cell: cubes fill their cells, so the answer changes only
+// where a coordinate enters another cell or crosses a face of the world (Amanatides and Woo, "A
+// fast voxel traversal algorithm for ray tracing", 1987). A coordinate outside the world names an
+// edge cell, which cannot be hit from there until the coordinate crosses the face of the world.
+//
+// A coordinate is a sum of many steps, rounded after each, and yet many additions are one exact
+// product. Floats of one sign and exponent are evenly spaced, and an addition that stays among them
+// moves by the step rounded to their spacing, every time by the same amount: the stride. Only a tie
+// in that rounding may make the first move differ from the next ones, since it leads to an even
+// float, from which all others start. So a stretch begins with two moves that are compared, and
+// ends where the spacing changes; the move across that end is an addition of its own.
+//
+// The phases, for each axis: arrive() says where the coordinate is and in which cell, enter()
+// begins a stretch with an addition, goOn() begins the next one where the last has ended.
+// firstHit() takes the three axes together from one end of a stretch to the next and looks for a
+// cube there.
 
+/// A step that no march takes.
 constexpr int never = std::numeric_limits<int>::max();
 
 /// One coordinate of the marching point, and a stretch of its way that keeps to one cell or outside
@@ -81,7 +85,8 @@ float positionAt(const Axis& axis, int n) {
     return axis.position + static_cast<float>(n - axis.from) * axis.stride;
 }
 
-/// Where the spacing of floats changes next on the way from x in the direction of `step`.
+/// Where the spacing of floats changes next on the way from x in the direction of `step`: at the
+/// power of two above |x|, or at that below, which is |x| itself where it is one.
 float endOfSpacing(float x, float step) {
     constexpr std::uint32_t mantissa = 0x007fffff;
     const auto bits = std::bit_cast<std::uint32_t>(x);
@@ -98,16 +103,18 @@ float nextFace(const Axis& axis) {
 }
 
 /// The first step after `from` that reaches or crosses `end`, or the last one of a look if that is
-/// earlier: tiny strides to a far face are more than an int counts.
+/// earlier: tiny strides to a far face are more than an int counts. To end a stretch early is
+/// always right, since the next one goes on from the same float.
 int stepThatReaches(const Axis& axis, float end) {
-    constexpr float mostStrides = coarseSteps;
+    constexpr float mostStrides = MapManager::coarseSteps;
     const float strides = std::min((end - axis.position) / axis.stride, mostStrides);
     const int whole = static_cast<int>(strides);
     const int roundedUp = static_cast<float>(whole) < strides ? whole + 1 : whole;
     return axis.from + std::max(1, roundedUp);
 }
 
-/// Comes to `position` in step n. False when that is out of the world for good, or NaN.
+/// Comes to `position` in step n. False when that is out of the world for good, or NaN: then no
+/// cube can follow, and the march ends.
 bool arrive(Axis& axis, float position, int n) {
     const bool ascending = axis.step > 0.0f;
     if (!(ascending ? position <= axis.farFace : position >= 0.0f))
@@ -123,6 +130,7 @@ bool enter(Axis& axis, float position, int n) {
     if (!arrive(axis, position, n))
         return false;
 
+    // A step too small to move the coordinate leaves it where it is for ever.
     axis.stride = 0.0f;
     const float next = position + axis.step;
     if (next == position) {
@@ -130,8 +138,9 @@ bool enter(Axis& axis, float position, int n) {
         return true;
     }
 
-    // Unequal moves come from a tie. What ends a stretch is reached or crossed by its last move
-    // only, which is not taken with the others.
+    // Unequal moves come from a tie: then this stretch is one step long. Equal ones go on as far as
+    // the spacing and the cell do. The end is reached or crossed by the last move only, and that
+    // move is not taken with the others.
     axis.until = n + 1;
     axis.evenUntil = n + 1;
     const float stride = next - position;
@@ -151,6 +160,7 @@ bool goOn(Axis& axis, int n) {
         return true;
     if (n == axis.evenUntil)
         return enter(axis, positionAt(axis, n - 1) + axis.step, n);
+    // Only the cell has ended: the stride holds on.
     if (!arrive(axis, positionAt(axis, n), n))
         return false;
     axis.until = std::min(axis.evenUntil, stepThatReaches(axis, nextFace(axis)));
@@ -163,6 +173,8 @@ struct March {
     Axis z;
 };
 
+/// A march along `dir` that has not begun. The far faces are read from the last cube, since that is
+/// what a look compares with.
 March marchThrough(const MapManager& map, vec3 dir) {
     constexpr float beyond = std::numeric_limits<float>::infinity();
     const vec3 farCorner =
@@ -183,6 +195,7 @@ int firstHit(const MapManager& map, March& march, vec3 start, int limit) {
     bool mayHit = enter(x, start.x, 0) && enter(y, start.y, 0) && enter(z, start.z, 0);
     int n = 0;
     while (mayHit) {
+        // The one cube that can hold the point, until an axis ends its stretch.
         const vec3 p(x.position, y.position, z.position);
         if (blocks(cubeAt(map, x.cell, y.cell, z.cell), p))
             return n;
@@ -272,7 +285,8 @@ vec3 MapManager::boxToCheckForLineIntersection(vec3 start, vec3 dir) const {
     March march = marchThrough(*this, dir);
     int n = firstHit(*this, march, start, coarseSteps + fineSteps);
     if (n < coarseSteps)
-        n = firstHit(*this, march, positionAt(march, n) - dir * backOffSteps, fineSteps);
+        n = firstHit(*this, march, positionAt(march, n) - dir * static_cast<float>(backOffSteps),
+                     fineSteps);
     if (n == never)
         return nothingFound;
     return {static_cast<float>(march.x.cell), static_cast<float>(march.y.cell),

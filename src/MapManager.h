@@ -12,6 +12,25 @@
 /// Queries only read. Outside the world they clamp to the nearest edge cell, which is then tested
 /// as it stands. In a map without cells nothing collides and no ray hits.
 struct MapManager {
+    /// Edge length of a cube in world units. Map files count in cubes, and a body of 50 fits
+    /// through a gap of one: with another edge no arena could be played as it was made.
+    static constexpr int cubeEdge = 64;
+
+    /// Steps in which a march looks for its first cube. A shot steps one world unit, so this is
+    /// more than twice the way across an arena of 32 cubes; with fewer, shots end in mid-air.
+    static constexpr int coarseSteps = 5000;
+
+    /// Steps that a march goes back from its first cube before it looks again. As many units as a
+    /// cube is wide, for a unit step: clients that predict shots count on the cube found from
+    /// there.
+    static constexpr int backOffSteps = 64;
+
+    /// Steps of the second look: one more than were gone back, so that it gets to the first cube.
+    static constexpr int fineSteps = backOffSteps + 1;
+
+    /// The furthest step in which a march finds a cube: a first look in vain goes on as the second.
+    static constexpr int marchReach = coarseSteps + fineSteps - 1;
+
     int rows = 0;
     int columns = 0;
     int depth = 0;
@@ -54,10 +73,10 @@ struct MapManager {
     bool collides(vec3 p) const;
 
     /// Marches from `start` in steps of exactly `dir` (neither scaled nor normalised) for up to
-    /// 5000 steps to the first solid cube, backs off by 64 steps and looks again for 65. Returns
-    /// the cell's indices or (-1, -1, -1). The second look starts behind `start` when the first
-    /// cube was nearer than 64 steps, and may find another one there. The time that it takes grows
-    /// with the cells on the way, not with the steps.
+    /// `coarseSteps` to the first solid cube, backs off by `backOffSteps` and looks again for
+    /// `fineSteps`. Returns the cell's indices or (-1, -1, -1). The second look starts behind
+    /// `start` when the first cube was nearer than it backs off, and may find another one there.
+    /// The time that it takes grows with the cells on the way, not with the steps.
     vec3 boxToCheckForLineIntersection(vec3 start, vec3 dir) const;
 
     /// Where the ray from `start` along `dir` enters the cube that the march finds, in world units,

@@ -54,6 +54,15 @@ struct GenericMessage {
 
 static_assert(sizeof(GenericMessage) == 532 && offsetof(GenericMessage, client) == 512);
 
+/// The record that a datagram begins with, whatever its type says; bytes that did not come are 0.
+template<typename Record>
+Record recordIn(const GenericMessage& message) {
+    static_assert(std::is_trivially_copyable_v<Record> && sizeof(Record) <= sizeof message.data);
+    Record record;
+    std::memcpy(static_cast<void*>(&record), message.data, sizeof record);
+    return record;
+}
+
 /// A wish to play. The name ends with a 0; the room keeps what fits, clients may send less or more.
 struct JoinMessage {
     char type = messageCode::join;

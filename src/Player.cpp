@@ -8,29 +8,6 @@
 
 namespace {
 
-// Movement, in world units per tick. There is no time step: the tick rate sets the real speed.
-constexpr float walkSpeed = 6.0f;
-constexpr float strafeWalkSpeed = 6.0f;
-
-/// Gravity already acts in the tick of the take-off: the first step up is 11.5, the whole rise 138.
-constexpr float jumpSpeed = 12.0f;
-
-/// World units per tick²; subtracted in double, stored as float. There is no fastest fall.
-constexpr double gravityPerTick = 0.5;
-
-/// Gravity acts up to this vertical speed. No jump gets there.
-constexpr float gravityCutOff = 13.0f;
-
-/// Radians of one mouse count are 1 / this.
-constexpr double countsPerRadian = 360.0;
-
-/// A view whose x and z both lie within this of zero is too steep.
-constexpr double steepView = 0.1;
-
-// Rules, in milliseconds.
-constexpr float respawnDelay = 4000.0f;
-constexpr float connectionTimeOut = 5000.0f;
-
 struct Pose {
     vec3 position;
     vec3 look;
@@ -64,13 +41,18 @@ constexpr Pose spawnPoses[Player::spawnPoseCount] = {
      {-0.040981f, 0.91708f, 0.107472f, 0.381698f}},
 };
 
-/// How far above its pose a player spawns.
+/// World units that a player spawns above its pose, so that it drops in from the air; a pose lies
+/// as high as a standing body's centre.
 constexpr float spawnLift = 120.0f;
 
 /// Far outside the world: a soaked player is out of sight until it respawns.
 constexpr Pose deathPose = {{-1375.2f, 797.701f, -1280.61f},
                             {-1374.52f, 797.664f, -1279.88f},
                             {-0.0758345f, 0.904769f, -0.164282f, -0.385529f}};
+
+int randomPose() {
+    return rand() % Player::spawnPoseCount;
+}
 
 void copyName(char (&field)[12], const char* name) {
     constexpr int longest = sizeof field - 1;
@@ -80,19 +62,23 @@ void copyName(char (&field)[12], const char* name) {
     field[i] = 0;
 }
 
-/// What spawning and dying have in common.
-void standAt(Player& player, const Pose& pose, float lift) {
-    player.position = pose.position;
-    player.look = pose.look;
-    player.rotation = pose.rotation;
-    player.position.y += lift;
-    player.look.y += lift;
+/// Puts the body somewhere, neither rising nor falling; `velocity` tells of the last tick still.
+void putAt(Player& player, vec3 centre, vec3 lookAt) {
+    player.position = centre;
+    player.look = lookAt;
     player.updateDirAndStrafe();
-    player.moveSpeed = walkSpeed;
-    player.strafeSpeed = strafeWalkSpeed;
     player.verticalSpeed = 0.0f;
     player.inAir = false;
-    player.box = Box(player.position, Player::bodySize);
+    player.box = Box(centre, Player::bodySize);
+}
+
+/// What spawning and dying have in common.
+void standAt(Player& player, const Pose& pose, float lift) {
+    const vec3 raised(0.0f, lift, 0.0f);
+    putAt(player, pose.position + raised, pose.look + raised);
+    player.rotation = pose.rotation;
+    player.moveSpeed = Player::walkingSpeed;
+    player.strafeSpeed = Player::strafingSpeed;
     player.moveInput = 0.0f;
     player.strafeInput = 0.0f;
     for (bool& key : player.keys)
@@ -117,12 +103,14 @@ bool tryStep(Player& player, vec3 step) {
 
 } // namespace
 
-Player::Player(char id, const char* name)
-    : playerID(id), lastMessageTime(static_cast<float>(getCurrentMillisecond())), mapMan(nullptr),
-      dead(false), deathTime(0.0f) {
+Player::Player(char id, const char* name, float now, int pose)
+    : playerID(id), lastMessageTime(now), mapMan(nullptr), dead(false), deathTime(0.0f) {
     copyName(playerUpdate.name, name);
-    spawn();
+    spawnAt(pose);
 }
+
+Player::Player(char id, const char* name)
+    : Player(id, name, static_cast<float>(getCurrentMillisecond()), randomPose()) {}
 
 Player::Player() : Player('0', "NO_NAME") {}
 
@@ -204,7 +192,7 @@ void Player::update(float now) {
         keys[keyIndex::jump] = false;
     }
     if (verticalSpeed <= gravityCutOff)
-        verticalSpeed = static_cast<float>(static_cast<double>(verticalSpeed) - gravityPerTick);
+        verticalSpeed = static_cast<float>(static_cast<double>(verticalSpeed) - gravity);
 
     // The view's horizontal part is not renormalised: looking up slows walking. Nor is the sum of
     // both inputs: walking aslant is faster.
@@ -226,7 +214,7 @@ void Player::update(float now) {
 
 void Player::jump() {
     inAir = true;
-    verticalSpeed = jumpSpeed;
+    verticalSpeed = takeOffSpeed;
 }
 
 void Player::moveAll(vec3 v, float scale) {
@@ -248,6 +236,24 @@ vec3 Player::shoot(const MapManager* map) const {
     return map->pointOfIntersection(position, direction);
 }
 
+void Player::placeAt(vec3 centre, vec3 lookAt) {
+    putAt(*this, centre, lookAt);
+    velocity = vec3();
+}
+
+void Player::apply(const Controls& controls) {
+    if (dead)
+        return;
+    for (int key = 0; key < keyIndex::count; ++key) {
+        if (key != keyIndex::jump)
+            setKey(key, controls.held[key]);
+    }
+    if (controls.jump)
+        setKey(keyIndex::jump, true);
+    if (controls.dx != 0 || controls.dy != 0)
+        rotateView(controls.dx, controls.dy);
+}
+
 void Player::die(float now) {
     dead = true;
     deathTime = now;
@@ -255,7 +261,7 @@ void Player::die(float now) {
 }
 
 void Player::spawn() {
-    spawnAt(rand() % spawnPoseCount);
+    spawnAt(randomPose());
 }
 
 void Player::spawnAt(int pose) {
@@ -277,4 +283,11 @@ bool Player::lostConnection(float now) const {
 
 void Player::connectedMessageReceived() {
     lastMessageTime = static_cast<float>(getCurrentMillisecond());
+}
+
+Player bodyAt(MapManager& map, vec3 centre, vec3 lookAt) {
+    Player body('0', nullptr, 0.0f, 0);
+    body.setMapMan(&map);
+    body.placeAt(centre, lookAt);
+    return body;
 }

@@ -9,6 +9,19 @@
 
 #include <type_traits>
 
+/// What a player does between two ticks, as the records of its client tell the room.
+struct Controls {
+    /// Indexed by keyIndex, jump apart.
+    bool held[keyIndex::count] = {};
+
+    /// Asks for one jump, taken as soon as the player stands on something.
+    bool jump = false;
+
+    /// Mouse counts: Player::rotateView.
+    int dx = 0;
+    int dy = 0;
+};
+
 /// One player, plain data: identity, keys, body, view, movement, death and address. Distances are
 /// world units, speeds world units per tick, times milliseconds of getCurrentMillisecond() as a
 /// float, angles radians. y is up.
@@ -16,8 +29,48 @@ struct Player {
     /// Four on balconies at the middles of the sides, then four on the ground near the corners.
     static constexpr int spawnPoseCount = 8;
 
-    /// Edge lengths of the body along x, y and z.
+    /// Edge lengths of the body along x, y and z in world units. It passes gaps that are one cube
+    /// wide and three high; larger, and passages of arenas close.
     static constexpr vec3 bodySize{50.0f, 150.0f, 50.0f};
+
+    /// World units per tick, forward and backward. There is no time step: the tick rate makes this
+    /// some 370 a second. Clients predict with it; another speed makes their players jerk.
+    static constexpr float walkingSpeed = 6.0f;
+
+    /// World units per tick to either side, the same as forward, so that dodging is no slower. Both
+    /// together move a body by their diagonal, which carries the widest leaps of arenas.
+    static constexpr float strafingSpeed = 6.0f;
+
+    /// World units per tick, upward. Gravity already acts in the tick of the take-off, so the first
+    /// step is 11.5 and the whole rise 138: two cubes can be climbed. With less, arenas have dead
+    /// ends.
+    static constexpr float takeOffSpeed = 12.0f;
+
+    /// World units per tick², subtracted in double and stored as float. There is no fastest fall.
+    /// Vertical speeds are whole halves, and so exact: the search for places that can be reached
+    /// tells bodies apart by them, and would take unlike ones for one with a finer gravity.
+    static constexpr double gravity = 0.5;
+
+    /// World units per tick: gravity acts up to this vertical speed. It lies above `takeOffSpeed`,
+    /// so that no jump gets there; below it, a jump would rise for ever.
+    static constexpr float gravityCutOff = 13.0f;
+
+    /// Mouse counts in a turn by one radian. Clients scale their mice to it: another number is
+    /// another sensitivity for every player.
+    static constexpr double countsPerRadian = 360.0;
+
+    /// A view is refused when its x and z both lie within this of zero: from 81.9 degrees up or
+    /// down, or 84.3 along an axis. Nearer to the vertical the strafe vector has no direction.
+    static constexpr double steepView = 0.1;
+
+    /// Milliseconds from a soaking to the respawn: long enough to lose the place that was fought
+    /// for, short enough to stay in the match. Clients count down from it.
+    static constexpr float respawnDelay = 4000.0f;
+
+    /// Milliseconds of silence after which a player is dropped. Clients that have nothing to say
+    /// send a sign of life every second, so several in a row must get lost. With less, bad lines
+    /// drop players.
+    static constexpr float connectionTimeOut = 5000.0f;
 
     /// '1' to '4' for players who joined.
     char playerID;
@@ -65,6 +118,10 @@ struct Player {
     /// Spawns a player who is heard from now. Keeps at most 11 characters of `name`; null is "".
     Player(char id, const char* name);
 
+    /// Spawns a player at a chosen pose, 0 to spawnPoseCount - 1, who is heard from at `now`:
+    /// nothing is left to the clock or to rand().
+    Player(char id, const char* name, float now, int pose);
+
     /// Identifier '0', name "NO_NAME".
     Player();
 
@@ -87,13 +144,13 @@ struct Player {
     void updateDirAndStrafe();
 
     /// Rotates the view by one mouse report: pitch about the strafe vector, then yaw about up.
-    /// @param dx,dy  mouse counts; one count turns by 1/360 rad. Positive dx turns right.
+    /// @param dx,dy  mouse counts; see countsPerRadian. Positive dx turns right, positive dy down.
     /// The strafe vector is refreshed before the turn only, so it lags one report behind a yaw.
     void rotateView(int dx, int dy);
 
     /// Turns direction, look-at point and `rotation` by `angle` radians about `axis`; `rotation`
-    /// takes the turn on its right if postMultiply, else on its left. A turn that would bring the
-    /// view within 0.1 of vertical on both horizontal axes is dropped whole.
+    /// takes the turn on its right if postMultiply, else on its left. A turn that would end in a
+    /// steepView is dropped whole.
     void rotateViewAround(float angle, vec3 axis, bool postMultiply);
 
     /// The state that clients are sent, name and points included.
@@ -121,6 +178,14 @@ struct Player {
     /// Where a shot from the body's centre along the view lands; x is negative if nowhere.
     vec3 shoot(const MapManager* map) const;
 
+    /// Puts the body at rest: centred at `centre`, seeing `lookAt`. Its `rotation`, keys and inputs
+    /// stay as they are.
+    void placeAt(vec3 centre, vec3 lookAt);
+
+    /// Takes controls as a room takes the records of a living player: keys first, then the view. A
+    /// jump is only ever asked for, never taken back. The dead take none.
+    void apply(const Controls& controls);
+
     /// Soaks the player: parks it outside the world and releases its keys. Dying again restarts the
     /// wait.
     void die(float now);
@@ -137,7 +202,7 @@ struct Player {
     void incPoints();
     void decPoints();
 
-    /// Whether more than 5000 ms have passed since the last message.
+    /// Whether more than connectionTimeOut has passed since the last message.
     bool lostConnection(float now) const;
 
     /// Notes that the player was heard from just now.
@@ -145,3 +210,7 @@ struct Player {
 };
 
 static_assert(std::is_trivially_copyable_v<Player>);
+
+/// A body in `map` that nobody plays: at rest at `centre`, seeing `lookAt`. Neither the clock nor
+/// rand() is asked, so a client can predict with it and a search can make as many as it wants.
+Player bodyAt(MapManager& map, vec3 centre, vec3 lookAt);

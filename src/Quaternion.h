@@ -13,7 +13,8 @@ struct quat {
 
     /// The identity (0, 0, 0, 1).
     constexpr quat() : quat(0.0f, 0.0f, 0.0f, 1.0f) {}
-    constexpr quat(float x_, float y_, float z_, float w_) : x(x_), y(y_), z(z_), w(w_) {}
+    constexpr quat(float vectorX, float vectorY, float vectorZ, float scalar)
+        : x(vectorX), y(vectorY), z(vectorZ), w(scalar) {}
 
     /// Scales to unit length in place. A squared length within 1e-5 of zero or of one, or NaN,
     /// leaves the quaternion as it is.

@@ -6,15 +6,13 @@
 #include "Timing.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iostream>
 #include <unistd.h>
 
 namespace {
 
-/// Puts all that is in `queue` into `records`, which is empty, by exchanging the two: no record is
-/// copied, and the receive thread is held up once a tick and not once a record. False when there
-/// is nothing.
+/// Moves the whole `queue` into the empty `records` by exchanging the two: no record is copied, and
+/// the receive thread waits once a tick rather than once a record. False when there is nothing.
 bool takeAll(std::queue<GenericMessage>& queue, pthread_mutex_t* mutex,
              std::queue<GenericMessage>& records) {
     const ScopedLock lock(mutex);
@@ -22,12 +20,6 @@ bool takeAll(std::queue<GenericMessage>& queue, pthread_mutex_t* mutex,
         return false;
     records.swap(queue);
     return true;
-}
-
-int intAt(const char* bytes) {
-    int value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
 }
 
 } // namespace
@@ -60,15 +52,16 @@ char Server::playerJoin(const GenericMessage* msg) {
     while (playerIDExists(id))
         ++id;
 
-    Player player(id, msg->data + 1);
+    Player player(id, recordIn<JoinMessage>(*msg).name);
     player.client = msg->client;
     player.setMapMan(&mapMan);
     players.push_back(player);
 
     const std::string notice = std::string(player.getName()) + " joined";
     std::cout << notice << std::endl;
-    const char answer[] = {messageCode::accepted, id};
-    sockInfo.sendBytesTo(&msg->client, answer, sizeof answer);
+    AcceptanceMessage answer;
+    answer.id = id;
+    sockInfo.sendBytesTo(&msg->client, &answer, sizeof answer);
     broadcastNotice(notice);
     return id;
 }
@@ -96,49 +89,55 @@ void Server::playerDisconnect(char id) {
 }
 
 void Server::readMessages() {
-    // Again, since what has arrived meanwhile belongs to this tick too.
-    while (takeAll(inMessages, inMessagesMutex, records)) {
-        for (; !records.empty(); records.pop())
-            dispatch(records.front());
+    // Until the queue is empty: a record that arrives meanwhile belongs to this tick too.
+    while (takeAll(inMessages, inMessagesMutex, records_)) {
+        for (; !records_.empty(); records_.pop())
+            dispatch(records_.front());
     }
 }
 
 void Server::dispatch(const GenericMessage& record) {
-    const char id = record.data[1];
     switch (record.data[0]) {
     case messageCode::join:
         if (players.size() >= maxPlayers) {
             std::cout << "Player denied --- Game is full." << std::endl;
-            sockInfo.sendBytesTo(&record.client, &messageCode::full, 1);
+            const RefusalMessage answer;
+            sockInfo.sendBytesTo(&record.client, &answer, sizeof answer);
         } else {
             playerJoin(&record);
         }
         break;
     case messageCode::leave:
-        playerDisconnect(id);
+        playerDisconnect(recordIn<LeaveMessage>(record).id);
         break;
-    case messageCode::key:
-        if (Player* player = playerByID(id)) {
+    case messageCode::key: {
+        const auto key = recordIn<KeyMessage>(record);
+        if (Player* player = playerByID(key.id)) {
             if (player->alive())
-                player->setKey(static_cast<signed char>(record.data[2]), record.data[3] != 0);
+                player->setKey(key.key, key.down != 0);
             player->connectedMessageReceived();
         }
         break;
-    case messageCode::view:
-        if (Player* player = playerByID(id)) {
+    }
+    case messageCode::view: {
+        const auto view = recordIn<ViewMessage>(record);
+        if (Player* player = playerByID(view.id)) {
             if (player->alive())
-                player->rotateView(intAt(record.data + 4), intAt(record.data + 8));
+                player->rotateView(view.dx, view.dy);
             player->connectedMessageReceived();
         }
         break;
-    case messageCode::chat:
-        if (Player* player = playerByID(id)) {
+    }
+    case messageCode::chat: {
+        const auto talk = recordIn<TalkMessage>(record);
+        if (Player* player = playerByID(talk.id)) {
             player->connectedMessageReceived();
-            broadcast(record.data, sizeof(TalkMessage));
+            broadcast(&talk, sizeof talk);
         }
         break;
+    }
     case messageCode::keepAlive:
-        if (Player* player = playerByID(id))
+        if (Player* player = playerByID(recordIn<KeepAliveMessage>(record).id))
             player->connectedMessageReceived();
         break;
     default:
@@ -176,7 +175,7 @@ void Server::resolveShots(float now) {
         if (!shooter.isShooting() || !shooter.alive())
             continue;
         const vec3 hit = shooter.shoot(&mapMan);
-        // A shot into the open sky soaks nobody, not even who stands right before the shooter.
+        // A shot into the open sky soaks nobody, not even a player right before the shooter.
         if (hit.x < 0.0f)
             continue;
         soakPlayersOnSegment(shooter, hit, now);

@@ -38,7 +38,7 @@ struct Server {
     bool playerIDExists(char id);
 
     /// Admits the sender of a join record under the lowest free identifier, answers it, tells
-    /// everyone, and returns the identifier. Counts nobody: the limit is readMessages()'s.
+    /// everyone, and returns the identifier. It counts nobody: dispatch() keeps the limit.
     char playerJoin(const GenericMessage* msg);
 
     /// Sends `length` bytes to every player in the order of joining.
@@ -56,18 +56,24 @@ struct Server {
 
   private:
     /// The records in hand, empty between ticks; a member so that its memory is kept.
-    std::queue<GenericMessage> records;
+    std::queue<GenericMessage> records_;
 
-    /// Has one record take effect.
+    /// Has one record take effect. A fifth player is refused here.
     void dispatch(const GenericMessage& record);
 
     /// Tells every player in the server's own name; text that the record cannot hold is cut.
     void broadcastNotice(const std::string& text);
 
-    // The steps of a tick.
+    /// Moves every player and drops the silent.
     void advancePlayers(float now);
+
+    /// Sends everybody one state of all players.
     void broadcastState();
+
+    /// Follows the shot of every living player who holds the fire key.
     void resolveShots(float now);
+
+    /// Soaks everybody else whose body the segment from the shooter to `end` crosses.
     void soakPlayersOnSegment(Player& shooter, vec3 end, float now);
 };
 

@@ -10,7 +10,7 @@ struct vec2 {
     float x;
     float y;
 
-    constexpr vec2(float x_, float y_) : x(x_), y(y_) {}
+    constexpr vec2(float alongX, float alongY) : x(alongX), y(alongY) {}
 
     vec2 operator+(const vec2& b) const { return {x + b.x, y + b.y}; }
     vec2 operator-(const vec2& b) const { return {x - b.x, y - b.y}; }
@@ -31,8 +31,10 @@ struct vec3 {
     float z;
 
     constexpr vec3() : vec3(0.0f, 0.0f, 0.0f) {}
-    constexpr explicit vec3(float s) : vec3(s, s, s) {}
-    constexpr vec3(float x_, float y_, float z_) : x(x_), y(y_), z(z_) {}
+
+    /// A number converts to a vector that holds it three times.
+    constexpr vec3(float s) : vec3(s, s, s) {}
+    constexpr vec3(float alongX, float alongY, float alongZ) : x(alongX), y(alongY), z(alongZ) {}
 
     vec3 operator+(const vec3& b) const { return {x + b.x, y + b.y, z + b.z}; }
     vec3 operator-(const vec3& b) const { return {x - b.x, y - b.y, z - b.z}; }
@@ -63,7 +65,8 @@ struct vec4 {
     float z;
     float w;
 
-    constexpr vec4(float x_, float y_, float z_, float w_) : x(x_), y(y_), z(z_), w(w_) {}
+    constexpr vec4(float alongX, float alongY, float alongZ, float alongW)
+        : x(alongX), y(alongY), z(alongZ), w(alongW) {}
 
     vec4 operator+(const vec4& b) const { return {x + b.x, y + b.y, z + b.z, w + b.w}; }
     vec4 operator-(const vec4& b) const { return {x - b.x, y - b.y, z - b.z, w - b.w}; }

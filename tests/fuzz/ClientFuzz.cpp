@@ -5,6 +5,7 @@
 #include "client/Session.h"
 #include "tests/fuzz/Bytes.h"
 #include "tests/fuzz/Require.h"
+#include "tests/support/Datagrams.h"
 
 #include <algorithm>
 #include <array>
@@ -132,8 +133,10 @@ class Watch {
                     "a session joins by its name while it is not in");
             return;
         }
-        require(is(messageCode::leave, 2) || is(messageCode::keepAlive, 2) ||
-                    is(messageCode::key, 4) || is(messageCode::view, 12) ||
+        require(is(messageCode::leave, sizeof(LeaveMessage)) ||
+                    is(messageCode::keepAlive, sizeof(KeepAliveMessage)) ||
+                    is(messageCode::key, sizeof(KeyMessage)) ||
+                    is(messageCode::view, sizeof(ViewMessage)) ||
                     is(messageCode::chat, sizeof(TalkMessage)),
                 "what a session sends is a record");
         require(isPlayer(datagram[1]), "a record is some player's");
@@ -141,9 +144,12 @@ class Watch {
             return;
         const bool isOurs = datagram[1] == id || datagram[1] == session_->id();
         require(isOurs, "a session speaks for nobody else");
-        if (code == messageCode::key)
-            require(datagram[2] >= 0 && datagram[2] < keyIndex::count && (datagram[3] & ~1) == 0,
+        if (code == messageCode::key) {
+            KeyMessage key;
+            std::memcpy(&key, datagram.data(), sizeof key);
+            require(key.key >= 0 && key.key < keyIndex::count && (key.down & ~1) == 0,
                     "keys are those of the protocol");
+        }
     }
 
     void takeEvents(bool wasOpen) {
@@ -316,7 +322,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             break;
         }
         case accepted:
-            watch.deliver({messageCode::accepted, static_cast<char>('1' + argument % 8)});
+            watch.deliver(bytesOf(AcceptanceMessage{.id = static_cast<char>('1' + argument % 8)}));
             break;
         case state:
             watch.deliver(stateRecord(bytes, argument, watch.name()));

@@ -9,6 +9,7 @@
 #include "tests/fuzz/Bytes.h"
 #include "tests/fuzz/Require.h"
 #include "tests/support/Arenas.h"
+#include "tests/support/Datagrams.h"
 
 #include <algorithm>
 #include <array>
@@ -186,7 +187,7 @@ class Watch {
 
     void keepEverybodyAlive() {
         for (const Guest& guest : guests_)
-            queue({messageCode::keepAlive, guest.id}, guest.port);
+            queue(keepAliveDatagram(guest.id), guest.port);
     }
 
     void tick(int milliseconds) {
@@ -219,7 +220,7 @@ class Watch {
         const in_port_t port = record.client.addr.sin_port;
         const char code = record.data[0];
         if (code == messageCode::join && guests_.size() == maxPlayers) {
-            expected_.emplace_back(port, std::string(1, messageCode::full));
+            expected_.emplace_back(port, bytesOf(RefusalMessage()));
             return;
         }
         if (code == messageCode::join) {
@@ -228,7 +229,7 @@ class Watch {
                 ++id;
             const std::string name(record.data + 1, strnlen(record.data + 1, 11));
             guests_.push_back({id, name, port, static_cast<float>(now)});
-            expected_.emplace_back(port, std::string{messageCode::accepted, id});
+            expected_.emplace_back(port, bytesOf(AcceptanceMessage{.id = id}));
             expectTalk("s" + name + " joined");
             return;
         }
@@ -402,35 +403,27 @@ char idOf(int number) {
     return static_cast<char>('1' + number % 4);
 }
 
-std::string viewRecord(char id, int dx, int dy) {
-    std::string record = {messageCode::view, id, 0, 0};
-    record.append(reinterpret_cast<const char*>(&dx), sizeof dx);
-    record.append(reinterpret_cast<const char*>(&dy), sizeof dy);
-    return record;
-}
-
 std::string keyRecord(Bytes& input, int argument) {
     const auto what = input.next<unsigned char>();
-    return {messageCode::key, idOf(argument), static_cast<char>(what / 2 % 8),
-            static_cast<char>(what & 1)};
+    return keyDatagram(idOf(argument), what / 2 % 8, what % 2 != 0);
 }
 
 std::string viewRecord(Bytes& input, int argument) {
     const char id = idOf(argument);
     if (argument < 16) {
         const int dx = 8 * input.next<signed char>();
-        return viewRecord(id, dx, 8 * input.next<signed char>());
+        return viewDatagram(id, dx, 8 * input.next<signed char>());
     }
     const auto dx = input.next<std::int32_t>();
-    return viewRecord(id, dx, input.next<std::int32_t>());
+    return viewDatagram(id, dx, input.next<std::int32_t>());
 }
 
 std::string otherRecord(Bytes& input, int argument) {
     const char id = idOf(argument);
     if (argument < 8)
-        return {messageCode::leave, id};
+        return leaveDatagram(id);
     if (argument < 16)
-        return {messageCode::keepAlive, id};
+        return keepAliveDatagram(id);
     std::string chat = {messageCode::chat, id};
     return chat + input.text(static_cast<std::size_t>(argument));
 }

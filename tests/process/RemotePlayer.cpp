@@ -54,10 +54,11 @@ bool RemotePlayer::waitForState(const std::function<bool(const UpdateMessage&)>&
 char RemotePlayer::join(const std::string& name) {
     send(joinDatagram(name));
     const auto answer = waitFor([](const std::string& datagram) {
-        return (datagram.size() == 2 && datagram[0] == messageCode::accepted) ||
-               (datagram.size() == 1 && datagram[0] == messageCode::full);
+        return (datagram.size() == sizeof(AcceptanceMessage) &&
+                datagram[0] == messageCode::accepted) ||
+               datagram == bytesOf(RefusalMessage());
     });
-    id_ = answer && answer->size() == 2 ? (*answer)[1] : '\0';
+    id_ = answer && answer->size() == sizeof(AcceptanceMessage) ? (*answer)[1] : '\0';
     return id_;
 }
 

@@ -72,7 +72,7 @@ TEST(Datagrams, ShortOnesAreFollowedByZerosAndNotByTheOneBefore) {
     UdpPeer stranger;
     stranger.send(std::string(512, '\x01'), server.port());
     ASSERT_TRUE(stranger.receive(5000).has_value());
-    player.send({messageCode::key, id, keyIndex::shoot});
+    player.send(keyDatagram(id, keyIndex::shoot, true).substr(0, 3));
     EXPECT_TRUE(player.waitForState([](const UpdateMessage& state) {
         return !state.updates[0].shooting;
     })) << "three bytes are a release";

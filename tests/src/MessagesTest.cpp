@@ -1,17 +1,12 @@
 #include "src/Messages.h"
 
+#include "tests/support/Datagrams.h"
+
 #include <bit>
 #include <gtest/gtest.h>
 #include <string>
 
 namespace {
-
-template<typename Record>
-std::string bytesOf(const Record& record) {
-    std::string bytes(sizeof record, '?');
-    std::memcpy(bytes.data(), &record, sizeof record);
-    return bytes;
-}
 
 std::string littleEndian(std::uint32_t value) {
     std::string bytes;
@@ -88,6 +83,55 @@ TEST(GenericMessage, IsFiveHundredTwelveBytesOfDatagramThenTheSendersAddress) {
 
 TEST(GenericMessage, IsZeroButForTheAddressLengthSoThatAReceiptCarriesNoStaleMemory) {
     EXPECT_EQ(bytesOf(GenericMessage()), zeros(528) + littleEndian(16u));
+}
+
+TEST(JoinMessage, IsTheNameBehindItsType) {
+    EXPECT_EQ(bytesOf(JoinMessage()), "j" + zeros(12));
+    EXPECT_EQ(bytesOf(JoinMessage{.name = "Bartholomew"}), "jBartholomew" + zeros(1));
+}
+
+TEST(LeaveMessage, IsItsTypeAndThePlayer) {
+    EXPECT_EQ(bytesOf(LeaveMessage{.id = '2'}), "d2");
+}
+
+TEST(KeyMessage, IsTypePlayerKeyAndState) {
+    EXPECT_EQ(bytesOf(KeyMessage{.id = '2', .key = keyIndex::shoot, .down = 1}), "k2\5\1");
+    EXPECT_EQ(bytesOf(KeyMessage{.id = '2', .key = -1}), "k2\xff" + zeros(1));
+}
+
+TEST(ViewMessage, HasItsCountsAtFourAndEight) {
+    EXPECT_EQ(bytesOf(ViewMessage{.id = '2', .dx = -2, .dy = 258}),
+              "m2" + zeros(2) + littleEndian(0xfffffffe) + std::string("\2\1\0\0", 4));
+}
+
+TEST(KeepAliveMessage, IsItsTypeAndThePlayer) {
+    EXPECT_EQ(bytesOf(KeepAliveMessage{.id = '2'}), "x2");
+}
+
+TEST(AcceptanceMessage, IsItsTypeAndTheNewPlayer) {
+    EXPECT_EQ(bytesOf(AcceptanceMessage{.id = '2'}), "s2");
+}
+
+TEST(RefusalMessage, IsOneByte) {
+    EXPECT_EQ(bytesOf(RefusalMessage()), "f");
+}
+
+TEST(RecordIn, ReadsAsManyBytesOfADatagramAsTheRecordHas) {
+    GenericMessage message;
+    const std::string datagram = "m2??" + littleEndian(0xfffffffe) + littleEndian(258) + "more";
+    datagram.copy(message.data, datagram.size());
+    const auto view = recordIn<ViewMessage>(message);
+    EXPECT_EQ(view.type, messageCode::view);
+    EXPECT_EQ(view.id, '2');
+    EXPECT_EQ(view.dx, -2);
+    EXPECT_EQ(view.dy, 258);
+}
+
+TEST(RecordIn, ReadsZerosWhereTheDatagramEnds) {
+    GenericMessage message;
+    std::strcpy(message.data, "k2\5");
+    EXPECT_EQ(recordIn<KeyMessage>(message).key, keyIndex::shoot);
+    EXPECT_EQ(recordIn<KeyMessage>(message).down, 0);
 }
 
 TEST(Message, StartsWithoutAType) {

@@ -38,7 +38,8 @@ TEST(Dispatch, AnyNonZeroByteHoldsAKey) {
     Room room(emptyCourt());
     UdpPeer peer;
     const char id = room.join("Ann", peer);
-    room.dispatch({messageCode::key, id, keyIndex::shoot, static_cast<char>(0x80)}, peer);
+    const KeyMessage key{.id = id, .key = keyIndex::shoot, .down = static_cast<char>(0x80)};
+    room.dispatch(bytesOf(key), peer);
     EXPECT_TRUE(room.server.players[0].keys[keyIndex::shoot]);
 }
 
@@ -47,8 +48,20 @@ TEST(Dispatch, KeyRecordOfThreeBytesIsARelease) {
     UdpPeer peer;
     const char id = room.join("Ann", peer);
     room.server.players[0].setKey(keyIndex::left, true);
-    room.dispatch({messageCode::key, id, keyIndex::left}, peer);
+    room.dispatch(keyDatagram(id, keyIndex::left, true).substr(0, 3), peer);
     EXPECT_FALSE(room.server.players[0].keys[keyIndex::left]);
+}
+
+TEST(Dispatch, BytesBehindTheFourthOfAKeyRecordMeanNothing) {
+    Room room(emptyCourt());
+    UdpPeer peer;
+    const char id = room.join("Ann", peer);
+    const Player& player = room.server.players[0];
+    room.dispatch(keyDatagram(id, keyIndex::left, true) + std::string("\0\1\0", 3), peer);
+    EXPECT_TRUE(player.keys[keyIndex::left]) << "held, whatever follows";
+    room.dispatch(keyDatagram(id, keyIndex::left, false) + std::string(508, '\1'), peer);
+    for (const bool held : player.keys)
+        EXPECT_FALSE(held) << "released, whatever follows";
 }
 
 TEST(Dispatch, KeyIndexOutOfRangeIsIgnoredButIsASignOfLife) {

@@ -105,7 +105,8 @@ TEST(Joining, PlayerJoinItselfCountsNobody) {
     Room room(emptyCourt());
     UdpPeer peer;
     GenericMessage record;
-    record.data[0] = messageCode::join;
+    const JoinMessage join;
+    std::memcpy(record.data, &join, sizeof join);
     record.client = peer.address();
     const CapturedOutput quiet;
     for (char id = '1'; id <= '5'; ++id)

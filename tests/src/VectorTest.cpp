@@ -38,6 +38,8 @@ TEST(Vector, ComponentsLieInMemoryInTheOrderXYZW) {
 TEST(Vector, DefaultIsZeroAndOneValueFillsAllThreeComponents) {
     EXPECT_EQ(components(vec3()), (Three{0, 0, 0}));
     EXPECT_EQ(components(vec3(2.5f)), (Three{2.5f, 2.5f, 2.5f}));
+    const vec3 converted = 2.5f;
+    EXPECT_EQ(components(converted), (Three{2.5f, 2.5f, 2.5f}));
 }
 
 TEST(Vector, SumsAndDifferencesAreComponentwise) {

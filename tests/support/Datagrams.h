@@ -7,6 +7,12 @@
 
 // What a client sends, as bytes, and what it reads in return.
 
+template<typename Record>
+std::string bytesOf(const Record& record) {
+    return {reinterpret_cast<const char*>(&record), sizeof record};
+}
+
+/// As long as the name asks for, which may be more than a JoinMessage.
 inline std::string joinDatagram(const std::string& name) {
     std::string datagram(1, messageCode::join);
     datagram += name;
@@ -15,30 +21,26 @@ inline std::string joinDatagram(const std::string& name) {
 }
 
 inline std::string leaveDatagram(char id) {
-    return {messageCode::leave, id};
+    return bytesOf(LeaveMessage{.id = id});
 }
 
 inline std::string keyDatagram(char id, int key, bool down) {
-    return {messageCode::key, id, static_cast<char>(key), static_cast<char>(down)};
+    return bytesOf(KeyMessage{.id = id, .key = static_cast<signed char>(key), .down = down});
 }
 
 inline std::string viewDatagram(char id, int dx, int dy) {
-    std::string datagram = {messageCode::view, id, 0, 0};
-    datagram.append(reinterpret_cast<const char*>(&dx), sizeof dx);
-    datagram.append(reinterpret_cast<const char*>(&dy), sizeof dy);
-    return datagram;
+    return bytesOf(ViewMessage{.id = id, .dx = dx, .dy = dy});
 }
 
 /// 32 bytes, whatever the length of the text.
 inline std::string chatDatagram(char id, const std::string& text) {
-    std::string datagram = {messageCode::chat, id};
-    datagram += text;
-    datagram.resize(sizeof(TalkMessage));
-    return datagram;
+    TalkMessage talk{.id = id};
+    text.copy(talk.text, sizeof talk.text);
+    return bytesOf(talk);
 }
 
 inline std::string keepAliveDatagram(char id) {
-    return {messageCode::keepAlive, id};
+    return bytesOf(KeepAliveMessage{.id = id});
 }
 
 /// A server notice with this text, as it must arrive.

@@ -1,0 +1,7 @@
+#include "src/NetworkInfo.h"
+
+// As ServerCall.cpp, for the server's socket.
+int main() {
+    SocketInfo socket = {};
+    socket.init(0);
+}
