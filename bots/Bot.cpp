@@ -2,6 +2,8 @@
 
 #include "arena/Map.h"
 #include "bots/Cover.h"
+#include "bots/Geometry.h"
+#include "bots/Routes.h"
 #include "client/Session.h"
 #include "src/Player.h"
 
@@ -71,10 +73,6 @@ constexpr std::size_t placesLookedAhead = 4;
 constexpr double steepestAhead = 0.3 * countsPerRadian;
 constexpr double aheadTolerance = 25.0;
 constexpr double aheadHaste = 0.55;
-
-vec3 horizontal(vec3 v) {
-    return {v.x, 0.0f, v.z};
-}
 
 bool isGoing(const Steps& steps) {
     return steps.heading.x != 0.0f || steps.heading.z != 0.0f;
@@ -353,7 +351,7 @@ bool Bot::goTo(int goal) {
                                    return paid.place == place;
                                }));
     };
-    std::vector<int> route = roadmap_->route(here, goal, toll);
+    std::vector<int> route = quickestRoute(*roadmap_, here, goal, toll);
     if (route.size() < 2)
         return false;
     walker_.follow(std::move(route));
@@ -362,10 +360,6 @@ bool Bot::goTo(int goal) {
 
 bool Bot::isInJump() const {
     return walker_.isAloft() && !walker_.isDone();
-}
-
-vec3 Bot::positionOf(int place) const {
-    return roadmap_->reach.places[static_cast<std::size_t>(place)].position;
 }
 
 // View
@@ -390,7 +384,8 @@ Hand::Aim Bot::aimAhead(const Steps& next) {
     if (const Sighting* other = known(other_)) {
         ahead = viewAlong(other->position - position_);
     } else if (!route.empty()) {
-        const vec3 place = positionOf(route[std::min(route.size(), placesLookedAhead) - 1]);
+        const vec3 place =
+            roadmap_->place(route[std::min(route.size(), placesLookedAhead) - 1]).position;
         if (horizontal(place - position_).length() > arena::cubeEdge)
             ahead = viewAlong(place - position_);
     }

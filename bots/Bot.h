@@ -87,7 +87,6 @@ class Bot {
     bool goTo(int goal);
     bool isInJump() const;
     bool movesOn() const { return tick_ < movesOnUntil_; }
-    vec3 positionOf(int place) const;
 
     Hand::Aim aimAt(const Sighting& enemy) const;
     Hand::Aim aimAhead(const Steps& next);

@@ -44,7 +44,7 @@ std::vector<int> routeToCover(const Roadmap& roadmap, int from, std::span<const 
                         [&](const Stop& other) { return other.place == stop.place; }))
             continue;
         stops.push_back(stop);
-        const vec3 body = roadmap.reach.places[static_cast<std::size_t>(stop.place)].position;
+        const vec3 body = roadmap.place(stop.place).position;
         if (std::all_of(eyes.begin(), eyes.end(),
                         [&](vec3 eye) { return isHidden(roadmap.grid, eye, body); })) {
             std::vector<int> route;

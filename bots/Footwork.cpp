@@ -1,9 +1,7 @@
 #include "bots/Footwork.h"
 
-#include "arena/Map.h"
+#include "bots/Geometry.h"
 #include "src/Player.h"
-
-#include <cmath>
 
 namespace drench::bots {
 
@@ -27,25 +25,16 @@ constexpr float lookAhead[] = {40.0f, 90.0f};
 /// Bodies are tested for walls so far above their floor, which they may touch.
 constexpr float clearance = 2.0f;
 
-vec3 level(vec3 v) {
-    vec3 result(v.x, 0.0f, v.z);
-    result.normalize();
-    return result;
-}
-
 } // namespace
 
 bool isSafe(const Roadmap& roadmap, vec3 position, vec3 heading) {
     const int here = roadmap.placeBelow(position);
     if (here < 0)
         return false;
-    const auto floorOf = [&](int place) {
-        return floorHeight(roadmap.reach.places[static_cast<std::size_t>(place)]);
-    };
     for (const float distance : lookAhead) {
         const vec3 there = position + heading * distance;
         const int place = roadmap.placeBelow(there);
-        if (place < 0 || floorOf(place) < floorOf(here) - arena::cubeEdge)
+        if (place < 0 || roadmap.floorHeight(place) < roadmap.floorHeight(here) - arena::cubeEdge)
             return false;
     }
     const vec3 next = position + heading * lookAhead[0] + vec3(0.0f, clearance, 0.0f);
@@ -62,14 +51,14 @@ Steps Footwork::step(const Roadmap& roadmap, vec3 position, vec3 enemy, bool gro
         side_ = -side_;
         jumps_ = chance_.happens(jumpiness);
     }
-    const vec3 towards = level(enemy - position);
-    const float distance = std::hypot(enemy.x - position.x, enemy.z - position.z);
+    const vec3 towards = unit(horizontal(enemy - position));
+    const float distance = horizontalDistance(enemy, position);
     const float approach = distance > range_ * (1.0f + tolerance)   ? 0.7f
                            : distance < range_ * (1.0f - tolerance) ? -0.7f
                                                                     : 0.0f;
     const vec3 aside(-towards.z, 0.0f, towards.x);
-    const vec3 wishes[] = {level(aside * side_ + towards * approach), aside * side_,
-                           level(aside * -side_ + towards * approach), aside * -side_,
+    const vec3 wishes[] = {unit(aside * side_ + towards * approach), aside * side_,
+                           unit(aside * -side_ + towards * approach), aside * -side_,
                            towards * (approach < 0.0f ? -1.0f : 1.0f)};
     Steps steps;
     for (const vec3 wish : wishes) {

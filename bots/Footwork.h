@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bots/Roadmap.h"
-#include "bots/Walker.h"
+#include "bots/Steps.h"
 #include "common/Chance.h"
 
 namespace drench::bots {

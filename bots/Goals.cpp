@@ -1,7 +1,8 @@
 #include "bots/Goals.h"
 
+#include "bots/Geometry.h"
+
 #include <algorithm>
-#include <cmath>
 
 namespace drench::bots {
 
@@ -12,10 +13,6 @@ constexpr int choices = 8;
 
 /// Goals in a row that are better near where somebody was seen.
 constexpr int companyGoals = 2;
-
-float levelDistance(vec3 a, vec3 b) {
-    return std::hypot(a.x - b.x, a.z - b.z);
-}
 
 } // namespace
 
@@ -34,22 +31,21 @@ Goals::Goals(const Roadmap& roadmap, Chance chance)
 }
 
 double Goals::appeal(const Roadmap& roadmap, int place) const {
-    const auto positionOf = [&](int index) {
-        return roadmap.reach.places[static_cast<std::size_t>(index)].position;
-    };
-    const vec3 position = positionOf(place);
+    const vec3 position = roadmap.place(place).position;
     const float halfSide = std::max(roadmap.map->width, roadmap.map->length) / 2.0f;
     const vec3 middle(roadmap.map->width / 2.0f, 0.0f, roadmap.map->length / 2.0f);
     const double height = (position.y - lowest_) / std::max(highest_ - lowest_, 1.0f);
-    const double nearMiddle = 1.0f - levelDistance(position, middle) / halfSide;
+    const double nearMiddle = 1.0f - horizontalDistance(position, middle) / halfSide;
     double change = 1.0;
     for (const int other : before_) {
         if (other >= 0)
             change = std::min(
-                change, static_cast<double>(levelDistance(position, positionOf(other)) / halfSide));
+                change,
+                static_cast<double>(horizontalDistance(position, roadmap.place(other).position) /
+                                    halfSide));
     }
     const double company =
-        companyCounts_ > 0 ? 1.0f - levelDistance(position, company_) / halfSide : 0.0f;
+        companyCounts_ > 0 ? 1.0f - horizontalDistance(position, company_) / halfSide : 0.0f;
     return forHeight_ * height + forMiddle_ * nearMiddle + forChange_ * change +
            forCompany_ * company;
 }

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "arena/Arrivals.h"
 #include "arena/Rays.h"
 #include "arena/Reach.h"
+#include "bots/Geometry.h"
 #include "src/MapManager.h"
 
-#include <functional>
 #include <vector>
 
 namespace drench::bots {
@@ -28,8 +27,11 @@ struct Road {
     int ticks;
 };
 
-/// An arena as bots know it: where one can stand, and the ways between that a Walker was seen to
-/// manage. Shared by all bots of a process, and never changed once made.
+/// All that bots know of an arena before they have seen anything of a match: its cubes, where one
+/// can stand, and the ways between that a Walker was seen to manage. A person knows as much who has
+/// walked through it alone. Nothing in it tells where anybody is, was, or will return.
+///
+/// Shared by all bots of a process, and never changed once chart() has made it.
 struct Roadmap {
     MapManager* map = nullptr;
 
@@ -43,6 +45,17 @@ struct Roadmap {
 
     /// For each cell of the map, in the order of its text, the place whose feet are in it, or -1.
     std::vector<int> placeOfCell;
+
+    /// Fills `placeOfCell` from the places of `reach`.
+    void indexPlaces();
+
+    /// The place with this index, which must be one.
+    const arena::StandingPlace& place(int index) const {
+        return reach.places[static_cast<std::size_t>(index)];
+    }
+
+    /// Height of the floor that a place stands on, world units.
+    float floorHeight(int index) const { return floorOfRow(place(index).feet.row); }
 
     /// The place whose feet are in the cell, -1 when there is none.
     int placeIn(const arena::CellIndex& cell) const;
@@ -61,36 +74,9 @@ struct Roadmap {
 
     /// The road that leads from one place straight to another, null when there is none.
     const Road* road(int from, int to) const;
-
-    /// Places in the order of walking, the first is `from`, the last `to`; empty when there is no
-    /// way. The quickest by Road::ticks plus what `toll` adds for a place (Dijkstra). Tolls below 0
-    /// count as 0.
-    std::vector<int> route(int from, int to,
-                           const std::function<double(int place)>& toll = {}) const;
 };
-
-/// The height above the feet's floor at which the centres of standing bodies are taken to be.
-constexpr float standingHeight = 75.25f;
 
 /// How far above a floor the feet of one who stands on it may be.
 constexpr float restingTolerance = 0.6f;
-
-/// Height of the floor that a place stands on, world units.
-inline float floorHeight(const arena::StandingPlace& place) {
-    return arena::cubeEdge * static_cast<float>(place.feet.row);
-}
-
-/// Called now and then with what is being done and how many places that has come to.
-using Progress = std::function<void(const char* stage, std::size_t places)>;
-
-/// Explores the map, which must outlive the result, from its spawns, and tries every move between
-/// standing places with the Walker that bots use. Leaves out places that no road leads to from a
-/// landing, and those from which none leads to one. Throws InputError for a map without
-/// cells.
-Roadmap chart(MapManager& map, const Progress& progress = {});
-
-/// The same for these arrivals, whose landings follow in their order.
-Roadmap chart(MapManager& map, const std::vector<arena::Arrival>& arrivals,
-              const Progress& progress = {});
 
 } // namespace drench::bots

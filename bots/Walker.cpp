@@ -1,7 +1,6 @@
 #include "bots/Walker.h"
 
-#include "bots/View.h"
-#include "src/Messages.h"
+#include "bots/Geometry.h"
 #include "src/Player.h"
 
 #include <algorithm>
@@ -65,20 +64,6 @@ constexpr float walkSpeed = 6.0f;
 constexpr float aslantSpeed = 8.49f;
 constexpr float gravityPerTick = 0.5f;
 
-constexpr float eighthTurn = 0.78539816f;
-
-/// Counts that legs alone turn in a tick, at most.
-constexpr long legsTurn = 40;
-
-vec3 horizontal(vec3 v) {
-    return {v.x, 0.0f, v.z};
-}
-
-vec3 unit(vec3 v) {
-    v.normalize();
-    return v;
-}
-
 bool isInJumpReach(vec3 way) {
     return std::fabs(way.x) <= jumpReach && std::fabs(way.z) <= jumpReach;
 }
@@ -89,20 +74,10 @@ float marginAt(vec3 offset) {
     return horizontal(offset).length() > middleRadius ? leastMargin : 0.0f;
 }
 
-const arena::StandingPlace& placeOf(const Roadmap& roadmap, int place) {
-    return roadmap.reach.places[static_cast<std::size_t>(place)];
-}
-
 bool isLevelWalk(const Roadmap& roadmap, int from, int to) {
     const Road* road = roadmap.road(from, to);
     return road && road->gait == Gait::walk &&
-           placeOf(roadmap, from).feet.row == placeOf(roadmap, to).feet.row;
-}
-
-/// Radians to the left from a view direction to a heading.
-float angleBetween(vec3 direction, vec3 heading) {
-    return std::atan2(heading.x * direction.z - heading.z * direction.x,
-                      heading.x * direction.x + heading.z * direction.z);
+           roadmap.place(from).feet.row == roadmap.place(to).feet.row;
 }
 
 Steps stepTo(vec3 position, vec3 target) {
@@ -157,12 +132,12 @@ Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
         return {};
     const int here = roadmap.placeBelow(position);
     const float feet = position.y - 0.5f * Player::bodySize.y;
-    aloft_ = here < 0 || feet - floorHeight(placeOf(roadmap, here)) > restingTolerance;
+    aloft_ = here < 0 || feet - roadmap.floorHeight(here) > restingTolerance;
     if (sinceJump_ >= 0 && before_ && position.y > before_->y + 1.0f)
         tookOff_ = true;
     const vec3 ahead = foreseen(position, lag);
     if (!aloft_) {
-        const int row = placeOf(roadmap, here).feet.row;
+        const int row = roadmap.place(here).feet.row;
         const bool staysLevel = roadmap.isOpen(position, ahead, row, 0.0f);
         const vec3 soon = ahead_.size() > 1 && staysLevel ? ahead : position;
         settle(roadmap, soon, roadmap.placeBelow(soon));
@@ -173,11 +148,11 @@ Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
     if (landsForJump(roadmap, position, ahead, here)) {
         advance();
         sinceJump_ = 0;
-        Steps steps = stepTo(ahead, placeOf(roadmap, ahead_.front()).position);
+        Steps steps = stepTo(ahead, roadmap.place(ahead_.front()).position);
         steps.jump = true;
         return steps;
     }
-    const vec3 target = placeOf(roadmap, ahead_.front()).position;
+    const vec3 target = roadmap.place(ahead_.front()).position;
     strayed_ = !getsNearer(position, target);
     if (strayed_)
         return {};
@@ -205,15 +180,15 @@ void Walker::settle(const Roadmap& roadmap, vec3 position, int here) {
         sinceJump_ = -1;
         sinceNearer_ = -1;
     }
-    const int row = placeOf(roadmap, here).feet.row;
+    const int row = roadmap.place(here).feet.row;
     if (std::find(ahead_.begin(), ahead_.end(), here) != ahead_.end()) {
         while (ahead_.front() != here)
             advance();
-        if (horizontal(placeOf(roadmap, here).position - position).length() <= arrivalRadius)
+        if (horizontal(roadmap.place(here).position - position).length() <= arrivalRadius)
             advance();
     } else {
-        const bool fell = row < placeOf(roadmap, from_).feet.row &&
-                          row < placeOf(roadmap, ahead_.front()).feet.row;
+        const bool fell =
+            row < roadmap.place(from_).feet.row && row < roadmap.place(ahead_.front()).feet.row;
         strayed_ = fell || (jumped && ++misses_ >= mostMisses);
     }
     if (!isDone())
@@ -224,7 +199,7 @@ void Walker::settle(const Roadmap& roadmap, vec3 position, int here) {
 /// walked to straight.
 void Walker::cutCorners(const Roadmap& roadmap, vec3 position, int row) {
     const auto isOpen = [&](int place, float margin) {
-        const arena::StandingPlace& target = placeOf(roadmap, place);
+        const arena::StandingPlace& target = roadmap.place(place);
         return target.feet.row == row && roadmap.isOpen(position, target.position, row, margin);
     };
     while (ahead_.size() >= 2 && isLevelWalk(roadmap, ahead_[0], ahead_[1]) &&
@@ -234,7 +209,7 @@ void Walker::cutCorners(const Roadmap& roadmap, vec3 position, int row) {
         return;
     const Road* road = roadmap.road(from_, ahead_.front());
     straight_ = (!road || road->gait == Gait::walk) &&
-                isOpen(ahead_.front(), marginAt(position - placeOf(roadmap, from_).position));
+                isOpen(ahead_.front(), marginAt(position - roadmap.place(from_).position));
     if (straight_) {
         lineStart_ = position;
         lookAhead_ =
@@ -251,7 +226,7 @@ bool Walker::landsForJump(const Roadmap& roadmap, vec3 position, vec3 ahead, int
         position.y >= before_->y)
         return false;
     const Road* following = roadmap.road(ahead_[0], ahead_[1]);
-    const vec3 middle = placeOf(roadmap, here).position;
+    const vec3 middle = roadmap.place(here).position;
     return following && following->gait == Gait::jump && isInJumpReach(ahead - middle) &&
            position.y - middle.y < landingHeight;
 }
@@ -291,8 +266,8 @@ Steps Walker::stepOnLine(vec3 position, vec3 ahead, vec3 target, int lag) {
 }
 
 Steps Walker::stepOnRoad(const Roadmap& roadmap, vec3 ahead) {
-    const arena::StandingPlace& start = placeOf(roadmap, from_);
-    const arena::StandingPlace& end = placeOf(roadmap, ahead_.front());
+    const arena::StandingPlace& start = roadmap.place(from_);
+    const arena::StandingPlace& end = roadmap.place(ahead_.front());
     const Road* road = roadmap.road(from_, ahead_.front());
     if (!road) {
         strayed_ = true;
@@ -327,33 +302,6 @@ Steps Walker::stepOnRoad(const Roadmap& roadmap, vec3 ahead) {
     if (steps.jump)
         sinceJump_ = 0;
     return steps;
-}
-
-void pressForHeading(Controls& controls, vec3 heading, vec3 direction) {
-    for (const int key : {keyIndex::forward, keyIndex::backward, keyIndex::left, keyIndex::right})
-        controls.held[key] = false;
-    if (heading.x == 0.0f && heading.z == 0.0f)
-        return;
-    const long eighths = std::lround(angleBetween(direction, heading) / eighthTurn);
-    controls.held[keyIndex::forward] = std::abs(eighths) <= 1;
-    controls.held[keyIndex::backward] = std::abs(eighths) >= 3;
-    controls.held[keyIndex::left] = eighths >= 1 && eighths <= 3;
-    controls.held[keyIndex::right] = eighths <= -1 && eighths >= -3;
-}
-
-Controls legsOnly(const Steps& steps, vec3 direction) {
-    Controls controls;
-    if (steps.heading.x == 0.0f && steps.heading.z == 0.0f)
-        return controls;
-    const auto counts = [](float radians) {
-        return static_cast<int>(std::clamp(
-            std::lround(radians * static_cast<float>(countsPerRadian)), -legsTurn, legsTurn));
-    };
-    controls.dx = counts(-angleBetween(direction, steps.heading));
-    controls.dy = counts(std::asin(std::clamp(direction.y, -1.0f, 1.0f)));
-    pressForHeading(controls, steps.heading, direction);
-    controls.jump = steps.jump;
-    return controls;
 }
 
 } // namespace drench::bots

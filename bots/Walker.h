@@ -1,7 +1,7 @@
 #pragma once
 
-#include "bots/Controls.h"
 #include "bots/Roadmap.h"
+#include "bots/Steps.h"
 #include "src/Vector.h"
 
 #include <array>
@@ -9,14 +9,6 @@
 #include <vector>
 
 namespace drench::bots {
-
-/// Which way to go and whether to jump: what a Walker wants of its legs. The nearest of the eight
-/// directions that keys give will do, whatever the view, unless that is steeper than 40 degrees.
-struct Steps {
-    /// Horizontal unit vector, or zero to stand still.
-    vec3 heading;
-    bool jump = false;
-};
 
 /// Two neighbours on a route.
 struct Stretch {
@@ -100,13 +92,5 @@ class Walker {
     float nearest_ = 0.0f;
     int sinceNearer_ = -1;
 };
-
-/// The keys that move along a heading under a view direction, the nearest of the eight; no keys for
-/// a zero heading. `direction` is the view as it will be when the keys act.
-void pressForHeading(Controls& controls, vec3 heading, vec3 direction);
-
-/// Takes steps and does nothing else: turns the view to the heading and levels it, and goes by
-/// whichever keys suit the view until it is there. `direction` as for pressForHeading.
-Controls legsOnly(const Steps& steps, vec3 direction);
 
 } // namespace drench::bots

@@ -2,7 +2,7 @@
 #include "arena/picture/Png.h"
 #include "bots/Play.h"
 #include "bots/Report.h"
-#include "bots/Roadmap.h"
+#include "bots/Chart.h"
 #include "bots/Script.h"
 #include "bots/ScriptedPlayer.h"
 #include "bots/Tracks.h"

@@ -14,6 +14,8 @@ namespace {
 /// Everything held is told again after so many ticks, as a respawn releases all keys.
 constexpr int tellAgain = 30;
 
+constexpr int fourSeconds = 250;
+
 constexpr float staySquare = 128.0f;
 
 /// Whether positions lie within the square that counts as one place.
@@ -41,6 +43,7 @@ BotMatch::BotMatch(const Setup& setup) : room_(setup.arena) {
                   0,
                   {},
                   false,
+                  0,
                   false,
                   {}};
         seat.id = room_.join("Bot " + std::to_string(seats_.size() + 1), *seat.peer);
@@ -84,6 +87,11 @@ void BotMatch::note(Seat& seat, Score& score, const PlayerUpdate& now) {
     const bool died = seat.wasAlive && !alive;
     const int soaks = now.points - seat.last.points + (died ? 1 : 0);
     score.deaths += died;
+    if (died) {
+        ++score.lives;
+        score.shortLives += seat.lived <= fourSeconds;
+    }
+    seat.lived = alive ? seat.lived + 1 : 0;
     score.soaks += soaks;
     if (soaks > 0 && !seat.burstSoaked) {
         ++score.burstsThatSoaked;
@@ -146,4 +154,13 @@ int BotMatch::longestStay() const {
     for (const Score& score : scores_)
         longest = std::max(longest, score.longestStay);
     return longest;
+}
+
+std::vector<vec3> BotMatch::positions() const {
+    std::vector<vec3> all;
+    for (const Seat& seat : seats_) {
+        if (seat.wasAlive)
+            all.push_back(seat.last.position);
+    }
+    return all;
 }

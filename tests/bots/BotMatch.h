@@ -47,10 +47,20 @@ class BotMatch {
         /// Ticks of the longest time alive within a square of 128 world units. Nobody stayed within
         /// 64 of any point for longer.
         int longestStay = 0;
+
+        /// Lives that ended, and how many of them within four seconds of the return.
+        int lives = 0;
+        int shortLives = 0;
     };
     const std::vector<Score>& scores() const { return scores_; }
     int soaks() const;
     int longestStay() const;
+
+    /// Where the bots are who live.
+    std::vector<vec3> positions() const;
+
+    /// The room, where others may join and be put where they are wanted.
+    Room& room() { return room_; }
 
     /// A number for all that the bots decided so far.
     std::uint64_t decisions() const { return decisions_; }
@@ -70,6 +80,7 @@ class BotMatch {
 
         PlayerUpdate last;
         bool wasAlive = false;
+        int lived = 0;
         bool burstSoaked = false;
         std::deque<vec3> stay;
     };

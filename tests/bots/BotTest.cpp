@@ -1,5 +1,6 @@
 #include "bots/Bot.h"
 
+#include "bots/Chart.h"
 #include "src/FileLoader.h"
 #include "src/Player.h"
 #include "tests/bots/BotMatch.h"

@@ -1,6 +1,7 @@
 #include "bots/Cover.h"
 
 #include "arena/Sight.h"
+#include "bots/Routes.h"
 #include "bots/Sightline.h"
 #include "src/Player.h"
 #include "tests/bots/LevelRoadmap.h"
@@ -56,7 +57,8 @@ TEST(Cover, IsTheNearestThereIs) {
                     return bots::sightline(roadmap.grid, enemy, body + part) ==
                            bots::Sightline::hidden;
                 }))
-                shortest = std::min(shortest, roadmap.route(here, static_cast<int>(place)).size());
+                shortest = std::min(shortest,
+                                    quickestRoute(roadmap, here, static_cast<int>(place)).size());
         }
         EXPECT_EQ(bots::routeToCover(roadmap, here, enemies).size(), shortest);
     }

@@ -16,17 +16,9 @@ inline bots::Roadmap levelRoadmap(MapManager& map) {
     bots::Roadmap roadmap;
     roadmap.map = &map;
     roadmap.grid = arena::gridOf(map);
-    roadmap.placeOfCell.assign(static_cast<std::size_t>(map.columns * map.rows * map.depth), -1);
-    for (const arena::CellIndex& cell : arena::walkableCells(map)) {
-        const auto middle = [](int index) { return 64.0f * static_cast<float>(index) + 32.0f; };
-        const vec3 position(middle(cell.column),
-                            64.0f * static_cast<float>(cell.row) + bots::standingHeight,
-                            middle(cell.depth));
-        roadmap.placeOfCell[static_cast<std::size_t>(
-            (cell.column * map.rows + cell.row) * map.depth + cell.depth)] =
-            static_cast<int>(roadmap.reach.places.size());
-        roadmap.reach.places.push_back({cell, position, {}});
-    }
+    for (const arena::CellIndex& cell : arena::walkableCells(map))
+        roadmap.reach.places.push_back({cell, bots::bodyIn(cell), {}});
+    roadmap.indexPlaces();
     roadmap.roads.resize(roadmap.reach.places.size());
     for (std::size_t from = 0; from < roadmap.roads.size(); ++from) {
         arena::StandingPlace& place = roadmap.reach.places[from];
@@ -46,6 +38,5 @@ inline bots::Roadmap levelRoadmap(MapManager& map) {
 
 /// The middle of a body that stands in the middle of a cell of the lowest floor.
 inline vec3 standingIn(int column, int depth) {
-    return {64.0f * static_cast<float>(column) + 32.0f, 64.0f + bots::standingHeight,
-            64.0f * static_cast<float>(depth) + 32.0f};
+    return bots::bodyIn({column, 1, depth});
 }

@@ -1,4 +1,6 @@
 #include "bots/Play.h"
+
+#include "bots/Chart.h"
 #include "tests/support/CapturedOutput.h"
 #include "tests/support/Courts.h"
 #include "tests/support/ManualClock.h"

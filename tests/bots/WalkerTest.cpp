@@ -1,5 +1,9 @@
 #include "bots/Walker.h"
+
 #include "arena/PlaceGraph.h"
+#include "bots/Chart.h"
+#include "bots/Legs.h"
+#include "bots/Routes.h"
 #include "src/FileLoader.h"
 #include "tests/bots/LevelRoadmap.h"
 #include "tests/support/Courts.h"
@@ -113,7 +117,7 @@ Journey journey(const Roadmap& roadmap, const std::vector<int>& route, const Man
 }
 
 std::vector<int> routeBetween(const Roadmap& roadmap, const CellIndex& from, const CellIndex& to) {
-    return roadmap.route(roadmap.placeIn(from), roadmap.placeIn(to));
+    return quickestRoute(roadmap, roadmap.placeIn(from), roadmap.placeIn(to));
 }
 
 /// Expects that players get from one cell to another in every manner, and stop there.
@@ -486,7 +490,7 @@ TEST(WalkerInTheDefaultArena, ArrivesFromAnywhereAnywhere) {
     std::mt19937 random(17);
     const auto anyPlace = [&] { return static_cast<int>(random() % static_cast<unsigned>(count)); };
     for (int i = 0; i < 100; ++i) {
-        const std::vector<int> route = roadmap.route(anyPlace(), anyPlace());
+        const std::vector<int> route = quickestRoute(roadmap, anyPlace(), anyPlace());
         const Manner& manner = manners[static_cast<std::size_t>(i) % std::size(manners)];
         const Journey made = journey(roadmap, route, manner);
         EXPECT_TRUE(made.arrived) << "route " << i << " ends at " << made.end;
