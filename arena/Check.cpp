@@ -3,6 +3,7 @@
 #include "arena/Map.h"
 #include "arena/Materials.h"
 #include "arena/PlaceGraph.h"
+#include "common/Counting.h"
 #include "src/Collisions.h"
 
 #include <algorithm>
@@ -37,11 +38,6 @@ CellIndex feetOf(const Checker& checker, const Reach& reach, int place) {
     CellIndex feet = reach.places[static_cast<std::size_t>(place)].feet;
     feet.row = std::min(feet.row, checker.map.rows - 1);
     return feet;
-}
-
-/// "1 place", "4 places".
-std::string counted(std::size_t count, const std::string& one) {
-    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
 }
 
 std::string spawnName(int pose) {
