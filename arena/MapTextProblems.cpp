@@ -20,9 +20,8 @@ constexpr const char* headerRule = "a map text begins with \"<columns> <rows> <d
 
 /// "2 x 1 x 2 cells take 8 numbers after the header"
 std::string cellsTake(const Dimensions& size) {
-    return std::to_string(size[0]) + " x " + std::to_string(size[1]) + " x " +
-           std::to_string(size[2]) + " cells take " + std::to_string(cellNumbers(size)) +
-           " numbers after the header";
+    return sizeWords(size[0], size[1], size[2]) + " cells take " +
+           std::to_string(cellNumbers(size)) + " numbers after the header";
 }
 
 /// Problems of one kind: the first three, then how many more.
