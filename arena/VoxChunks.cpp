@@ -1,11 +1,9 @@
 #include "arena/VoxChunks.h"
 
 #include "arena/Map.h"
-#include "arena/VoxFile.h"
 #include "common/Files.h"
 
 #include <algorithm>
-#include <string_view>
 
 namespace drench::arena {
 
@@ -69,7 +67,7 @@ void requireContent(const Chunk& chunk, std::size_t allowed) {
 }
 
 Chunk mainChunk(const std::string& bytes) {
-    if (!isVox(bytes))
+    if (!bytes.starts_with(voxMagic))
         failAtByte(0, "no \"VOX \" at the start, so this is no voxel file");
     if (bytes.size() < 8)
         failAtByte(4, "the end where the version is allowed");

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 // Where things stand in a voxel file, which is a tree of chunks. Errors are InputErrors that begin
 // with the byte, counted from 0, that is wrong.
@@ -13,6 +14,9 @@ namespace drench::arena {
 constexpr int longestVoxSide = 256;
 
 constexpr std::size_t voxelBytes = 4;
+
+/// How every voxel file begins.
+inline constexpr std::string_view voxMagic = "VOX ";
 
 /// Where things stand in a file of one model. No offset is 0 but that of a missing palette.
 struct VoxLayout {

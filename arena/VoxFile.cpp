@@ -145,7 +145,7 @@ std::string chunkBytes(const char* id, const std::string& content,
 } // namespace
 
 bool isVox(const std::string& bytes) {
-    return bytes.starts_with("VOX ");
+    return bytes.starts_with(voxMagic);
 }
 
 VoxImport readVox(const std::string& bytes) {
@@ -203,7 +203,7 @@ std::string writeVox(const MapManager& map) {
     const std::string chunks = chunkBytes("SIZE", size) +
                                chunkBytes("XYZI", int32Bytes(voxels.size() / voxelBytes) + voxels) +
                                chunkBytes("RGBA", paletteOfCellValues());
-    return "VOX " + int32Bytes(150) + chunkBytes("MAIN", "", chunks);
+    return std::string(voxMagic) + int32Bytes(150) + chunkBytes("MAIN", "", chunks);
 }
 
 } // namespace drench::arena
