@@ -1,8 +1,11 @@
 #include "arena/Check.h"
 
+#include "arena/CellOrder.h"
 #include "arena/Map.h"
 #include "arena/Materials.h"
 #include "arena/PlaceGraph.h"
+#include "arena/SpawnWays.h"
+#include "common/Counting.h"
 #include "src/Collisions.h"
 
 #include <algorithm>
@@ -25,8 +28,8 @@ struct Checker {
     CheckResult result;
 };
 
-void addFinding(Checker& checker, Severity severity, const std::string& subject,
-                const std::string& words, std::optional<CellIndex> cell = {}) {
+void addFinding(Checker& checker, Severity severity, Subject subject, const std::string& words,
+                std::optional<CellIndex> cell = {}) {
     const std::optional<TextPlace> place =
         cell && checker.placeOf ? std::optional(checker.placeOf(*cell)) : std::nullopt;
     checker.result.findings.push_back({severity, subject, words, cell, place});
@@ -39,24 +42,8 @@ CellIndex feetOf(const Checker& checker, const Reach& reach, int place) {
     return feet;
 }
 
-/// "1 place", "4 places".
-std::string counted(std::size_t count, const std::string& one) {
-    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
-}
-
 std::string spawnName(int pose) {
-    return "spawn " + std::to_string(pose + 1);
-}
-
-/// "spawn 1", "spawns 1 and 2", "spawns 1, 2 and 3".
-std::string spawnNames(const std::vector<int>& poses) {
-    std::string names = poses.size() == 1 ? "spawn " : "spawns ";
-    for (std::size_t i = 0; i < poses.size(); ++i) {
-        if (i > 0)
-            names += i + 1 == poses.size() ? " and " : ", ";
-        names += std::to_string(poses[i] + 1);
-    }
-    return names;
+    return spawnNames({pose});
 }
 
 /// The solid cell that the body touches first, in the order of the map text.
@@ -78,7 +65,7 @@ int cubeNumber(float coordinate) {
 }
 
 /// Findings of one kind: the first ones at their cells, then how many more there are.
-void addFindings(Checker& checker, Severity severity, const std::string& subject,
+void addFindings(Checker& checker, Severity severity, Subject subject,
                  const std::vector<std::pair<std::string, CellIndex>>& findings) {
     const std::size_t told = std::min(findings.size(), toldOneByOne);
     for (std::size_t i = 0; i < told; ++i)
@@ -93,7 +80,7 @@ void checkSpawns(Checker& checker) {
     for (const Arrival& arrival : checker.result.arrivals) {
         const std::string name = spawnName(arrival.pose);
         if (!arrival.insideWorld)
-            addFinding(checker, Severity::error, "spawns",
+            addFinding(checker, Severity::error, Subject::spawns,
                        name + " lies outside the arena: its body reaches to column " +
                            std::to_string(cubeNumber(arrival.spawned.box.max.x)) + " and depth " +
                            std::to_string(cubeNumber(arrival.spawned.box.max.z)),
@@ -101,12 +88,12 @@ void checkSpawns(Checker& checker) {
         else if (!arrival.clear) {
             const CellIndex touched = *cellTouchedBy(map, arrival.spawned.box);
             addFinding(
-                checker, Severity::error, "spawns",
+                checker, Severity::error, Subject::spawns,
                 name + " is not clear: its body touches " +
                     materialName(cell(map, touched.column, touched.row, touched.depth).cellValue),
                 touched);
         } else if (!arrival.lands)
-            addFinding(checker, Severity::error, "spawns",
+            addFinding(checker, Severity::error, Subject::spawns,
                        name + (hasLeftTheWorld(arrival.landed)
                                    ? " has nothing to land on: players fall out of the world"
                                    : " never comes to stand: its body hangs on a cube"),
@@ -118,25 +105,13 @@ void checkDepartures(Checker& checker, const Reach& reach, const std::string& wo
     std::vector<std::pair<std::string, CellIndex>> findings;
     for (const CellIndex& cell : reach.departures)
         findings.emplace_back(words, cell);
-    addFindings(checker, Severity::error, "reach", findings);
+    addFindings(checker, Severity::error, Subject::reach, findings);
 }
 
 void checkSpawnsReachEachOther(Checker& checker, const Reach& reach) {
-    for (std::size_t from = 0; from < reach.landings.size(); ++from) {
-        if (reach.landings[from] < 0)
-            continue;
-        const std::vector<bool> reached = reachableFrom(reach, reach.landings[from]);
-        std::vector<int> missed;
-        for (std::size_t to = 0; to < reach.landings.size(); ++to) {
-            if (reach.landings[to] >= 0 && !reached[static_cast<std::size_t>(reach.landings[to])])
-                missed.push_back(static_cast<int>(to));
-        }
-        if (!missed.empty())
-            addFinding(checker, Severity::error, "reach",
-                       "no way from " + spawnName(static_cast<int>(from)) + " to " +
-                           spawnNames(missed),
-                       feetOf(checker, reach, reach.landings[from]));
-    }
+    for (const MissingWay& missing : missingWays(reach))
+        addFinding(checker, Severity::error, Subject::reach, missing.words,
+                   feetOf(checker, reach, reach.landings[static_cast<std::size_t>(missing.pose)]));
 }
 
 void checkPits(Checker& checker, const Reach& reach) {
@@ -145,7 +120,7 @@ void checkPits(Checker& checker, const Reach& reach) {
         findings.emplace_back("a pit of " + counted(pit.size(), "standing place") +
                                   ": who gets in never gets out to a spawn again",
                               feetOf(checker, reach, pit.front()));
-    addFindings(checker, Severity::error, "reach", findings);
+    addFindings(checker, Severity::error, Subject::reach, findings);
 }
 
 void checkDeadEnds(Checker& checker, const Reach& reach) {
@@ -155,7 +130,7 @@ void checkDeadEnds(Checker& checker, const Reach& reach) {
             findings.emplace_back("a dead end, " + std::to_string(deadEnd.depth) + " cubes long",
                                   feetOf(checker, reach, deadEnd.end));
     }
-    addFindings(checker, Severity::warning, "reach", findings);
+    addFindings(checker, Severity::warning, Subject::reach, findings);
 }
 
 void countWalkable(CheckResult& result, const MapManager& map, const Reach& reach) {
@@ -168,6 +143,7 @@ void countWalkable(CheckResult& result, const MapManager& map, const Reach& reac
         result.walkable.begin(), result.walkable.end(), [&](const CellIndex& walkable) {
             return std::binary_search(reached.begin(), reached.end(), walkable);
         }));
+    result.unreached = largestUnreachedArea(result.walkable, reached);
 }
 
 void checkSight(Checker& checker, const Reach& reach, const Sight& sight) {
@@ -184,9 +160,9 @@ void checkSight(Checker& checker, const Reach& reach, const Sight& sight) {
                 (mutual ? ", and is seen" : ""),
             feetOf(checker, reach, reach.landings[static_cast<std::size_t>(from)]));
     }
-    addFindings(checker, Severity::warning, "sight", findings);
+    addFindings(checker, Severity::warning, Subject::sight, findings);
     if (!sight.sniperPlaces.empty())
-        addFinding(checker, Severity::warning, "sight",
+        addFinding(checker, Severity::warning, Subject::sight,
                    "from " + counted(sight.sniperPlaces.size(), "standing place") +
                        " two spawns can be soaked in one view and no third one shoots back, "
                        "from here for one",
@@ -229,7 +205,7 @@ CheckResult check(MapManager& map, const PlaceOfCell& placeOf, const CheckProgre
     if (reach.departures.empty())
         checkDepartures(
             checker, explore(map, result.arrivals, Pace::flicked, report("reach at double pace")),
-            "players who flick their view in a jump can leave the world here");
+            "players can leave the world here, at least by flicking their view in a jump");
     checkSpawnsReachEachOther(checker, reach);
     checkPits(checker, reach);
     checkDeadEnds(checker, reach);
@@ -242,16 +218,26 @@ CheckResult check(MapManager& map, const PlaceOfCell& placeOf, const CheckProgre
 
 CheckResult check(MapText& text, const CheckProgress& progress) {
     CheckResult result;
-    if (givesEveryCell(text))
-        result = check(
-            text.map, [&](const CellIndex& cell) { return text.placeOf(cell); }, progress);
     std::vector<Finding> ofText;
     for (const TextProblem& problem : text.problems)
-        ofText.push_back({problem.harmless ? Severity::warning : Severity::error,
-                          "text",
-                          problem.words,
-                          {},
-                          problem.place});
+        ofText.push_back({.severity = problem.harmless ? Severity::warning : Severity::error,
+                          .subject = Subject::text,
+                          .words = problem.words,
+                          .cell = {},
+                          .place = problem.place});
+    if (givesEveryCell(text)) {
+        const std::optional<std::string> order = orderOfAnArena(text.map);
+        if (order)
+            ofText.push_back({.severity = Severity::error,
+                              .subject = Subject::text,
+                              .words = "reads as an arena when " + *order +
+                                       "; a map text gives columns, rows, depth",
+                              .cell = {},
+                              .place = text.numbers.front()});
+        if (!order || isEnclosed(text.map))
+            result = check(
+                text.map, [&](const CellIndex& cell) { return text.placeOf(cell); }, progress);
+    }
     result.findings.insert(result.findings.begin(), ofText.begin(), ofText.end());
     return result;
 }

@@ -3,6 +3,7 @@
 #include "arena/MapText.h"
 #include "arena/Reach.h"
 #include "arena/Sight.h"
+#include "arena/UnreachedArea.h"
 
 #include <functional>
 #include <optional>
@@ -19,12 +20,28 @@ enum class Severity {
     warning
 };
 
+/// What a finding is about.
+enum class Subject {
+    /// No arena can be read from the file.
+    file,
+
+    /// The numbers of a map text, and their order.
+    text,
+
+    /// Where players appear and land.
+    spawns,
+
+    /// Where players get to.
+    reach,
+
+    /// Whom players see, and who is covered.
+    sight
+};
+
 /// One thing that the maker should know.
 struct Finding {
     Severity severity;
-
-    /// "text", "spawns", "reach" or "sight".
-    std::string subject;
+    Subject subject;
     std::string words;
 
     /// Where it is: the cell, and the place of its `solid` in the file; absent when it is nowhere
@@ -40,9 +57,10 @@ struct CheckResult {
     std::vector<Arrival> arrivals;
     std::optional<Reach> reach;
 
-    /// Cells with room to stand, and how many of them players get to.
+    /// Cells with room to stand, how many of them players get to, and the largest area of others.
     std::vector<CellIndex> walkable;
     std::size_t walkableReached = 0;
+    std::optional<Area> unreached;
     std::optional<Sight> sight;
 
     /// Whether a room can be played here: no finding is an error.
@@ -59,7 +77,8 @@ using PlaceOfCell = std::function<TextPlace(const CellIndex&)>;
 /// pointer to `map`. Without `placeOf` findings have no place.
 CheckResult check(MapManager& map, const PlaceOfCell& placeOf, const CheckProgress& progress = {});
 
-/// Checks a map text: first its numbers, and the arena only when they give every cell.
+/// Checks a map text: first its numbers, and the arena only when they give every cell. Where the
+/// arena is not enclosed, but would be in another order of its numbers, that is the only finding.
 CheckResult check(MapText& text, const CheckProgress& progress = {});
 
 } // namespace drench::arena

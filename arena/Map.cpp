@@ -13,6 +13,10 @@ bool isArenaSize(long columns, long rows, long depth) {
            depth <= mostCells / (columns * rows);
 }
 
+std::string sizeWords(long columns, long rows, long depth) {
+    return std::to_string(columns) + " x " + std::to_string(rows) + " x " + std::to_string(depth);
+}
+
 MapManager emptyMap(int columns, int rows, int depth) {
     MapManager map;
     map.init(std::to_string(columns) + " " + std::to_string(rows) + " " + std::to_string(depth));

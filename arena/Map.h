@@ -3,6 +3,7 @@
 #include "src/MapManager.h"
 
 #include <compare>
+#include <string>
 
 namespace drench::arena {
 
@@ -23,6 +24,9 @@ constexpr long mostCells = 256L * 32 * 256;
 
 /// Whether a map of these dimensions has cells, and at most mostCells of them.
 bool isArenaSize(long columns, long rows, long depth);
+
+/// "32 x 16 x 32"
+std::string sizeWords(long columns, long rows, long depth);
 
 /// A map of empty cells. The dimensions must be an arena's size.
 MapManager emptyMap(int columns, int rows, int depth);

@@ -1,33 +1,12 @@
 #pragma once
 
 #include "arena/Map.h"
+#include "arena/TextPlace.h"
 
-#include <compare>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace drench::arena {
-
-/// A place in a text file, counted from 1; columns count bytes.
-struct TextPlace {
-    int line = 0;
-    int column = 0;
-
-    auto operator<=>(const TextPlace&) const = default;
-};
-
-/// The text in quotes as errors show it: '?' for what is no printable ASCII, at most 40 characters.
-std::string quoted(std::string_view text);
-
-/// Something wrong with a map text.
-struct TextProblem {
-    TextPlace place;
-    std::string words;
-
-    /// Whether the server still reads every cell as the file means it.
-    bool harmless = false;
-};
 
 /// A map text and what the server makes of it.
 struct MapText {
@@ -53,8 +32,8 @@ struct MapText {
 /// Reads a map text and finds what is wrong with it: a header that gives no dimensions, too few or
 /// too many numbers, something that is no number, lines that the loader joins into one number. What
 /// joined lines make of the rest is not reported; where the text is right only with its lines
-/// joined, the joins are harmless. Of a kind of problem the first three are told, then how many
-/// more there are.
+/// joined, the joins are harmless, and so is a remark after the last cell. Of a kind of problem the
+/// first three are told, then how many more there are.
 MapText readMapText(const std::string& bytes);
 
 /// The map as text: the header, then one line for each column and row, each starting with a blank

@@ -2,6 +2,7 @@
 
 #include "arena/Map.h"
 #include "arena/Materials.h"
+#include "common/Counting.h"
 
 #include <cmath>
 #include <iomanip>
@@ -67,6 +68,10 @@ void writeReach(std::ostream& out, const arena::CheckResult& result) {
     out << "reach   " << result.reach->places.size() << " standing places; "
         << result.walkableReached << " of " << result.walkable.size() << " walkable cells ("
         << percentage(share) << " %)\n";
+    if (result.unreached)
+        out << "        largest area that nobody reaches: "
+            << counted(result.unreached->cells, "cell") << ", one of them "
+            << cellWords(result.unreached->first) << '\n';
 }
 
 void writeSight(std::ostream& out, const arena::CheckResult& result) {
@@ -82,13 +87,29 @@ const char* nameOf(arena::Severity severity) {
     return severity == arena::Severity::error ? "error" : "warning";
 }
 
+const char* nameOf(arena::Subject subject) {
+    switch (subject) {
+    case arena::Subject::file:
+        return "file";
+    case arena::Subject::text:
+        return "text";
+    case arena::Subject::spawns:
+        return "spawns";
+    case arena::Subject::reach:
+        return "reach";
+    case arena::Subject::sight:
+        break;
+    }
+    return "sight";
+}
+
 ordered_json jsonOf(const CellIndex& cell) {
     return {{"column", cell.column}, {"row", cell.row}, {"depth", cell.depth}};
 }
 
 ordered_json jsonOf(const arena::Finding& finding) {
     ordered_json json = {{"severity", nameOf(finding.severity)},
-                         {"subject", finding.subject},
+                         {"subject", nameOf(finding.subject)},
                          {"words", finding.words}};
     if (finding.cell)
         json["cell"] = jsonOf(*finding.cell);
@@ -160,6 +181,9 @@ void writeJson(std::ostream& out, const std::string& file, const MapManager& map
                          {"walkableCells", result.walkable.size()},
                          {"walkableReached", result.walkableReached},
                          {"ticks", result.reach->ticks}};
+    if (result.unreached)
+        json["reach"]["largestUnreachedArea"] = {{"cells", result.unreached->cells},
+                                                 {"cell", jsonOf(result.unreached->first)}};
     if (result.sight)
         json["sight"] = {{"seenOnAppearing", jsonOf(result.sight->whenSpawned)},
                          {"seenAfterLanding", jsonOf(result.sight->whenLanded)},

@@ -75,7 +75,11 @@ int checkFile(const std::string& file, bool asJson) {
     } catch (const InputError& error) {
         if (!asJson)
             throw;
-        result.findings.push_back({arena::Severity::error, "file", error.what(), {}, {}});
+        result.findings.push_back({.severity = arena::Severity::error,
+                                   .subject = arena::Subject::file,
+                                   .words = error.what(),
+                                   .cell = {},
+                                   .place = {}});
     }
     (asJson ? writeJson : writeReport)(std::cout, file, text.map, result);
     if (!std::cout.flush())

@@ -9,6 +9,7 @@ using arena::CellIndex;
 using arena::CheckResult;
 using arena::Finding;
 using arena::Severity;
+using arena::Subject;
 
 // Broken arenas, each with the words that its maker is told. They are the ring arena of Courts.h
 // with something changed.
@@ -44,7 +45,7 @@ const Finding& firstError(const CheckResult& result) {
     return none;
 }
 
-void expectError(const CheckResult& result, const std::string& subject, const std::string& words) {
+void expectError(const CheckResult& result, Subject subject, const std::string& words) {
     EXPECT_FALSE(result.playable());
     EXPECT_EQ(firstError(result).subject, subject);
     EXPECT_EQ(firstError(result).words, words);
@@ -65,6 +66,7 @@ TEST(Check, RingCanBePlayed) {
     EXPECT_EQ(wordsOf(result), std::vector<std::string>{});
     ASSERT_TRUE(result.reach);
     EXPECT_EQ(result.walkableReached, result.walkable.size());
+    EXPECT_FALSE(result.unreached);
     ASSERT_TRUE(result.sight);
 }
 
@@ -72,7 +74,7 @@ TEST(Check, FindingsNameTheCellAndWhereItsNumberStands) {
     // A hole of one cube in the outer wall, three cubes high.
     const CheckResult result = checked(
         ringText(ringBut([](int i, int j, int k) { return i > 28 && k == 18 && j > 2 && j < 6; })));
-    expectError(result, "reach", "players can leave the world here");
+    expectError(result, Subject::reach, "players can leave the world here");
     const Finding& finding = firstError(result);
     ASSERT_TRUE(finding.cell && finding.place);
     EXPECT_EQ(finding.cell->column, 31);
@@ -86,27 +88,27 @@ TEST(Check, FindingsNameTheCellAndWhereItsNumberStands) {
 TEST(CheckText, EmptyFile) {
     const CheckResult result = checked("");
     EXPECT_FALSE(result.playable());
-    EXPECT_EQ(firstError(result).subject, "text");
+    EXPECT_EQ(firstError(result).subject, Subject::text);
     EXPECT_FALSE(result.reach);
 }
 
 TEST(CheckText, HeaderWithoutThreeDimensions) {
-    expectError(checked("columns 16 32"), "text",
+    expectError(checked("columns 16 32"), Subject::text,
                 "\"columns\" where the number of columns is expected; a map text begins with "
                 "\"<columns> <rows> <depth>\"");
-    expectError(checked("32 0 32"), "text",
+    expectError(checked("32 0 32"), Subject::text,
                 "\"0\" where the number of rows is expected, which is 1 or more");
-    expectError(checked("9999 9999 9999"), "text",
+    expectError(checked("9999 9999 9999"), Subject::text,
                 "\"9999\" as the number of rows makes more than 2097152 cells, the most that an "
                 "arena may have");
-    expectError(checked("32 16"), "text",
+    expectError(checked("32 16"), Subject::text,
                 "the end where the depth is expected; a map text begins with "
                 "\"<columns> <rows> <depth>\"");
 }
 
 TEST(CheckText, MissingNumbers) {
     const std::string whole = ringText();
-    expectError(checked(whole.substr(0, whole.size() - 4)), "text",
+    expectError(checked(whole.substr(0, whole.size() - 4)), Subject::text,
                 "2 numbers missing for 1 cell, from cell (31, 15, 31) on: 32 x 16 x 32 cells take "
                 "32768 numbers after the header");
 }
@@ -114,14 +116,15 @@ TEST(CheckText, MissingNumbers) {
 TEST(CheckText, WhatIsNoNumber) {
     std::string text = ringText();
     text[text.size() - 1] = 'x';
-    expectError(checked(text), "text",
+    expectError(checked(text), Subject::text,
                 "\"x\" where a number is expected: the server reads nothing from here on, so all "
                 "later cells are empty");
     EXPECT_EQ(checked(text).findings[0].place->column, static_cast<int>(text.size()));
 }
 
 TEST(CheckText, NumberThatNoIntHolds) {
-    expectError(checked(ringText().substr(0, 9) + "99999999999" + ringText().substr(10)), "text",
+    expectError(checked(ringText().substr(0, 9) + "99999999999" + ringText().substr(10)),
+                Subject::text,
                 "\"99999999999\" where a number from -2147483648 to 2147483647 is expected: the "
                 "server takes 2147483647 and reads nothing after it, so all later cells are empty");
 }
@@ -142,7 +145,7 @@ TEST(CheckText, JoinedLinesAreTheOnlyFinding) {
 TEST(CheckText, LeftOverNumbersDoNotKeepTheArenaFromBeingChecked) {
     const CheckResult result = checked(ringText() + " 1 1");
     EXPECT_FALSE(result.playable());
-    EXPECT_EQ(firstError(result).subject, "text");
+    EXPECT_EQ(firstError(result).subject, Subject::text);
     EXPECT_TRUE(result.reach);
 }
 
@@ -154,10 +157,45 @@ TEST(CheckText, LinesWrappedOnPurposeAreOnlyWarnedOf) {
     EXPECT_EQ(result.findings.size(), 1u);
 }
 
+TEST(CheckText, WrongOrderIsTheOnlyFindingOfAnArenaThatIsNotEnclosed) {
+    const CheckResult result = checked("32 32 16" + ringText().substr(8));
+    ASSERT_EQ(result.findings.size(), 1u);
+    expectError(result, Subject::text,
+                "reads as an arena when its header is taken as columns, depth, rows; a map text "
+                "gives columns, rows, depth");
+    EXPECT_EQ(result.findings[0].place, (arena::TextPlace{1, 1}));
+    EXPECT_FALSE(result.reach);
+    EXPECT_TRUE(result.arrivals.empty());
+}
+
+TEST(CheckText, WrongOrderOfAnEnclosedArenaIsToldBesideTheRest) {
+    // Turned about its diagonal, the post before spawn 7's corner stands in spawn 3.
+    const auto solid = [](int i, int j, int k) {
+        return solidInRing(i, j, k) || (i == 29 && k == 16 && j == 9);
+    };
+    const auto turned = [&](int i, int j, int k) { return solid(k, j, i); };
+    EXPECT_TRUE(checked(ringText(solid)).playable());
+    const CheckResult result = checked(ringText(turned));
+    EXPECT_EQ(wordsOf(result)[0],
+              "reads as an arena when its cells are taken in the order depth, rows, columns, of "
+              "which the last varies fastest; a map text gives columns, rows, depth");
+    EXPECT_EQ(wordsOf(result)[1], "spawn 3 is not clear: its body touches ground");
+    EXPECT_TRUE(result.reach);
+}
+
+TEST(CheckText, RemarkIsOnlyWarnedOf) {
+    const CheckResult result = checked(ringText() + "\nmade by Ann\n");
+    EXPECT_TRUE(result.playable());
+    ASSERT_EQ(result.findings.size(), 1u);
+    EXPECT_EQ(result.findings[0].severity, Severity::warning);
+    EXPECT_EQ(result.findings[0].words,
+              "\"made by Ann\" after the last cell: the server ignores it");
+}
+
 TEST(CheckSpawns, BodyInACube) {
     const CheckResult result = checked(ringText(
         ringBut(nothing, [](int i, int j, int k) { return i == 15 && j == 10 && k == 1; })));
-    expectError(result, "spawns", "spawn 1 is not clear: its body touches ground");
+    expectError(result, Subject::spawns, "spawn 1 is not clear: its body touches ground");
     EXPECT_EQ(firstError(result).cell, (CellIndex{15, 10, 1}));
 }
 
@@ -173,7 +211,8 @@ TEST(CheckSpawns, OutsideTheArena) {
 TEST(CheckSpawns, NothingToLandOn) {
     const CheckResult result = checked(ringText(
         ringBut([](int i, int, int k) { return i >= 15 && i <= 16 && k >= 1 && k <= 2; })));
-    expectError(result, "spawns", "spawn 1 has nothing to land on: players fall out of the world");
+    expectError(result, Subject::spawns,
+                "spawn 1 has nothing to land on: players fall out of the world");
     for (const std::string& words : wordsOf(result))
         EXPECT_FALSE(words.starts_with("no way")) << words;
 }
@@ -184,7 +223,7 @@ TEST(CheckSpawns, WithoutAnyFloorNobodySeesAnybodyOrGetsAnywhere) {
     EXPECT_EQ(firstError(result).words,
               "spawn 1 has nothing to land on: players fall out of the world");
     for (const Finding& finding : result.findings)
-        EXPECT_NE(finding.subject, "sight") << finding.words;
+        EXPECT_NE(finding.subject, Subject::sight) << finding.words;
 }
 
 TEST(CheckSpawns, WhoStandsOnTopOfTheWorldIsFoundInItsHighestCell) {
@@ -207,7 +246,7 @@ TEST(CheckSpawns, AllOutsideIsTheEndOfTheCheck) {
 TEST(CheckReach, HoleInTheFloor) {
     const CheckResult result =
         checked(ringText(ringBut([](int i, int, int k) { return i == 9 && k == 3; })));
-    expectError(result, "reach", "players can leave the world here");
+    expectError(result, Subject::reach, "players can leave the world here");
     EXPECT_EQ(firstError(result).cell, (CellIndex{9, 0, 3}));
 }
 
@@ -215,7 +254,7 @@ TEST(CheckReach, BorderThatCanBeClimbed) {
     // Behind spawn 1 the wall is two cubes high only.
     const CheckResult result = checked(ringText(
         ringBut([](int i, int j, int k) { return i >= 15 && i <= 16 && k == 0 && j > 4; })));
-    expectError(result, "reach", "players can leave the world here");
+    expectError(result, Subject::reach, "players can leave the world here");
     EXPECT_EQ(firstError(result).cell->depth, 0);
 }
 
@@ -239,7 +278,8 @@ TEST(CheckReach, GapThatOnlyAFlickedJumpCrossesIsNoBorder) {
         const bool step = i == 32 && k == 21;
         return j > 12 || j < (!moat ? 4 : step ? 3 : 1);
     }));
-    expectError(result, "reach", "players who flick their view in a jump can leave the world here");
+    expectError(result, Subject::reach,
+                "players can leave the world here, at least by flicking their view in a jump");
     EXPECT_EQ(firstError(result).cell->column, 43);
     EXPECT_TRUE(result.reach->departures.empty());
 }
@@ -248,19 +288,28 @@ TEST(CheckReach, SpawnBehindAWall) {
     // The alcove of spawn 1 is walled off.
     const CheckResult result = checked(
         ringText(ringBut(nothing, [](int i, int, int k) { return i >= 15 && i <= 16 && k == 3; })));
-    EXPECT_FALSE(result.playable());
-    const std::vector<std::string> words = wordsOf(result);
-    EXPECT_NE(std::find(words.begin(), words.end(),
-                        "no way from spawn 1 to spawns 2, 3, 4, 5, 6, 7 and 8"),
-              words.end());
-    EXPECT_NE(std::find(words.begin(), words.end(), "no way from spawn 8 to spawn 1"), words.end());
+    expectError(result, Subject::reach,
+                "spawn 1 is cut off: no way from there to spawns 2, 3, 4, 5, 6, 7 and 8, and none "
+                "back");
+    EXPECT_EQ(firstError(result).cell, (CellIndex{15, 3, 2})) << "where it lands";
+    EXPECT_EQ(result.findings.size(), 1u) << "one cause, one line";
+}
+
+TEST(CheckReach, LargestAreaThatNobodyReachesIsKnown) {
+    // Two rooms in the block in the middle.
+    const CheckResult result = checked(ringText(ringBut([](int i, int j, int k) {
+        return j > 2 && j < 7 && k == 12 && ((i > 8 && i < 12) || (i > 14 && i < 20));
+    })));
+    EXPECT_TRUE(result.playable());
+    EXPECT_EQ(result.unreached, (arena::Area{5, {15, 3, 12}}));
+    EXPECT_EQ(result.walkable.size(), result.walkableReached + 8);
 }
 
 TEST(CheckReach, SpawnThatCanOnlyBeLeft) {
     // The alcove of spawn 1 lies three cubes above the ring.
     const CheckResult result = checked(ringText(ringBut(
         nothing, [](int i, int j, int k) { return i >= 15 && i <= 16 && k <= 2 && j < 6; })));
-    expectError(result, "reach", "no way from spawn 2 to spawn 1");
+    expectError(result, Subject::reach, "no way from spawns 2, 3, 4, 5, 6, 7 and 8 to spawn 1");
 }
 
 TEST(CheckReach, PitOfThreeCubesHoldsWhoFallsInOneOfTwoDoesNot) {
@@ -274,7 +323,7 @@ TEST(CheckReach, PitOfThreeCubesHoldsWhoFallsInOneOfTwoDoesNot) {
         const bool rim = i >= 9 && i <= 12 && k <= 4 && j == 3;
         return isHole(i, k) ? j < 1 : rim || solidInRing(i, j, k);
     }));
-    expectError(result, "reach",
+    expectError(result, Subject::reach,
                 "a pit of 2 standing places: who gets in never gets out to a spawn again");
     EXPECT_EQ(firstError(result).cell->row, 1);
     EXPECT_EQ(firstError(result).cell->depth, 3);
@@ -321,7 +370,7 @@ TEST(CheckSight, PlacesThatCoverTwoSpawns) {
     EXPECT_TRUE(result.playable());
     ASSERT_FALSE(result.findings.empty());
     const Finding& last = result.findings.back();
-    EXPECT_EQ(last.subject, "sight");
+    EXPECT_EQ(last.subject, Subject::sight);
     EXPECT_TRUE(last.words.starts_with("from ")) << last.words;
     EXPECT_TRUE(last.words.ends_with(
         " two spawns can be soaked in one view and no third one shoots back, from here for one"))

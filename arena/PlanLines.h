@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace drench::arena {
+
+/// The lines of a plan, one after the other, and how errors name a place in them.
+struct PlanLines {
+    struct Word {
+        std::string_view text;
+        std::size_t column;
+    };
+
+    /// The name that errors begin with, and what is left to read of the text. Both must outlive
+    /// this.
+    const std::string& file;
+    std::string_view rest;
+
+    /// The current line, from 1, without its end, and its words.
+    int number = 0;
+    std::string_view line;
+    std::vector<Word> words;
+
+    /// Skips a byte order mark.
+    PlanLines(const std::string& text, const std::string& file_);
+
+    /// Goes to the next line of whatever kind. At the end it stays at the last one.
+    bool nextLine();
+
+    /// Goes to the next line that is neither empty nor a comment.
+    bool next();
+
+    /// The same where a line must follow; `allowed` says which.
+    void expect(const std::string& allowed);
+
+    bool hasWord(std::size_t index) const { return index < words.size(); }
+
+    /// Throws InputError "file:line:column: what".
+    [[noreturn]] void fail(std::size_t column, const std::string& what) const;
+    [[noreturn]] void failAtEnd(const std::string& what) const;
+
+    /// Fails at the word of this index, or behind the line if it has no more.
+    [[noreturn]] void failAtWord(std::size_t index, const std::string& what) const;
+};
+
+} // namespace drench::arena

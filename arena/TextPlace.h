@@ -1,0 +1,29 @@
+#pragma once
+
+#include <compare>
+#include <string>
+#include <string_view>
+
+namespace drench::arena {
+
+/// A place in a text file, counted from 1; columns count bytes.
+struct TextPlace {
+    int line = 0;
+    int column = 0;
+
+    auto operator<=>(const TextPlace&) const = default;
+};
+
+/// Something wrong with a map text.
+struct TextProblem {
+    TextPlace place;
+    std::string words;
+
+    /// Whether the server still reads every cell as the file means it.
+    bool harmless = false;
+};
+
+/// The text in quotes as errors show it: '?' for what is no printable ASCII, at most 40 characters.
+std::string quoted(std::string_view text);
+
+} // namespace drench::arena

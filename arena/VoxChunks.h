@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// Where things stand in a voxel file, which is a tree of chunks. Errors are InputErrors that begin
+// with the byte, counted from 0, that is wrong.
+
+namespace drench::arena {
+
+/// Coordinates are bytes. Editors write larger models with coordinates that wrap around.
+constexpr int longestVoxSide = 256;
+
+constexpr std::size_t voxelBytes = 4;
+
+/// How every voxel file begins.
+inline constexpr std::string_view voxMagic = "VOX ";
+
+/// Where things stand in a file of one model. No offset is 0 but that of a missing palette.
+struct VoxLayout {
+    std::size_t size = 0;
+    std::size_t voxels = 0;
+    std::size_t voxelsEnd = 0;
+    std::size_t palette = 0;
+};
+
+/// Edges of a model along the file's x, y and z.
+struct VoxSides {
+    int x;
+    int y;
+    int z;
+};
+
+/// Finds them in a whole file. Throws where its chunks are not those of one model.
+VoxLayout voxLayoutOf(const std::string& bytes);
+
+/// Reads the content of a SIZE chunk. Throws where it is no arena's.
+VoxSides voxSidesAt(const std::string& bytes, std::size_t at);
+
+std::uint8_t byteAt(const std::string& bytes, std::size_t at);
+
+/// Throws InputError "byte <byte>: <what>".
+[[noreturn]] void failAtByte(std::size_t byte, const std::string& what);
+
+} // namespace drench::arena
