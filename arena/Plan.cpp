@@ -4,10 +4,10 @@
 #include "arena/MapText.h"
 #include "arena/Materials.h"
 #include "common/Files.h"
+#include "common/NumberIn.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <compare>
 #include <map>
 #include <optional>
@@ -57,11 +57,8 @@ std::string sizeOf(long columns, long rows, long depth) {
 
 /// An int as it is always written: without leading zeros, '+' or "-0".
 std::optional<int> wholeNumber(std::string_view word) {
-    int number = 0;
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    if (error != std::errc() || std::to_string(number) != word)
-        return std::nullopt;
-    return number;
+    const std::optional<int> number = numberIn<int>(word);
+    return number && std::to_string(*number) == word ? number : std::nullopt;
 }
 
 /// The lines of a plan, one after the other.

@@ -3,6 +3,7 @@
 #include "bench/Process.h"
 #include "bench/Report.h"
 #include "bench/Statistics.h"
+#include "common/Console.h"
 #include "common/Files.h"
 #include "src/FileLoader.h"
 #include "src/FilePath.h"
@@ -16,7 +17,6 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/utsname.h>
-#include <unistd.h>
 #include <vector>
 
 using namespace drench;
@@ -91,9 +91,10 @@ struct Bench {
     int crowdLoadCore;
 };
 
-void progress(const std::string& what) {
-    if (isatty(STDERR_FILENO))
-        std::cerr << "\r\033[K" << what << std::flush;
+/// The terminal, on which a line says what is being measured.
+Console& console() {
+    static Console terminal(false, true);
+    return terminal;
 }
 
 Conditions conditions(const Bench& bench) {
@@ -161,13 +162,13 @@ LoadFigures loadFigures(const Bench& bench, double inputs, const std::string& fi
 void measureLoads(const Bench& bench, Figures& figures) {
     for (const double inputs : bench.settings.inputs) {
         for (const std::string& firing : bench.settings.firing) {
-            progress(std::to_string(static_cast<int>(inputs)) + " inputs, firing: " + firing);
+            console().show(std::to_string(static_cast<int>(inputs)) + " inputs, firing: " + firing);
             figures.loads.push_back(loadFigures(bench, inputs, firing));
         }
     }
 }
 
-double cpuSeconds(const std::vector<Room>& rooms) {
+double cpuSecondsOf(const std::vector<Room>& rooms) {
     double sum = 0.0;
     for (const Room& room : rooms)
         sum += cpuSeconds(room.process);
@@ -176,8 +177,8 @@ double cpuSeconds(const std::vector<Room>& rooms) {
 
 CrowdSample crowdSample(const Bench& bench, const std::string& executable, int count) {
     const Settings& settings = bench.settings;
-    progress(std::to_string(count) + " rooms of " +
-             std::filesystem::path(executable).filename().string());
+    console().show(std::to_string(count) + " rooms of " +
+                   std::filesystem::path(executable).filename().string());
     pinTo(bench.crowdLoadCore);
     std::vector<Room> rooms;
     std::vector<int> ports;
@@ -187,11 +188,11 @@ CrowdSample crowdSample(const Bench& bench, const std::string& executable, int c
     }
     Load load(ports);
     load.play(Seconds(settings.crowdWarmUpSeconds), usualInputs);
-    const double cpuBefore = cpuSeconds(rooms);
+    const double cpuBefore = cpuSecondsOf(rooms);
     const Play play = load.play(Seconds(settings.crowdSeconds), usualInputs);
     const double due = usualInputs * maxPlayers * count * settings.crowdSeconds;
     return {quantile(play.gaps, 0.5), quantile(play.gaps, 0.99),
-            (cpuSeconds(rooms) - cpuBefore) / play.seconds, play.cpuSeconds / play.seconds,
+            (cpuSecondsOf(rooms) - cpuBefore) / play.seconds, play.cpuSeconds / play.seconds,
             static_cast<double>(play.inputs) / due};
 }
 
@@ -225,7 +226,7 @@ void measureCrowds(const Bench& bench, Figures& figures) {
 }
 
 void measureMemory(const Bench& bench, Figures& figures) {
-    progress("memory");
+    console().show("memory");
     const Room room = startRoom(bench.settings.server, bench.roomCore);
     Load load({room.port});
     load.fire(bench.walls);
@@ -242,8 +243,8 @@ void measureStarts(const Bench& bench, Figures& figures) {
     }
 }
 
-std::vector<Child> startSpinners(const Bench& bench) {
-    std::vector<Child> spinners;
+std::vector<ChildProcess> startSpinners(const Bench& bench) {
+    std::vector<ChildProcess> spinners;
     spinners.push_back(startSpinner(bench.roomCore));
     if (bench.crowdLoadCore != bench.roomCore)
         spinners.push_back(startSpinner(bench.crowdLoadCore));
@@ -270,7 +271,8 @@ Figures measure(const Settings& settings) {
     const Bench bench = {settings, placesFacingFarWalls(map), placesFacingSky(map), cores.back(),
                          cores.front()};
     raiseDescriptorLimit();
-    const std::vector<Child> spinners = settings.halt ? std::vector<Child>() : startSpinners(bench);
+    const std::vector<ChildProcess> spinners =
+        settings.halt ? std::vector<ChildProcess>() : startSpinners(bench);
 
     Figures figures;
     figures.conditions = conditions(bench);
@@ -278,7 +280,7 @@ Figures measure(const Settings& settings) {
     measureLoads(bench, figures);
     measureCrowds(bench, figures);
     measureMemory(bench, figures);
-    progress("");
+    console().clear();
     return figures;
 }
 
@@ -317,7 +319,7 @@ int main(int argc, char** argv) {
         if (!settings.tsv.empty())
             replaceFile(settings.tsv, plotColumns(figures));
     } catch (const std::exception& problem) {
-        progress("");
+        console().clear();
         std::cerr << "rooms: " << problem.what() << "\n";
         return 1;
     }

@@ -2,15 +2,19 @@
 
 #include <charconv>
 #include <optional>
-#include <string>
+#include <string_view>
+
+namespace drench {
 
 /// The number that the whole text is, by std::from_chars; nothing where it is none, or does not
 /// fit.
 template<class Number>
-std::optional<Number> numberIn(const std::string& text) {
+std::optional<Number> numberIn(std::string_view text) {
     Number number{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size())
         return std::nullopt;
     return number;
 }
+
+} // namespace drench
