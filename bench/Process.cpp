@@ -2,18 +2,16 @@
 
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
 #include <fstream>
 #include <netinet/in.h>
+#include <optional>
 #include <poll.h>
 #include <sched.h>
 #include <stdexcept>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 
@@ -27,25 +25,6 @@ constexpr std::chrono::seconds longestStart(10);
 
 [[noreturn]] void fail(const std::string& what) {
     throw std::runtime_error(what + ": " + std::strerror(errno));
-}
-
-/// Starts a process that goes on with `main` on one core, and does not outlive this one.
-template<class Main>
-int forkOn(int core, Main main) {
-    const int parent = getpid();
-    const int pid = fork();
-    if (pid < 0)
-        fail("fork");
-    if (pid == 0) {
-        [&]() noexcept {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            pinTo(core);
-            if (getppid() == parent)
-                main();
-            _exit(1);
-        }();
-    }
-    return pid;
 }
 
 /// A UDP port that nobody is bound to right now.
@@ -116,24 +95,12 @@ void pinTo(int core) {
         fail("core " + std::to_string(core));
 }
 
-Child::Child(Child&& other) noexcept
-    : pid_(std::exchange(other.pid_, -1)), output_(std::exchange(other.output_, -1)) {}
-
-Child::~Child() {
-    if (pid_ > 0) {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-    }
-    if (output_ >= 0)
-        close(output_);
-}
-
-Child startSpinner(int core) {
-    const auto spin = [] {
+ChildProcess startSpinner(int core) {
+    ChildProcess spinner([core] {
+        pinTo(core);
         for (volatile unsigned turns = 0;;)
             turns = turns + 1;
-    };
-    Child spinner(forkOn(core, spin), -1);
+    });
     const sched_param none = {};
     if (sched_setscheduler(spinner.pid(), SCHED_IDLE, &none) != 0)
         fail("idle priority");
@@ -144,21 +111,24 @@ Room startRoom(const std::string& executable, int core) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
         fail("pipe");
+    auto output = std::make_unique<Descriptor>(ends[0]);
+    std::optional<Descriptor> written(std::in_place, ends[1]);
     const int port = freePort();
     const std::string argument = std::to_string(port);
     const Clock::time_point start = Clock::now();
-    const int pid = forkOn(core, [&] {
-        dup2(ends[1], STDOUT_FILENO);
+    ChildProcess process([&] {
+        pinTo(core);
+        dup2(written->number, STDOUT_FILENO);
         execl(executable.c_str(), executable.c_str(), argument.c_str(), nullptr);
     });
-    close(ends[1]);
-    Child process(pid, ends[0]);
-    awaitListening(process.output(), executable, port);
+    // So that reading ends when the room does.
+    written.reset();
+    awaitListening(output->number, executable, port);
     const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
-    return {std::move(process), port, taken.count()};
+    return {std::move(process), std::move(output), port, taken.count()};
 }
 
-double cpuSeconds(const Child& process) {
+double cpuSeconds(const ChildProcess& process) {
     clockid_t clock;
     timespec used;
     if (clock_getcpuclockid(process.pid(), &clock) != 0 || clock_gettime(clock, &used) != 0)
@@ -166,7 +136,7 @@ double cpuSeconds(const Child& process) {
     return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
 }
 
-Memory memory(const Child& process) {
+Memory memory(const ChildProcess& process) {
     const std::string folder = "/proc/" + std::to_string(process.pid());
     return {kibibytes(folder + "/status", "VmRSS:"), kibibytes(folder + "/smaps_rollup", "Pss:")};
 }

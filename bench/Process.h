@@ -1,5 +1,9 @@
 #pragma once
 
+#include "common/ChildProcess.h"
+#include "common/Descriptor.h"
+
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,30 +16,15 @@ std::vector<int> allowedCores();
 /// when it may not run there.
 void pinTo(int core);
 
-/// A child process. The destructor ends it, and so does the system when this process ends, however
-/// it does.
-class Child {
-  public:
-    /// Takes over a process, and the descriptor that its standard output is read from or -1.
-    Child(int pid, int output) : pid_(pid), output_(output) {}
-    Child(Child&& other) noexcept;
-    Child& operator=(Child&&) = delete;
-    ~Child();
-
-    int pid() const { return pid_; }
-    int output() const { return output_; }
-
-  private:
-    int pid_;
-    int output_;
-};
-
 /// Keeps a core from halting: spins there, at idle priority, whenever nobody else wants it.
-Child startSpinner(int core);
+ChildProcess startSpinner(int core);
 
 /// The server, or another program that takes a port and says when it listens there.
 struct Room {
-    Child process;
+    ChildProcess process;
+
+    /// What it writes, which must be kept open for it to go on.
+    std::unique_ptr<Descriptor> output;
     int port;
 
     /// From the start to the listening.
@@ -47,7 +36,7 @@ struct Room {
 Room startRoom(const std::string& executable, int core);
 
 /// Processor time that a process has used so far, the kernel's part included.
-double cpuSeconds(const Child& process);
+double cpuSeconds(const ChildProcess& process);
 
 /// The memory that a process holds, in KiB.
 struct Memory {
@@ -57,6 +46,6 @@ struct Memory {
     long proportional;
 };
 
-Memory memory(const Child& process);
+Memory memory(const ChildProcess& process);
 
 } // namespace drench::bench

@@ -3,6 +3,7 @@
 #include "bench/Process.h"
 #include "bench/Report.h"
 #include "bench/Statistics.h"
+#include "common/Console.h"
 #include "common/Files.h"
 #include "src/FileLoader.h"
 #include "src/FilePath.h"
@@ -16,7 +17,6 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/utsname.h>
-#include <unistd.h>
 #include <vector>
 
 using namespace drench;
@@ -92,9 +92,10 @@ struct Setup {
     int crowdLoadCore;
 };
 
-void progress(const std::string& what) {
-    if (isatty(STDERR_FILENO))
-        std::cerr << "\r\033[K" << what << std::flush;
+/// The terminal, on which a line says what is being measured.
+Console& console() {
+    static Console terminal(false, true);
+    return terminal;
 }
 
 Conditions conditions(const Setup& setup) {
@@ -162,13 +163,13 @@ LoadFigures loadFigures(const Setup& setup, double inputs, const std::string& fi
 void measureLoads(const Setup& setup, Figures& figures) {
     for (const double inputs : setup.settings.inputs) {
         for (const std::string& firing : setup.settings.firing) {
-            progress(std::to_string(static_cast<int>(inputs)) + " inputs, firing: " + firing);
+            console().show(std::to_string(static_cast<int>(inputs)) + " inputs, firing: " + firing);
             figures.loads.push_back(loadFigures(setup, inputs, firing));
         }
     }
 }
 
-double cpuSeconds(const std::vector<Room>& rooms) {
+double cpuSecondsOf(const std::vector<Room>& rooms) {
     double sum = 0.0;
     for (const Room& room : rooms)
         sum += cpuSeconds(room.process);
@@ -177,8 +178,8 @@ double cpuSeconds(const std::vector<Room>& rooms) {
 
 CrowdSample crowdSample(const Setup& setup, const std::string& executable, int count) {
     const Settings& settings = setup.settings;
-    progress(std::to_string(count) + " rooms of " +
-             std::filesystem::path(executable).filename().string());
+    console().show(std::to_string(count) + " rooms of " +
+                   std::filesystem::path(executable).filename().string());
     pinTo(setup.crowdLoadCore);
     std::vector<Room> rooms;
     std::vector<int> ports;
@@ -188,11 +189,11 @@ CrowdSample crowdSample(const Setup& setup, const std::string& executable, int c
     }
     Load load(ports);
     load.play(Seconds(settings.crowdWarmUpSeconds), usualInputs);
-    const double cpuBefore = cpuSeconds(rooms);
+    const double cpuBefore = cpuSecondsOf(rooms);
     const Play play = load.play(Seconds(settings.crowdSeconds), usualInputs);
     const double due = usualInputs * maxPlayers * count * settings.crowdSeconds;
     return {quantile(play.gaps, 0.5), quantile(play.gaps, 0.99),
-            (cpuSeconds(rooms) - cpuBefore) / play.seconds, play.cpuSeconds / play.seconds,
+            (cpuSecondsOf(rooms) - cpuBefore) / play.seconds, play.cpuSeconds / play.seconds,
             static_cast<double>(play.inputs) / due};
 }
 
@@ -226,7 +227,7 @@ void measureCrowds(const Setup& setup, Figures& figures) {
 }
 
 void measureMemory(const Setup& setup, Figures& figures) {
-    progress("memory");
+    console().show("memory");
     const Room room = startRoom(setup.settings.server, setup.roomCore);
     Load load({room.port});
     load.fire(setup.walls);
@@ -243,8 +244,8 @@ void measureStarts(const Setup& setup, Figures& figures) {
     }
 }
 
-std::vector<Child> startSpinners(const Setup& setup) {
-    std::vector<Child> spinners;
+std::vector<ChildProcess> startSpinners(const Setup& setup) {
+    std::vector<ChildProcess> spinners;
     spinners.push_back(startSpinner(setup.roomCore));
     if (setup.crowdLoadCore != setup.roomCore)
         spinners.push_back(startSpinner(setup.crowdLoadCore));
@@ -271,7 +272,8 @@ Figures measure(const Settings& settings) {
     const Setup setup = {settings, placesFacingFarWalls(map), placesFacingSky(map), cores.back(),
                          cores.front()};
     raiseDescriptorLimit();
-    const std::vector<Child> spinners = settings.halt ? std::vector<Child>() : startSpinners(setup);
+    const std::vector<ChildProcess> spinners =
+        settings.halt ? std::vector<ChildProcess>() : startSpinners(setup);
 
     Figures figures;
     figures.conditions = conditions(setup);
@@ -279,7 +281,7 @@ Figures measure(const Settings& settings) {
     measureLoads(setup, figures);
     measureCrowds(setup, figures);
     measureMemory(setup, figures);
-    progress("");
+    console().clear();
     return figures;
 }
 
@@ -318,7 +320,7 @@ int main(int argc, char** argv) {
         if (!settings.tsv.empty())
             replaceFile(settings.tsv, plotColumns(figures));
     } catch (const std::exception& problem) {
-        progress("");
+        console().clear();
         std::cerr << "rooms: " << problem.what() << "\n";
         return 1;
     }

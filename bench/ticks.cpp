@@ -1,9 +1,10 @@
 #include "bench/RoomInProcess.h"
+#include "common/NumberIn.h"
 
-#include <charconv>
 #include <exception>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -16,11 +17,10 @@ using namespace drench;
 namespace {
 
 int wholeNumber(std::string_view text) {
-    int number = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (failure != std::errc() || end != text.data() + text.size() || number < 0)
+    const std::optional<int> number = numberIn<int>(text);
+    if (!number || *number < 0)
         throw std::runtime_error("\"" + std::string(text) + "\" is no whole number");
-    return number;
+    return *number;
 }
 
 } // namespace

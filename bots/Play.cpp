@@ -20,14 +20,18 @@ namespace {
 using client::Time;
 using std::chrono::milliseconds;
 
-/// How long who finds a room full waits before asking again.
+/// A player who found the room full asks again after this time, in which somebody may have left.
 constexpr milliseconds patience{5000};
 
-/// The same for who is out for another reason: at first, and doubled each time up to the longest.
+/// A player who is out for another reason asks again after this time at first, then after twice the
+/// time before.
 constexpr milliseconds shortestRetry{500};
+
+/// Doubling ends here, so that a room that is back is found within seconds.
 constexpr milliseconds longestRetry{8000};
 
-/// A body that has left the world by more than the rounding of a step, or stands in a cube.
+/// World units by which the body that is looked for in cubes is smaller than a player's: rounding
+/// may leave a body a little within a cube.
 constexpr float tolerance = 2.0f;
 
 bool canBeThere(const MapManager& map, vec3 position) {
@@ -115,7 +119,7 @@ void Play::serve(Seat& seat, Time now) {
         join(seat, now);
     if (!seat.session)
         return;
-    // What arrives while the controls are sent would not wake us later.
+    // A datagram that arrives while the controls are sent would not wake us later.
     do
         seat.session->service(now);
     while (takeEvents(seat, now) && seat.session);

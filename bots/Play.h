@@ -28,7 +28,7 @@ struct PlayOptions {
     bool keepTracks = false;
 };
 
-/// What can be said of a run at any moment.
+/// How a run stands at some moment.
 struct Standing {
     std::size_t players = 0;
     std::size_t playing = 0;
@@ -37,12 +37,12 @@ struct Standing {
     std::optional<double> medianRoundTrip;
 };
 
-/// What a player does who has made two decisions before either could be sent: the later one's keys,
-/// the mouse counts of both, and a jump that either asks for.
+/// Makes one of two decisions when neither has been sent yet: the later one's keys, the mouse
+/// counts of both, and a jump that either asks for.
 Controls combined(const Controls& earlier, const Controls& later);
 
-/// Bots at play in any number of rooms, in one thread. Who is not let in, or is dropped, tries
-/// again after a while.
+/// Bots at play in any number of rooms, in one thread. A bot that is not let in, or is dropped,
+/// tries again after a while.
 class Play {
   public:
     /// @param roadmap  must outlive the play, and so must its map
@@ -80,7 +80,7 @@ class Play {
         int failures = 0;
     };
 
-    /// What was last told of a room.
+    /// The last notes about a room.
     struct Told {
         std::string trouble;
         bool otherArena = false;

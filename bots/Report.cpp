@@ -1,14 +1,12 @@
 #include "bots/Report.h"
 
 #include "arena/Map.h"
+#include "common/Decimals.h"
+#include "common/Json.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <iomanip>
-#include <nlohmann/json.hpp>
 #include <ostream>
-#include <sstream>
 
 namespace drench::bots {
 
@@ -16,18 +14,8 @@ namespace {
 
 using nlohmann::ordered_json;
 
-/// Shares of the gaps between snapshots.
-constexpr double typical = 0.50;
-constexpr double nearlyAll = 0.99;
-
 double cubesOf(double worldUnits) {
     return worldUnits / arena::cubeEdge;
-}
-
-std::string fixed(double value, int digits) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(digits) << value;
-    return text.str();
 }
 
 constexpr std::array<const char*, 11> headings = {
@@ -41,14 +29,14 @@ Row rowOf(const std::string& name, const Tally& tally, std::optional<double> rou
     return {name,
             std::to_string(tally.soaks),
             std::to_string(tally.deaths),
-            accuracy ? fixed(100.0 * *accuracy, 0) + " %" : "-",
-            fixed(cubesOf(tally.distance), 0),
+            accuracy ? decimals(100.0 * *accuracy, 0) + " %" : "-",
+            decimals(cubesOf(tally.distance), 0),
             std::to_string(tally.snapshots),
             std::to_string(tally.snapshotsMissed),
-            fixed(tally.gaps.percentile(typical), 1),
-            fixed(tally.gaps.percentile(nearlyAll), 1),
-            fixed(tally.gaps.longest(), 1),
-            roundTrip ? fixed(*roundTrip, 2) : "-"};
+            decimals(tally.gaps.percentile(typical), 1),
+            decimals(tally.gaps.percentile(nearlyAll), 1),
+            decimals(tally.gaps.longest(), 1),
+            decimals(roundTrip, 2)};
 }
 
 void writeRows(std::ostream& out, const std::vector<Row>& rows) {
@@ -69,30 +57,18 @@ std::string plural(std::size_t count, const std::string& noun) {
     return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
-ordered_json jsonOf(const Tally& tally) {
-    ordered_json json = {{"joined", tally.joined},
-                         {"soaks", tally.soaks},
-                         {"deaths", tally.deaths},
-                         {"bursts", tally.bursts},
-                         {"burstsThatSoaked", tally.burstsThatSoaked},
-                         {"accuracy", nullptr},
-                         {"distanceCubes", cubesOf(tally.distance)},
-                         {"snapshots", tally.snapshots},
-                         {"snapshotsMissed", tally.snapshotsMissed},
-                         {"gapMilliseconds",
-                          {{"p50", tally.gaps.percentile(typical)},
-                           {"p99", tally.gaps.percentile(nearlyAll)},
-                           {"max", tally.gaps.longest()}}},
-                         {"roundTripMilliseconds", nullptr}};
-    if (const std::optional<double> accuracy = tally.accuracy())
-        json["accuracy"] = *accuracy;
-    return json;
-}
-
-ordered_json withRoundTrip(ordered_json json, std::optional<double> roundTrip) {
-    if (roundTrip)
-        json["roundTripMilliseconds"] = *roundTrip;
-    return json;
+ordered_json tallyJson(const Tally& tally, std::optional<double> roundTrip) {
+    return {{"joined", tally.joined},
+            {"soaks", tally.soaks},
+            {"deaths", tally.deaths},
+            {"bursts", tally.bursts},
+            {"burstsThatSoaked", tally.burstsThatSoaked},
+            {"accuracy", jsonOf(tally.accuracy())},
+            {"distanceCubes", cubesOf(tally.distance)},
+            {"snapshots", tally.snapshots},
+            {"snapshotsMissed", tally.snapshotsMissed},
+            {"gapMilliseconds", jsonOf(tally.gaps)},
+            {"roundTripMilliseconds", jsonOf(roundTrip)}};
 }
 
 } // namespace
@@ -130,10 +106,10 @@ std::string Report::worstRoom() const {
     double longest = 0.0;
     for (const std::string& room : rooms) {
         const Tally tally = total(room);
-        const double gap = tally.gaps.percentile(nearlyAll);
-        if (tally.gaps.count() > 0 && (worst.empty() || gap > longest)) {
+        const std::optional<double> gap = tally.gaps.percentile(nearlyAll);
+        if (gap && (worst.empty() || *gap > longest)) {
             worst = room;
-            longest = gap;
+            longest = *gap;
         }
     }
     return worst;
@@ -151,7 +127,7 @@ std::optional<double> Report::medianRoundTrip() const {
 void writeTable(std::ostream& out, const Report& report) {
     out << plural(report.playersEntered(), "player") << " in "
         << (report.rooms.size() == 1 ? report.rooms.front() : plural(report.roomsEntered(), "room"))
-        << " for " << fixed(report.seconds, 1) << " s";
+        << " for " << decimals(report.seconds, 1) << " s";
     if (report.bots)
         out << ", skill " << report.bots->skill << ", seed " << report.bots->seed;
     out << '\n';
@@ -191,12 +167,11 @@ void writeJson(std::ostream& out, const Report& report) {
         json["worstRoom"] = worst;
     for (const PlayerReport& player : report.players) {
         ordered_json line = {{"room", player.room}, {"name", player.name}};
-        line.update(withRoundTrip(jsonOf(player.tally), player.tally.roundTrip));
+        line.update(tallyJson(player.tally, player.tally.roundTrip));
         json["players"].push_back(line);
     }
-    json["total"] = withRoundTrip(jsonOf(report.total()), report.medianRoundTrip());
-    // File names are bytes and need not be UTF-8.
-    out << json.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
+    json["total"] = tallyJson(report.total(), report.medianRoundTrip());
+    drench::writeJson(out, json);
 }
 
 } // namespace drench::bots

@@ -9,7 +9,7 @@
 
 namespace drench::bots {
 
-/// What has become of one player.
+/// The results of one player.
 struct PlayerReport {
     /// Its room as the user named it: "localhost:5000".
     std::string room;
@@ -17,14 +17,14 @@ struct PlayerReport {
     Tally tally;
 };
 
-/// What makes bots play as they do.
+/// The choices of the user that decide how bots play.
 struct BotSettings {
     std::string arena;
     std::uint64_t seed = 0;
     double skill = 0.0;
 };
 
-/// What a run was, and what came of it.
+/// A run and its results.
 struct Report {
     /// Absent when a script played.
     std::optional<BotSettings> bots;

@@ -2,11 +2,11 @@
 
 #include "arena/MapText.h"
 #include "common/Files.h"
+#include "common/NumberIn.h"
 #include "src/Messages.h"
 
 #include <array>
-#include <charconv>
-#include <limits>
+#include <optional>
 #include <string_view>
 
 namespace drench::bots {
@@ -28,7 +28,7 @@ constexpr std::array<KeyName, 5> keyNames = {{{"forward", keyIndex::forward},
                                               {"right", keyIndex::right},
                                               {"fire", keyIndex::shoot}}};
 
-/// What has not been read yet of one line.
+/// The part of a line that has not been read yet.
 class Line {
   public:
     Line(std::string_view text, std::string place) : rest_(text), place_(std::move(place)) {
@@ -53,11 +53,10 @@ class Line {
     template<class Number>
     Number number(const std::string& name) {
         const std::string_view text = word();
-        Number value{};
-        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-        if (error != std::errc() || end != text.data() + text.size())
+        const std::optional<Number> value = numberIn<Number>(text);
+        if (!value)
             fail(quoted(text) + " stands where " + name + " belongs, a whole number");
-        return value;
+        return *value;
     }
 
     std::string_view rest() {

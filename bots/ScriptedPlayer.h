@@ -10,7 +10,7 @@
 
 namespace drench::bots {
 
-/// What came of a script.
+/// The outcome of a script.
 struct ScriptedRun {
     PlayerReport player;
 

@@ -10,7 +10,7 @@
 
 namespace drench::bots {
 
-/// What is counted of a player, over all its times in the room.
+/// The counts of one player, over all its times in the room.
 struct Tally {
     /// Times that the room let it in.
     long joined = 0;

@@ -18,21 +18,31 @@ using arena::ImagePoint;
 /// World units between the points of a track: half a cube.
 constexpr float stride = 32.0f;
 
-// Dark, and apart from each other and from the colours of floors also for who sees no red.
+/// Dark, and apart from each other and from the colours of floors, also for people who see no red.
 constexpr Colour colours[] = {{206, 56, 12}, {24, 24, 28}, {140, 20, 160}, {0, 72, 190}};
 
-/// How much paler than topPicture everything below the tracks is.
+/// The share of white in everything below the tracks, which makes it paler than topPicture does.
 constexpr double paleness = 0.3;
 
-/// Widths in cells, and the least of them in pixels.
+/// The width of a track, in cells.
 constexpr double lineWidth = 0.08;
+
+/// Pixels; a track is never thinner.
 constexpr double leastLineWidth = 1.2;
+
+/// The radius of a drop, in cells.
 constexpr double dropRadius = 0.28;
+
+/// Pixels; a drop is never smaller.
 constexpr double leastDropRadius = 3.0;
 
-// Of the names below the map, in dots of their text.
+/// The height of the strip with the names below the map, in dots of their text.
 constexpr int legendHeight = 20;
+
+/// The length of a track's sample before its name, in dots.
 constexpr int swatchWidth = 16;
+
+/// From one name to the next sample, in dots.
 constexpr int entryGap = 12;
 
 Colour colourOf(std::size_t track) {

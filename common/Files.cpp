@@ -1,5 +1,7 @@
 #include "common/Files.h"
 
+#include "common/Descriptor.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -22,18 +24,6 @@ constexpr off_t largestFile = off_t{64} << 20;
 [[noreturn]] void failWithReason(const std::string& path, const std::string& what) {
     fail(path, what + " (" + std::strerror(errno) + ")");
 }
-
-/// A descriptor that is closed at the end of its scope.
-struct Descriptor {
-    int number;
-    explicit Descriptor(int opened) : number(opened) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (number >= 0)
-            close(number);
-    }
-};
 
 bool writeAll(int descriptor, const std::string& bytes) {
     std::size_t written = 0;
@@ -70,7 +60,7 @@ std::string linkTarget(const std::string& path) {
     return target.string();
 }
 
-/// What stands at a path that is to be written; nothing where a file would be new.
+/// The file at a path that is to be written; nothing where it would be new.
 std::optional<struct stat> fileToReplace(const std::string& path) {
     struct stat existing {};
     if (stat(path.c_str(), &existing) != 0) {

@@ -20,7 +20,7 @@ void GapHistogram::add(const GapHistogram& other) {
     longest_ = std::max(longest_, other.longest_);
 }
 
-double GapHistogram::percentile(double share) const {
+std::optional<double> GapHistogram::percentile(double share) const {
     const double rank = std::ceil(share * static_cast<double>(count_));
     std::uint64_t before = 0;
     for (const auto& [tenth, count] : tenths_) {
@@ -28,7 +28,7 @@ double GapHistogram::percentile(double share) const {
         if (static_cast<double>(before) >= rank)
             return static_cast<double>(tenth) / 10.0;
     }
-    return 0.0;
+    return std::nullopt;
 }
 
 } // namespace drench

@@ -3,8 +3,15 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <optional>
 
 namespace drench {
+
+/// The share of gaps that the median does not exceed.
+constexpr double typical = 0.50;
+
+/// A share that leaves out what happens once in a hundred times.
+constexpr double nearlyAll = 0.99;
 
 /// How often gaps of each length came, to a tenth of a millisecond. Takes no more memory for more
 /// gaps of the same lengths.
@@ -17,11 +24,13 @@ class GapHistogram {
     std::uint64_t count() const { return count_; }
 
     /// The length in milliseconds, rounded to a tenth, that this share of the gaps does not exceed:
-    /// the nearest rank, so that some gap had it. 0 when there are no gaps.
-    double percentile(double share) const;
+    /// the nearest rank, so that some gap had it. Nothing when there are no gaps.
+    std::optional<double> percentile(double share) const;
 
-    /// The longest gap in milliseconds; not rounded.
-    double longest() const { return longest_; }
+    /// The longest gap in milliseconds, not rounded; nothing when there are no gaps.
+    std::optional<double> longest() const {
+        return count_ > 0 ? std::optional(longest_) : std::nullopt;
+    }
 
   private:
     std::map<long, std::uint64_t> tenths_;

@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+namespace drench {
+
 /// Set by the first SIGINT or SIGTERM after listenForSignals().
 inline volatile std::sig_atomic_t stopAsked = 0;
 
@@ -13,3 +15,5 @@ inline void listenForSignals() {
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
 }
+
+} // namespace drench

@@ -11,15 +11,15 @@ namespace drench::lag {
 using client::Time;
 using Duration = client::Clock::duration;
 
-/// What one direction of a line does to its datagrams. All zero: passes them on at once.
+/// How one direction of a line treats its datagrams. All zero: passes them on at once.
 struct Settings {
     /// How long every datagram takes at least.
     Duration delay{0};
 
-    /// The most that is added to the delay, drawn evenly for each datagram. It is a queue that
-    /// grows and shrinks: nobody overtakes in it, so who drew less than is left of the one before
-    /// waits for that one. Where datagrams follow each other more closely than the jitter, delays
-    /// therefore lie above the even draw, yet never above delay + jitter.
+    /// The most that is added to the delay, drawn evenly for each datagram. Jitter never reorders:
+    /// a datagram that would overtake the one before waits for it, as in a queue. Where datagrams
+    /// follow each other more closely than the jitter, delays therefore lie above the even draw,
+    /// yet never above delay + jitter.
     Duration jitter{0};
 
     /// The share of datagrams lost, 0 to 1.
@@ -43,12 +43,12 @@ struct Settings {
 /// through between two bursts.
 double mostLoss(double meanBurst);
 
-/// What becomes of one datagram.
+/// The decision about one datagram.
 struct Fate {
     /// 0: lost. 2: duplicated.
     int copies;
 
-    /// When the copies go on.
+    /// The moment at which the copies go on.
     Time due;
 };
 
@@ -73,7 +73,7 @@ class Impairment {
     double becomesGood_;
     bool isBad_;
 
-    /// When the last one in the queue leaves it.
+    /// The moment at which the last datagram leaves the queue.
     Time queueEnd_ = Time::min();
 };
 

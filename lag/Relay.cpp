@@ -30,40 +30,37 @@ std::string failed(const std::string& what) {
     return what + ": " + std::strerror(errno);
 }
 
-} // namespace
-
-Relay::Socket::Socket()
-    : descriptor(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
-    if (descriptor < 0)
+int openSocket() {
+    const int opened = socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (opened < 0)
         throw std::runtime_error(failed("no socket"));
+    return opened;
 }
 
-Relay::Socket::~Socket() {
-    close(descriptor);
-}
+} // namespace
 
 Relay::Relay(std::uint16_t port, const sockaddr_in& room, const Settings& up, const Settings& down,
              std::uint64_t seed, std::function<void(const std::string&)> note)
-    : room_(room), upSettings_(up), downSettings_(down), chance_(seed), note_(std::move(note)),
-      buffer_(largestDatagram) {
+    : towardsClients_(openSocket()), room_(room), upSettings_(up), downSettings_(down),
+      chance_(seed), note_(std::move(note)), buffer_(largestDatagram) {
     sockaddr_in own = {};
     own.sin_family = AF_INET;
     own.sin_port = htons(port);
-    if (bind(towardsClients_.descriptor, generic(own), sizeof own) != 0)
+    if (bind(towardsClients_.number, generic(own), sizeof own) != 0)
         throw std::runtime_error(failed("port " + std::to_string(port)));
     socklen_t length = sizeof own;
-    getsockname(towardsClients_.descriptor, reinterpret_cast<sockaddr*>(&own), &length);
+    getsockname(towardsClients_.number, reinterpret_cast<sockaddr*>(&own), &length);
     port_ = ntohs(own.sin_port);
 
     // Only an address of this machine can be bound to.
     sockaddr_in onRoomsHost = room;
     onRoomsHost.sin_port = 0;
-    const Socket probe;
+    const Descriptor probe(openSocket());
     if (room.sin_port == own.sin_port &&
-        bind(probe.descriptor, generic(onRoomsHost), sizeof onRoomsHost) == 0)
+        bind(probe.number, generic(onRoomsHost), sizeof onRoomsHost) == 0)
         throw std::runtime_error("port " + std::to_string(port_) +
                                  ": the room cannot be the relay itself");
-    polled_.push_back({towardsClients_.descriptor, POLLIN, 0});
+    polled_.push_back({towardsClients_.number, POLLIN, 0});
 }
 
 Time Relay::wakeAt() const {
@@ -97,8 +94,8 @@ void Relay::receiveFromClients(Time now) {
     for (int i = 0; i < datagramsPerService; ++i) {
         sockaddr_in from = {};
         socklen_t size = sizeof from;
-        const ssize_t length = recvfrom(towardsClients_.descriptor, buffer_.data(), buffer_.size(),
-                                        0, reinterpret_cast<sockaddr*>(&from), &size);
+        const ssize_t length = recvfrom(towardsClients_.number, buffer_.data(), buffer_.size(), 0,
+                                        reinterpret_cast<sockaddr*>(&from), &size);
         if (length < 0)
             return;
         const std::shared_ptr<Client> client = clientAt(from, now);
@@ -109,8 +106,7 @@ void Relay::receiveFromClients(Time now) {
 
 void Relay::receiveFromRoom(const std::shared_ptr<Client>& client, Time now) {
     for (int i = 0; i < datagramsPerService; ++i) {
-        const ssize_t length =
-            recv(client->towardsRoom.descriptor, buffer_.data(), buffer_.size(), 0);
+        const ssize_t length = recv(client->towardsRoom.number, buffer_.data(), buffer_.size(), 0);
         if (length >= 0)
             take(Direction::down, client, static_cast<std::size_t>(length), now);
         else if (errno == ECONNREFUSED)
@@ -142,15 +138,16 @@ std::shared_ptr<Relay::Client> Relay::letThrough(const sockaddr_in& address, Tim
     if (clients_.size() >= mostClients)
         throw std::runtime_error(std::to_string(mostClients) +
                                  " clients are here; more are not let through");
-    std::shared_ptr<Client> client(new Client{address,
-                                              {},
-                                              {Impairment(upSettings_, chance_.bits())},
-                                              {Impairment(downSettings_, chance_.bits())},
-                                              now});
+    std::shared_ptr<Client> client(
+        new Client{.address = address,
+                   .towardsRoom = Descriptor(openSocket()),
+                   .up = {.impairment = Impairment(upSettings_, chance_.bits())},
+                   .down = {.impairment = Impairment(downSettings_, chance_.bits())},
+                   .lastHeard = now});
     // Connected, so that datagrams from elsewhere never reach it.
-    if (connect(client->towardsRoom.descriptor, generic(room_), sizeof room_) != 0)
+    if (connect(client->towardsRoom.number, generic(room_), sizeof room_) != 0)
         throw std::runtime_error(failed("no way to the room"));
-    polled_.push_back({client->towardsRoom.descriptor, POLLIN, 0});
+    polled_.push_back({client->towardsRoom.number, POLLIN, 0});
     clients_.push_back(client);
     ++clientsSeen_;
     return client;
@@ -166,8 +163,14 @@ void Relay::take(Direction direction, const std::shared_ptr<Client>& client, std
     if (fate.copies == 0)
         ++traffic.lost;
     for (int copy = 0; copy < fate.copies; ++copy)
-        keep({fate.due, datagramsKept_++, direction, copy > 0, line.received, now, client,
-              std::string(buffer_.data(), length)});
+        keep({.due = fate.due,
+              .order = datagramsKept_++,
+              .direction = direction,
+              .isCopy = copy > 0,
+              .number = line.received,
+              .arrival = now,
+              .client = client,
+              .bytes = std::string(buffer_.data(), length)});
 }
 
 void Relay::keep(Datagram datagram) {
@@ -210,11 +213,11 @@ bool Relay::send(const Datagram& datagram) {
     const Client& client = *datagram.client;
     const std::string& bytes = datagram.bytes;
     if (datagram.direction == Direction::down)
-        return sendto(towardsClients_.descriptor, bytes.data(), bytes.size(), 0,
+        return sendto(towardsClients_.number, bytes.data(), bytes.size(), 0,
                       generic(client.address), sizeof client.address) >= 0;
     // A refusal is that of an earlier datagram; this one has not been tried yet.
     for (int tries = 0; tries < 2; ++tries) {
-        if (::send(client.towardsRoom.descriptor, bytes.data(), bytes.size(), 0) >= 0)
+        if (::send(client.towardsRoom.number, bytes.data(), bytes.size(), 0) >= 0)
             return true;
         if (errno != ECONNREFUSED)
             return false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/Descriptor.h"
 #include "lag/Impairment.h"
 #include "lag/TrafficReport.h"
 
@@ -58,15 +59,6 @@ class Relay {
     const Traffic& down() const { return down_; }
 
   private:
-    struct Socket {
-        Socket();
-        ~Socket();
-        Socket(const Socket&) = delete;
-        Socket& operator=(const Socket&) = delete;
-
-        int descriptor;
-    };
-
     /// One direction of one client's line.
     struct Line {
         Impairment impairment;
@@ -78,7 +70,7 @@ class Relay {
 
     struct Client {
         sockaddr_in address;
-        Socket towardsRoom;
+        Descriptor towardsRoom;
         Line up;
         Line down;
         Time lastHeard;
@@ -118,7 +110,7 @@ class Relay {
 
     Traffic& trafficOf(Direction direction) { return direction == Direction::up ? up_ : down_; }
 
-    Socket towardsClients_;
+    Descriptor towardsClients_;
     int port_ = 0;
     sockaddr_in room_;
     Settings upSettings_;
@@ -126,7 +118,8 @@ class Relay {
     Chance chance_;
     std::function<void(const std::string&)> note_;
 
-    /// What wait() looks at: the socket for clients, then those of `clients_`, in their order.
+    /// The sockets that wait() looks at: the one for clients, then those of `clients_`, in their
+    /// order.
     std::vector<pollfd> polled_;
     std::vector<std::shared_ptr<Client>> clients_;
     std::uint64_t clientsSeen_ = 0;

@@ -1,8 +1,11 @@
 #include "lag/TrafficReport.h"
 
+#include "common/Decimals.h"
+#include "common/Json.h"
+
 #include <array>
 #include <iomanip>
-#include <nlohmann/json.hpp>
+#include <optional>
 #include <ostream>
 
 namespace drench::lag {
@@ -10,10 +13,6 @@ namespace drench::lag {
 namespace {
 
 using nlohmann::ordered_json;
-
-/// Shares of the delays.
-constexpr double typical = 0.50;
-constexpr double nearlyAll = 0.99;
 
 constexpr std::array<const char*, 8> headings = {
     "in", "out", "lost", "duplicated", "reordered", "delay p50", "delay p99", "longest"};
@@ -34,9 +33,10 @@ void writeRow(std::ostream& out, const char* direction, const Traffic& traffic) 
     for (const std::uint64_t count :
          {traffic.in, traffic.out, traffic.lost, traffic.duplicated, traffic.reordered})
         out << std::setw(11) << count;
-    for (const double delay : {traffic.delays.percentile(typical),
-                               traffic.delays.percentile(nearlyAll), traffic.delays.longest()})
-        out << std::setw(11) << delay;
+    for (const std::optional<double> delay :
+         {traffic.delays.percentile(typical), traffic.delays.percentile(nearlyAll),
+          traffic.delays.longest()})
+        out << std::setw(11) << decimals(delay, 1);
     out << '\n';
 }
 
@@ -45,21 +45,18 @@ void writeWord(std::ostream& out, std::uint64_t count, const char* word) {
         out << count << ' ' << word << '\n';
 }
 
-ordered_json jsonOf(const Settings& settings) {
-    ordered_json json = {{"delayMilliseconds", milliseconds(settings.delay)},
-                         {"jitterMilliseconds", milliseconds(settings.jitter)},
-                         {"loss", settings.loss},
-                         {"meanBurst", nullptr},
-                         {"duplication", settings.duplication},
-                         {"reordering", settings.reordering},
-                         {"heldBackMilliseconds", milliseconds(settings.heldBack)}};
-    if (settings.meanBurst)
-        json["meanBurst"] = *settings.meanBurst;
-    return json;
+ordered_json settingsJson(const Settings& settings) {
+    return {{"delayMilliseconds", milliseconds(settings.delay)},
+            {"jitterMilliseconds", milliseconds(settings.jitter)},
+            {"loss", settings.loss},
+            {"meanBurst", jsonOf(settings.meanBurst)},
+            {"duplication", settings.duplication},
+            {"reordering", settings.reordering},
+            {"heldBackMilliseconds", milliseconds(settings.heldBack)}};
 }
 
-ordered_json jsonOf(const Traffic& traffic, const Settings& settings) {
-    return {{"settings", jsonOf(settings)},
+ordered_json trafficJson(const Traffic& traffic, const Settings& settings) {
+    return {{"settings", settingsJson(settings)},
             {"in", traffic.in},
             {"out", traffic.out},
             {"lost", traffic.lost},
@@ -67,18 +64,14 @@ ordered_json jsonOf(const Traffic& traffic, const Settings& settings) {
             {"reordered", traffic.reordered},
             {"overflowed", traffic.overflowed},
             {"unsent", traffic.unsent},
-            {"delayMilliseconds",
-             {{"p50", traffic.delays.percentile(typical)},
-              {"p99", traffic.delays.percentile(nearlyAll)},
-              {"max", traffic.delays.longest()}}}};
+            {"delayMilliseconds", jsonOf(traffic.delays)}};
 }
 
 } // namespace
 
 void writeTable(std::ostream& out, const Report& report) {
-    out << std::fixed << std::setprecision(1) << report.clients
-        << (report.clients == 1 ? " client" : " clients") << " to " << report.room << " for "
-        << report.seconds << " s, seed " << report.seed << '\n';
+    out << report.clients << (report.clients == 1 ? " client" : " clients") << " to " << report.room
+        << " for " << decimals(report.seconds, 1) << " s, seed " << report.seed << '\n';
     writeHeadings(out);
     writeRow(out, "up", report.up);
     writeRow(out, "down", report.down);
@@ -97,10 +90,9 @@ void writeJson(std::ostream& out, const Report& report) {
                                {"clients", report.clients},
                                {"refusals", report.refusals},
                                {"waiting", report.waiting},
-                               {"up", jsonOf(report.up, report.upSettings)},
-                               {"down", jsonOf(report.down, report.downSettings)}};
-    // Names of hosts are bytes and need not be UTF-8.
-    out << json.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
+                               {"up", trafficJson(report.up, report.upSettings)},
+                               {"down", trafficJson(report.down, report.downSettings)}};
+    drench::writeJson(out, json);
 }
 
 } // namespace drench::lag

@@ -10,14 +10,14 @@
 
 namespace drench::lag {
 
-/// What passed in one direction, over all clients. Counted in datagrams.
+/// The datagrams of one direction, over all clients.
 struct Traffic {
     std::uint64_t in = 0;
 
-    /// Those that went on, copies included.
+    /// Those that went on, with the copies.
     std::uint64_t out = 0;
 
-    /// As the settings ask for.
+    /// Those that the settings had it lose.
     std::uint64_t lost = 0;
 
     /// Copies that went on behind their originals.
@@ -26,8 +26,10 @@ struct Traffic {
     /// Those that went on after one that had come in later, as in RFC 4737; copies do not count.
     std::uint64_t reordered = 0;
 
-    /// Thrown away because too much was waiting already, and those that the system did not send.
+    /// Thrown away because too much was waiting already.
     std::uint64_t overflowed = 0;
+
+    /// Those that the system did not send.
     std::uint64_t unsent = 0;
 
     /// From coming in to going on.

@@ -1,24 +1,26 @@
 #include "arena/ArenaFile.h"
 #include "arena/picture/Png.h"
+#include "bots/Chart.h"
 #include "bots/Play.h"
 #include "bots/Report.h"
-#include "bots/Chart.h"
 #include "bots/Script.h"
 #include "bots/ScriptedPlayer.h"
 #include "bots/Tracks.h"
 #include "common/Console.h"
+#include "common/Decimals.h"
 #include "common/Files.h"
-#include "common/NumberIn.h"
 #include "common/StopSignals.h"
+#include "common/Timekeeper.h"
 #include "src/FilePath.h"
-#include "tools/RoomArgument.h"
+#include "tools/Arguments.h"
 
 #include <CLI/CLI.hpp>
-#include <arpa/inet.h>
 #include <array>
 #include <chrono>
+#include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <limits>
 #include <random>
 #include <sstream>
 #include <string>
@@ -32,24 +34,21 @@ namespace {
 
 using client::Clock;
 
+// Exit statuses, beside notUsable.
 constexpr int played = 0;
 constexpr int nobodyGotIn = 1;
-constexpr int notUsable = 2;
 
-constexpr int largestPort = 65535;
-
-/// Of four sockets each, which keeps below the usual limit of 1024 descriptors.
-constexpr int mostRooms = 250;
-
-/// Of a picture that shows anything, in pixels.
+/// Pixels; a smaller picture shows nothing.
 constexpr int smallestSide = 100;
 
-/// Seconds; some months.
-constexpr double longestRun = 1e7;
-
-/// What the server keeps of a name, and what of it leaves room for a number.
+/// The server keeps so many characters of a name.
 constexpr std::size_t longestName = sizeof PlayerUpdate::name - 1;
+
+/// A blank and a number fit behind a name of this length.
 constexpr std::size_t longestNumberedName = longestName - 2;
+
+/// How often the live line is rewritten.
+constexpr std::chrono::seconds livePeriod{1};
 
 struct Options {
     std::string target = "localhost:5000";
@@ -68,64 +67,14 @@ struct Options {
     bool quiet = false;
 };
 
-/// The ports A to B of a host.
-std::vector<client::RoomAddress> addressesOf(const std::string& host, const std::string& ports) {
-    const client::RoomAddress first = roomAt(host);
-    int from = 0;
-    int to = 0;
-    char dash = 0;
-    std::istringstream text(ports);
-    if (!(text >> from >> dash >> to) || dash != '-' || !text.eof() || from < 1 || to < from ||
-        to > largestPort)
-        throw InputError("--rooms " + ports + ": not two ports as in 5000-5063");
-    if (to - from >= mostRooms)
-        throw InputError("--rooms " + ports + ": more than " + std::to_string(mostRooms) +
-                         " rooms");
-    if (host.find(':') != std::string::npos)
-        throw InputError("--rooms " + ports + ": " + host + " must not name a port as well");
-    std::vector<client::RoomAddress> rooms;
-    for (int port = from; port <= to; ++port) {
-        rooms.push_back(first);
-        rooms.back().name = host + ':' + std::to_string(port);
-        rooms.back().address.sin_port = htons(static_cast<std::uint16_t>(port));
-    }
-    return rooms;
-}
-
-Clock::duration inSeconds(double seconds) {
-    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
-}
-
-double secondsSince(client::Time start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-/// Whether nobody has asked to stop and the time is not over yet.
-class Timekeeper {
-  public:
-    explicit Timekeeper(double seconds)
-        : end_(seconds > 0.0 ? start_ + inSeconds(seconds) : client::Time::max()) {}
-
-    bool goesOn() const { return stopAsked == 0 && Clock::now() < end_; }
-    client::Time end() const { return end_; }
-    double elapsed() const { return secondsSince(start_); }
-
-  private:
-    client::Time start_ = Clock::now();
-    client::Time end_;
-};
-
 std::string liveLine(const bots::Standing& now, std::uint64_t snapshotsBefore, double seconds) {
     std::ostringstream line;
     line << std::fixed << std::setprecision(1);
     const double perPlayer = static_cast<double>(now.snapshots - snapshotsBefore) /
                              static_cast<double>(std::max<std::size_t>(now.playing, 1));
     line << perPlayer / seconds << " ticks/s   round trip ";
-    if (now.medianRoundTrip)
-        line << std::setprecision(2) << *now.medianRoundTrip << " ms";
-    else
-        line << '-';
-    line << "   soaks " << now.soaks << "   playing " << now.playing << " of " << now.players;
+    line << decimals(now.medianRoundTrip, 2) << (now.medianRoundTrip ? " ms" : "") << "   soaks "
+         << now.soaks << "   playing " << now.playing << " of " << now.players;
     return line.str();
 }
 
@@ -134,8 +83,6 @@ int writeReport(const bots::Report& report, const Options& options) {
         bots::writeJson(std::cout, report);
     else if (!options.quiet)
         bots::writeTable(std::cout, report);
-    if (!std::cout.flush())
-        throw InputError("the report cannot be written");
     return report.playersEntered() > 0 ? played : nobodyGotIn;
 }
 
@@ -172,10 +119,29 @@ bots::Roadmap chartArena(MapManager& map, Console& console) {
     return roadmap;
 }
 
+/// Lets the bots play until the time is over or somebody asks to stop, and has them leave.
+void playOn(bots::Play& play, const Timekeeper& timekeeper, Console& console) {
+    client::Time shown = Clock::now();
+    std::uint64_t snapshotsShown = 0;
+    while (timekeeper.goesOn()) {
+        play.step(std::min(timekeeper.end(), shown + livePeriod));
+        const client::Time now = Clock::now();
+        if (now < shown + livePeriod)
+            continue;
+        const bots::Standing standing = play.standing();
+        console.show(
+            liveLine(standing, snapshotsShown, std::chrono::duration<double>(now - shown).count()));
+        shown = now;
+        snapshotsShown = standing.snapshots;
+    }
+    play.leave();
+    console.clear();
+}
+
 int playBots(const Options& options) {
     const std::vector<client::RoomAddress> rooms = options.rooms.empty()
                                                        ? std::vector{roomAt(options.target)}
-                                                       : addressesOf(options.target, options.rooms);
+                                                       : roomsAt(options.target, options.rooms);
     arena::ArenaFile arena = arena::readWholeArena(options.arena);
     if (!options.tracks.empty())
         requireWritable(options.tracks);
@@ -184,24 +150,14 @@ int playBots(const Options& options) {
 
     listenForSignals();
     const Timekeeper timekeeper(options.seconds);
-    bots::Play play(
-        roadmap, rooms,
-        {options.players, options.skill, options.seed, options.name, !options.tracks.empty()},
-        [&](const std::string& note) { console.note(note); });
-    constexpr std::chrono::seconds livePeriod{1};
-    client::Time shown = Clock::now();
-    std::uint64_t snapshotsShown = 0;
-    while (timekeeper.goesOn()) {
-        play.step(std::min(timekeeper.end(), shown + livePeriod));
-        if (Clock::now() >= shown + livePeriod) {
-            const bots::Standing standing = play.standing();
-            console.show(liveLine(standing, snapshotsShown, secondsSince(shown)));
-            shown = Clock::now();
-            snapshotsShown = standing.snapshots;
-        }
-    }
-    play.leave();
-    console.clear();
+    bots::Play play(roadmap, rooms,
+                    {.playersPerRoom = options.players,
+                     .skill = options.skill,
+                     .seed = options.seed,
+                     .name = options.name,
+                     .keepTracks = !options.tracks.empty()},
+                    [&](const std::string& note) { console.note(note); });
+    playOn(play, timekeeper, console);
 
     bots::Report report;
     report.bots = {options.arena, options.seed, options.skill};
@@ -232,105 +188,96 @@ constexpr char scriptHelp[] =
     "Exit status: 0 after playing, 1 when nobody got in anywhere or a script's player was out "
     "before its end, 2 when the command line or a file cannot be used.";
 
-/// Accepts a number in a range, which a not-a-number is not.
-CLI::Validator between(double low, double high) {
-    return CLI::Validator(
-        [=](const std::string& text) {
-            const std::optional<double> value = numberIn<double>(text);
-            std::ostringstream words;
-            if (!value || !(*value >= low && *value <= high))
-                words << text << " is not from " << low << " to " << high;
-            return words.str();
-        },
-        "");
+/// The options that others exclude or need.
+struct Given {
+    CLI::Option* seed = nullptr;
+    CLI::Option* tracks = nullptr;
+    CLI::Option* size = nullptr;
+    CLI::Option* script = nullptr;
+    CLI::Option* record = nullptr;
+
+    /// Those that a script has no use for.
+    std::vector<CLI::Option*> ofBots;
+};
+
+Given addOptions(CLI::App& app, Options& options) {
+    app.set_version_flag("--version", "drench-bots " DRENCH_VERSION);
+    app.get_formatter()->column_width(30);
+    app.footer(scriptHelp);
+    app.add_option("room", options.target, "Where to play")
+        ->type_name("HOST[:PORT]")
+        ->default_str(options.target);
+    const auto option = [&](const char* name, auto& value, const char* description,
+                            const char* type) {
+        return app.add_option(name, value, description)->type_name(type);
+    };
+    Given given;
+    CLI::Option* players = option("--players", options.players, "Players in each room, 1 to 4", "N")
+                               ->check(numberBetween(1, maxPlayers))
+                               ->capture_default_str();
+    CLI::Option* skill = option("--skill", options.skill, "How well they play, 0 to 1", "X")
+                             ->check(numberBetween(0.0, 1.0))
+                             ->capture_default_str();
+    option("--seconds", options.seconds, "How long; 0 is until Ctrl-C", "S")
+        ->check(numberBetween(0.0, longestRun))
+        ->capture_default_str();
+    given.seed =
+        option("--seed", options.seed, "The number that their choices follow from", "K")
+            ->check(numberBetween(std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max()))
+            ->default_str("random");
+    CLI::Option* arena =
+        option("--arena", options.arena,
+               "What the server plays, if it is not the arena beside drench-bots: a map text, plan "
+               "or voxel file",
+               "FILE");
+    CLI::Option* rooms =
+        option("--rooms", options.rooms, "Play in the rooms at all these ports of HOST", "A-B");
+    option("--name", options.name, "Name of the players, before their numbers", "NAME");
+    app.add_flag("--json", options.json, "Print the report as one JSON object");
+    app.add_flag("--quiet", options.quiet, "Show no live line and no table");
+    given.tracks =
+        option("--tracks", options.tracks, "Draw where the players of the first room went", "PNG");
+    given.size = option("--size", options.size, "Width and height of that picture", "WxH")
+                     ->delimiter('x')
+                     ->check(numberBetween(smallestSide, arena::Image::largestSide))
+                     ->default_str("1280x1000");
+    given.script = option("--script", options.script,
+                          "Instead of bots, one player sends what stands here", "FILE");
+    given.record =
+        option("--record", options.record, "Write what that player sees of itself, as CSV", "FILE");
+    given.ofBots = {players, skill, given.seed, arena, rooms, given.tracks};
+    return given;
 }
 
-/// Accepts whole numbers that a seed can hold; a minus would be taken for a very large one.
-CLI::Validator seedNumber() {
-    return CLI::Validator(
-        [](const std::string& text) {
-            return numberIn<std::uint64_t>(text) ? std::string()
-                                                 : text + " is no whole number from 0 to 2^64 - 1";
-        },
-        "");
+/// Throws where options do not go together.
+void settleOptions(const Given& given, Options& options) {
+    for (const CLI::Option* ofBots : given.ofBots) {
+        if (!given.script->empty() && !ofBots->empty())
+            throw CLI::ExcludesError(ofBots->get_name(), "--script");
+    }
+    if (given.script->empty() && !given.record->empty())
+        throw CLI::RequiresError("--record", "--script");
+    if (given.tracks->empty() && !given.size->empty())
+        throw CLI::RequiresError("--size", "--tracks");
+    const std::string ending = std::filesystem::path(options.tracks).extension();
+    if (!ending.empty() && ending != ".png")
+        throw CLI::ValidationError("--tracks", options.tracks + ": writes PNG files only");
+    const std::size_t longest = given.script->empty() ? longestNumberedName : longestName;
+    if (options.name.size() > longest)
+        throw CLI::ValidationError("--name",
+                                   "has at most " + std::to_string(longest) + " characters");
+    if (given.seed->empty())
+        options.seed = std::random_device()();
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     CLI::App app("Players without people, for a match or as load.", "drench-bots");
-    app.set_version_flag("--version", "drench-bots " DRENCH_VERSION);
-    app.get_formatter()->column_width(30);
-    app.footer(scriptHelp);
-
     Options options;
-    app.add_option("room", options.target, "Where to play")
-        ->type_name("HOST[:PORT]")
-        ->default_str(options.target);
-    std::vector<CLI::Option*> ofBots;
-    const auto option = [&](const char* name, auto& value, const char* description,
-                            const char* type, std::vector<CLI::Option*>* kind = nullptr) {
-        CLI::Option* added = app.add_option(name, value, description)->type_name(type);
-        if (kind)
-            kind->push_back(added);
-        return added;
-    };
-    option("--players", options.players, "Players in each room, 1 to 4", "N", &ofBots)
-        ->check(between(1, maxPlayers))
-        ->capture_default_str();
-    option("--skill", options.skill, "How well they play, 0 to 1", "X", &ofBots)
-        ->check(between(0.0, 1.0))
-        ->capture_default_str();
-    option("--seconds", options.seconds, "How long; 0 is until Ctrl-C", "S")
-        ->check(between(0.0, longestRun))
-        ->capture_default_str();
-    CLI::Option* seed = option("--seed", options.seed, "What they choose by", "K", &ofBots)
-                            ->check(seedNumber())
-                            ->default_str("random");
-    option("--arena", options.arena,
-           "What the server plays, if it is not the arena beside drench-bots: a map text, plan or "
-           "voxel file",
-           "FILE", &ofBots);
-    option("--rooms", options.rooms, "Play in the rooms at all these ports of HOST", "A-B",
-           &ofBots);
-    option("--name", options.name, "Name of the players, before their numbers", "NAME");
-    app.add_flag("--json", options.json, "Print the report as one JSON object");
-    app.add_flag("--quiet", options.quiet, "Show no live line and no table");
-    CLI::Option* tracks = option("--tracks", options.tracks,
-                                 "Draw where the players of the first room went", "PNG", &ofBots);
-    CLI::Option* size = option("--size", options.size, "Width and height of that picture", "WxH")
-                            ->delimiter('x')
-                            ->check(between(smallestSide, arena::Image::largestSide))
-                            ->default_str("1280x1000");
-    CLI::Option* script = option("--script", options.script,
-                                 "Instead of bots, one player sends what stands here", "FILE");
-    CLI::Option* record =
-        option("--record", options.record, "Write what that player sees of itself, as CSV", "FILE");
-
-    try {
-        app.parse(argc, argv);
-        for (const CLI::Option* given : ofBots) {
-            if (!script->empty() && !given->empty())
-                throw CLI::ExcludesError(given->get_name(), "--script");
-        }
-        if (script->empty() && !record->empty())
-            throw CLI::RequiresError("--record", "--script");
-        if (tracks->empty() && !size->empty())
-            throw CLI::RequiresError("--size", "--tracks");
-        const std::size_t longest = script->empty() ? longestNumberedName : longestName;
-        if (options.name.size() > longest)
-            throw CLI::ValidationError("--name",
-                                       "has at most " + std::to_string(longest) + " characters");
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : notUsable;
-    }
-    if (seed->empty())
-        options.seed = std::random_device()();
-
-    try {
-        return script->empty() ? playBots(options) : playScript(options);
-    } catch (const std::exception& error) {
-        std::cerr << error.what() << '\n';
-        return notUsable;
-    }
+    const Given given = addOptions(app, options);
+    const auto settle = [&] { settleOptions(given, options); };
+    if (const std::optional<int> status = parseArguments(app, argc, argv, settle))
+        return *status;
+    return runTool([&] { return given.script->empty() ? playBots(options) : playScript(options); });
 }

@@ -1,21 +1,23 @@
 #include "common/Console.h"
 #include "common/NumberIn.h"
 #include "common/StopSignals.h"
+#include "common/Timekeeper.h"
 #include "lag/Relay.h"
 #include "lag/TrafficReport.h"
-#include "tools/RoomArgument.h"
+#include "tools/Arguments.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <iomanip>
 #include <iostream>
+#include <limits>
 #include <optional>
 #include <random>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <sys/prctl.h>
+#include <vector>
 
 using namespace drench;
 
@@ -25,23 +27,16 @@ namespace {
 
 using client::Clock;
 
-constexpr int relayed = 0;
-constexpr int notUsable = 2;
-
-constexpr int largestPort = 65535;
-
-/// Milliseconds; longer than a room waits for a player.
+/// Milliseconds; a room does not wait for a player as long.
 constexpr double longestDelay = 10000.0;
 
-/// Datagrams.
+/// The longest mean of datagrams lost one after the other.
 constexpr double longestBurst = 1000.0;
 
-/// Seconds; some months.
-constexpr double longestRun = 1e7;
-
+/// How often the live line is rewritten.
 constexpr std::chrono::seconds livePeriod{1};
 
-/// What was asked of one direction, or of both.
+/// The options of one direction, or of both.
 struct Asked {
     std::optional<double> delay;
     std::optional<double> jitter;
@@ -52,6 +47,19 @@ struct Asked {
     std::optional<double> reorderBy;
 };
 
+/// An option that can be asked of one direction or of both.
+struct LineOption {
+    const char* name;
+    std::optional<double> Asked::*value;
+    const char* type;
+    const char* description;
+    CLI::Validator check;
+
+    /// The option without which this one would do nothing; may be null.
+    const char* needed = nullptr;
+    std::optional<double> Asked::*neededValue = nullptr;
+};
+
 struct Options {
     int port = 0;
     std::string room = "localhost:5000";
@@ -59,55 +67,123 @@ struct Options {
     Asked up;
     Asked down;
     double seconds = 0.0;
-    std::uint64_t seed = 0;
+    std::uint64_t seed = std::random_device()();
     bool json = false;
     bool quiet = false;
 };
 
-/// The number in a text. Throws where there is none, or none in the range, as is a not-a-number.
-double numberBetween(const std::string& option, const std::string& text, double low, double high) {
-    const std::optional<double> number = numberIn<double>(text);
-    if (number && *number >= low && *number <= high)
-        return *number;
-    std::ostringstream words;
-    words << text << " is no number from " << low << " to " << high;
-    throw CLI::ValidationError(option, words.str());
+/// Accepts a share such as "2%", and turns it into that of one.
+CLI::Validator share() {
+    return CLI::Validator(
+        [](std::string& text) {
+            const bool isPercent = text.ends_with('%');
+            const std::optional<double> percent =
+                numberIn<double>(text.substr(0, text.size() - (isPercent ? 1 : 0)));
+            if (!percent || !(*percent >= 0.0 && *percent <= 100.0))
+                return text + " is no share from 0% to 100%";
+            if (!isPercent)
+                return text + " is no share: write " + text + '%';
+            std::ostringstream words;
+            words << std::setprecision(17) << *percent / 100.0;
+            text = words.str();
+            return std::string();
+        },
+        "");
 }
 
-/// The share that "2%" is of one.
-double shareIn(const std::string& option, const std::string& text) {
-    const std::optional<double> percent =
-        text.ends_with('%') ? numberIn<double>(text.substr(0, text.size() - 1)) : std::nullopt;
-    if (!percent || !(*percent >= 0.0 && *percent <= 100.0))
-        throw CLI::ValidationError(option, text + " is no share from 0% to 100%");
-    return *percent / 100.0;
+const std::vector<LineOption>& lineOptions() {
+    const auto milliseconds = numberBetween(0.0, longestDelay);
+    static const std::vector<LineOption> all = {
+        {.name = "delay",
+         .value = &Asked::delay,
+         .type = "MS",
+         .description = "How long every datagram takes",
+         .check = milliseconds},
+        {.name = "jitter",
+         .value = &Asked::jitter,
+         .type = "MS",
+         .description = "The most that is added to the delay, at random; nobody overtakes",
+         .check = milliseconds},
+        {.name = "loss",
+         .value = &Asked::loss,
+         .type = "P%",
+         .description = "How many datagrams get lost",
+         .check = share()},
+        {.name = "burst",
+         .value = &Asked::burst,
+         .type = "N",
+         .description = "How many get lost one after the other, on average",
+         .check = numberBetween(1.0, longestBurst),
+         .needed = "loss",
+         .neededValue = &Asked::loss},
+        {.name = "duplicate",
+         .value = &Asked::duplicate,
+         .type = "P%",
+         .description = "How many datagrams come twice",
+         .check = share()},
+        {.name = "reorder",
+         .value = &Asked::reorder,
+         .type = "P%",
+         .description = "How many datagrams are held back and overtaken",
+         .check = share()},
+        {.name = "reorder-by",
+         .value = &Asked::reorderBy,
+         .type = "MS",
+         .description = "How long they are held back; 50 unless said",
+         .check = milliseconds,
+         .needed = "reorder",
+         .neededValue = &Asked::reorder},
+    };
+    return all;
 }
 
 /// Adds the options of a line: those of both directions to the help, the others beside it.
 void addLineOptions(CLI::App& app, const std::string& prefix, Asked& asked) {
-    const auto add = [&](const std::string& name, std::optional<double>& value, const char* type,
-                         const char* description, auto read) {
-        const std::string option = prefix + name;
-        CLI::Option* added = app.add_option_function<std::string>(
-            option, [&value, option, read](const std::string& text) { value = read(option, text); },
-            description);
-        added->type_name(type)->group(prefix == "--" ? "Both directions" : "");
-    };
-    const auto milliseconds = [](const std::string& option, const std::string& text) {
-        return numberBetween(option, text, 0.0, longestDelay);
-    };
-    const auto datagrams = [](const std::string& option, const std::string& text) {
-        return numberBetween(option, text, 1.0, longestBurst);
-    };
-    add("delay", asked.delay, "MS", "How long every datagram takes", milliseconds);
-    add("jitter", asked.jitter, "MS",
-        "The most that is added to the delay, at random; nobody overtakes", milliseconds);
-    add("loss", asked.loss, "P%", "How many datagrams get lost", shareIn);
-    add("burst", asked.burst, "N", "How many get lost one after the other, on average", datagrams);
-    add("duplicate", asked.duplicate, "P%", "How many datagrams come twice", shareIn);
-    add("reorder", asked.reorder, "P%", "How many datagrams are held back and overtaken", shareIn);
-    add("reorder-by", asked.reorderBy, "MS", "How long they are held back; 50 unless said",
-        milliseconds);
+    for (const LineOption& option : lineOptions()) {
+        const std::string name = prefix + option.name;
+        // Not by CLI::Option::transform(): its errors do not name options that the help leaves out.
+        const auto take = [&asked, &option, name](std::string text) {
+            if (const std::string problem = option.check(text); !problem.empty())
+                throw CLI::ValidationError(name, problem);
+            asked.*option.value = numberIn<double>(text);
+        };
+        app.add_option_function<std::string>(name, take, option.description)
+            ->type_name(option.type)
+            ->group(prefix == "--" ? "Both directions" : "");
+    }
+}
+
+/// Throws where an option has been given that would change nothing.
+void refuseIdleOptions(const Options& options) {
+    const Asked* directions[] = {&options.up, &options.down};
+    const char* const prefixes[] = {"--up-", "--down-"};
+    for (const LineOption& option : lineOptions()) {
+        const std::string name = option.name;
+        const auto isNeededThere = [&](const Asked& direction) {
+            return !option.needed || direction.*option.neededValue ||
+                   options.both.*option.neededValue;
+        };
+        bool overridden = true;
+        bool idle = true;
+        for (int i = 0; i < 2; ++i) {
+            const Asked& direction = *directions[i];
+            const bool here = (direction.*option.value).has_value();
+            if (here && !isNeededThere(direction))
+                throw CLI::ValidationError(prefixes[i] + name,
+                                           "does nothing without " +
+                                               (prefixes[i] + std::string(option.needed)));
+            overridden = overridden && here;
+            idle = idle && (here || !isNeededThere(direction));
+        }
+        if (!(options.both.*option.value))
+            continue;
+        if (overridden)
+            throw CLI::ValidationError("--" + name,
+                                       "does nothing beside --up-" + name + " and --down-" + name);
+        if (idle)
+            throw CLI::ValidationError("--" + name,
+                                       "does nothing without --" + std::string(option.needed));
+    }
 }
 
 lag::Duration inMilliseconds(double milliseconds) {
@@ -115,7 +191,7 @@ lag::Duration inMilliseconds(double milliseconds) {
         std::chrono::duration<double, std::milli>(milliseconds));
 }
 
-/// What one direction does. Throws where a loss cannot come in bursts as asked.
+/// The settings of one direction. Throws where a loss cannot come in bursts as asked.
 lag::Settings settingsOf(const char* direction, const Asked& one, const Asked& both) {
     const auto chosen = [&](std::optional<double> Asked::*value) {
         return one.*value ? one.*value : both.*value;
@@ -137,10 +213,6 @@ lag::Settings settingsOf(const char* direction, const Asked& one, const Asked& b
         throw CLI::ValidationError("--burst", words.str());
     }
     return settings;
-}
-
-double secondsSince(client::Time start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
 std::string liveLine(const lag::Relay& relay, std::uint64_t upBefore, std::uint64_t downBefore,
@@ -167,19 +239,17 @@ int relayBetween(const Options& options, const lag::Settings& up, const lag::Set
     (options.json ? std::cerr : std::cout)
         << "drench-lag is listening on port " << relay.port() << std::endl;
 
-    const client::Time start = Clock::now();
-    const client::Time end = options.seconds > 0.0
-                                 ? start + inMilliseconds(1000.0 * options.seconds)
-                                 : client::Time::max();
-    client::Time shown = start;
+    const Timekeeper timekeeper(options.seconds);
+    client::Time shown = Clock::now();
     std::uint64_t upShown = 0;
     std::uint64_t downShown = 0;
-    for (client::Time now = start; stopAsked == 0 && now < end;) {
-        relay.wait(std::min({relay.wakeAt(), end, shown + livePeriod}) - now);
-        now = Clock::now();
+    while (timekeeper.goesOn()) {
+        relay.wait(std::min({relay.wakeAt(), timekeeper.end(), shown + livePeriod}) - Clock::now());
+        const client::Time now = Clock::now();
         relay.service(now);
         if (now >= shown + livePeriod) {
-            console.show(liveLine(relay, upShown, downShown, secondsSince(shown)));
+            const double seconds = std::chrono::duration<double>(now - shown).count();
+            console.show(liveLine(relay, upShown, downShown, seconds));
             shown = now;
             upShown = relay.up().in;
             downShown = relay.down().in;
@@ -187,19 +257,22 @@ int relayBetween(const Options& options, const lag::Settings& up, const lag::Set
     }
     console.clear();
 
-    const lag::Report report{relay.port(),        room.name,
-                             secondsSince(start), options.seed,
-                             relay.clientsSeen(), relay.refusals(),
-                             relay.waiting(),     up,
-                             relay.up(),          down,
-                             relay.down()};
+    const lag::Report report{.port = relay.port(),
+                             .room = room.name,
+                             .seconds = timekeeper.elapsed(),
+                             .seed = options.seed,
+                             .clients = relay.clientsSeen(),
+                             .refusals = relay.refusals(),
+                             .waiting = relay.waiting(),
+                             .upSettings = up,
+                             .up = relay.up(),
+                             .downSettings = down,
+                             .down = relay.down()};
     if (options.json)
         lag::writeJson(std::cout, report);
     else if (!options.quiet)
         lag::writeTable(std::cout, report);
-    if (!std::cout.flush())
-        throw std::runtime_error("the report cannot be written");
-    return relayed;
+    return 0;
 }
 
 constexpr char directionHelp[] =
@@ -211,25 +284,13 @@ constexpr char directionHelp[] =
     "\n"
     "Exit status: 0 after relaying, 2 when the command line or the port cannot be used.";
 
-} // namespace
-
-int main(int argc, char** argv) {
-    CLI::App app("A bad line between clients and a room.", "drench-lag");
+void addOptions(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "drench-lag " DRENCH_VERSION);
     app.get_formatter()->column_width(30);
     app.footer(directionHelp);
-
-    Options options;
-    app.add_option_function<std::string>(
-           "port",
-           [&](const std::string& text) {
-               const std::optional<int> port = numberIn<int>(text);
-               if (!port || *port < 0 || *port > largestPort)
-                   throw CLI::ValidationError("port", text + " is no port from 0 to 65535");
-               options.port = *port;
-           },
-           "Where clients join; 0 lets the system choose")
+    app.add_option("port", options.port, "Where clients join; 0 lets the system choose")
         ->type_name("PORT")
+        ->check(numberBetween(0, largestPort))
         ->required();
     app.add_option("room", options.room, "The room")
         ->type_name("HOST[:PORT]")
@@ -237,45 +298,34 @@ int main(int argc, char** argv) {
     addLineOptions(app, "--", options.both);
     addLineOptions(app, "--up-", options.up);
     addLineOptions(app, "--down-", options.down);
-    app.add_option_function<std::string>(
-           "--seconds",
-           [&](const std::string& text) {
-               options.seconds = numberBetween("--seconds", text, 0.0, longestRun);
-           },
-           "How long; 0 is until Ctrl-C")
+    app.add_option("--seconds", options.seconds, "How long; 0 is until Ctrl-C")
         ->type_name("S")
+        ->check(numberBetween(0.0, longestRun))
         ->default_str("0");
-    options.seed = std::random_device()();
-    app.add_option_function<std::string>(
-           "--seed",
-           [&](const std::string& text) {
-               const std::optional<std::uint64_t> seed = numberIn<std::uint64_t>(text);
-               if (!seed)
-                   throw CLI::ValidationError("--seed",
-                                              text + " is no whole number from 0 to 2^64 - 1");
-               options.seed = *seed;
-           },
-           "What chance follows from")
+    app.add_option("--seed", options.seed, "What chance follows from")
         ->type_name("K")
+        ->check(numberBetween(std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max()))
         ->default_str("random");
     app.add_flag("--json", options.json, "Print the report as one JSON object");
     app.add_flag("--quiet", options.quiet, "Show no live line and no table");
+}
 
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("A bad line between clients and a room.", "drench-lag");
+    Options options;
+    addOptions(app, options);
     lag::Settings up;
     lag::Settings down;
-    try {
-        app.parse(argc, argv);
+    const auto settle = [&] {
+        refuseIdleOptions(options);
         up = settingsOf("up", options.up, options.both);
         down = settingsOf("down", options.down, options.both);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : notUsable;
-    }
+    };
+    if (const std::optional<int> status = parseArguments(app, argc, argv, settle))
+        return *status;
+    // Sleeps end when they are due; by default the system lets them oversleep by 50 us.
     prctl(PR_SET_TIMERSLACK, 1UL);
-
-    try {
-        return relayBetween(options, up, down);
-    } catch (const std::runtime_error& error) {
-        std::cerr << error.what() << '\n';
-        return notUsable;
-    }
+    return runTool([&] { return relayBetween(options, up, down); });
 }

@@ -6,18 +6,17 @@
 #include "arena/VoxFile.h"
 #include "arena/picture/Picture.h"
 #include "arena/picture/Png.h"
+#include "common/Console.h"
 #include "common/Files.h"
 #include "tools/CheckReport.h"
 
 #include <CLI/CLI.hpp>
 #include <array>
-#include <chrono>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
 #include <map>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 using namespace drench;
@@ -29,28 +28,6 @@ namespace {
 constexpr int playable = 0;
 constexpr int notPlayable = 1;
 constexpr int notReadable = 2;
-
-/// A line on a terminal that says how far a long task has come, from its second second on.
-class ProgressLine {
-  public:
-    void operator()(const std::string& subject, std::size_t places) {
-        using namespace std::chrono;
-        const auto now = steady_clock::now();
-        if (!isatty(STDERR_FILENO) || now - started < seconds(1) || now - shown < milliseconds(100))
-            return;
-        shown = now;
-        std::cerr << "\r" << subject << ": " << places << " standing places, "
-                  << duration_cast<seconds>(now - started).count() << " s ";
-    }
-    ~ProgressLine() {
-        if (shown > started)
-            std::cerr << "\r\033[K";
-    }
-
-  private:
-    std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
-    std::chrono::steady_clock::time_point shown = started;
-};
 
 /// Writes a result, but never over the file that it was made from.
 void writeResult(const std::string& input, const std::string& output, const std::string& bytes) {
@@ -66,9 +43,10 @@ int checkFile(const std::string& file, bool asJson) {
     try {
         arena::ArenaFile arena = arena::readArena(file);
         text = std::move(arena.text);
-        ProgressLine progress;
+        Console console(false, true);
+        ProgressLine progress(console);
         const auto report = [&](const std::string& subject, std::size_t places) {
-            progress(subject, places);
+            progress.show(subject + ": " + std::to_string(places) + " standing places");
         };
         result = arena.isMapText ? arena::check(text, report)
                                  : arena::check(text.map, arena.placeOf, report);
@@ -125,10 +103,12 @@ arena::Image pictureOf(MapManager& map, const PictureOptions& options) {
         const auto [lookX, lookY, lookZ] = options.look;
         return arena::eyePicture(map, marks, {x, y, z}, {lookX, lookY, lookZ}, width, height);
     }
-    ProgressLine progress;
+    Console console(false, true);
+    ProgressLine progress(console);
     const arena::Reach reach =
-        arena::explore(map, arrivals, arena::Pace::ordinary,
-                       [&](std::size_t places) { progress("reach", places); });
+        arena::explore(map, arrivals, arena::Pace::ordinary, [&](std::size_t places) {
+            progress.show("reach: " + std::to_string(places) + " standing places");
+        });
     std::vector<arena::CellIndex> reached;
     for (const arena::StandingPlace& place : reach.places)
         reached.push_back(place.feet);

@@ -157,7 +157,7 @@ TEST(Play, BotsWalkTurnJumpAndSoak) {
     EXPECT_EQ(play->standing().playing, 4u);
     EXPECT_TRUE(match.notes.empty()) << match.notes.front();
 
-    // What was counted from snapshots is what the room knows.
+    // The counts from snapshots are those of the room.
     long soaks = 0;
     long deaths = 0;
     for (const bots::PlayerReport& player : play->players()) {

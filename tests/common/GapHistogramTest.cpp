@@ -7,11 +7,11 @@ using namespace drench;
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-TEST(GapHistogram, WithoutGapsIsZero) {
+TEST(GapHistogram, WithoutGapsKnowsNoLength) {
     const GapHistogram gaps;
     EXPECT_EQ(gaps.count(), 0u);
-    EXPECT_EQ(gaps.percentile(0.5), 0.0);
-    EXPECT_EQ(gaps.longest(), 0.0);
+    EXPECT_EQ(gaps.percentile(0.5), std::nullopt);
+    EXPECT_EQ(gaps.longest(), std::nullopt);
 }
 
 TEST(GapHistogram, PercentileIsTheNearestRank) {
@@ -44,7 +44,7 @@ TEST(GapHistogram, RoundsToTenthsButTheLongest) {
     gaps.add(microseconds(16051));
     EXPECT_EQ(gaps.percentile(0.5), 16.0);
     EXPECT_EQ(gaps.percentile(1.0), 16.1);
-    EXPECT_DOUBLE_EQ(gaps.longest(), 16.051);
+    EXPECT_DOUBLE_EQ(gaps.longest().value(), 16.051);
 }
 
 TEST(GapHistogram, NegativeGapIsNone) {

@@ -50,8 +50,9 @@ TEST(TrafficReport, TableHasALineForEachDirection) {
         "longest\n"
         "up         1000        985         20          5          3       50.0       99.0      "
         "100.0\n"
-        "down          0          0          0          0          0        0.0        0.0        "
-        "0.0\n");
+        "down          0          0          0          0          0          -          -         "
+        " "
+        "-\n");
 }
 
 TEST(TrafficReport, TableTellsTheUnusualOnlyWhenItHappened) {

@@ -152,7 +152,7 @@ TEST_F(Bots, LeavePolitelyWhenInterrupted) {
     ASSERT_TRUE(server.waitForLine("Bot 2 joined", chartTime)) << bots.err();
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     bots.signal(SIGINT);
-    // Who just falls silent is dropped after five seconds only.
+    // A player who just falls silent is dropped after five seconds only.
     EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
     EXPECT_TRUE(server.waitForLine("Bot 2 disconnected", 3000));
     EXPECT_EQ(bots.status(), 0);
@@ -334,6 +334,8 @@ TEST_F(Bots, WrongUseIsExplainedWithStatusTwo) {
                        {"--seed -1", "--seed"},
                        {"--seed 18446744073709551616", "--seed"},
                        {"--tracks a --size 50x50", "--size"},
+                       {"--tracks a.jpg", "--tracks: a.jpg: writes PNG files only"},
+                       {"--players 2.5", "--players: 2.5 is no whole number from 1 to 4"},
                        {"--rooms 5000", "--rooms 5000: not two ports"},
                        {"--rooms 5003-5001", "--rooms 5003-5001: not two ports"},
                        {"--rooms 5000-70000", "--rooms 5000-70000: not two ports"},

@@ -176,8 +176,8 @@ TEST(Lag, WrongUseIsExplainedWithStatusTwo) {
         DRENCH_LAG,
         {
             {"", "port is required"},
-            {"5000x", "5000x is no port from 0 to 65535"},
-            {"65536", "65536 is no port from 0 to 65535"},
+            {"5000x", "5000x is no whole number from 0 to 65535"},
+            {"65536", "65536 is no whole number from 0 to 65535"},
             {"-1", "-1"},
             {taken, "port " + taken + ": Address already in use"},
             {own + " 127.0.0.1:" + own, "port " + own + ": the room cannot be the relay itself"},
@@ -187,7 +187,16 @@ TEST(Lag, WrongUseIsExplainedWithStatusTwo) {
             {"0 --delay 80ms", "--delay: 80ms is no number"},
             {"0 --up-delay 10001", "--up-delay: 10001 is no number"},
             {"0 --jitter nan", "--jitter: nan is no number"},
-            {"0 --loss 2", "--loss: 2 is no share from 0% to 100%"},
+            {"0 --loss 2", "--loss: 2 is no share: write 2%"},
+            {"0 --loss 101", "--loss: 101 is no share from 0% to 100%"},
+            {"0 --burst 4", "--burst: does nothing without --loss"},
+            {"0 --burst 4 --up-burst 2 --up-loss 5%", "--burst: does nothing without --loss"},
+            {"0 --up-burst 4 --down-loss 2%", "--up-burst: does nothing without --up-loss"},
+            {"0 --reorder-by 20", "--reorder-by: does nothing without --reorder"},
+            {"0 --down-reorder-by 20 --up-reorder 1%",
+             "--down-reorder-by: does nothing without --down-reorder"},
+            {"0 --delay 5 --up-delay 6 --down-delay 7",
+             "--delay: does nothing beside --up-delay and --down-delay"},
             {"0 --down-loss 101%", "--down-loss: 101% is no share"},
             {"0 --duplicate nan%", "--duplicate: nan% is no share"},
             {"0 --reorder %", "--reorder: % is no share"},
@@ -202,4 +211,39 @@ TEST(Lag, WrongUseIsExplainedWithStatusTwo) {
     LagProcess help("--help");
     EXPECT_EQ(help.status(), 0);
     EXPECT_NE(help.out().find("--reorder-by MS"), std::string::npos) << help.out();
+}
+
+TEST(Lag, OptionForBothCanServeTheDirectionThatHasANeedOfIt) {
+    LagProcess lag("0 --burst 4 --up-loss 2% --seconds 0.05 --json");
+    ASSERT_EQ(lag.status(), 0) << lag.err();
+    const json report = json::parse(lag.out());
+    EXPECT_EQ(report["up"]["settings"]["meanBurst"], 4.0);
+    EXPECT_EQ(report["up"]["settings"]["loss"], 0.02);
+    EXPECT_EQ(report["down"]["settings"]["loss"], 0.0);
+}
+
+TEST(Lag, DirectionAsksForMoreThanBothDo) {
+    LagProcess lag("0 --loss 3% --up-burst 2 --seconds 0.05 --json");
+    ASSERT_EQ(lag.status(), 0) << lag.err();
+    const json report = json::parse(lag.out());
+    EXPECT_EQ(report["up"]["settings"]["meanBurst"], 2.0);
+    EXPECT_TRUE(report["down"]["settings"]["meanBurst"].is_null());
+}
+
+TEST(Lag, WithoutOptionsItPassesAllOnAndSaysSo) {
+    LagProcess lag("0 --seconds 0.05 --json");
+    ASSERT_EQ(lag.status(), 0) << lag.err();
+    const json report = json::parse(lag.out());
+    EXPECT_EQ(report["room"], "localhost:5000");
+    EXPECT_EQ(report["clients"], 0);
+    for (const char* direction : {"up", "down"}) {
+        EXPECT_EQ(report[direction]["settings"],
+                  json::parse(R"({"delayMilliseconds": 0.0, "jitterMilliseconds": 0.0, "loss": 0.0,
+                                  "meanBurst": null, "duplication": 0.0, "reordering": 0.0,
+                                  "heldBackMilliseconds": 50.0})"))
+            << direction;
+        EXPECT_EQ(report[direction]["delayMilliseconds"],
+                  json::parse(R"({"p50": null, "p99": null, "max": null})"))
+            << direction;
+    }
 }

@@ -1,9 +1,8 @@
 #include "tests/process/ServerProcess.h"
 
+#include "common/Descriptor.h"
+
 #include <chrono>
-#include <csignal>
-#include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -11,9 +10,10 @@
 #include <poll.h>
 #include <sstream>
 #include <stdexcept>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
+
+using namespace drench;
 
 namespace {
 
@@ -55,27 +55,16 @@ ServerProcess::ServerProcess(const std::vector<std::string>& arguments,
         folder_->write("Resources/mapdata", *map);
     }
 
-    std::vector<char*> argv = {const_cast<char*>("drench-server")};
-    for (const std::string& argument : arguments)
-        argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    const std::string errors = (folder() / "stderr").string();
-
+    std::vector<std::string> words = {executable.string()};
+    words.insert(words.end(), arguments.begin(), arguments.end());
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
         throw std::runtime_error("no pipe");
-    pid_ = fork();
-    if (pid_ < 0)
-        throw std::runtime_error("no process");
-    if (pid_ == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        dup2(ends[1], STDOUT_FILENO);
-        dup2(open(errors.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
-        execv(executable.c_str(), argv.data());
-        _exit(127);
-    }
-    close(ends[1]);
+    const Descriptor output(ends[1]);
+    const Descriptor errors(
+        open((folder() / "stderr").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     output_ = ends[0];
+    process_.emplace(words, ChildProcess::Outputs{output.number, errors.number});
 }
 
 ServerProcess ServerProcess::listening(const std::string& map) {
@@ -92,19 +81,14 @@ ServerProcess ServerProcess::listening(const std::string& map) {
 }
 
 ServerProcess::ServerProcess(ServerProcess&& other) noexcept
-    : folder_(std::move(other.folder_)), pid_(other.pid_), output_(other.output_),
-      port_(other.port_), unread_(std::move(other.unread_)), status_(other.status_) {
-    other.pid_ = -1;
-    other.output_ = -1;
-}
+    : folder_(std::move(other.folder_)), process_(std::move(other.process_)),
+      output_(std::exchange(other.output_, -1)), port_(other.port_),
+      unread_(std::move(other.unread_)) {}
 
 ServerProcess::~ServerProcess() {
     if (!folder_)
         return;
-    if (!status_ && pid_ > 0) {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-    }
+    process_.reset();
     close(output_);
     std::ostringstream errors;
     errors << std::ifstream(folder() / "stderr").rdbuf();
@@ -155,16 +139,11 @@ std::string ServerProcess::restOfOutput() {
 
 std::optional<int> ServerProcess::exitStatus() {
     const auto deadline = Clock::now() + std::chrono::seconds(5);
-    while (!status_ && Clock::now() < deadline) {
-        isRunning();
+    while (isRunning() && Clock::now() < deadline)
         usleep(2000);
-    }
-    return status_;
+    return process_->status();
 }
 
 bool ServerProcess::isRunning() {
-    int status;
-    if (!status_ && waitpid(pid_, &status, WNOHANG) == pid_)
-        status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return !status_;
+    return !process_->status();
 }

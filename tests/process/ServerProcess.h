@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
@@ -48,11 +49,10 @@ class ServerProcess {
     bool readSome(int milliseconds);
 
     std::unique_ptr<TemporaryFolder> folder_;
-    int pid_ = -1;
+    std::optional<drench::ChildProcess> process_;
     int output_ = -1;
     int port_ = 0;
     std::string unread_;
-    std::optional<int> status_;
 };
 
 /// A port below the ephemeral range that nobody is bound to right now.

@@ -1,0 +1,91 @@
+#include "common/ChildProcess.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+namespace drench {
+
+namespace {
+
+/// As shells have it.
+constexpr int cannotRun = 127;
+
+int statusOf(int ended) {
+    return WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
+}
+
+/// Turns this process into a program, whose arguments end with a null.
+void become(const std::vector<char*>& words, const ChildProcess::Outputs& outputs) {
+    if (outputs.output >= 0)
+        dup2(outputs.output, STDOUT_FILENO);
+    if (outputs.errors >= 0)
+        dup2(outputs.errors, STDERR_FILENO);
+    execv(words.front(), words.data());
+    _exit(cannotRun);
+}
+
+/// What execv() takes, made before the fork: a child of many threads must not allocate.
+std::vector<char*> argumentsOf(const std::vector<std::string>& words) {
+    std::vector<char*> arguments;
+    for (const std::string& word : words)
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    return arguments;
+}
+
+} // namespace
+
+ChildProcess::ChildProcess(const std::function<void()>& main) {
+    const pid_t parent = getpid();
+    pid_ = fork();
+    if (pid_ < 0)
+        throw std::runtime_error(std::string("no process: ") + std::strerror(errno));
+    if (pid_ == 0) {
+        // An exception must not unwind into what the parent goes on with.
+        [&]() noexcept {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            // A parent that ended before that call sends no signal.
+            if (getppid() == parent)
+                main();
+            _exit(1);
+        }();
+    }
+}
+
+ChildProcess::ChildProcess(const std::vector<std::string>& words, const Outputs& outputs)
+    : ChildProcess([arguments = argumentsOf(words), outputs] { become(arguments, outputs); }) {}
+
+ChildProcess::ChildProcess(ChildProcess&& other) noexcept
+    : pid_(std::exchange(other.pid_, -1)), status_(other.status_) {}
+
+ChildProcess::~ChildProcess() {
+    signal(SIGKILL);
+    wait();
+}
+
+void ChildProcess::signal(int number) const {
+    if (pid_ > 0 && !status_)
+        kill(pid_, number);
+}
+
+std::optional<int> ChildProcess::status() {
+    int ended;
+    if (pid_ > 0 && !status_ && waitpid(pid_, &ended, WNOHANG) == pid_)
+        status_ = statusOf(ended);
+    return status_;
+}
+
+int ChildProcess::wait() {
+    int ended;
+    if (pid_ > 0 && !status_ && waitpid(pid_, &ended, 0) == pid_)
+        status_ = statusOf(ended);
+    return status_.value_or(-1);
+}
+
+} // namespace drench
