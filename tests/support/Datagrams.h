@@ -5,40 +5,63 @@
 #include <cstring>
 #include <string>
 
-// What a client sends, as bytes, and what it reads in return.
+// Records of both ends as bytes.
 
+/// A record's bytes, as they are sent.
+template<class Record>
+std::string bytesOf(const Record& record) {
+    return {reinterpret_cast<const char*>(&record), sizeof record};
+}
+
+/// Whatever the length of the name.
 inline std::string joinDatagram(const std::string& name) {
-    std::string datagram(1, messageCode::join);
-    datagram += name;
-    datagram.push_back('\0');
-    return datagram;
+    return messageCode::join + name + '\0';
 }
 
 inline std::string leaveDatagram(char id) {
-    return {messageCode::leave, id};
+    LeaveMessage record;
+    record.id = id;
+    return bytesOf(record);
 }
 
 inline std::string keyDatagram(char id, int key, bool down) {
-    return {messageCode::key, id, static_cast<char>(key), static_cast<char>(down)};
+    KeyMessage record;
+    record.id = id;
+    record.key = static_cast<signed char>(key);
+    record.down = static_cast<char>(down);
+    return bytesOf(record);
 }
 
 inline std::string viewDatagram(char id, int dx, int dy) {
-    std::string datagram = {messageCode::view, id, 0, 0};
-    datagram.append(reinterpret_cast<const char*>(&dx), sizeof dx);
-    datagram.append(reinterpret_cast<const char*>(&dy), sizeof dy);
-    return datagram;
+    ViewMessage record;
+    record.id = id;
+    record.dx = dx;
+    record.dy = dy;
+    return bytesOf(record);
 }
 
 /// 32 bytes, whatever the length of the text.
 inline std::string chatDatagram(char id, const std::string& text) {
-    std::string datagram = {messageCode::chat, id};
-    datagram += text;
-    datagram.resize(sizeof(TalkMessage));
-    return datagram;
+    TalkMessage record;
+    record.id = id;
+    text.copy(record.text, sizeof record.text);
+    return bytesOf(record);
 }
 
 inline std::string keepAliveDatagram(char id) {
-    return {messageCode::keepAlive, id};
+    KeepAliveMessage record;
+    record.id = id;
+    return bytesOf(record);
+}
+
+inline std::string acceptanceDatagram(char id) {
+    AcceptanceMessage record;
+    record.id = id;
+    return bytesOf(record);
+}
+
+inline std::string refusalDatagram() {
+    return bytesOf(RefusalMessage());
 }
 
 /// A server notice with this text, as it must arrive.
