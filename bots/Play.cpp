@@ -108,7 +108,10 @@ void Play::step(Time until) {
 }
 
 void Play::leave() {
+    const Time now = client::Clock::now();
     for (Seat& seat : seats_) {
+        if (seat.session)
+            seat.session->leave(now);
         seat.session.reset();
         seat.nextJoin = Time::max();
     }

@@ -28,7 +28,7 @@ std::string recordOf(std::int64_t tick, const PlayerUpdate& self) {
            (isDead(self) ? '0' : '1') + '\n';
 }
 
-void act(client::Session& session, const Action& action) {
+void act(client::Session& session, const Action& action, client::Time now) {
     switch (action.kind) {
     case Action::Kind::hold:
     case Action::Kind::release:
@@ -44,7 +44,7 @@ void act(client::Session& session, const Action& action) {
         session.say(action.text);
         break;
     case Action::Kind::leave:
-        session.leave();
+        session.leave(now);
         break;
     }
 }
@@ -62,8 +62,9 @@ ScriptedRun playScript(const client::RoomAddress& room, const std::string& name,
     std::optional<client::Session> session =
         client::Session::join(room.address, name, client::Clock::now(), run.trouble);
     while (session && session->isOpen() && run.trouble.empty() && goOn()) {
-        client::wait(*session);
-        session->service(client::Clock::now());
+        client::wait(*session, client::Clock::now());
+        const client::Time now = client::Clock::now();
+        session->service(now);
         while (const std::optional<client::Event> event = session->nextEvent()) {
             run.trouble = endingBy(*event);
             if (!run.trouble.empty())
@@ -80,7 +81,7 @@ ScriptedRun playScript(const client::RoomAddress& room, const std::string& name,
             if (keepRecord)
                 run.record += recordOf(snapshot->tick, *self);
             for (; next != script.end() && next->tick <= snapshot->tick; ++next)
-                act(*session, *next);
+                act(*session, *next, now);
         }
     }
     run.player = {room.name, name, scorer.tally()};

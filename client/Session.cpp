@@ -1,13 +1,13 @@
 #include "client/Session.h"
 
+#include "client/Notices.h"
+
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <limits>
+#include <chrono>
+#include <cstddef>
 #include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 #include <utility>
+#include <variant>
 
 namespace drench::client {
 
@@ -16,17 +16,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-// Joining.
-constexpr milliseconds askAgainAfter(500);
-constexpr seconds answerPatience(3);
-
-/// How long a missing acceptance is waited for once snapshots come: it may have been overtaken. So
-/// may be a refusal by the answer to an earlier copy of the join record.
-constexpr milliseconds overtakingPatience(250);
-
-// Playing.
-constexpr milliseconds tellKeyAgainAfter(250);
-constexpr int tellReleaseTimes = 3;
+/// A fifth of what the room's patience allows, so that some may get lost.
 constexpr seconds keepAliveAfter(1);
 
 /// Without snapshots for this long our identifier may be somebody else's.
@@ -36,33 +26,16 @@ constexpr seconds trustInIdentifier(1);
 constexpr seconds silencePatience(3);
 
 /// So that a flood cannot hold up the caller.
-constexpr int datagramsPerService = 256;
-constexpr std::size_t mostEvents = 1024;
-constexpr std::size_t mostWords = 16;
-
-constexpr std::size_t longestName = sizeof(PlayerUpdate::name) - 1;
-constexpr std::size_t longestText = sizeof(TalkMessage::text);
+constexpr int datagramsAtOnce = 256;
 
 /// Enough for the longest record and to see that a datagram is longer.
 constexpr std::size_t bufferSize = sizeof(GenericMessage) + 1;
-
-std::string_view untilZero(std::string_view bytes) {
-    return bytes.substr(0, bytes.find('\0'));
-}
-
-std::string_view nameOf(const PlayerUpdate& player) {
-    return untilZero({player.name, sizeof player.name}).substr(0, longestName);
-}
-
-bool isPlayerId(char id) {
-    return id >= '1' && id < '1' + maxPlayers;
-}
 
 /// The identifier of the only player with this name; 0 when there is none or more than one.
 char onlyPlayerNamed(const UpdateMessage& state, std::string_view name) {
     char found = 0;
     for (const PlayerUpdate& player : state.updates) {
-        if (!isPlayerId(player.id) || nameOf(player) != name)
+        if (player.id == 0 || player.name != name)
             continue;
         if (found != 0)
             return 0;
@@ -71,82 +44,29 @@ char onlyPlayerNamed(const UpdateMessage& state, std::string_view name) {
     return found;
 }
 
-/// The identifier that an acceptance gives; 0 when this is none.
-char acceptedId(const char* datagram, std::size_t length) {
-    const bool isAcceptance =
-        length == 2 && datagram[0] == messageCode::accepted && isPlayerId(datagram[1]);
-    return isAcceptance ? datagram[1] : '\0';
-}
-
-std::optional<std::string> nameBefore(std::string_view text, std::string_view ending) {
-    if (!text.ends_with(ending) || text.size() - ending.size() > longestName)
-        return std::nullopt;
-    return std::string(text.substr(0, text.size() - ending.size()));
-}
-
-std::optional<Soaking> parseSoaking(std::string_view text) {
-    constexpr std::string_view verb = " soaked ";
-    for (std::size_t at = text.find(verb); at <= longestName; at = text.find(verb, at + 1)) {
-        std::string_view victim = text.substr(at + verb.size());
-        if (victim.ends_with('!'))
-            victim.remove_suffix(1);
-        else if (text.size() < longestText)
-            continue;
-        if (victim.size() <= longestName)
-            return Soaking{std::string(text.substr(0, at)), std::string(victim)};
-    }
-    return std::nullopt;
-}
-
-Event parseNotice(std::string_view text) {
-    if (std::optional<std::string> name = nameBefore(text, " joined"))
-        return PlayerJoined{std::move(*name)};
-    if (std::optional<std::string> name = nameBefore(text, " disconnected"))
-        return PlayerLeft{std::move(*name)};
-    if (std::optional<Soaking> soaking = parseSoaking(text))
-        return std::move(*soaking);
-    return Notice{std::string(text)};
-}
-
-std::int32_t saturatingSum(std::int32_t a, std::int32_t b) {
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(
-        std::clamp(std::int64_t{a} + b, std::int64_t{Limits::min()}, std::int64_t{Limits::max()}));
-}
-
 } // namespace
 
 std::optional<Session> Session::join(const sockaddr_in& room, std::string_view name, Time now,
                                      std::string& problem) {
     Session session;
     Parts& parts = session.parts_;
-    parts.socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (parts.socket < 0) {
-        problem = std::string("no socket: ") + std::strerror(errno);
+    if (!parts.socket.open(room, problem))
         return std::nullopt;
-    }
-    // Connected, so that datagrams from elsewhere never reach us, and a closed port is reported.
-    if (::connect(parts.socket, reinterpret_cast<const sockaddr*>(&room), sizeof room) != 0) {
-        problem = std::string("no way to the room: ") + std::strerror(errno);
-        return std::nullopt;
-    }
     parts.name = untilZero(name).substr(0, longestName);
     parts.now = now;
-    parts.servedAt = Clock::now();
-    parts.firstAsked = now;
-    session.ask();
+    session.sendJoin();
     return session;
 }
 
 Session::~Session() {
-    leave();
+    leave(parts_.now);
 }
 
 Session::Session(Session&& other) noexcept : parts_(std::exchange(other.parts_, Parts{})) {}
 
 Session& Session::operator=(Session&& other) noexcept {
     if (this != &other) {
-        leave();
+        leave(parts_.now);
         parts_ = std::exchange(other.parts_, Parts{});
     }
     return *this;
@@ -155,31 +75,19 @@ Session& Session::operator=(Session&& other) noexcept {
 Time Session::wakeAt() const {
     if (!isOpen())
         return Time::max();
-    if (!isPlaying()) {
-        Time wake = answerDeadline();
-        if (!parts_.hasHeard)
-            wake = std::min(wake, parts_.lastAsked + askAgainAfter);
-        if (parts_.refused && !parts_.firstSnapshot)
-            wake = std::min(wake, *parts_.refused + overtakingPatience);
-        return wake;
-    }
-    if (parts_.wantsJump || parts_.dx != 0 || parts_.dy != 0 || !parts_.words.empty())
+    if (!isPlaying())
+        return parts_.joining.wakeAt();
+    if (!parts_.inputs.isEmpty())
         return parts_.now;
-    Time wake = std::min(parts_.lastSign + keepAliveAfter, silenceDeadline());
-    if (mayHaveBeenReplaced())
-        return wake;
-    for (const Key& key : parts_.keys) {
-        if (key.isDown || key.releasesLeft > 0)
-            wake = std::min(wake, key.tellAt);
-    }
-    return wake;
+    const Time wake = std::min(parts_.lastSign + keepAliveAfter, silenceDeadline());
+    return mayHaveBeenReplaced() ? wake : std::min(wake, parts_.inputs.keysDueAt());
 }
 
 void Session::service(Time now) {
     const bool hasStalled = now - parts_.now >= trustInIdentifier;
     parts_.now = now;
-    parts_.servedAt = Clock::now();
-    const bool hasCaughtUp = receive();
+    parts_.sentInputs.clear();
+    const bool hasCaughtUp = receive([this](std::string_view datagram) { take(datagram); });
     parts_.snapshotsMayBeOld = hasStalled || !hasCaughtUp;
     if (isPlaying())
         continuePlaying();
@@ -188,22 +96,7 @@ void Session::service(Time now) {
 }
 
 std::optional<Event> Session::nextEvent() {
-    if (parts_.taken == parts_.events.size())
-        return std::nullopt;
-    std::optional<Event> event = std::move(parts_.events[parts_.taken]);
-    if (++parts_.taken == parts_.events.size()) {
-        parts_.events.clear();
-        parts_.taken = 0;
-    }
-    return event;
-}
-
-const PlayerUpdate* playerWith(const UpdateMessage& state, char id) {
-    for (const PlayerUpdate& player : state.updates) {
-        if (player.id == id && id != 0)
-            return &player;
-    }
-    return nullptr;
+    return parts_.events.take();
 }
 
 const PlayerUpdate* Session::self(const UpdateMessage& state) const {
@@ -211,223 +104,131 @@ const PlayerUpdate* Session::self(const UpdateMessage& state) const {
 }
 
 void Session::setKey(int key, bool down) {
-    if (!isPlaying() || key < 0 || key >= keyIndex::count)
-        return;
-    if (key == keyIndex::jump) {
-        parts_.wantsJump |= down;
-        return;
-    }
-    Key& state = parts_.keys[static_cast<std::size_t>(key)];
-    if (state.isDown == down)
-        return;
-    state.isDown = down;
-    state.releasesLeft = down ? 0 : tellReleaseTimes;
-    state.tellAt = parts_.now;
+    if (isPlaying())
+        parts_.inputs.setKey(key, down, parts_.now);
 }
 
 void Session::turn(int dx, int dy) {
-    if (!isPlaying())
-        return;
-    parts_.dx = saturatingSum(parts_.dx, dx);
-    parts_.dy = saturatingSum(parts_.dy, dy);
+    if (isPlaying())
+        parts_.inputs.turn(dx, dy);
 }
 
 void Session::say(std::string_view text) {
-    if (isPlaying() && parts_.words.size() < mostWords)
-        parts_.words.emplace_back(untilZero(text).substr(0, longestText));
+    if (isPlaying())
+        parts_.inputs.say(text);
 }
 
-void Session::leave() {
+void Session::leave(Time now) {
     if (!isOpen())
         return;
-    // The answer to the join, or to a second copy of it, may have come in the meantime.
-    char datagram[bufferSize];
-    for (int i = 0; i < datagramsPerService; ++i) {
-        const ssize_t length = ::recv(parts_.socket, datagram, sizeof datagram, 0);
-        if (length < 0)
-            break;
-        const char id = acceptedId(datagram, static_cast<std::size_t>(length));
-        if (id != 0 && id != parts_.id)
-            sendLeave(id);
-    }
-    const bool hasStalled = Clock::now() - parts_.servedAt >= trustInIdentifier;
+    const bool hasStalled = now - parts_.now >= trustInIdentifier;
+    parts_.now = now;
+    parts_.sentInputs.clear();
+    receive([this](std::string_view datagram) { takeWhileLeaving(datagram); });
     if (isPlaying() && !mayHaveBeenReplaced() && !hasStalled) {
-        tellKeys();
-        tellTurn();
-        speak();
+        sendInputs();
         sendLeave(parts_.id);
     }
     close();
 }
 
-bool Session::receive() {
-    for (int i = 0; i < datagramsPerService && isOpen(); ++i) {
+/// Hands on what waits in the socket, up to a limit. Whether nothing more waits.
+template<class Take>
+bool Session::receive(const Take& take) {
+    for (int i = 0; i < datagramsAtOnce && isOpen(); ++i) {
         char datagram[bufferSize];
-        const ssize_t length = ::recv(parts_.socket, datagram, sizeof datagram, 0);
-        if (length >= 0) {
+        std::size_t length = 0;
+        switch (parts_.socket.receive(datagram, sizeof datagram, length)) {
+        case Socket::Result::done:
             ++parts_.statistics.received;
-            take(datagram, static_cast<std::size_t>(length));
-        } else if (errno == ECONNREFUSED) {
+            take(std::string_view(datagram, length));
+            break;
+        case Socket::Result::nobodyListens:
             noteNobodyListens();
-        } else if (errno == EAGAIN) {
+            break;
+        case Socket::Result::nothing:
             return true;
+        case Socket::Result::failed:
+            break;
         }
     }
     return false;
 }
 
-void Session::take(const char* datagram, std::size_t length) {
-    const char code = length == 0 ? '\0' : datagram[0];
-    const auto is = [&](char wanted, std::size_t size) { return code == wanted && length == size; };
-    if (is(messageCode::join, sizeof(GenericMessage))) {
-        parts_.roundTrip.receipt(parts_.now);
-    } else if (const char id = acceptedId(datagram, length); id != 0) {
-        takeAccepted(id);
-    } else if (is(messageCode::full, 1)) {
-        takeRefused();
-    } else if (is(messageCode::worldState, sizeof(UpdateMessage))) {
-        takeSnapshot(datagram);
-    } else if (is(messageCode::chat, sizeof(TalkMessage))) {
-        takeTalk(datagram);
-    } else {
-        ++parts_.statistics.unknown;
-        return;
+void Session::take(std::string_view datagram) {
+    const RoomRecord record = readRecord(datagram);
+    if (!std::holds_alternative<UnknownRecord>(record)) {
+        parts_.joining.hasHeard = true;
+        parts_.nobodyListens = false;
     }
-    parts_.hasHeard = true;
-    parts_.nobodyListens = false;
+    std::visit([this](const auto& known) { take(known); }, record);
 }
 
-void Session::takeAccepted(char id) {
+void Session::take(const UnknownRecord& /*unknown*/) {
+    ++parts_.statistics.unknown;
+}
+
+void Session::take(const Receipt& /*receipt*/) {
+    parts_.roundTrip.receipt(parts_.now);
+}
+
+void Session::take(const AcceptanceMessage& acceptance) {
     if (!isPlaying())
-        startPlaying(id);
-    else if (id != parts_.id)
-        sendLeave(id);
+        startPlaying(acceptance.id);
+    else if (acceptance.id != parts_.id)
+        sendLeave(acceptance.id);
 }
 
-void Session::takeRefused() {
-    // Snapshots reach nobody but players.
-    if (isPlaying() || parts_.firstSnapshot)
-        return;
-    if (parts_.timesAsked == 1)
-        end(Refused{});
-    else if (!parts_.refused)
-        parts_.refused = parts_.now;
+void Session::take(const RefusalMessage& /*refusal*/) {
+    parts_.joining.takeRefusal(parts_.now);
 }
 
-void Session::takeSnapshot(const char* datagram) {
-    Snapshot snapshot;
-    std::memcpy(static_cast<void*>(&snapshot.state), datagram, sizeof snapshot.state);
-    snapshot.tick = parts_.tickClock.arrival(parts_.now);
-    snapshot.arrival = parts_.now;
+void Session::take(const UpdateMessage& state) {
+    const Snapshot snapshot = {state, parts_.tickClock.arrival(parts_.now), parts_.now};
     ++parts_.statistics.snapshots;
     parts_.statistics.snapshotsMissed = parts_.tickClock.missed();
 
     if (!isPlaying()) {
-        if (!parts_.firstSnapshot)
-            parts_.firstSnapshot = parts_.now;
-        const char id = onlyPlayerNamed(snapshot.state, parts_.name);
-        if (id == 0 || parts_.now - *parts_.firstSnapshot < overtakingPatience)
+        Joining& joining = parts_.joining;
+        if (!joining.firstSnapshot)
+            joining.firstSnapshot = parts_.now;
+        const char id = onlyPlayerNamed(state, parts_.name);
+        if (id == 0 || !joining.hasMissedAcceptance(parts_.now))
             return;
         startPlaying(id);
     }
-    const PlayerUpdate* const player = self(snapshot.state);
-    if (!player || nameOf(*player) != parts_.name) {
+    const PlayerUpdate* const player = self(state);
+    if (!player || player->name != parts_.name) {
         end(Dropped{Dropped::Reason::replaced});
         return;
     }
     parts_.lastSnapshot = parts_.now;
-    push(snapshot);
+    parts_.events.push(snapshot);
 }
 
-void Session::takeTalk(const char* datagram) {
+void Session::take(const TalkMessage& talk) {
     if (!isPlaying())
         return;
-    const char speaker = datagram[offsetof(TalkMessage, id)];
-    const std::string_view text = untilZero({datagram + offsetof(TalkMessage, text), longestText});
-    push(speaker == serverSpeaker ? parseNotice(text) : Event(Chat{speaker, std::string(text)}));
+    const std::string_view text = untilZero({talk.text, sizeof talk.text});
+    parts_.events.push(talk.id == serverSpeaker ? parseNotice(text)
+                                                : Event(Chat{talk.id, std::string(text)}));
 }
 
-void Session::ask() {
-    char record[1 + longestName + 1] = {messageCode::join};
-    parts_.name.copy(record + 1, longestName);
-    send(record, 1 + parts_.name.size() + 1);
-    parts_.lastAsked = parts_.now;
-    ++parts_.timesAsked;
-}
-
-void Session::tellKeys() {
-    for (int i = 0; i < keyIndex::count; ++i) {
-        Key& key = parts_.keys[static_cast<std::size_t>(i)];
-        const bool jumps = i == keyIndex::jump && std::exchange(parts_.wantsJump, false);
-        const bool isDue = (key.isDown || key.releasesLeft > 0) && parts_.now >= key.tellAt;
-        if (!jumps && !isDue)
-            continue;
-        const char record[] = {messageCode::key, parts_.id, static_cast<char>(i),
-                               static_cast<char>(jumps || key.isDown)};
-        send(record, sizeof record);
-        parts_.lastSign = parts_.now;
-        key.tellAt = parts_.now + tellKeyAgainAfter;
-        if (key.releasesLeft > 0)
-            --key.releasesLeft;
-    }
-}
-
-void Session::tellTurn() {
-    if (parts_.dx == 0 && parts_.dy == 0)
-        return;
-    char record[12] = {messageCode::view, parts_.id};
-    std::memcpy(record + 4, &parts_.dx, sizeof parts_.dx);
-    std::memcpy(record + 8, &parts_.dy, sizeof parts_.dy);
-    send(record, sizeof record);
-    parts_.lastSign = parts_.now;
-    parts_.dx = 0;
-    parts_.dy = 0;
-}
-
-void Session::speak() {
-    for (const std::string& text : parts_.words) {
-        TalkMessage record;
-        record.id = parts_.id;
-        text.copy(record.text, sizeof record.text);
-        send(&record, sizeof record);
-        parts_.lastSign = parts_.now;
-    }
-    parts_.words.clear();
-}
-
-void Session::send(const void* datagram, std::size_t length) {
-    ssize_t sent = ::send(parts_.socket, datagram, length, 0);
-    // That is the answer to an earlier datagram; this one has not been sent yet.
-    if (sent < 0 && errno == ECONNREFUSED) {
-        noteNobodyListens();
-        sent = ::send(parts_.socket, datagram, length, 0);
-    }
-    if (sent < 0) {
-        ++parts_.statistics.unsent;
-        return;
-    }
-    ++parts_.statistics.sent;
-    parts_.roundTrip.sent(parts_.now);
-}
-
-void Session::noteNobodyListens() {
-    parts_.nobodyListens = true;
-    parts_.roundTrip.refused();
-}
-
-void Session::sendLeave(char id) {
-    const char record[] = {messageCode::leave, id};
-    send(record, sizeof record);
+/// The answer to the join, or to a second copy of it, may have come in the meantime.
+void Session::takeWhileLeaving(std::string_view datagram) {
+    const RoomRecord record = readRecord(datagram);
+    const auto* const acceptance = std::get_if<AcceptanceMessage>(&record);
+    if (acceptance && acceptance->id != parts_.id)
+        sendLeave(acceptance->id);
 }
 
 void Session::continueJoining() {
-    if (parts_.refused && parts_.now >= *parts_.refused + overtakingPatience &&
-        !parts_.firstSnapshot)
+    if (parts_.joining.isRefused(parts_.now))
         end(Refused{});
-    else if (parts_.now >= answerDeadline())
+    else if (parts_.joining.isUnanswered(parts_.now))
         end(Unanswered{parts_.nobodyListens});
-    else if (!parts_.hasHeard && parts_.now >= parts_.lastAsked + askAgainAfter)
-        ask();
+    else if (parts_.joining.isSendDue(parts_.now))
+        sendJoin();
 }
 
 void Session::continuePlaying() {
@@ -435,55 +236,82 @@ void Session::continuePlaying() {
         end(Dropped{Dropped::Reason::silence});
         return;
     }
-    if (mayHaveBeenReplaced()) {
-        parts_.wantsJump = false;
-        parts_.dx = 0;
-        parts_.dy = 0;
-        parts_.words.clear();
-    } else {
-        tellKeys();
-        tellTurn();
-        speak();
-    }
-    // Even then: the room must not drop us because of a stall.
-    if (parts_.now >= parts_.lastSign + keepAliveAfter) {
-        const char record[] = {messageCode::keepAlive, parts_.id};
-        send(record, sizeof record);
-        parts_.lastSign = parts_.now;
-    }
+    if (mayHaveBeenReplaced())
+        parts_.inputs.clear();
+    else
+        sendInputs();
+    // Even if we may have been replaced: the room must not drop us because of a stall.
+    if (parts_.now >= parts_.lastSign + keepAliveAfter)
+        sendKeepAlive();
 }
 
 void Session::startPlaying(char id) {
     parts_.id = id;
     parts_.lastSnapshot = parts_.now;
     parts_.lastSign = parts_.now;
-    push(Joined{id});
+    parts_.events.push(Joined{id});
 }
 
 void Session::end(const Event& reason) {
     close();
-    parts_.events.push_back(reason);
+    parts_.events.pushAlways(reason);
 }
 
 void Session::close() {
-    ::close(parts_.socket);
-    parts_.socket = -1;
+    parts_.socket.close();
     parts_.id = 0;
 }
 
-void Session::push(Event event) {
-    if (parts_.events.size() - parts_.taken >= mostEvents)
-        return;
-    if (parts_.taken > 0 && parts_.events.size() == parts_.events.capacity()) {
-        parts_.events.erase(parts_.events.begin(),
-                            parts_.events.begin() + static_cast<std::ptrdiff_t>(parts_.taken));
-        parts_.taken = 0;
+/// Whether the datagram went out.
+bool Session::send(const void* datagram, std::size_t length) {
+    Socket::Result result = parts_.socket.send(datagram, length);
+    // That is the answer to an earlier datagram; this one has not been sent yet.
+    if (result == Socket::Result::nobodyListens) {
+        noteNobodyListens();
+        result = parts_.socket.send(datagram, length);
     }
-    parts_.events.push_back(std::move(event));
+    if (result != Socket::Result::done) {
+        ++parts_.statistics.unsent;
+        return false;
+    }
+    ++parts_.statistics.sent;
+    parts_.roundTrip.sent(parts_.now);
+    return true;
 }
 
-Time Session::answerDeadline() const {
-    return parts_.firstSnapshot.value_or(parts_.firstAsked) + answerPatience;
+void Session::sendJoin() {
+    JoinMessage record;
+    parts_.name.copy(record.name, longestName);
+    send(&record, offsetof(JoinMessage, name) + parts_.name.size() + 1);
+    parts_.joining.sent(parts_.now);
+}
+
+void Session::sendInputs() {
+    for (const InputRecord& input : parts_.inputs.takeDue(parts_.id, parts_.now)) {
+        const bool isSent =
+            std::visit([this](const auto& record) { return send(&record, sizeof record); }, input);
+        if (isSent)
+            parts_.sentInputs.push_back(input);
+        parts_.lastSign = parts_.now;
+    }
+}
+
+void Session::sendKeepAlive() {
+    KeepAliveMessage record;
+    record.id = parts_.id;
+    send(&record, sizeof record);
+    parts_.lastSign = parts_.now;
+}
+
+void Session::sendLeave(char id) {
+    LeaveMessage record;
+    record.id = id;
+    send(&record, sizeof record);
+}
+
+void Session::noteNobodyListens() {
+    parts_.nobodyListens = true;
+    parts_.roundTrip.refused();
 }
 
 Time Session::silenceDeadline() const {
@@ -494,9 +322,8 @@ bool Session::mayHaveBeenReplaced() const {
     return parts_.snapshotsMayBeOld || parts_.now >= parts_.lastSnapshot + trustInIdentifier;
 }
 
-void wait(const Session& session) {
+void wait(const Session& session, Time now) {
     const Time wake = session.wakeAt();
-    const Time now = Clock::now();
     if (!session.isOpen() || wake <= now)
         return;
     pollfd readable = {session.descriptor(), POLLIN, 0};

@@ -7,12 +7,11 @@
 #include "tests/fuzz/Require.h"
 #include "tests/support/Datagrams.h"
 
-#include <algorithm>
-#include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstring>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <variant>
@@ -26,14 +25,8 @@ using std::chrono::milliseconds;
 /// So that no socket's buffer overflows.
 constexpr int mostWaiting = 64;
 
-constexpr std::size_t longestName = 11;
-
 sockaddr* generic(sockaddr_in& address) {
     return reinterpret_cast<sockaddr*>(&address);
-}
-
-bool isPlayer(char id) {
-    return id >= '1' && id <= '4';
 }
 
 /// The room's end.
@@ -81,7 +74,7 @@ class Watch {
         std::string problem;
         session_ = client::Session::join(room.address(), name, now_, problem);
         require(session_.has_value(), "a session begins");
-        name_ = name_.substr(0, std::min(name_.find('\0'), longestName));
+        name_ = client::untilZero(name_).substr(0, client::longestName);
         takeSent(0);
     }
 
@@ -110,7 +103,7 @@ class Watch {
 
     void leave() {
         const char id = session_->id();
-        session_->leave();
+        session_->leave(now_);
         takeSent(id);
     }
 
@@ -125,29 +118,28 @@ class Watch {
 
     void checkSent(const std::string& datagram, char id) {
         const char code = datagram.empty() ? '\0' : datagram[0];
-        const auto is = [&](char wanted, std::size_t size) {
-            return code == wanted && datagram.size() == size;
+        const auto is = [&](const auto& record) {
+            return code == record.type && datagram.size() == sizeof record;
         };
         if (code == messageCode::join) {
-            require(id == 0 && datagram == messageCode::join + name_ + '\0',
+            require(id == 0 && datagram == joinDatagram(name_),
                     "a session joins by its name while it is not in");
             return;
         }
-        require(is(messageCode::leave, sizeof(LeaveMessage)) ||
-                    is(messageCode::keepAlive, sizeof(KeepAliveMessage)) ||
-                    is(messageCode::key, sizeof(KeyMessage)) ||
-                    is(messageCode::view, sizeof(ViewMessage)) ||
-                    is(messageCode::chat, sizeof(TalkMessage)),
+        require(is(LeaveMessage()) || is(KeepAliveMessage()) || is(KeyMessage()) ||
+                    is(ViewMessage()) || is(TalkMessage()),
                 "what a session sends is a record");
-        require(isPlayer(datagram[1]), "a record is some player's");
+        // Every one of them has its identifier there.
+        const char sender = datagram[offsetof(LeaveMessage, id)];
+        require(client::isPlayerId(sender), "a record is some player's");
         if (code == messageCode::leave)
             return;
-        const bool isOurs = datagram[1] == id || datagram[1] == session_->id();
+        const bool isOurs = sender == id || sender == session_->id();
         require(isOurs, "a session speaks for nobody else");
         if (code == messageCode::key) {
-            KeyMessage key;
-            std::memcpy(&key, datagram.data(), sizeof key);
-            require(key.key >= 0 && key.key < keyIndex::count && (key.down & ~1) == 0,
+            KeyMessage record;
+            std::memcpy(&record, datagram.data(), sizeof record);
+            require(record.key >= 0 && record.key < keyIndex::count && (record.down & ~1) == 0,
                     "keys are those of the protocol");
         }
     }
@@ -161,48 +153,58 @@ class Watch {
     }
 
     void take(const client::Joined& joined) {
-        require(!hasJoined_ && isPlayer(joined.id), "a session joins once, as a player");
+        require(!hasJoined_ && client::isPlayerId(joined.id), "a session joins once, as a player");
         hasJoined_ = true;
         id_ = joined.id;
     }
     void take(const client::Refused& /*end*/) {
-        require(!hasJoined_, "who is in is not refused");
+        require(!hasJoined_, "no player is refused");
         end_();
     }
     void take(const client::Unanswered& /*end*/) {
-        require(!hasJoined_, "who is in was answered");
+        require(!hasJoined_, "a player was answered");
         end_();
     }
     void take(const client::Dropped& /*end*/) {
-        require(hasJoined_, "only who is in can be dropped");
+        require(hasJoined_, "only a player can be dropped");
         end_();
     }
     void take(const client::Snapshot& snapshot) {
         require(hasJoined_ && snapshot.tick > lastTick_, "snapshots count up");
         lastTick_ = snapshot.tick;
         require(snapshot.arrival == now_, "a snapshot arrives when it is read");
-        const auto isSelf = [this](const PlayerUpdate& player) {
-            const std::string_view name(player.name, strnlen(player.name, longestName));
-            return player.id == id_ && name == name_;
-        };
-        const auto& updates = snapshot.state.updates;
-        require(std::any_of(std::begin(updates), std::end(updates), isSelf),
-                "the player is in its snapshots");
+        for (const PlayerUpdate& player : snapshot.state.updates)
+            checkSlot(player);
+        const PlayerUpdate* const self = client::playerWith(snapshot.state, id_);
+        require(self && self->name == name_, "the player is in its snapshots");
     }
     void take(const client::Chat& chat) {
-        require(chat.speaker != serverSpeaker, "the server's words are notices");
+        require(client::isPlayerId(chat.speaker), "the server's words are notices");
         checkText(chat.text, sizeof TalkMessage::text);
     }
-    void take(const client::PlayerJoined& notice) { checkText(notice.name, longestName); }
-    void take(const client::PlayerLeft& notice) { checkText(notice.name, longestName); }
+    void take(const client::PlayerJoined& notice) { checkText(notice.name, client::longestName); }
+    void take(const client::PlayerLeft& notice) { checkText(notice.name, client::longestName); }
     void take(const client::Soaking& notice) {
-        checkText(notice.shooter, longestName);
-        checkText(notice.victim, longestName);
+        checkText(notice.shooter, client::longestName);
+        checkText(notice.victim, client::longestName);
     }
     void take(const client::Notice& notice) { checkText(notice.text, sizeof TalkMessage::text); }
 
+    static void checkSlot(const PlayerUpdate& player) {
+        require(player.id == 0 || client::isPlayerId(player.id), "a slot is a player's or empty");
+        unsigned char shooting = 0;
+        std::memcpy(&shooting, &player.shooting, sizeof shooting);
+        require(shooting <= 1, "a boolean is 0 or 1");
+        require(std::memchr(player.name, '\0', sizeof player.name) != nullptr, "a name ends");
+        const quat& rotation = player.rotation;
+        for (const float number : {player.position.x, player.position.y, player.position.z,
+                                   player.direction.x, player.direction.y, player.direction.z,
+                                   rotation.x, rotation.y, rotation.z, rotation.w})
+            require(std::isfinite(number), "players are somewhere");
+    }
+
     void checkText(const std::string& text, std::size_t longest) {
-        require(hasJoined_, "words reach who is in");
+        require(hasJoined_, "words reach players only");
         require(text.size() <= longest && text.find('\0') == std::string::npos,
                 "texts keep to their fields");
     }
@@ -215,7 +217,7 @@ class Watch {
     void check() const {
         const client::Session& session = *session_;
         require(!session.isPlaying() || (session.isOpen() && session.id() == id_),
-                "who plays is in, under the identifier that was told");
+                "a player is in, under the identifier that was told");
         require(!session.isOpen() || session.wakeAt() > now_, "nothing due is left undone");
 
         const client::Statistics& statistics = session.statistics();
@@ -262,7 +264,7 @@ std::string stateRecord(Bytes& bytes, int argument, const std::string& name) {
         shown.copy(player.name, sizeof player.name - 1);
         message.add(player);
     }
-    std::string record(reinterpret_cast<const char*>(&message), sizeof message);
+    std::string record = bytesOf(message);
     for (int changes = bytes.next<unsigned char>() % 8; changes > 0; --changes) {
         const std::size_t at = 1 + bytes.next<unsigned char>() % (record.size() - 1);
         record[at] = bytes.next<char>();
@@ -272,11 +274,8 @@ std::string stateRecord(Bytes& bytes, int argument, const std::string& name) {
 
 std::string talkRecord(Bytes& bytes, int argument) {
     const std::size_t length = bytes.next<unsigned char>() % 31;
-    std::string record = {messageCode::chat,
-                          argument < 16 ? serverSpeaker : static_cast<char>('1' + argument % 4)};
-    record += bytes.text(length);
-    record.resize(sizeof(TalkMessage));
-    return record;
+    const char speaker = argument < 16 ? serverSpeaker : static_cast<char>('1' + argument % 4);
+    return chatDatagram(speaker, bytes.text(length));
 }
 
 void act(Bytes& bytes, int argument, Watch& watch) {
@@ -318,11 +317,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         case receipt: {
             GenericMessage record;
             record.data[0] = messageCode::join;
-            watch.deliver(std::string(reinterpret_cast<const char*>(&record), sizeof record));
+            watch.deliver(bytesOf(record));
             break;
         }
         case accepted:
-            watch.deliver(bytesOf(AcceptanceMessage{.id = static_cast<char>('1' + argument % 8)}));
+            watch.deliver(acceptanceDatagram(static_cast<char>('1' + argument % 8)));
             break;
         case state:
             watch.deliver(stateRecord(bytes, argument, watch.name()));

@@ -2,6 +2,7 @@
 #include "client/Session.h"
 #include "tests/process/ServerProcess.h"
 #include "tests/support/Arenas.h"
+#include "tests/support/Datagrams.h"
 #include "tests/support/UdpPeer.h"
 
 #include <cmath>
@@ -44,7 +45,7 @@ struct Player {
             if (Clock::now() > end)
                 return false;
             if (session.isOpen())
-                client::wait(session);
+                client::wait(session, Clock::now());
             session.service(Clock::now());
             while (std::optional<Event> event = session.nextEvent()) {
                 if (const auto* snapshot = std::get_if<client::Snapshot>(&*event))
@@ -162,7 +163,8 @@ TEST(Client, SendsItsSecondCopyAway) {
     Player ann(server.port(), "Ann");
     ASSERT_TRUE(ann.plays());
     EXPECT_EQ(server.line(), "Ann joined");
-    ASSERT_EQ(send(ann.session.descriptor(), "jAnn", 4, 0), 4);
+    const std::string copy = joinDatagram("Ann");
+    ASSERT_EQ(send(ann.session.descriptor(), copy.data(), copy.size(), 0), 5);
     EXPECT_TRUE(ann.playUntil([&] { return ann.heard<client::PlayerLeft>() != nullptr; }));
     EXPECT_EQ(server.line(), "Ann joined");
     EXPECT_EQ(server.line(), "Ann disconnected");
@@ -176,7 +178,7 @@ TEST(Client, NoticesThatSomebodySentItAway) {
     Player ann(server.port(), "Ann");
     ASSERT_TRUE(ann.plays());
     UdpPeer stranger;
-    stranger.send("d1", server.port());
+    stranger.send(leaveDatagram('1'), server.port());
     ASSERT_TRUE(ann.playUntil([&] { return !ann.session.isOpen(); }));
     ASSERT_TRUE(ann.heard<client::Dropped>());
     EXPECT_EQ(ann.heard<client::Dropped>()->reason, client::Dropped::Reason::silence);

@@ -62,7 +62,7 @@ Session joining(int port, const std::string& name) {
 bool playUntil(Session& session, const std::function<bool()>& condition) {
     const client::Time end = Clock::now() + std::chrono::seconds(10);
     while (!condition() && session.isOpen() && Clock::now() < end) {
-        client::wait(session);
+        client::wait(session, Clock::now());
         session.service(Clock::now());
         while (session.nextEvent()) {
         }

@@ -43,6 +43,14 @@ inline std::string keepAliveDatagram(char id) {
     return bytesOf(KeepAliveMessage{.id = id});
 }
 
+inline std::string acceptanceDatagram(char id) {
+    return bytesOf(AcceptanceMessage{.id = id});
+}
+
+inline std::string refusalDatagram() {
+    return bytesOf(RefusalMessage());
+}
+
 /// A server notice with this text, as it must arrive.
 inline std::string noticeDatagram(const std::string& text) {
     return chatDatagram(serverSpeaker, text);

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "client/Clock.h"
+#include "src/Messages.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace drench::client {
+
+/// An input on the wire.
+using InputRecord = std::variant<KeyMessage, ViewMessage, TalkMessage>;
+
+/// What a player wants, as far as the room is still to be told: keys, which are sent again and
+/// again, and a jump, mouse counts and words, which are sent once.
+struct Inputs {
+    struct Key {
+        bool isDown = false;
+
+        /// How often the release is still to be sent.
+        int releasesLeft = 0;
+
+        /// When the key is due, if it is down or has releases left.
+        Time sendAt;
+    };
+
+    /// Indexed by keyIndex; the jump's entry stays as it is.
+    std::array<Key, keyIndex::count> keys;
+    bool jump = false;
+
+    /// Mouse counts.
+    std::int32_t dx = 0;
+    std::int32_t dy = 0;
+
+    std::vector<std::string> words;
+
+    /// Holds or releases a key, to be sent from `now` on; keyIndex::jump with `down` asks for one
+    /// jump. Other keys than those of keyIndex do nothing.
+    void setKey(int key, bool down, Time now);
+
+    /// Adds mouse counts; sums stop at the ends of what a record can hold.
+    void turn(int countsRight, int countsDown);
+
+    /// Adds words: their first 30 bytes, none from a 0 byte on. When 16 wait, more are lost.
+    void say(std::string_view text);
+
+    /// Whether nothing waits that is sent once.
+    bool isEmpty() const;
+
+    /// Forgets what is sent once; keys stay.
+    void clear();
+
+    /// When the first key is due; Time::max() when none is held or to be released.
+    Time keysDueAt() const;
+
+    /// Takes what is due as records of player `id`: keys in the order of their numbers, then the
+    /// view, then words. What is sent once is gone then; keys are due again a quarter of a second
+    /// later, releases three times in all.
+    std::vector<InputRecord> takeDue(char id, Time now);
+};
+
+} // namespace drench::client

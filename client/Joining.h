@@ -1,0 +1,50 @@
+#pragma once
+
+#include "client/Clock.h"
+
+#include <optional>
+
+namespace drench::client {
+
+/// What a session has sent and heard before it is let in, and what is to be done about it.
+/// Datagrams may be lost or overtake each other: the acceptance may come after snapshots, and the
+/// refusal of a second copy of the join record before the acceptance of the first.
+struct Joining {
+    Time firstSent;
+    Time lastSent;
+    int timesSent = 0;
+
+    /// Whether any record of the room has come. If so the join record has most likely arrived.
+    bool hasHeard = false;
+
+    /// When a refusal came that may be of a second copy.
+    std::optional<Time> refused;
+
+    std::optional<Time> firstSnapshot;
+
+    /// A join record went out.
+    void sent(Time now);
+
+    /// Whether another copy of the join record is to be sent.
+    bool isSendDue(Time now) const;
+
+    /// A refusal came. Snapshots reach nobody but players, so it means nothing after the first.
+    void takeRefusal(Time now);
+
+    /// Whether the room has refused us for certain.
+    bool isRefused(Time now) const;
+
+    /// Whether it is no use to wait any longer.
+    bool isUnanswered(Time now) const;
+
+    /// Whether snapshots have come for so long that the acceptance must be lost.
+    bool hasMissedAcceptance(Time now) const;
+
+    /// When isSendDue(), isRefused() or isUnanswered() becomes true, if nothing is heard.
+    Time wakeAt() const;
+
+  private:
+    Time answerDeadline() const;
+};
+
+} // namespace drench::client

@@ -1,0 +1,57 @@
+# Tests of each room without a process of its own, mirrored by folder.
+
+set(room_on_a_manual_clock support/ManualClock.cpp support/Room.cpp)
+
+file(GLOB game_tests CONFIGURE_DEPENDS src/*.cpp)
+list(REMOVE_ITEM game_tests ${CMAKE_CURRENT_SOURCE_DIR}/src/TimingTest.cpp)
+file(GLOB library_tests CONFIGURE_DEPENDS arena/*.cpp arena/picture/*.cpp client/*.cpp common/*.cpp)
+if(NOT DRENCH_TOOLS)
+  # They write files that the tools read.
+  list(REMOVE_ITEM library_tests ${CMAKE_CURRENT_SOURCE_DIR}/arena/picture/PictureTest.cpp
+       ${CMAKE_CURRENT_SOURCE_DIR}/arena/picture/PngTest.cpp)
+endif()
+add_executable(drench-tests ${game_tests} ${library_tests} ${room_on_a_manual_clock})
+target_link_libraries(drench-tests PRIVATE drench-test-support drench-room drench-picture drench-client
+                                           $<TARGET_NAME_IF_EXISTS:drench-png>)
+target_compile_definitions(
+  drench-tests
+  PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata"
+          DRENCH_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data"
+          DRENCH_TEST_PICTURES="${CMAKE_CURRENT_SOURCE_DIR}/pictures")
+add_dependencies(drench-tests resources)
+
+if(DRENCH_TOOLS)
+  file(GLOB bot_tests CONFIGURE_DEPENDS bots/*.cpp)
+  add_executable(drench-bot-tests ${bot_tests} ${room_on_a_manual_clock})
+  target_link_libraries(drench-bot-tests PRIVATE drench-test-support drench-room drench-bot-parts
+                                                 nlohmann_json::nlohmann_json)
+  target_compile_definitions(drench-bot-tests
+                             PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
+
+  # Figures of how bots play, made on demand: cmake --build build/release --target drench-bot-figures
+  add_executable(drench-bot-figures EXCLUDE_FROM_ALL figures/BotFigures.cpp bots/BotMatch.cpp
+                                                     ${room_on_a_manual_clock})
+  target_link_libraries(drench-bot-figures PRIVATE drench-test-support drench-room drench-bot-parts)
+
+  file(GLOB lag_tests CONFIGURE_DEPENDS lag/*.cpp)
+  add_executable(drench-lag-tests ${lag_tests})
+  target_link_libraries(drench-lag-tests PRIVATE drench-test-support drench-lag-parts
+                                                 nlohmann_json::nlohmann_json)
+endif()
+
+add_executable(drench-timing-tests src/TimingTest.cpp)
+target_link_libraries(drench-timing-tests PRIVATE drench-test-support)
+
+gtest_discover_tests(drench-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+if(DRENCH_TOOLS)
+  gtest_discover_tests(drench-bot-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(drench-lag-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+endif()
+gtest_discover_tests(drench-timing-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+
+if(DRENCH_TOOLS)
+  add_test(NAME VoxelEditor.ReadsAndWritesOurArenas
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/voxel-editor.sh $<TARGET_FILE:drench-map>)
+  set_tests_properties(VoxelEditor.ReadsAndWritesOurArenas PROPERTIES SKIP_RETURN_CODE 77
+                                                                      TIMEOUT 300)
+endif()

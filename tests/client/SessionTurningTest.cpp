@@ -1,0 +1,36 @@
+#include "tests/client/SessionLine.h"
+
+#include <climits>
+#include <gtest/gtest.h>
+
+TEST(SessionTurning, AddsCountsUpToOneRecord) {
+    PlayingLine line;
+    line.session.turn(3, -4);
+    line.session.turn(10, 1);
+    EXPECT_LE(line.session.wakeAt(), line.now);
+    line.pass(milliseconds(0));
+    EXPECT_EQ(line.heardByRoom(), Strings{viewDatagram('1', 13, -3)});
+    line.pass(milliseconds(1));
+    EXPECT_EQ(line.heardByRoom(), Strings{});
+}
+
+TEST(SessionTurning, SendsNothingForNoCounts) {
+    PlayingLine line;
+    line.session.turn(5, 5);
+    line.session.turn(-5, -5);
+    line.pass(milliseconds(0));
+    EXPECT_EQ(line.heardByRoom(), Strings{});
+    line.session.turn(0, 1);
+    EXPECT_LE(line.session.wakeAt(), line.now);
+    line.pass(milliseconds(0));
+    EXPECT_EQ(line.heardByRoom(), Strings{viewDatagram('1', 0, 1)});
+}
+
+TEST(SessionTurning, StopsSumsAtTheEnds) {
+    PlayingLine line;
+    for (int i = 0; i < 3; ++i)
+        line.session.turn(INT_MAX, INT_MIN);
+    line.session.turn(-1, 1);
+    line.pass(milliseconds(0));
+    EXPECT_EQ(line.heardByRoom(), Strings{viewDatagram('1', INT_MAX - 1, INT_MIN + 1)});
+}
