@@ -1,7 +1,7 @@
 #pragma once
 
-#include "bots/Controls.h"
 #include "bots/View.h"
+#include "src/Player.h"
 #include "src/Vector.h"
 
 namespace drench::bots {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "bots/Controls.h"
 #include "bots/Roadmap.h"
+#include "src/Player.h"
 #include "src/Vector.h"
 
 #include <array>

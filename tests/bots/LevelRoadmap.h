@@ -18,9 +18,10 @@ inline bots::Roadmap levelRoadmap(MapManager& map) {
     roadmap.grid = arena::gridOf(map);
     roadmap.placeOfCell.assign(static_cast<std::size_t>(map.columns * map.rows * map.depth), -1);
     for (const arena::CellIndex& cell : arena::walkableCells(map)) {
-        const auto middle = [](int index) { return 64.0f * static_cast<float>(index) + 32.0f; };
+        using arena::cubeEdge;
+        const auto middle = [](int index) { return cubeEdge * (static_cast<float>(index) + 0.5f); };
         const vec3 position(middle(cell.column),
-                            64.0f * static_cast<float>(cell.row) + bots::standingHeight,
+                            cubeEdge * static_cast<float>(cell.row) + bots::standingHeight,
                             middle(cell.depth));
         roadmap.placeOfCell[static_cast<std::size_t>(
             (cell.column * map.rows + cell.row) * map.depth + cell.depth)] =
