@@ -8,7 +8,7 @@ namespace {
 constexpr int longestFall = 700;
 
 /// Vertical velocity in the first tick of a fall; on a floor every tick begins one.
-constexpr float fallFromRest = -0.5f;
+constexpr float fallFromRest = -static_cast<float>(Player::gravity);
 
 bool insideWorld(const MapManager& map, const Box& body) {
     return body.min.x >= 0.0f && body.max.x <= map.width && body.min.y >= 0.0f &&
@@ -49,9 +49,8 @@ Arrival arrive(int pose, const Player& spawned) {
 std::vector<Arrival> arrivals(MapManager& map) {
     std::vector<Arrival> all;
     for (int pose = 0; pose < Player::spawnPoseCount; ++pose) {
-        Player player('1', "");
+        Player player('1', "", 0.0f, pose);
         player.setMapMan(&map);
-        player.spawnAt(pose);
         all.push_back(arrive(pose, player));
     }
     return all;

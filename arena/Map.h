@@ -16,8 +16,8 @@ struct CellIndex {
     auto operator<=>(const CellIndex&) const = default;
 };
 
-/// Edge length of a cube in world units.
-constexpr float cubeEdge = 64.0f;
+/// Edge length of a cube in world units, as coordinates need it.
+constexpr float cubeEdge = MapManager::cubeEdge;
 
 /// The most cells that any tool makes a map of: 256 × 32 × 256 take 110 MB.
 constexpr long mostCells = 256L * 32 * 256;

@@ -36,9 +36,6 @@ constexpr int strideTicks = 8;
 /// Ticks after which every body has come to rest that ever will.
 constexpr int longestSettling = 700;
 
-/// One mouse count turns the view by a radian divided by this.
-constexpr double countsPerRadian = 360.0;
-
 /// How many states are expanded between two reports of progress.
 constexpr std::size_t statesPerReport = 4096;
 
@@ -56,12 +53,12 @@ struct State {
     int place;
 };
 
-/// States with the same key are taken for one. Vertical speeds are whole halves of a unit.
+/// States with the same key are taken for one. Vertical speeds are multiples of gravity.
 struct StateKey {
     int x;
     int y;
     int z;
-    int halfSpeeds;
+    int gravities;
     bool inAir;
     bool standing;
 
@@ -78,7 +75,7 @@ std::size_t hashOf(std::initializer_list<int> numbers) {
 
 struct HashKey {
     std::size_t operator()(const StateKey& key) const {
-        return hashOf({key.x, key.y, key.z, key.halfSpeeds, key.inAir, key.standing});
+        return hashOf({key.x, key.y, key.z, key.gravities, key.inAir, key.standing});
     }
     std::size_t operator()(const CellIndex& cell) const {
         return hashOf({cell.column, cell.row, cell.depth});
@@ -109,7 +106,7 @@ StateKey flightKey(const Player& player) {
     return {partIndex(p.x, flightParts),
             partIndex(p.y, flightHeightParts),
             partIndex(p.z, flightParts),
-            static_cast<int>(2.0f * player.verticalSpeed),
+            static_cast<int>(static_cast<double>(player.verticalSpeed) / Player::gravity),
             player.inAir,
             false};
 }
@@ -122,15 +119,12 @@ bool isStuck(const Player& player) {
 
 /// Turns the view left in a single mouse report.
 void turnLeft(Player& player, double radians) {
-    player.rotateView(-static_cast<int>(std::lround(radians * countsPerRadian)), 0);
+    player.rotateView(-static_cast<int>(std::lround(radians * Player::countsPerRadian)), 0);
 }
 
 /// A player of this map who looks along a heading, level.
 Player lookingAlong(MapManager& map, int heading, Pace pace) {
-    Player player('1', "");
-    player.setMapMan(&map);
-    player.position = vec3(0.0f);
-    player.look = vec3(0.0f, 0.0f, 1.0f);
+    Player player = bodyAt(map, vec3(0.0f), vec3(0.0f, 0.0f, 1.0f));
     const double quarter = std::acos(0.0);
     turnLeft(player, 4.0 * quarter * heading / headings);
     if (pace == Pace::flicked)

@@ -19,9 +19,6 @@ constexpr float inset = 0.002f;
 /// Directions in which shots are tried from each place.
 constexpr int skyDirections = 64;
 
-/// A view is nowhere nearer to the vertical.
-constexpr double steepestHorizontalPart = 0.1;
-
 /// A player sees 90 degrees at once.
 constexpr float cosineOfFieldOfView = 0.0f;
 
@@ -71,7 +68,7 @@ std::vector<vec3> viewDirections() {
         const double horizontal = std::sqrt(1.0 - y * y);
         const double x = horizontal * std::cos(goldenAngle * i);
         const double z = horizontal * std::sin(goldenAngle * i);
-        if (std::fabs(x) >= steepestHorizontalPart || std::fabs(z) >= steepestHorizontalPart)
+        if (std::fabs(x) >= Player::steepView || std::fabs(z) >= Player::steepView)
             directions.emplace_back(static_cast<float>(x), static_cast<float>(y),
                                     static_cast<float>(z));
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "bots/Controls.h"
 #include "bots/Eyes.h"
 #include "bots/Footwork.h"
 #include "bots/Gaze.h"
@@ -14,6 +13,7 @@
 #include "bots/Walker.h"
 #include "common/Chance.h"
 #include "src/Messages.h"
+#include "src/Player.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "bots/Controls.h"
 #include "bots/Steps.h"
 #include "bots/View.h"
+#include "src/Player.h"
 #include "src/Vector.h"
 
 namespace drench::bots {

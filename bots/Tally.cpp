@@ -35,13 +35,9 @@ std::optional<double> upperMedian(std::vector<double> values) {
 }
 
 bool isDead(const PlayerUpdate& player) {
-    static const vec3 waitingPlace = [] {
-        Player soaked;
-        soaked.die(0.0f);
-        return soaked.getPosition();
-    }();
-    return player.position.x == waitingPlace.x && player.position.y == waitingPlace.y &&
-           player.position.z == waitingPlace.z;
+    constexpr vec3 there = Player::soakedPlace;
+    return player.position.x == there.x && player.position.y == there.y &&
+           player.position.z == there.z;
 }
 
 void Scorer::join() {

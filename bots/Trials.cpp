@@ -63,16 +63,12 @@ Trial trial(int n) {
 
 /// Somebody who stands at a place.
 Player standingAt(MapManager& map, const arena::StandingPlace& place, const Trial& trial) {
-    Player player('1', "");
-    player.setMapMan(&map);
-    player.position = place.position + vec3(trial.x, 0.0f, trial.z);
+    const vec3 centre = place.position + vec3(trial.x, 0.0f, trial.z);
     const double level = std::cos(trial.pitch);
-    player.look = player.position + vec3(static_cast<float>(std::sin(trial.yaw) * level),
-                                         static_cast<float>(std::sin(trial.pitch)),
-                                         static_cast<float>(std::cos(trial.yaw) * level));
-    player.box = Box(player.position, Player::bodySize);
-    player.updateDirAndStrafe();
-    return player;
+    return bodyAt(map, centre,
+                  centre + vec3(static_cast<float>(std::sin(trial.yaw) * level),
+                                static_cast<float>(std::sin(trial.pitch)),
+                                static_cast<float>(std::cos(trial.yaw) * level)));
 }
 
 /// How many ticks a Walker takes from one place to the next; -1 when it does not get there.
@@ -105,13 +101,7 @@ int ticksTaken(const Roadmap& roadmap, int from, int to, const Trial& trial) {
         }
         turned.rotateView(controls.dx, controls.dy);
         underway.push_back(controls);
-        const Controls& now = underway.front();
-        for (int key = 0; key < keyIndex::jump; ++key)
-            player.setKey(key, now.held[key]);
-        if (now.jump)
-            player.setKey(keyIndex::jump, true);
-        if (now.dx != 0 || now.dy != 0)
-            player.rotateView(now.dx, now.dy);
+        player.apply(underway.front());
         underway.pop_front();
         player.update(0.0f);
     }

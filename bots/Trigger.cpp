@@ -12,8 +12,8 @@ namespace {
 /// The shortest press, in ticks.
 constexpr int shortestPress = 4;
 
-/// No shot reaches further than this: the march takes 5000 steps of one unit.
-constexpr float range = 5000.0f;
+/// No shot reaches further than this: it marches in steps of one unit.
+constexpr float range = MapManager::marchReach;
 
 } // namespace
 

@@ -10,7 +10,8 @@ namespace {
 
 constexpr double fullTurn = 2.0 * std::numbers::pi * countsPerRadian;
 
-/// Turns are refused from 81.9 degrees on, where both horizontal parts are below 0.1.
+/// Mouse counts from the level, well short of the steepest views that are not refused: those
+/// of 1.43 radians, where both horizontal parts are Player::steepView.
 constexpr double steepest = 1.3 * countsPerRadian;
 
 } // namespace

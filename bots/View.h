@@ -1,11 +1,10 @@
 #pragma once
 
-#include "src/Vector.h"
+#include "src/Player.h"
 
 namespace drench::bots {
 
-/// A view rotates by this share of a radian for one mouse count.
-constexpr double countsPerRadian = 360.0;
+constexpr double countsPerRadian = Player::countsPerRadian;
 
 /// A direction of view in mouse counts: to the right of +z, all round, and down from the level.
 /// Also the difference of two, or a speed in counts per tick.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <utility>
 
 namespace drench::bots {
@@ -59,10 +60,8 @@ constexpr float heldUpSpeed = 1.0f;
 constexpr int heldUpPatience = 3;
 constexpr float backOnLine = 2.0f;
 
-/// Speeds of a body that is moved by one key, and by two.
-constexpr float walkSpeed = 6.0f;
-constexpr float aslantSpeed = 8.49f;
-constexpr float gravityPerTick = 0.5f;
+/// Speed of a body that is moved by two keys.
+constexpr float aslantSpeed = std::numbers::sqrt2_v<float> * Player::walkingSpeed;
 
 bool isInJumpReach(vec3 way) {
     return std::fabs(way.x) <= jumpReach && std::fabs(way.z) <= jumpReach;
@@ -162,13 +161,14 @@ Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
 /// Where the body will be when the steps that are still under way have acted.
 vec3 Walker::foreseen(vec3 position, int lag) const {
     const vec3 moved = position - before_.value_or(position);
-    const float speed = std::clamp(horizontal(moved).length(), walkSpeed, aslantSpeed);
+    const float speed = std::clamp(horizontal(moved).length(), Player::walkingSpeed, aslantSpeed);
     const int underWay = std::clamp(lag, 0, longestLag);
     for (int i = 0; i < underWay; ++i)
         position += headings_[static_cast<std::size_t>(i)] * speed;
     if (aloft_) {
         const auto ticks = static_cast<float>(underWay);
-        position.y += ticks * moved.y - 0.5f * gravityPerTick * ticks * (ticks + 1.0f);
+        position.y +=
+            ticks * moved.y - 0.5f * static_cast<float>(Player::gravity) * ticks * (ticks + 1.0f);
     }
     return position;
 }

@@ -50,6 +50,7 @@ bool Line_AABB_1d(float start, float dir, float min, float max, float& enter, fl
     if (parallelTolerance > std::fabs(static_cast<double>(dir)))
         return start >= min && max >= start;
 
+    // The parameters at which the line crosses the two planes, the nearer first.
     const float inverse = 1.0f / dir;
     float t0 = (min - start) * inverse;
     float t1 = (max - start) * inverse;
@@ -65,6 +66,8 @@ bool Line_AABB_1d(float start, float dir, float min, float max, float& enter, fl
 }
 
 bool Line_AABB(vec3 start, vec3 end, vec3 min, vec3 max, vec3& hit) {
+    // The whole segment at first; each slab leaves the part that lies in it. A point that is in all
+    // three slabs is in the box.
     float enter = 0.0f;
     float exit = 1.0f;
     const vec3 d = end - start;
@@ -80,6 +83,9 @@ bool intersectsLineAABB(vec3 start, vec3 end, Box box, vec3& hitPoint, vec3& hit
     const vec3 planePoints[faceCount] = {{box.min.x, 0.0f, 0.0f}, {box.max.x, 0.0f, 0.0f},
                                          {0.0f, box.min.y, 0.0f}, {0.0f, box.max.y, 0.0f},
                                          {0.0f, 0.0f, box.min.z}, {0.0f, 0.0f, box.max.z}};
+    // Each face moves the end that lies beyond its plane to the plane. A segment that meets the box
+    // is left with its part inside. One that does not comes to a plane with both ends beyond it,
+    // and they stay there, so that its start is not in the box.
     for (int face = 0; face < faceCount; ++face) {
         const vec3 planePoint = planePoints[face];
         const vec3 normal = faceNormals[face];

@@ -23,6 +23,8 @@ template<typename Vector>
 Vector slerpVector(Vector a, Vector b, float t) {
     const float d = clamp(a.dot(b), -1.0f, 1.0f);
     const float theta = std::acos(d) * t;
+    // The unit vector that stands on a in the plane of both (Gram and Schmidt): a turn in that
+    // plane is a combination of the two.
     const Vector across = normalized(b - a * d);
     return a * std::cos(theta) + across * std::sin(theta);
 }

@@ -45,8 +45,8 @@ constexpr Pose spawnPoses[Player::spawnPoseCount] = {
 /// as high as a standing body's centre.
 constexpr float spawnLift = 120.0f;
 
-/// Far outside the world: a soaked player is out of sight until it respawns.
-constexpr Pose deathPose = {{-1375.2f, 797.701f, -1280.61f},
+/// The view of a soaked player from there.
+constexpr Pose deathPose = {Player::soakedPlace,
                             {-1374.52f, 797.664f, -1279.88f},
                             {-0.0758345f, 0.904769f, -0.164282f, -0.385529f}};
 

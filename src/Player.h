@@ -46,9 +46,14 @@ struct Player {
     /// ends.
     static constexpr float takeOffSpeed = 12.0f;
 
+    /// Where the soaked wait for their respawn, far outside the world and out of sight. That a
+    /// player is there is all that a state says of its being dead.
+    static constexpr vec3 soakedPlace{-1375.2f, 797.701f, -1280.61f};
+
     /// World units per tick², subtracted in double and stored as float. There is no fastest fall.
-    /// Vertical speeds are whole halves, and so exact: the search for places that can be reached
-    /// tells bodies apart by them, and would take unlike ones for one with a finer gravity.
+    /// Vertical speeds are its multiples, to the bit, since it is a power of two: with another
+    /// gravity bodies that fall alike would differ by their last bits, and searches through them
+    /// never end.
     static constexpr double gravity = 0.5;
 
     /// World units per tick: gravity acts up to this vertical speed. It lies above `takeOffSpeed`,

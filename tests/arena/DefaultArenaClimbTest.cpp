@@ -77,7 +77,9 @@ Waypoint turnedClockwise(Waypoint waypoint, int quarters) {
 }
 
 vec3 middle(const Waypoint& waypoint) {
-    const auto centre = [](int index) { return static_cast<float>(index) * 64.0f + 32.0f; };
+    const auto centre = [](int index) {
+        return MapManager::cubeEdge * (static_cast<float>(index) + 0.5f);
+    };
     return {centre(waypoint.column), waypoint.floor, centre(waypoint.depth)};
 }
 
@@ -86,7 +88,8 @@ void turnTowards(Player& player, vec3 target) {
     const float yaw = std::remainder(std::atan2(way.x, way.z) -
                                          std::atan2(player.direction.x, player.direction.z),
                                      2.0f * std::acos(-1.0f));
-    player.rotateView(static_cast<int>(std::lround(-yaw * 360.0f)), 0);
+    player.rotateView(
+        static_cast<int>(std::lround(-yaw * static_cast<float>(Player::countsPerRadian))), 0);
 }
 
 /// Walks to the middle of a cell: forward all the time, jumping where a step or a gap asks for it.
@@ -97,7 +100,7 @@ std::optional<int> reach(Player& player, const Waypoint& waypoint) {
         const vec3 before = player.position;
         const float dx = target.x - before.x;
         const float dz = target.z - before.z;
-        const float feet = before.y - 75.0f;
+        const float feet = before.y - 0.5f * Player::bodySize.y;
         const bool walks = std::hypot(dx, dz) >= 8.0f;
         if (!walks && !player.inAir && std::fabs(feet - waypoint.floor) < 1.0f)
             return tick;
@@ -114,14 +117,14 @@ std::optional<int> reach(Player& player, const Waypoint& waypoint) {
 }
 
 void climbEveryBalcony(const Route& route) {
-    MapManager arena;
-    arena.init(fileStringContents(DRENCH_MAPDATA));
+    MapManager map;
+    map.init(fileStringContents(DRENCH_MAPDATA));
     std::vector<int> ticks;
     for (int side = 0; side < 4; ++side) {
         // Spawns 4 to 7 lie in the corners, clockwise from the north-west.
         seedForSpawn(4 + (side + route.cornersOn) % 4);
         Player player('1', "Climber");
-        player.setMapMan(&arena);
+        player.setMapMan(&map);
         for (int tick = 0; tick < 60; ++tick)
             player.update(0.0f);
         ticks.push_back(0);

@@ -9,12 +9,12 @@
 
 namespace {
 
-std::vector<Player> landedPlayers(MapManager& arena) {
+std::vector<Player> landedPlayers(MapManager& map) {
     std::vector<Player> players;
     for (int row = 0; row < spawnRows; ++row) {
         seedForSpawn(row);
         Player player('1', "Sentry");
-        player.setMapMan(&arena);
+        player.setMapMan(&map);
         for (int tick = 0; tick < 200; ++tick)
             player.update(0.0f);
         EXPECT_FALSE(player.inAir) << "spawn " << row;
@@ -52,9 +52,9 @@ std::vector<vec3> pointsOf(const Box& body) {
 } // namespace
 
 TEST(DefaultArenaSight, LandedPlayersCannotHitAnyPartOfAPlayerAtAnotherSpawn) {
-    MapManager arena;
-    arena.init(fileStringContents(DRENCH_MAPDATA));
-    const std::vector<Player> players = landedPlayers(arena);
+    MapManager map;
+    map.init(fileStringContents(DRENCH_MAPDATA));
+    const std::vector<Player> players = landedPlayers(map);
     for (int from = 0; from < spawnRows; ++from) {
         for (int to = 0; to < spawnRows; ++to) {
             if (from == to)

@@ -14,7 +14,7 @@
 
 namespace {
 
-MapManager& arena() {
+MapManager& defaultArena() {
     static MapManager map = [] {
         MapManager loaded;
         loaded.init(fileStringContents(DRENCH_MAPDATA));
@@ -26,7 +26,7 @@ MapManager& arena() {
 Player spawned(int row) {
     seedForSpawn(row);
     Player player('1', "Walker");
-    player.setMapMan(&arena());
+    player.setMapMan(&defaultArena());
     return player;
 }
 
@@ -54,7 +54,7 @@ TEST(DefaultArena, TextKeepsItsNumbersApartWhenItsLinesAreJoined) {
 }
 
 TEST(DefaultArena, CellsAreAirOrSolidOfADocumentedMaterial) {
-    for (const auto& column : arena().cubes) {
+    for (const auto& column : defaultArena().cubes) {
         for (const auto& row : column) {
             for (const Box& cube : row) {
                 ASSERT_TRUE(cube.solid == 0 || cube.solid == 1);
@@ -69,15 +69,17 @@ TEST(DefaultArena, CellsAreAirOrSolidOfADocumentedMaterial) {
 TEST(DefaultArena, GroundIsSolidAndTheBorderStandsToFullHeight) {
     for (int a = 0; a < 32; ++a) {
         for (int b = 0; b < 32; ++b)
-            EXPECT_FALSE(arena().cubeIsNull(a, 0, b))
+            EXPECT_FALSE(defaultArena().cubeIsNull(a, 0, b))
                 << "ground at column " << a << ", depth " << b;
         for (int j = 0; j < 16; ++j) {
-            EXPECT_FALSE(arena().cubeIsNull(a, j, 0))
+            EXPECT_FALSE(defaultArena().cubeIsNull(a, j, 0))
                 << "column " << a << ", row " << j << ", depth 0";
-            EXPECT_FALSE(arena().cubeIsNull(a, j, 31))
+            EXPECT_FALSE(defaultArena().cubeIsNull(a, j, 31))
                 << "column " << a << ", row " << j << ", depth 31";
-            EXPECT_FALSE(arena().cubeIsNull(0, j, a)) << "column 0, row " << j << ", depth " << a;
-            EXPECT_FALSE(arena().cubeIsNull(31, j, a)) << "column 31, row " << j << ", depth " << a;
+            EXPECT_FALSE(defaultArena().cubeIsNull(0, j, a))
+                << "column 0, row " << j << ", depth " << a;
+            EXPECT_FALSE(defaultArena().cubeIsNull(31, j, a))
+                << "column 31, row " << j << ", depth " << a;
         }
     }
 }
@@ -85,7 +87,7 @@ TEST(DefaultArena, GroundIsSolidAndTheBorderStandsToFullHeight) {
 TEST(DefaultArena, EverySpawnIsClearOfCubesAndLandsWithinThreeCubes) {
     for (int row = 0; row < spawnRows; ++row) {
         Player player = spawned(row);
-        EXPECT_FALSE(arena().collides(player.getBox())) << "spawn " << row;
+        EXPECT_FALSE(defaultArena().collides(player.getBox())) << "spawn " << row;
         const float start = player.position.y;
         int ticks = 0;
         do {
@@ -120,10 +122,10 @@ TEST(DefaultArena, NobodyLeavesTheWorldOnALongRandomWalk) {
                 player.rotateView(below(241) - 120, below(21) - 10);
             player.update(0.0f);
             // Bodies may end up touching a cube: an undone step rounds.
-            ASSERT_FALSE(arena().outOfBounds(player.position)) << "walk " << walk;
+            ASSERT_FALSE(defaultArena().outOfBounds(player.position)) << "walk " << walk;
             ASSERT_GT(player.position.y, 64.0f + 74.0f) << "walk " << walk;
-            columnsVisited.emplace(arena().getColumn(player.position.x),
-                                   arena().getDepth(player.position.z));
+            columnsVisited.emplace(defaultArena().getColumn(player.position.x),
+                                   defaultArena().getDepth(player.position.z));
         }
     }
     EXPECT_GT(columnsVisited.size(), 500u) << "of the 900 inside the border";

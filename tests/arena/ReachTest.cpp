@@ -209,9 +209,8 @@ TEST(Reach, RandomWalksFindNoPlaceThatIsMissing) {
     for (int walk = 0; walk < 200; ++walk) {
         Player player = arrival.spawned;
         const auto start = static_cast<std::size_t>(below(static_cast<unsigned>(known.size())));
-        player.position = reach.places[start].position;
-        player.box = Box(player.position, Player::bodySize);
-        player.look = player.position + player.direction;
+        const vec3 centre = reach.places[start].position;
+        player.placeAt(centre, centre + player.direction);
         for (int tick = 0; tick < 1000; ++tick) {
             if (below(15) == 0)
                 player.setKey(below(5), below(4) != 0);

@@ -38,7 +38,7 @@ BotMatch::BotMatch(const Setup& setup) : room_(setup.arena) {
         Seat seat{bots::Bot(setup.roadmap, skill, ++seed),
                   std::make_unique<UdpPeer>(),
                   0,
-                  std::deque<bots::Controls>(static_cast<std::size_t>(setup.delay)),
+                  std::deque<Controls>(static_cast<std::size_t>(setup.delay)),
                   {},
                   0,
                   {},
@@ -69,7 +69,7 @@ void BotMatch::play(int ticks) {
         const UpdateMessage state = receive();
         for (std::size_t i = 0; i < seats_.size(); ++i) {
             Seat& seat = seats_[i];
-            const bots::Controls controls = seat.bot.decide(state, seat.id);
+            const Controls controls = seat.bot.decide(state, seat.id);
             hash(controls);
             seat.sent.push_back(controls);
             send(seat, seat.sent.front());
@@ -115,7 +115,7 @@ void BotMatch::note(Seat& seat, Score& score, const PlayerUpdate& now) {
     seat.last = now;
 }
 
-void BotMatch::hash(const bots::Controls& controls) {
+void BotMatch::hash(const Controls& controls) {
     // FNV-1a, 64 bits (Fowler, Noll, Vo).
     const auto add = [&](int value) {
         decisions_ = (decisions_ ^ static_cast<unsigned>(value)) * 1099511628211u;
@@ -127,7 +127,7 @@ void BotMatch::hash(const bots::Controls& controls) {
     add(controls.dy);
 }
 
-void BotMatch::send(Seat& seat, const bots::Controls& controls) {
+void BotMatch::send(Seat& seat, const Controls& controls) {
     const bool everything = ++seat.sinceTold >= tellAgain;
     if (everything)
         seat.sinceTold = 0;

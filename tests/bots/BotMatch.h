@@ -72,10 +72,10 @@ class BotMatch {
         char id;
 
         /// Decisions on their way to the server.
-        std::deque<bots::Controls> sent;
+        std::deque<Controls> sent;
 
         /// As last told, and ticks since everything was.
-        bots::Controls told;
+        Controls told;
         int sinceTold = 0;
 
         PlayerUpdate last;
@@ -87,8 +87,8 @@ class BotMatch {
 
     UpdateMessage receive();
     void note(Seat& seat, Score& score, const PlayerUpdate& now);
-    void hash(const bots::Controls& controls);
-    void send(Seat& seat, const bots::Controls& controls);
+    void hash(const Controls& controls);
+    void send(Seat& seat, const Controls& controls);
 
     Room room_;
     std::vector<Seat> seats_;

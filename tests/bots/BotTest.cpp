@@ -18,7 +18,6 @@
 using namespace drench;
 
 using bots::Bot;
-using bots::Controls;
 using bots::Mood;
 
 namespace {
@@ -47,19 +46,13 @@ struct Puppet {
                     std::uint64_t seed = 1)
         : Puppet(court(24, 10, 24, solid), skill, seed) {}
 
-    Puppet(MapManager map_, double skill, std::uint64_t seed)
-        : map(std::move(map_)), bot(roadmap, skill, seed) {
+    Puppet(MapManager court, double skill, std::uint64_t seed)
+        : map(std::move(court)), bot(roadmap, skill, seed) {
         player.setMapMan(&map);
         stand(standingIn(12, 4), {0.0f, 0.0f, 1.0f});
     }
 
-    void stand(vec3 position, vec3 direction) {
-        player.position = position;
-        player.look = position + direction;
-        player.updateDirAndStrafe();
-        player.box = Box(position, Player::bodySize);
-        player.verticalSpeed = 0.0f;
-    }
+    void stand(vec3 position, vec3 direction) { player.placeAt(position, position + direction); }
 
     /// Decides with these others about, and acts.
     const Controls& tick(std::initializer_list<PlayerUpdate> others = {}) {
@@ -70,13 +63,7 @@ struct Puppet {
         underWay.push_back(bot.decide(snapshot, '1'));
         last = underWay.front();
         underWay.pop_front();
-        for (int key = 0; key < keyIndex::count; ++key) {
-            if (key != keyIndex::jump)
-                player.setKey(key, last.held[key]);
-        }
-        if (last.jump)
-            player.setKey(keyIndex::jump, true);
-        player.rotateView(last.dx, last.dy);
+        player.apply(last);
         player.update(0.0f);
         return last;
     }

@@ -18,15 +18,11 @@ struct Dancer {
     MapManager& map;
     const bots::Roadmap& roadmap;
     Footwork footwork;
-    Player player{'1', "Dancer"};
+    Player player;
 
-    Dancer(MapManager& map_, const bots::Roadmap& roadmap_, vec3 position, std::uint64_t seed)
-        : map(map_), roadmap(roadmap_), footwork{Chance(seed)} {
-        player.setMapMan(&map);
-        player.position = position;
-        player.box = Box(position, Player::bodySize);
-        player.verticalSpeed = 0.0f;
-    }
+    Dancer(MapManager& court, const bots::Roadmap& roads, vec3 position, std::uint64_t seed)
+        : map(court), roadmap(roads), footwork{Chance(seed)},
+          player(bodyAt(court, position, position + vec3(0.0f, 0.0f, 1.0f))) {}
 
     Steps tick(vec3 enemy) {
         const bool grounded = player.velocity.y == 0.0f || !player.inAir;

@@ -27,9 +27,8 @@ struct Desk {
     }
 
     void look(View view) {
-        player.position = vec3(500.0f, 500.0f, 500.0f);
-        player.look = player.position + bots::directionOf(view);
-        player.updateDirAndStrafe();
+        const vec3 centre(500.0f, 500.0f, 500.0f);
+        player.placeAt(centre, centre + bots::directionOf(view));
     }
 
     View view() const { return bots::viewAlong(player.getDirection()); }

@@ -8,7 +8,6 @@
 
 using namespace drench;
 
-using bots::Controls;
 using bots::Legs;
 using bots::View;
 
@@ -54,15 +53,12 @@ TEST(Legs, GoTheNearestOfEightWays) {
 
 TEST(Legs, MoveABodyWhereTheyShould) {
     for (double right = 0.0; right < 8.0 * eighth; right += 37.0) {
-        Player player('1', "Walker");
         MapManager nowhere;
-        player.setMapMan(&nowhere);
-        player.look = player.position + bots::directionOf({300.0, 50.0});
-        player.updateDirAndStrafe();
+        const vec3 centre(500.0f, 500.0f, 500.0f);
+        Player player = bodyAt(nowhere, centre, centre + bots::directionOf({300.0, 50.0}));
         Legs legs;
         const Controls controls = keysFor(legs, right);
-        for (int key = 0; key < keyIndex::count; ++key)
-            player.setKey(key, controls.held[key]);
+        player.apply(controls);
         const vec3 before = player.position;
         player.update(0.0f);
         vec3 way = player.position - before;

@@ -34,7 +34,7 @@ std::string hurdles() {
 struct OpenRoom {
     Room room;
 
-    explicit OpenRoom(const std::string& arena) : room(arena) {}
+    explicit OpenRoom(const std::string& mapText) : room(mapText) {}
 
     RoomAddress address(const std::string& name) const {
         RoomAddress address;
@@ -69,8 +69,8 @@ struct Match {
     OpenRoom room;
     std::vector<std::string> notes;
 
-    explicit Match(const std::string& arena = ring())
-        : map(loaded(arena)), roadmap(bots::chart(map)), room(arena) {}
+    explicit Match(const std::string& mapText = ring())
+        : map(loaded(mapText)), roadmap(bots::chart(map)), room(mapText) {}
 
     std::unique_ptr<Play> play(const std::vector<RoomAddress>& rooms,
                                const bots::PlayOptions& options) {
@@ -106,16 +106,16 @@ bots::PlayOptions four() {
 } // namespace
 
 TEST(Play, LaterDecisionKeepsWhatTheEarlierAskedFor) {
-    bots::Controls earlier;
+    Controls earlier;
     earlier.held[keyIndex::forward] = true;
     earlier.jump = true;
     earlier.dx = 3;
     earlier.dy = -4;
-    bots::Controls later;
+    Controls later;
     later.held[keyIndex::shoot] = true;
     later.dx = 10;
     later.dy = -20;
-    const bots::Controls both = bots::combined(earlier, later);
+    const Controls both = bots::combined(earlier, later);
     EXPECT_FALSE(both.held[keyIndex::forward]);
     EXPECT_TRUE(both.held[keyIndex::shoot]);
     EXPECT_TRUE(both.jump);

@@ -15,10 +15,9 @@ namespace {
 constexpr double turn = 2.0 * std::numbers::pi * bots::countsPerRadian;
 
 Player lookingAlong(vec3 direction) {
-    Player player('1', "Viewer");
-    player.position = vec3(500.0f, 500.0f, 500.0f);
-    player.look = player.position + direction;
-    player.updateDirAndStrafe();
+    Player player;
+    const vec3 centre(500.0f, 500.0f, 500.0f);
+    player.placeAt(centre, centre + direction);
     return player;
 }
 

@@ -18,7 +18,6 @@ using namespace drench;
 
 using arena::CellIndex;
 using bots::chart;
-using bots::Controls;
 using bots::Gait;
 using bots::legsOnly;
 using bots::pressForHeading;
@@ -55,22 +54,11 @@ vec3 headingOf(float yaw) {
 }
 
 Player playerAt(MapManager& map, vec3 position, float yaw) {
-    Player player('1', "Walker");
-    player.setMapMan(&map);
-    player.position = position;
-    player.look = position + headingOf(yaw);
-    player.box = Box(position, Player::bodySize);
-    player.updateDirAndStrafe();
-    return player;
+    return bodyAt(map, position, position + headingOf(yaw));
 }
 
 void act(Player& player, const Controls& controls) {
-    for (int key = 0; key < keyIndex::jump; ++key)
-        player.setKey(key, controls.held[key]);
-    if (controls.jump)
-        player.setKey(keyIndex::jump, true);
-    if (controls.dx != 0 || controls.dy != 0)
-        player.rotateView(controls.dx, controls.dy);
+    player.apply(controls);
     player.update(0.0f);
 }
 

@@ -73,8 +73,7 @@ std::vector<SentRecord> sentRecords;
 std::string pillaredCourt() {
     std::vector<std::array<int, 3>> spawnCells;
     for (const int pose : {0, 5}) {
-        Player player('1', "");
-        player.spawnAt(pose);
+        const Player player('1', "", 0.0f, pose);
         spawnCells.push_back({static_cast<int>(player.position.x) / 64,
                               static_cast<int>(player.position.y) / 64,
                               static_cast<int>(player.position.z) / 64});
@@ -124,8 +123,7 @@ struct Arena {
     explicit Arena(const std::string& text) {
         server.mapMan.init(text);
         for (int pose = 0; pose < Player::spawnPoseCount; ++pose) {
-            Player player('1', "");
-            player.spawnAt(pose);
+            const Player player('1', "", 0.0f, pose);
             if (isInsideCube(server.mapMan, player.box))
                 closedSpawns.push_back(player.position);
         }
@@ -456,7 +454,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Bytes input(data, size);
     const int setting = input.next<unsigned char>();
     now = starts[setting / 3 % 3];
-    // Before the seed: its making throws dice too, and only once.
     Arena& arena = arenaOf(setting % 3);
     srand(input.next<unsigned char>());
     Watch watch(arena);

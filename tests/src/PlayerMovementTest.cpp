@@ -143,7 +143,7 @@ TEST(PlayerMovement, TimeDoesNotScaleASingleTick) {
 
 TEST(PlayerStep, MoveAllShiftsPositionLookAtPointAndBodyByTheScaledVector) {
     Player player;
-    place(player, {1000, 500, 1000}, {1000, 500, 1001});
+    player.placeAt({1000, 500, 1000}, {1000, 500, 1001});
     player.moveAll(vec3(1, 2, 3), -2.0f);
     EXPECT_EQ(components(player.position), components(vec3(998, 496, 994)));
     EXPECT_EQ(components(player.look), components(vec3(998, 496, 995)));
@@ -154,7 +154,7 @@ TEST(PlayerStep, MoveAllShiftsPositionLookAtPointAndBodyByTheScaledVector) {
 
 TEST(PlayerStep, BodyIsMovedByItselfNotBuiltAnewAroundThePosition) {
     Player player;
-    place(player, {500.1f, 500, 1000}, {500.1f, 500, 1001});
+    player.placeAt({500.1f, 500, 1000}, {500.1f, 500, 1001});
     float lowSide = player.box.min.x;
     for (int step = 0; step < 3; ++step) {
         player.moveAll(vec3(4.2f, 0, 0), 1.0f);
@@ -166,13 +166,13 @@ TEST(PlayerStep, BodyIsMovedByItselfNotBuiltAnewAroundThePosition) {
 
 TEST(PlayerStep, MoveAndStrafeKeepTheHeightAndAskNoMap) {
     Player player;
-    place(player, {0, 500, 0}, {0, 500, 1});
+    player.placeAt({0, 500, 0}, {0, 500, 1});
     player.direction = {0.6f, 0.8f, 0.0f};
     player.move(0.5f);
     EXPECT_EQ(components(player.position), components(vec3(0.6f * 3.0f, 500, 0)));
     EXPECT_EQ(components(player.box.centre), components(player.position));
 
-    place(player, {0, 500, 0}, {0, 500, 1});
+    player.placeAt({0, 500, 0}, {0, 500, 1});
     player.strafeVector = {0.0f, 0.8f, 0.6f};
     player.strafeSpeed = 4.0f;
     player.strafe(-0.5f);

@@ -184,7 +184,7 @@ TEST(PlayerState, HasZerosWhereNothingIsMeant) {
 
 TEST(PlayerConsole, DumpKeepsItsSpellingAndItsFiveLines) {
     Player player;
-    place(player, {1.0f, 2.5f, -3.0f}, {1.0f, 2.5f, -2.0f});
+    player.placeAt({1.0f, 2.5f, -3.0f}, {1.0f, 2.5f, -2.0f});
     player.rotation = quat(0.0f, -0.5f, 0.25f, 1.0f);
     const CapturedOutput output;
     player.toConsole();

@@ -16,7 +16,7 @@ constexpr vec3 alongZ(0.0f, 0.0f, 1.0f);
 Player looking(vec3 direction) {
     direction.normalize();
     Player player;
-    place(player, vec3(), direction);
+    player.placeAt(vec3(), direction);
     player.setRotation(quat());
     return player;
 }
@@ -155,7 +155,7 @@ TEST(PlayerView, ReportWithoutMotionOnlyRecomputesDirectionAndStrafeVector) {
 
 TEST(PlayerView, LookAtPointIsPositionPlusDirectionAfterATurn) {
     Player player;
-    place(player, {1010.68f, 658.201f, 133.03f}, {1010.67f, 658.15f, 134.028f});
+    player.placeAt({1010.68f, 658.201f, 133.03f}, {1010.67f, 658.15f, 134.028f});
     player.rotateView(17, -23);
     EXPECT_EQ(components(player.look), components(player.position + player.direction));
 }
@@ -183,7 +183,7 @@ TEST(PlayerView, TurnGoesOnTheLeftOfTheRotationUnlessTheRightIsAskedFor) {
 
 TEST(PlayerView, FarFromTheOriginTheViewVanishesInRoundingWithoutNaN) {
     Player player;
-    place(player, {1000.0f, -1e9f, 1000.0f}, vec3(1000.0f, -1e9f, 1000.0f) + vec3(0, 0.6f, 0));
+    player.placeAt({1000.0f, -1e9f, 1000.0f}, vec3(1000.0f, -1e9f, 1000.0f) + vec3(0, 0.6f, 0));
     player.rotateView(10, 10);
     EXPECT_EQ(components(player.direction), components(vec3()));
     EXPECT_EQ(components(player.strafeVector), components(vec3()));

@@ -15,12 +15,12 @@ struct Duel {
     Room room;
     UdpPeer peer;
 
-    explicit Duel(const std::string& arena = emptyCourt()) : room(arena) {}
+    explicit Duel(const std::string& mapText = emptyCourt()) : room(mapText) {}
 
     Player& add(const std::string& name, vec3 position, vec3 facing = alongZ) {
         room.join(name, peer);
         Player& player = room.server.players.back();
-        place(player, position, position + facing);
+        player.placeAt(position, position + facing);
         return player;
     }
 
@@ -157,7 +157,7 @@ TEST(Shots, HeldFireSoaksOnEveryTickThatFindsAVictim) {
     duel.hold(0);
     for (int i = 1; i <= 3; ++i) {
         duel.player(1).dead = false;
-        place(duel.player(1), {1000, standing, 900}, {1000, standing, 901});
+        duel.player(1).placeAt({1000, standing, 900}, {1000, standing, 901});
         duel.tick();
         EXPECT_EQ(duel.player(0).playerUpdate.points, i);
     }
@@ -180,7 +180,7 @@ TEST(Shots, DeadPlayerParkedOnTheSegmentIsSoakedAgain) {
     duel.player(1).die(static_cast<float>(ManualClock::now));
     // A shooter outside the world, whose shot passes the parking place on its way to a wall.
     const vec3 parked = duel.player(1).position;
-    place(duel.player(0), parked - vec3(100, 0, 100), parked);
+    duel.player(0).placeAt(parked - vec3(100, 0, 100), parked);
     ASSERT_GE(duel.player(0).shoot(&duel.room.server.mapMan).x, 0.0f);
     duel.hold(0);
     EXPECT_EQ(duel.tick(), "Ann soaked Bo!\n");

@@ -57,7 +57,7 @@ TEST(Tick, InputsTakeEffectBeforeAnythingMoves) {
     Room room(emptyCourt());
     UdpPeer ann;
     const char id = room.join("Ann", ann);
-    place(room.server.players[0], {1000, standing, 1000}, {1000, standing, 1001});
+    room.server.players[0].placeAt({1000, standing, 1000}, {1000, standing, 1001});
     room.queue(keyDatagram(id, keyIndex::forward, true), ann);
     room.tick();
     EXPECT_EQ(room.server.players[0].position.z, 1006.0f);
@@ -99,7 +99,7 @@ TEST(Tick, PlayerThatMovesIntoAFreedPlaceIsPassedOverForThatTick) {
     room.join("Next", peer);
     room.join("Third", peer);
     for (Player& player : room.server.players)
-        place(player, {1000, 500, 1000}, {1000, 500, 1001});
+        player.placeAt({1000, 500, 1000}, {1000, 500, 1001});
 
     const CapturedOutput quiet;
     room.tick(0);

@@ -25,14 +25,10 @@ inline bool nothing(int, int, int) {
 
 /// Somebody who appears in the middle of a cell, feet a little above its floor.
 inline arena::Arrival arrivalIn(MapManager& map, int column, int row, int depth, int pose = 0) {
-    const auto middle = [](int index) { return 64.0f * static_cast<float>(index) + 32.0f; };
-    Player player('1', "Explorer");
-    player.setMapMan(&map);
-    player.position = vec3(middle(column), 64.0f * static_cast<float>(row) + 80.0f, middle(depth));
-    player.look = player.position + vec3(0.0f, 0.0f, 1.0f);
-    player.updateDirAndStrafe();
-    player.box = Box(player.position, Player::bodySize);
-    return arena::arrive(pose, player);
+    using arena::cubeEdge;
+    const auto middle = [](int index) { return cubeEdge * (static_cast<float>(index) + 0.5f); };
+    const vec3 centre(middle(column), cubeEdge * static_cast<float>(row) + 80.0f, middle(depth));
+    return arena::arrive(pose, bodyAt(map, centre, centre + vec3(0.0f, 0.0f, 1.0f)));
 }
 
 /// Whether cell (i, j, k) is solid in the ring arena: 32 × 16 × 32 cubes, solid but for one flat

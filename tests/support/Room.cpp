@@ -6,10 +6,10 @@
 
 #include <algorithm>
 
-Room::Room(const std::string& arena) {
+Room::Room(const std::string& mapText) {
     const CapturedOutput quiet;
     server.sockInfo.init(0);
-    server.mapMan.init(arena);
+    server.mapMan.init(mapText);
 }
 
 Room::~Room() {
@@ -38,11 +38,4 @@ char Room::join(const std::string& name, UdpPeer& peer) {
 void Room::tick(long milliseconds) {
     ManualClock::now += milliseconds;
     server.update();
-}
-
-void place(Player& player, vec3 position, vec3 look) {
-    player.position = position;
-    player.look = look;
-    player.box = Box(position, vec3(50.0f, 150.0f, 50.0f));
-    player.updateDirAndStrafe();
 }

@@ -10,7 +10,7 @@
 struct Room {
     Server server;
 
-    explicit Room(const std::string& arena);
+    explicit Room(const std::string& mapText);
     ~Room();
     Room(const Room&) = delete;
     Room& operator=(const Room&) = delete;
@@ -27,6 +27,3 @@ struct Room {
     /// Lets time pass, then plays one tick.
     void tick(long milliseconds = 16);
 };
-
-/// Stands a player somewhere, looking at a point.
-void place(Player& player, vec3 position, vec3 look);
