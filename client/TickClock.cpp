@@ -8,24 +8,24 @@ namespace drench::client {
 
 namespace {
 
-/// A median gap that differs from the period by more than this factor is believed more.
+/// When the median gap differs from the period by more than this factor, the period is wrong.
 constexpr double grossMismatch = 1.25;
 
 /// Bursts set the median and the mean gap apart by more than this factor.
 constexpr double burstMismatch = 1.25;
 
-/// Milliseconds; a room that cannot pace itself any more ticks faster than anyone draws.
+/// Milliseconds. A room that cannot pace itself any more ticks faster, but nobody draws so often.
 constexpr double shortestPeriod = 1.0;
 
 /// Arrivals that follow within this part of a period belong to a burst: the line was held up, and
-/// what comes next may be back in time.
+/// its next snapshots may be in time again.
 constexpr double burstGap = 0.5;
 
-/// A lag that not one of this many arrivals made up for stays.
+/// A lag stays if none of this many arrivals made up for it.
 constexpr std::size_t patientArrivals = 8;
 
-/// It is held against the lag of so many arrivals before: under a period that is a little too
-/// short, lags grow, but slowly.
+/// A lag that stays is compared with those of so many arrivals before: under a period that is a
+/// little too short, lags grow as well, but slowly.
 constexpr std::size_t arrivalsBefore = 4;
 
 /// The least step, in periods. Less is a late tick in any case.
@@ -38,19 +38,19 @@ constexpr double wholeStepTolerance = 0.15;
 /// Steps after which a vote has lost most of its weight: a room may be loaded for a while.
 constexpr double voteMemory = 64.0;
 
-/// How much of the least lag the line takes over with every arrival.
+/// The part of the least lag that the line takes over with every arrival.
 constexpr double lineGain = 0.5;
 
 /// Ticks from one anchor to the next.
 constexpr std::int64_t anchorDistance = 128;
 
-/// How many ticks the period so far weighs against the slope of the line.
+/// The period so far weighs as much against the slope of the line as so many ticks.
 constexpr double periodInertia = 64.0;
 
 /// The gain of RFC 3550 for jitter.
 constexpr double jitterGain = 1.0 / 16.0;
 
-/// As many snapshots as may have been missed where lags grew by this, 0 for less than a step.
+/// The number of missed snapshots that would make this step, 0 if it is too small for one.
 double ticksOf(double step, double period) {
     return std::floor(step / period + 1.0 - leastStep);
 }
@@ -112,8 +112,8 @@ double TickClock::millisecondsAt(Time now) const {
     return std::chrono::duration<double, std::milli>(now - start_).count();
 }
 
-/// Sets the period by the kept gaps if they are the first, or tell a very different one. Whether it
-/// did: then a new line is to be drawn.
+/// Sets the period by the kept gaps if they are the first, or tell a very different one. Returns
+/// whether it did; then a new line is to be drawn.
 bool TickClock::recalibrate() {
     std::array<double, keptGaps> sorted = gaps_;
     std::sort(sorted.begin(), sorted.end());

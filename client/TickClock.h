@@ -48,7 +48,7 @@ class TickClock {
     std::uint64_t missed() const { return missed_; }
 
   private:
-    /// What nearly all rooms keep; the first arrivals correct it.
+    /// Milliseconds, as nearly all rooms keep it; the first arrivals correct it.
     static constexpr double usualPeriod = 16.4;
 
     static constexpr std::size_t keptGaps = 64;
@@ -88,7 +88,7 @@ class TickClock {
     std::array<double, keptLags> lags_ = {};
     std::size_t newestLag_ = 0;
 
-    /// What recent steps of the line say, the older the less.
+    /// The votes of the line's steps. Older ones weigh less.
     double votesForLosses_ = 0.0;
     double votesForLateTicks_ = 0.0;
 

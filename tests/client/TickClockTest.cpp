@@ -41,7 +41,7 @@ struct SimulatedRoom {
     /// Nothing arrives while this is true, but after it.
     std::function<bool(double now)> isHeldUp = [](double) { return false; };
 
-    /// Whatever is sent while this is true is lost.
+    /// All snapshots sent while this is true are lost.
     std::function<bool(double now)> isDown = [](double) { return false; };
 };
 
