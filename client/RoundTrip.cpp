@@ -20,7 +20,6 @@ constexpr double mostJitter = 0.25;
 constexpr double gain = 1.0 / 8.0;
 
 /// RFC 6298's gain for the deviation.
-
 constexpr double deviationGain = 1.0 / 4.0;
 
 double milliseconds(Clock::duration duration) {
