@@ -7,7 +7,7 @@
 #include <string>
 #include <variant>
 
-// What happens to a player, in the order in which Session hands it out.
+// The events that Session hands out, in the order in which they happened.
 
 namespace drench::client {
 
@@ -39,7 +39,7 @@ struct Dropped {
 
 /// The state of all players after one tick.
 struct Snapshot {
-    /// As readRecord() made it of what came: safe to read, whatever the room sent.
+    /// As readRecord() gives it, and so safe to read, even of a hostile room.
     UpdateMessage state;
 
     /// Number of the tick, counted from the first snapshot of this session, missed ones included.

@@ -15,8 +15,8 @@ namespace drench::client {
 /// An input on the wire.
 using InputRecord = std::variant<KeyMessage, ViewMessage, TalkMessage>;
 
-/// What a player wants, as far as the room is still to be told: keys, which are sent again and
-/// again, and a jump, mouse counts and words, which are sent once.
+/// A player's inputs on their way to the room: keys, which are sent again and again, and a jump,
+/// mouse counts and words, which are sent once.
 struct Inputs {
     struct Key {
         bool isDown = false;
@@ -48,18 +48,18 @@ struct Inputs {
     /// Adds words: their first 30 bytes, none from a 0 byte on. When 16 wait, more are lost.
     void say(std::string_view text);
 
-    /// Whether nothing waits that is sent once.
+    /// Whether no jump, mouse counts or words wait.
     bool isEmpty() const;
 
-    /// Forgets what is sent once; keys stay.
+    /// Forgets jump, mouse counts and words; keys stay.
     void clear();
 
     /// When the first key is due; Time::max() when none is held or to be released.
     Time keysDueAt() const;
 
-    /// Takes what is due as records of player `id`: keys in the order of their numbers, then the
-    /// view, then words. What is sent once is gone then; keys are due again a quarter of a second
-    /// later, releases three times in all.
+    /// Makes records of player `id` of the inputs that are due: keys in the order of their numbers,
+    /// then the view, then words. Keys are due again a quarter of a second later, a release three
+    /// times in all; the other inputs are gone then.
     std::vector<InputRecord> takeDue(char id, Time now);
 };
 

@@ -6,7 +6,7 @@
 
 namespace drench::client {
 
-/// What a session has sent and heard before it is let in, and what is to be done about it.
+/// The way into a room: join records sent, answers heard, and what follows from them.
 /// Datagrams may be lost or overtake each other: the acceptance may come after snapshots, and the
 /// refusal of a second copy of the join record before the acceptance of the first.
 struct Joining {

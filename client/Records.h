@@ -6,8 +6,8 @@
 #include <string_view>
 #include <variant>
 
-// What the room sends, as values. A hostile room may send any bytes; behind readRecord() every
-// field is a value of its type, and holds what its record promises.
+// The room's records as values. A hostile room may send any bytes; behind readRecord() every field
+// is a value of its type, and keeps the promises of its record.
 
 namespace drench::client {
 
@@ -31,9 +31,9 @@ using RoomRecord = std::variant<UnknownRecord, Receipt, AcceptanceMessage, Refus
 /// In a state an identifier is 0 or from '1' to '4', `shooting` is true for any byte but 0, a name
 /// ends with a 0 after at most 11 characters, and paddings are 0. A slot with another identifier
 /// is empty here, and so is one whose position, direction or rotation holds a NaN or an infinity:
-/// that player is nowhere. Empty slots may stand anywhere, and are all alike. What is not looked
-/// at: finite numbers may be of any size, rotation and direction of any length, points any
-/// integer, and two slots may bear one identifier.
+/// that player is nowhere. Empty slots may stand anywhere, and are all alike. No more is checked:
+/// finite numbers may be of any size, rotation and direction of any length, points any integer, and
+/// two slots may bear one identifier.
 RoomRecord readRecord(std::string_view datagram);
 
 /// The text in a field: what stands before the first 0, or all of it.

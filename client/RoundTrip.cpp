@@ -7,17 +7,19 @@ namespace drench::client {
 
 namespace {
 
-/// Whatever is unanswered for longer is lost.
+/// Milliseconds. A datagram without a receipt for longer is lost: nobody plays on such a line.
 constexpr double longestRoundTrip = 1000.0;
 
-/// The least that a receipt may come later than usual, in milliseconds.
+/// Milliseconds. A receipt may always come so much later than usual: schedulers alone take that.
 constexpr double leastPatience = 10.0;
 
-/// Of the smoothed round trip: what a receipt may come earlier than usual by jitter.
+/// The part of the smoothed round trip by which jitter may let a receipt come earlier than usual.
 constexpr double mostJitter = 0.25;
 
-// Gains from RFC 6298.
+/// RFC 6298's gain for the round trip.
 constexpr double gain = 1.0 / 8.0;
+
+/// RFC 6298's gain for the deviation.
 constexpr double deviationGain = 1.0 / 4.0;
 
 double milliseconds(Clock::duration duration) {
@@ -44,7 +46,7 @@ void RoundTrip::receipt(Time now) {
     expire(now);
     ++receipts_;
     if (unanswered_ == 0) {
-        // It answers something given up too soon, so the round trip is at least as long as this.
+        // It answers a datagram given up too soon, so the round trip is at least as long as this.
         const double atLeast = milliseconds(now - newestSend_);
         if (givenUp_ > 0) {
             --givenUp_;
@@ -54,7 +56,7 @@ void RoundTrip::receipt(Time now) {
         return;
     }
     const double age = milliseconds(now - unansweredAt(0));
-    // The deviation is no measure of jitter as long as an estimate far off has its part in it.
+    // While the estimate is far off, that error swells the deviation: no measure of jitter then.
     const bool isClearlyLess =
         !smoothed_ || age < *smoothed_ - std::min(deviation_, mostJitter * *smoothed_);
     if (oldestIsCertain_ || unanswered_ == 1 || isClearlyLess)

@@ -16,11 +16,11 @@ namespace drench::client {
 /// So a certain sample is only the first receipt after a datagram that went out while nothing was
 /// unanswered, or one that finds a single datagram unanswered; these are smoothed as in RFC 6298.
 /// Any other receipt answers the oldest datagram unanswered or, after losses, a later one: its age
-/// is an upper bound, which counts when it is clearly below the estimate (Karn's rule: no sample
-/// from what may be the answer to something else). After a pause in sending of about two round
-/// trips everything unanswered is given up as lost, and certain samples return.
+/// is an upper bound, which counts when it is clearly below the estimate (Karn's rule: an ambiguous
+/// answer is no sample). After a pause in sending of about two round trips everything unanswered is
+/// given up as lost, and certain samples return.
 ///
-/// What remains: while a client sends without such a pause, a longer round trip stays unseen, or is
+/// Limits: while a client sends without such a pause, a longer round trip stays unseen, or is
 /// read as a shorter one and a loss where that fits as well; the next pause puts it right. Under
 /// jitter the estimate lies somewhat below the mean. Round trips of more than a second read as
 /// less.
@@ -55,7 +55,7 @@ class RoundTrip {
     double lossShare() const;
 
   private:
-    /// More in one second than any player sends; beyond it the oldest count as lost sooner.
+    /// No player sends so many datagrams in a second; beyond it the oldest count as lost sooner.
     static constexpr std::size_t capacity = 256;
 
     Time unansweredAt(std::size_t i) const { return sendTimes_[(first_ + i) % capacity]; }

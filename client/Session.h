@@ -99,10 +99,10 @@ class Session {
     /// Our own slot in a snapshot, or null.
     const PlayerUpdate* self(const UpdateMessage& state) const;
 
-    // Inputs, sent by the next service(); see Inputs. They do nothing while not playing. What is
-    // sent while we may be out of the room could move whoever has our identifier by then: when no
-    // snapshot has come for a second, or service() was not called for as long and has not caught
-    // up yet, keys wait for the next snapshot, and jumps, mouse counts and words are lost.
+    // Inputs, sent by the next service(). They do nothing while not playing. When no snapshot
+    // has come for a second, or service() was not called for as long and has not caught up yet, we
+    // may be out of the room, and inputs would move the next player under our identifier: then keys
+    // wait for the next snapshot, and jumps, mouse counts and words are lost.
 
     /// Holds or releases a key. Keys held are sent again now and then, and so is a release, since a
     /// record may get lost and a respawn releases all keys. keyIndex::jump with `down` asks for one
@@ -132,7 +132,7 @@ class Session {
     const TickClock& tickClock() const { return parts_.tickClock; }
 
   private:
-    /// Everything, so that moving cannot forget a part.
+    /// All members, so that moving cannot forget one.
     struct Parts {
         Socket socket;
         std::string name;
@@ -144,7 +144,7 @@ class Session {
         bool nobodyListens = false;
         Joining joining;
 
-        /// Not 0 while playing. What follows is of that time.
+        /// Not 0 while playing. The members from here to the sent inputs are for that time.
         char id = 0;
         Time lastSnapshot;
 

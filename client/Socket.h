@@ -9,7 +9,7 @@ namespace drench::client {
 /// A UDP socket towards one room, which never blocks. Closed unless opened.
 class Socket {
   public:
-    /// What became of a call.
+    /// The outcome of a call.
     enum class Result {
         done,
 

@@ -8,44 +8,55 @@ namespace drench::client {
 
 namespace {
 
-/// A median gap that differs from the period by more than this factor is believed more.
+/// When the median gap differs from the period by more than this factor, the period is wrong.
 constexpr double grossMismatch = 1.25;
 
 /// Bursts set the median and the mean gap apart by more than this factor.
 constexpr double burstMismatch = 1.25;
 
-/// Milliseconds; a room that cannot pace itself any more ticks faster than anyone draws.
+/// Milliseconds. A room that cannot pace itself any more ticks faster, but nobody draws so often.
 constexpr double shortestPeriod = 1.0;
 
 /// Arrivals that follow within this part of a period belong to a burst: the line was held up, and
-/// what comes next may be back in time.
+/// its next snapshots may be in time again.
 constexpr double burstGap = 0.5;
 
-/// A lag that not one of this many arrivals made up for stays.
+/// A lag stays if none of this many arrivals made up for it.
 constexpr std::size_t patientArrivals = 8;
 
-/// It is held against the lag of so many arrivals before: under a period that is a little too
-/// short, lags grow, but slowly.
-constexpr std::size_t arrivalsBefore = 2;
+/// A lag that stays is compared with those of so many arrivals before: under a period that is a
+/// little too short, lags grow as well, but slowly.
+constexpr std::size_t arrivalsBefore = 4;
 
-/// Lags from this part of a period on are missed snapshots. Less is a late tick, after which the
-/// room goes on without catching up.
-constexpr double missedLag = 0.6;
+/// The least step, in periods. Less is a late tick in any case.
+constexpr double leastStep = 0.6;
 
-/// How much of the least lag the line takes over with every arrival.
+/// How far from a whole number of periods a step may be that votes for missed snapshots. By chance
+/// three in ten late ticks do.
+constexpr double wholeStepTolerance = 0.15;
+
+/// Steps after which a vote has lost most of its weight: a room may be loaded for a while.
+constexpr double voteMemory = 64.0;
+
+/// The part of the least lag that the line takes over with every arrival.
 constexpr double lineGain = 0.5;
 
 /// Ticks from one anchor to the next.
 constexpr std::int64_t anchorDistance = 128;
 
-/// How many ticks the period so far weighs against the slope of the line.
+/// The period so far weighs as much against the slope of the line as so many ticks.
 constexpr double periodInertia = 64.0;
 
 /// The gain of RFC 3550 for jitter.
 constexpr double jitterGain = 1.0 / 16.0;
 
-double missedTicks(double lag, double period) {
-    return std::floor(lag / period + 1.0 - missedLag);
+/// The number of missed snapshots that would make this step, 0 if it is too small for one.
+double ticksOf(double step, double period) {
+    return std::floor(step / period + 1.0 - leastStep);
+}
+
+bool isWhole(double periods) {
+    return std::abs(periods - std::round(periods)) <= wholeStepTolerance;
 }
 
 } // namespace
@@ -73,12 +84,11 @@ std::int64_t TickClock::arrival(Time now) {
 
     double lag = arrival - due_;
     if (lag < 0.0) {
-        const double tooMany = missedTicks(-lag, period_);
-        if (tooMany > 0.0) {
+        if (const double tooMany = ticksOf(-lag, period_); tooMany > 0.0) {
             // The line was drawn too late as a whole, perhaps since a burst was taken for losses.
-            missed_ -= std::min(missed_, static_cast<std::uint64_t>(tooMany));
-            olderAnchor_.due += lag;
-            newerAnchor_.due += lag;
+            if (stepsAreLosses())
+                missed_ -= std::min(missed_, static_cast<std::uint64_t>(tooMany));
+            moveAnchors(lag);
         }
         moveLine(lag);
         lag = 0.0;
@@ -102,8 +112,8 @@ double TickClock::millisecondsAt(Time now) const {
     return std::chrono::duration<double, std::milli>(now - start_).count();
 }
 
-/// Sets the period by the kept gaps if they are the first, or tell a very different one. Whether it
-/// did: then a new line is to be drawn.
+/// Sets the period by the kept gaps if they are the first, or tell a very different one. Returns
+/// whether it did; then a new line is to be drawn.
 bool TickClock::recalibrate() {
     std::array<double, keptGaps> sorted = gaps_;
     std::sort(sorted.begin(), sorted.end());
@@ -140,16 +150,35 @@ void TickClock::keepLag(double lag, bool inBurst) {
 
 void TickClock::judgeLags() {
     const double grown = leastLag(0, patientArrivals) - leastLag(patientArrivals, arrivalsBefore);
-    const double missed = missedTicks(grown, period_);
-    if (missed > 0.0) {
-        tick_ += static_cast<std::int64_t>(missed);
-        missed_ += static_cast<std::uint64_t>(missed);
-        due_ += missed * period_;
+    if (const double ticks = ticksOf(grown, period_); ticks > 0.0) {
+        vote(isWhole(grown / period_));
+        double step = grown;
+        if (stepsAreLosses()) {
+            tick_ += static_cast<std::int64_t>(ticks);
+            missed_ += static_cast<std::uint64_t>(ticks);
+            step = ticks * period_;
+        } else {
+            // No tick came in that time, so it says nothing about the period.
+            moveAnchors(step);
+        }
+        due_ += step;
         for (std::size_t i = 0; i < patientArrivals; ++i)
-            lags_[(newestLag_ + keptLags - i) % keptLags] -= missed * period_;
+            lags_[(newestLag_ + keptLags - i) % keptLags] -= step;
     }
     // Over more arrivals, so that the line does not follow a lag that is being judged.
     moveLine(lineGain * leastLag(0, keptLags));
+}
+
+void TickClock::vote(bool forLosses) {
+    votesForLosses_ -= votesForLosses_ / voteMemory;
+    votesForLateTicks_ -= votesForLateTicks_ / voteMemory;
+    (forLosses ? votesForLosses_ : votesForLateTicks_) += 1.0;
+}
+
+/// Later when positive.
+void TickClock::moveAnchors(double milliseconds) {
+    olderAnchor_.due += milliseconds;
+    newerAnchor_.due += milliseconds;
 }
 
 void TickClock::measureSlope() {

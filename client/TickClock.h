@@ -13,11 +13,17 @@ namespace drench::client {
 ///
 /// Snapshots carry no number. Each counts as the one after the last, and the earliest of recent
 /// arrivals draw a line of ticks over time. A few that come late, and then all at once, leave the
-/// line where it is; when eight in a row lag behind it by most of a period or more, so many are
-/// taken for missed, and the number jumps. A room that stood still looks the same, and counts as
-/// missed snapshots too. Nothing counts as missed among the first 64 arrivals, from which the
-/// period is taken; jitter of half a period, or a loss of a tenth, makes the count of missed ones
-/// too low.
+/// line where it is. When eight in a row lag behind it by most of a period or more, the line steps
+/// after them, for one of two reasons: snapshots were missed, and the number jumps; or the room
+/// was late, and goes on from there without catching up. A loss makes a step of whole periods, a
+/// late room one of any length; so the recent steps vote, and the majority says what all of them
+/// are.
+///
+/// Not to be told apart: a room that is late by whole periods, as one that was stopped once may
+/// be, looks like a loss and counts as one. Where a loaded room's snapshots get lost as well, the
+/// count may be off by a third or more, either way. Under load alone a few of the first late ticks
+/// may count. Nothing counts among the first 64 arrivals, from which the period is taken; jitter of
+/// half a period makes the count too low.
 ///
 /// To draw smoothly, keep the snapshots of the last moments and draw the world as it was at
 /// `tickAt(now) - 2`, blended between the two snapshots whose ticks lie around it; draw further
@@ -31,16 +37,18 @@ class TickClock {
     /// first arrival.
     double tickAt(Time now) const;
 
-    /// Milliseconds from tick to tick; about 16.4 in a young room, more in one that ran for hours.
+    /// Milliseconds from tick to tick, without the long pauses of a late room; about 16.4 in a
+    /// young room, more in one that ran for hours.
     double period() const { return period_; }
 
     /// How late arrivals are on average, in milliseconds behind the earliest.
     double jitter() const { return jitter_; }
 
+    /// Snapshots missed so far; sinks again where lags that were taken for losses are made up for.
     std::uint64_t missed() const { return missed_; }
 
   private:
-    /// What nearly all rooms keep; the first arrivals correct it.
+    /// Milliseconds, as nearly all rooms keep it; the first arrivals correct it.
     static constexpr double usualPeriod = 16.4;
 
     static constexpr std::size_t keptGaps = 64;
@@ -58,6 +66,9 @@ class TickClock {
     void keepLag(double lag, bool inBurst);
     void judgeLags();
     void measureSlope();
+    void vote(bool forLosses);
+    bool stepsAreLosses() const { return votesForLosses_ > votesForLateTicks_; }
+    void moveAnchors(double milliseconds);
     double leastLag(std::size_t skipped, std::size_t count) const;
 
     /// The first arrival; all that follows is in milliseconds since then.
@@ -76,6 +87,10 @@ class TickClock {
     /// How far recent arrivals were behind the line, a ring.
     std::array<double, keptLags> lags_ = {};
     std::size_t newestLag_ = 0;
+
+    /// The votes of the line's steps. Older ones weigh less.
+    double votesForLosses_ = 0.0;
+    double votesForLateTicks_ = 0.0;
 
     /// The period is the slope of the line since the older anchor.
     Anchor olderAnchor_;

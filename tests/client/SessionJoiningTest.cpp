@@ -89,6 +89,13 @@ TEST(SessionJoining, ARefusalOfASecondCopyWaitsForTheAnswerToTheFirst) {
     EXPECT_EQ(refused.events(), Strings{"refused"});
 }
 
+TEST(SessionJoining, AnAcceptanceBesideARefusalCounts) {
+    Line line;
+    line.room.send(refusalDatagram(), line.port);
+    line.hear(acceptanceDatagram('4'));
+    EXPECT_EQ(line.events(), Strings{"joined 4"});
+}
+
 TEST(SessionJoining, ARefusalMeansNothingOnceSnapshotsCame) {
     Line line;
     line.hear(annAlone());

@@ -68,6 +68,7 @@ TEST(SessionKeepAlives, AreDueASecondAfterTheLastSign) {
     EXPECT_EQ(line.session.wakeAt(), line.now + milliseconds(950));
 }
 
+// Datagrams that wait in a socket are older than they look: the room may have dropped us since.
 TEST(SessionStalls, OldSnapshotsDoNotShowWhoHasOurIdentifier) {
     PlayingLine line;
     line.room.send(annAlone(), line.port);

@@ -2,26 +2,40 @@
 
 #include <gtest/gtest.h>
 
-TEST(SessionWaiting, EndsWhenSomethingArrivesOrIsDue) {
-    UdpPeer room;
-    std::string problem;
-    Session session = joining(room, "Ann", client::Clock::now());
-    room.send(acceptanceDatagram('1'), portOf(session));
-    client::wait(session, client::Clock::now());
-    session.service(client::Clock::now());
-    ASSERT_TRUE(session.isPlaying());
-    session.turn(1, 1);
-    const Time before = client::Clock::now();
-    client::wait(session, client::Clock::now());
-    EXPECT_LT(client::Clock::now() - before, milliseconds(900)) << "a view is to be sent";
+using client::Clock;
 
-    session.service(client::Clock::now());
-    session.setKey(keyIndex::left, true);
-    session.service(client::Clock::now());
-    const Time due = session.wakeAt();
-    client::wait(session, client::Clock::now());
-    EXPECT_GE(client::Clock::now(), due);
-    session.leave(client::Clock::now());
-    client::wait(session, client::Clock::now());
-    EXPECT_LT(client::Clock::now() - due, milliseconds(900)) << "nothing comes any more";
+namespace {
+
+/// How long the session waits from the moment `now` of its own.
+Clock::duration waited(const Session& session, Time now) {
+    const Time before = Clock::now();
+    client::wait(session, now);
+    return Clock::now() - before;
+}
+
+} // namespace
+
+TEST(SessionWaiting, LastsUntilSomethingIsDue) {
+    const Line line;
+    const Time due = line.session.wakeAt();
+    EXPECT_GE(waited(line.session, due - milliseconds(30)), milliseconds(30));
+    EXPECT_LT(waited(line.session, due), milliseconds(400));
+}
+
+TEST(SessionWaiting, EndsWhenSomethingArrives) {
+    Line line;
+    line.room.send(acceptanceDatagram('1'), line.port);
+    EXPECT_LT(waited(line.session, line.now), milliseconds(400)) << "the join is due in 500";
+}
+
+TEST(SessionWaiting, EndsAtOnceWhileInputsAreToBeSent) {
+    PlayingLine line;
+    line.session.turn(1, 1);
+    EXPECT_LT(waited(line.session, line.now), milliseconds(900)) << "a keep-alive is due in 1000";
+}
+
+TEST(SessionWaiting, EndsAtOnceWhenTheSessionIsOver) {
+    Line line;
+    line.session.leave(line.now);
+    EXPECT_LT(waited(line.session, line.now), milliseconds(400));
 }

@@ -5,6 +5,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <random>
+#include <utility>
 #include <vector>
 
 using namespace drench;
@@ -27,17 +28,20 @@ struct SimulatedRoom {
     /// Ticks are late by up to this, for good.
     double unevenness = 0.3;
 
+    /// How late a tick is for good beyond that, by chance from 0 to 1.
+    std::function<double(int tick, double chance)> lateness = [](int, double) { return 0.0; };
+
     /// Snapshots take this long at least, and longer by this on average, exponentially.
     double delay = 30.0;
     double jitter = 0.1;
 
     /// The chance that a snapshot is lost.
-    double loss = 0.0;
+    std::function<double(int tick)> loss = [](int) { return 0.0; };
 
     /// Nothing arrives while this is true, but after it.
     std::function<bool(double now)> isHeldUp = [](double) { return false; };
 
-    /// Whatever is sent while this is true is lost.
+    /// All snapshots sent while this is true are lost.
     std::function<bool(double now)> isDown = [](double) { return false; };
 };
 
@@ -58,20 +62,26 @@ struct Outcome {
 
 /// Plays `ticks` ticks. Snapshots arrive in order.
 Outcome play(const SimulatedRoom& room, int ticks, unsigned seed) {
-    std::mt19937 random(seed);
-    const auto chance = [&] { return (static_cast<double>(random()) + 0.5) / 4294967296.0; };
+    const auto dice = [](unsigned diceSeed) {
+        return [random = std::mt19937(diceSeed)]() mutable {
+            return (static_cast<double>(random()) + 0.5) / 4294967296.0;
+        };
+    };
+    auto chance = dice(seed);
+    auto latenessChance = dice(seed + 1000);
     Outcome outcome;
     std::vector<double> errors;
     double now = 0.0;
     double lastArrival = 0.0;
     std::uint64_t lostSince = 0;
     for (int tick = 0; tick < ticks; ++tick) {
-        now += room.period(tick) + room.unevenness * chance();
+        now +=
+            room.period(tick) + room.unevenness * chance() + room.lateness(tick, latenessChance());
         double arrival = now + room.delay - room.jitter * std::log(chance());
         while (room.isHeldUp(arrival))
             arrival += 1.0;
         lastArrival = arrival = std::max(arrival, lastArrival);
-        if (chance() < room.loss || room.isDown(now)) {
+        if (chance() < room.loss(tick) || room.isDown(now)) {
             ++lostSince;
             continue;
         }
@@ -100,6 +110,17 @@ std::function<double(int)> always(double milliseconds) {
 /// The last `length` of every `interval` milliseconds.
 std::function<bool(double)> nowAndThen(double interval, double length) {
     return [=](double now) { return std::fmod(now, interval) > interval - length; };
+}
+
+/// One tick in so many is late, by up to `most` milliseconds.
+std::function<double(int, double)> lateByUpTo(double most, double share) {
+    return [=](int, double chance) { return chance < share ? most * chance / share : 0.0; };
+}
+
+/// One tick in so many is late, by `mean` milliseconds on average, exponentially.
+std::function<double(int, double)> lateBy(double mean, double share) {
+    return
+        [=](int, double chance) { return chance < share ? -mean * std::log(chance / share) : 0.0; };
 }
 
 constexpr unsigned seeds = 10;
@@ -200,7 +221,7 @@ TEST(TickClock, FindsThePeriodOfYoungAndOldRooms) {
     for (unsigned seed = 0; seed < seeds; ++seed) {
         for (const double period : {15.8, 16.2, 16.5, 17.1, 18.0, 20.0, 32.0}) {
             SimulatedRoom room = {always(period)};
-            room.loss = 0.01;
+            room.loss = always(0.01);
             const Outcome outcome = play(room, 1000, seed);
             EXPECT_LT(outcome.periodError, 0.15) << period;
             EXPECT_NEAR(static_cast<double>(outcome.clock.missed()),
@@ -214,7 +235,7 @@ TEST(TickClock, OnANearLineCountsEveryLoss) {
     for (unsigned seed = 0; seed < seeds; ++seed) {
         SimulatedRoom room = {always(16.1)};
         room.delay = 0.05;
-        room.loss = 0.01;
+        room.loss = always(0.01);
         const Outcome outcome = play(room, oneMinute, seed);
         EXPECT_LE(outcome.clock.missed(), outcome.lost);
         EXPECT_GE(outcome.clock.missed() + 4, outcome.lost) << "those of the first second";
@@ -238,11 +259,63 @@ TEST(TickClock, WithoutLossCountsLessThanOneInAThousandUnderJitter) {
     }
 }
 
+TEST(TickClock, OfALoadedRoomCountsNearlyNothing) {
+    const std::pair<const char*, std::function<double(int, double)>> loads[] = {
+        {"by 20 ms, seldom", lateBy(20.0, 0.02)},  {"by 5 ms, often", lateBy(5.0, 0.2)},
+        {"by 10 ms, often", lateBy(10.0, 0.3)},    {"by 3 ms, always", lateBy(3.0, 1.0)},
+        {"by up to 40 ms", lateByUpTo(40.0, 0.1)}, {"by up to 80 ms", lateByUpTo(80.0, 0.05)}};
+    for (const auto& [name, lateness] : loads) {
+        for (const double jitter : {0.1, 2.0}) {
+            std::uint64_t missed = 0;
+            for (unsigned seed = 0; seed < seeds; ++seed) {
+                SimulatedRoom room = {always(16.1)};
+                room.lateness = lateness;
+                room.jitter = jitter;
+                missed += play(room, oneMinute, seed).clock.missed();
+            }
+            EXPECT_LT(missed, seeds * oneMinute / 200u) << name << ", jitter " << jitter;
+        }
+    }
+}
+
+TEST(TickClock, OfARoomThatIsLateNowAndThenStillCountsLosses) {
+    for (unsigned seed = 0; seed < seeds; ++seed) {
+        SimulatedRoom room = {always(16.1)};
+        room.lateness = lateBy(3.0, 0.02);
+        room.jitter = 1.0;
+        room.loss = always(0.02);
+        const Outcome outcome = play(room, oneMinute, seed);
+        EXPECT_NEAR(static_cast<double>(outcome.clock.missed()), static_cast<double>(outcome.lost),
+                    0.1 * static_cast<double>(outcome.lost));
+    }
+}
+
+TEST(TickClock, CountsLossesAgainAfterALoad) {
+    for (unsigned seed = 0; seed < seeds; ++seed) {
+        SimulatedRoom room = {always(16.1)};
+        room.lateness = [](int tick, double chance) {
+            return tick < oneMinute ? lateByUpTo(40.0, 0.1)(tick, chance) : 0.0;
+        };
+        room.loss = [](int tick) { return tick < oneMinute ? 0.0 : 0.05; };
+        const Outcome outcome = play(room, 4 * oneMinute, seed);
+        EXPECT_GT(outcome.clock.missed(), outcome.lost * 4 / 5) << "all but those of a while";
+        EXPECT_LT(outcome.clock.missed(), outcome.lost + 40);
+    }
+}
+
+TEST(TickClock, KeepsThePeriodOfARoomWithLongPauses) {
+    for (unsigned seed = 0; seed < seeds; ++seed) {
+        SimulatedRoom room = {always(16.1)};
+        room.lateness = lateByUpTo(80.0, 0.05);
+        EXPECT_LT(play(room, oneMinute, seed).periodError, 0.3);
+    }
+}
+
 TEST(TickClock, UnderJitterAndLossCountsNearlyAll) {
     for (unsigned seed = 0; seed < seeds; ++seed) {
         SimulatedRoom room = {always(16.3)};
         room.jitter = 3.0;
-        room.loss = 0.03;
+        room.loss = always(0.03);
         const Outcome outcome = play(room, oneMinute, seed);
         EXPECT_NEAR(static_cast<double>(outcome.clock.missed()), static_cast<double>(outcome.lost),
                     0.12 * static_cast<double>(outcome.lost));
@@ -323,7 +396,7 @@ TEST(TickClock, FollowsARoomThatSlowsDown) {
     for (unsigned seed = 0; seed < seeds; ++seed) {
         SimulatedRoom room = {[](int tick) { return tick < 1000 ? 16.2 : 17.4; }};
         room.jitter = 1.0;
-        room.loss = 0.01;
+        room.loss = always(0.01);
         const Outcome outcome = play(room, 3000, seed);
         EXPECT_LT(outcome.periodError, 0.1);
         EXPECT_NEAR(static_cast<double>(outcome.clock.missed()), static_cast<double>(outcome.lost),
