@@ -40,4 +40,14 @@ void Console::write(const std::string& text) const {
     (terminal_ == STDERR_FILENO ? std::cerr : std::cout) << text << std::flush;
 }
 
+void ProgressLine::show(const std::string& line) {
+    using namespace std::chrono;
+    const auto now = steady_clock::now();
+    if (now - started_ < seconds(1) || now - shown_ < milliseconds(100))
+        return;
+    shown_ = now;
+    console_.show(line + ", " + std::to_string(duration_cast<seconds>(now - started_).count()) +
+                  " s");
+}
+
 } // namespace drench

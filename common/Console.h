@@ -1,10 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 namespace drench {
 
-/// What people are told while the bots play: one line that is rewritten, and notes that stay.
+/// Tells people how a program gets on: by one line that is rewritten, and by notes that stay.
 class Console {
   public:
     /// Rewrites its line on standard error, or on standard output when only that is a terminal.
@@ -31,6 +32,26 @@ class Console {
 
     int terminal_ = -1;
     bool shown_ = false;
+};
+
+/// Shows on a console how far a long task has come: from its second second on, ten times a second
+/// at most.
+class ProgressLine {
+  public:
+    explicit ProgressLine(Console& console) : console_(console) {}
+
+    /// Clears the line.
+    ~ProgressLine() { console_.clear(); }
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    /// @param line  how far it is; the seconds that have gone by are added
+    void show(const std::string& line);
+
+  private:
+    Console& console_;
+    std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point shown_ = started_;
 };
 
 } // namespace drench
