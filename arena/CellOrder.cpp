@@ -102,26 +102,23 @@ std::optional<std::string> orderOfAnArena(const MapManager& map) {
 
     if (isArena({map, usual, usual}))
         return std::nullopt;
-    const auto headerWords = [](const Axes& header) {
-        return "its header is taken as " + wordsOf(header);
-    };
-    const auto cellWords = [](const Axes& cells) {
-        return "its cells are taken in the order " + wordsOf(cells) +
-               ", of which the last varies fastest";
-    };
     for (const Axes& header : orders) {
         if (isArena({map, header, usual}))
-            return headerWords(header);
+            return "its header is taken as " + wordsOf(header);
     }
-    for (const Axes& cells : orders) {
-        if (isArena({map, usual, cells}))
-            return cellWords(cells);
-    }
+    // An arena that is the same from many sides is one in many orders of its cells.
     for (const Axes& header : orders) {
+        std::string fitting;
         for (const Axes& cells : orders) {
             if (isArena({map, header, cells}))
-                return headerWords(header) + ", and " + cellWords(cells);
+                fitting += (fitting.empty() ? "" : " or ") + wordsOf(cells);
         }
+        if (fitting.empty())
+            continue;
+        const std::string words =
+            "its cells are taken in the order " + fitting + ", of which the last varies fastest";
+        return header == usual ? words
+                               : "its header is taken as " + wordsOf(header) + ", and " + words;
     }
     return std::nullopt;
 }

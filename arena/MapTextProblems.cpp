@@ -57,9 +57,8 @@ std::string firstThingIn(const MapItems& text) {
     const std::string_view bytes = text.bytes;
     if (bytes.starts_with("\xEF\xBB\xBF"))
         return "a byte order mark";
-    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF") ||
-        bytes.substr(0, 2).find('\0') != std::string_view::npos)
-        return "UTF-16, to be saved as plain ASCII or UTF-8,";
+    if (beginsAsUtf16(bytes))
+        return utf16Words;
     return quoted(text.textOf(text.items.front()));
 }
 

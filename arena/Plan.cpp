@@ -28,6 +28,8 @@ std::optional<int> wholeNumber(std::string_view word) {
 
 std::string readName(PlanLines& plan) {
     const std::string rule = " where \"arena <name>\" is allowed";
+    if (beginsAsUtf16(plan.rest))
+        plan.fail(1, utf16Words + rule);
     plan.expect("\"arena\"");
     if (plan.words[0].text != "arena")
         plan.failAtWord(0, rule);
@@ -98,17 +100,21 @@ void readMaterial(const PlanLines& plan, const std::string& rule, Legend& legend
     const std::optional<PlanKind> kind = kindOfValue(value);
     if (!kind)
         plan.failAtWord(1, valueRule);
-    if (legend.names.contains(*kind))
+    const bool isMark = plan.hasWord(2) && plan.words[2].text.starts_with(markPrefix);
+    if (legend.names.contains(*kind) && !isMark)
         plan.failAtWord(1, ", which is " + legend.names[*kind] +
                                " already; each value is allowed once");
     if (plan.words.size() != 3)
         plan.failAtWord(plan.hasWord(2) ? 3 : 2, rule);
     const std::string name(plan.words[2].text);
-    if ((*kind == planAir) != (name == "air"))
+    if (isMark && *kind != planAir)
+        plan.failAtWord(2, " with value " + value + "; a mark of where players appear has 0");
+    if ((*kind == planAir) != (name == "air" || isMark))
         plan.failAtWord(2, " with value " + value + "; air has 0, and nothing else has");
     legend.characters += character;
     legend.kindOf(character[0]) = kind;
-    legend.names[*kind] = name;
+    if (!isMark)
+        legend.names[*kind] = name;
 }
 
 /// Goes on to the first line behind the legend.

@@ -3,6 +3,7 @@
 #include "arena/Map.h"
 #include "arena/MapText.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,7 +21,9 @@ namespace drench::arena {
 ///     <depth lines of columns characters>    depth index 0 first; in a line, column 0 first
 ///
 /// A value is the cellValue of cells with `solid` 1, or 0 for air, whose both numbers are 0, or
-/// else `<solid>:<cellValue>`. Only air is named "air"; other names are for the reader.
+/// else `<solid>:<cellValue>`, and each has one character. Only air is named "air"; other names are
+/// for the reader. Further characters with value 0 mark where players appear, for the maker's eyes;
+/// their names begin with "spawn-".
 struct Plan {
     std::string name;
     MapManager map;
@@ -30,6 +33,16 @@ struct Plan {
 
     /// Where the cell's character stands in the text that was read. The cell must lie in the grid.
     TextPlace placeOf(const CellIndex& cell) const;
+};
+
+/// Cells of air that a plan shows by another character.
+struct PlanMark {
+    /// One that writePlan gives to no kind of the map's cells.
+    char character;
+
+    /// Begins with "spawn-".
+    std::string name;
+    std::vector<CellIndex> cells;
 };
 
 /// Whether a file is meant as a plan: its first word, comments apart, is "arena".
@@ -44,6 +57,6 @@ Plan readPlan(const std::string& text, const std::string& file);
 /// back the same cells and name. Throws InputError when it could not: for a name that is empty, has
 /// blanks at its ends or control characters, for a map that is no arena's size, and for cells of
 /// more than 93 kinds, air included, which is how many characters there are.
-std::string writePlan(const Plan& plan);
+std::string writePlan(const Plan& plan, std::span<const PlanMark> marks = {});
 
 } // namespace drench::arena

@@ -22,6 +22,9 @@ constexpr PlanKind usualKind(int cellValue) {
     return {cellValue == 0 ? 0 : 1, cellValue};
 }
 
+/// How the names of marks begin, characters that stand for air too.
+inline constexpr std::string_view markPrefix = "spawn-";
+
 /// Visible ASCII, in the order in which kinds of cells without a character of their own get them.
 /// '#' starts a comment.
 inline constexpr std::string_view legendCharacters =

@@ -61,12 +61,20 @@ std::string legendLine(const PlanKind& kind, char character) {
     return character + (" " + value + " " + name + "\n");
 }
 
-std::string gridOf(const MapManager& map, int row, const std::map<PlanKind, char>& characters) {
+std::string gridOf(const MapManager& map, int row, const std::map<PlanKind, char>& characters,
+                   std::span<const PlanMark> marks) {
     std::string grid;
     for (int k = 0; k < map.depth; ++k) {
         for (int i = 0; i < map.columns; ++i)
             grid += characters.at(kindOf(cell(map, i, row, k)));
         grid += "\n";
+    }
+    for (const PlanMark& mark : marks) {
+        for (const CellIndex& cell : mark.cells) {
+            if (cell.row == row)
+                grid[static_cast<std::size_t>(cell.depth * (map.columns + 1) + cell.column)] =
+                    mark.character;
+        }
     }
     return grid;
 }
@@ -82,7 +90,7 @@ void requireName(const std::string& name) {
 
 } // namespace
 
-std::string writePlan(const Plan& plan) {
+std::string writePlan(const Plan& plan, std::span<const PlanMark> marks) {
     const MapManager& map = plan.map;
     const std::string size = sizeWords(map.columns, map.rows, map.depth);
     requireName(plan.name);
@@ -94,14 +102,16 @@ std::string writePlan(const Plan& plan) {
     std::string text = "arena " + plan.name + "\nsize " + std::to_string(map.columns) + " " +
                        std::to_string(map.rows) + " " + std::to_string(map.depth) + "\nlegend\n" +
                        legendLine(planAir, characters.at(planAir));
+    for (const PlanMark& mark : marks)
+        text.append(1, mark.character).append(" 0 ").append(mark.name).append("\n");
     for (const auto& [kind, character] : characters) {
         if (kind != planAir)
             text += legendLine(kind, character);
     }
     for (int row = 0; row < map.rows;) {
-        const std::string grid = gridOf(map, row, characters);
+        const std::string grid = gridOf(map, row, characters, marks);
         const int first = row++;
-        while (row < map.rows && gridOf(map, row, characters) == grid)
+        while (row < map.rows && gridOf(map, row, characters, marks) == grid)
             ++row;
         std::string range = std::to_string(first);
         if (row - first > 1)

@@ -12,4 +12,13 @@ std::string quoted(std::string_view text) {
     return "\"" + shown + (text.size() > most ? "...\"" : "\"");
 }
 
+bool beginsAsUtf16(std::string_view bytes) {
+    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
+        return true;
+    // Two characters of ASCII, whose other bytes are zeros.
+    const auto isZero = [&](std::size_t index) { return bytes[index] == '\0'; };
+    return bytes.size() >= 4 && isZero(0) != isZero(1) && isZero(0) == isZero(2) &&
+           isZero(1) == isZero(3);
+}
+
 } // namespace drench::arena

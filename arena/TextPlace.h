@@ -26,4 +26,9 @@ struct TextProblem {
 /// The text in quotes as errors show it: '?' for what is no printable ASCII, at most 40 characters.
 std::string quoted(std::string_view text);
 
+/// Whether the bytes begin as text in UTF-16 does, with a byte order mark or without.
+bool beginsAsUtf16(std::string_view bytes);
+
+inline constexpr const char* utf16Words = "UTF-16, to be saved as plain ASCII or UTF-8,";
+
 } // namespace drench::arena

@@ -70,7 +70,7 @@ void writeReach(std::ostream& out, const arena::CheckResult& result) {
         << percentage(share) << " %)\n";
     if (result.unreached)
         out << "        largest area that nobody reaches: "
-            << counted(result.unreached->cells, "cell") << ", one of them "
+            << counted(result.unreached->cells, "cell") << ", beginning at "
             << cellWords(result.unreached->first) << '\n';
 }
 

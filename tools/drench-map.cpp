@@ -1,41 +1,27 @@
 #include "arena/ArenaFile.h"
 #include "arena/Check.h"
-#include "arena/MapText.h"
+#include "arena/NewPlan.h"
 #include "arena/Plan.h"
-#include "arena/Reach.h"
-#include "arena/VoxFile.h"
-#include "arena/picture/Picture.h"
-#include "arena/picture/Png.h"
 #include "common/Console.h"
 #include "common/Files.h"
 #include "tools/CheckReport.h"
+#include "tools/MapCommand.h"
+#include "tools/PictureCommand.h"
 
-#include <CLI/CLI.hpp>
-#include <array>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
-#include <map>
-#include <string>
-#include <vector>
 
 using namespace drench;
 
-// The command line of the arena tools; what can be known of an arena is in arena/.
+// The command line of the arena tools; what can be known of an arena is in arena/. Each subcommand
+// has a function that adds its options, and leaves what it does in `run` when it is the one that is
+// asked for.
 
 namespace {
 
 constexpr int playable = 0;
 constexpr int notPlayable = 1;
-constexpr int notReadable = 2;
-
-/// Writes a result, but never over the file that it was made from.
-void writeResult(const std::string& input, const std::string& output, const std::string& bytes) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(input, output, ignored))
-        throw InputError(output + ": is the input; the result needs a file of its own");
-    replaceFile(output, bytes);
-}
 
 int checkFile(const std::string& file, bool asJson) {
     arena::MapText text;
@@ -67,94 +53,113 @@ int checkFile(const std::string& file, bool asJson) {
     return result.playable() ? playable : notPlayable;
 }
 
-std::vector<arena::SpawnMark> spawnMarks(const std::vector<arena::Arrival>& arrivals) {
-    std::vector<arena::SpawnMark> marks;
-    for (const arena::Arrival& arrival : arrivals) {
-        const Player& player = arrival.lands ? arrival.landed : arrival.spawned;
-        if (arrival.insideWorld)
-            marks.push_back({arrival.pose + 1, player.box, player.direction});
-    }
-    return marks;
+void addCheck(CLI::App& app, Run& run) {
+    MapCommand command(app, "check", "Says whether an arena can be played, and why not");
+    command.addFile("Map text, plan or voxel file");
+    const auto asJson = std::make_shared<bool>(false);
+    command.options->add_flag("--json", *asJson, "Print one JSON object for programs");
+    command.options->footer("Exit status: 0 when it can be played, 1 when it cannot, 2 when no "
+                            "arena can be read from the file.");
+    command.options->callback(
+        [=, &run] { run = [=] { return checkFile(*command.file, *asJson); }; });
 }
 
-const std::map<std::string, arena::Corner> corners = {
-    {"south-east", arena::Corner::southEast},
-    {"south-west", arena::Corner::southWest},
-    {"north-west", arena::Corner::northWest},
-    {"north-east", arena::Corner::northEast},
-};
-
-struct PictureOptions {
-    std::string view = "iso";
-    arena::Corner from = arena::Corner::southEast;
-    std::array<int, 2> size = {1600, 1000};
-    std::array<float, 3> at{};
-    std::array<float, 3> look{};
-};
-
-arena::Image pictureOf(MapManager& map, const PictureOptions& options) {
-    const std::vector<arena::Arrival> arrivals = arena::arrivals(map);
-    const std::vector<arena::SpawnMark> marks = spawnMarks(arrivals);
-    const auto [width, height] = options.size;
-    if (options.view == "iso")
-        return arena::isometricPicture(map, marks, options.from, width, height);
-    if (options.view == "eye") {
-        const auto [x, y, z] = options.at;
-        const auto [lookX, lookY, lookZ] = options.look;
-        return arena::eyePicture(map, marks, {x, y, z}, {lookX, lookY, lookZ}, width, height);
-    }
-    Console console(false, true);
-    ProgressLine progress(console);
-    const arena::Reach reach =
-        arena::explore(map, arrivals, arena::Pace::ordinary, [&](std::size_t places) {
-            progress.show("reach: " + std::to_string(places) + " standing places");
-        });
-    std::vector<arena::CellIndex> reached;
-    for (const arena::StandingPlace& place : reach.places)
-        reached.push_back(place.feet);
-    return arena::topPicture(map, marks, arena::walkableCells(map), reached, width, height);
+void addNew(CLI::App& app, Run& run) {
+    MapCommand command(app, "new", "Writes a plan to begin with: a court with marked spawns");
+    command.addOutput("Plan to write");
+    const auto size = std::make_shared<std::array<int, 3>>(std::array{32, 16, 32});
+    addNumbers(*command.options, "--size", *size, 'x', "CxRxD", "Columns, rows and depth in cubes")
+        ->default_str("32x16x32");
+    const auto name = std::make_shared<std::string>();
+    command.options->add_option("--name", *name, "The arena's name")->default_str("the file's");
+    command.options->callback([=, &run] {
+        run = [=] {
+            if (name->empty())
+                *name = std::filesystem::path(*command.output).stem().string();
+            const auto [columns, rows, depth] = *size;
+            const std::string plan = arena::newPlan(*name, columns, rows, depth);
+            std::error_code ignored;
+            if (std::filesystem::is_regular_file(*command.output, ignored) &&
+                std::filesystem::file_size(*command.output, ignored) > 0)
+                throw InputError(*command.output + ": exists already, and may be somebody's work");
+            replaceFile(*command.output, plan);
+            return 0;
+        };
+    });
 }
 
-void writePicture(const std::string& file, const PictureOptions& options,
-                  const std::string& output) {
-    arena::ArenaFile arena = arena::readWholeArena(file);
-    writeResult(file, output, arena::encodePng(pictureOf(arena.text.map, options)));
+void addBuild(CLI::App& app, Run& run) {
+    MapCommand command(app, "build", "Turns a plan into the map text that the server reads");
+    command.addFile("Plan");
+    command.addOutput("Map text to write");
+    command.options->callback([=, &run] {
+        run = [=] {
+            const arena::Plan plan = arena::readPlan(readFile(*command.file), *command.file);
+            writeResult(*command.file, *command.output, arena::writeMapText(plan.map));
+            return 0;
+        };
+    });
 }
 
-void build(const std::string& file, const std::string& output) {
-    const arena::Plan plan = arena::readPlan(readFile(file), file);
-    writeResult(file, output, arena::writeMapText(plan.map));
+void addPlan(CLI::App& app, Run& run) {
+    MapCommand command(app, "plan", "Turns an arena into a plan, for a text editor");
+    command.addFile("Map text, voxel file or plan");
+    command.addOutput("Plan to write");
+    const auto name = std::make_shared<std::string>();
+    command.options->add_option("--name", *name, "The arena's name")
+        ->default_str("the plan's own, or the file's");
+    command.options->callback([=, &run] {
+        run = [=] {
+            arena::ArenaFile arena = arena::readWholeArena(*command.file);
+            std::string planName = name->empty() ? arena.name : *name;
+            if (planName.empty())
+                planName = std::filesystem::path(*command.file).stem().string();
+            writeResult(*command.file, *command.output,
+                        arena::writePlan({planName, std::move(arena.text.map)}));
+            return 0;
+        };
+    });
 }
 
-void writePlanOf(const std::string& file, const std::string& name, const std::string& output) {
-    arena::ArenaFile arena = arena::readWholeArena(file);
-    std::string planName = name.empty() ? arena.name : name;
-    if (planName.empty())
-        planName = std::filesystem::path(file).stem().string();
-    writeResult(file, output, arena::writePlan({planName, std::move(arena.text.map)}));
+void writeReplaced(const arena::ReplacedColour& replaced) {
+    const auto [red, green, blue] = replaced.colour;
+    std::cerr << "colour " << std::hex << std::setfill('0') << std::setw(2) << +red << std::setw(2)
+              << +green << std::setw(2) << +blue << std::dec << " is no material's; cubes that are "
+              << arena::materialName(replaced.cellValue) << " now: " << replaced.voxels << '\n';
 }
 
-void importVox(const std::string& file, const std::string& output) {
-    const arena::VoxImport import = arena::readVox(file, readFile(file));
-    writeResult(file, output, arena::writeMapText(import.map));
-    for (const arena::ReplacedColour& replaced : import.replaced) {
-        const auto [red, green, blue] = replaced.colour;
-        std::cerr << "colour " << std::hex << std::setfill('0') << std::setw(2) << +red
-                  << std::setw(2) << +green << std::setw(2) << +blue << std::dec
-                  << " is no material's; cubes that are " << arena::materialName(replaced.cellValue)
-                  << " now: " << replaced.voxels << '\n';
-    }
+void addImport(CLI::App& app, Run& run) {
+    MapCommand command(app, "import", "Turns a voxel editor's file into a map text");
+    command.addFile("Voxel file (.vox)");
+    command.addOutput("Map text to write");
+    command.options->callback([=, &run] {
+        run = [=] {
+            const arena::VoxImport import = arena::readVox(*command.file, readFile(*command.file));
+            writeResult(*command.file, *command.output, arena::writeMapText(import.map));
+            for (const arena::ReplacedColour& replaced : import.replaced)
+                writeReplaced(replaced);
+            return 0;
+        };
+    });
 }
 
-void exportVox(const std::string& file, const std::string& output) {
-    const arena::ArenaFile arena = arena::readWholeArena(file);
-    std::string bytes;
-    try {
-        bytes = arena::writeVox(arena.text.map);
-    } catch (const InputError& error) {
-        throw InputError(file + ": " + error.what());
-    }
-    writeResult(file, output, bytes);
+void addExport(CLI::App& app, Run& run) {
+    MapCommand command(app, "export", "Turns an arena into a file for voxel editors");
+    command.addFile("Map text or plan");
+    command.addOutput("Voxel file (.vox) to write");
+    command.options->callback([=, &run] {
+        run = [=] {
+            const arena::ArenaFile arena = arena::readWholeArena(*command.file);
+            std::string bytes;
+            try {
+                bytes = arena::writeVox(arena.text.map);
+            } catch (const InputError& error) {
+                throw InputError(*command.file + ": " + error.what());
+            }
+            writeResult(*command.file, *command.output, bytes);
+            return 0;
+        };
+    });
 }
 
 } // namespace
@@ -164,101 +169,19 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "drench-map " DRENCH_VERSION);
     app.require_subcommand(1);
     app.get_formatter()->column_width(34);
-
-    std::string file;
-    std::string output;
-    const auto command = [&](const char* name, const char* description, const char* input) {
-        CLI::App* added = app.add_subcommand(name, description);
-        added->add_option("file", file, input)->required()->type_name("FILE");
-        return added;
-    };
-    const auto commandWithOutput = [&](const char* name, const char* description, const char* input,
-                                       const char* result) {
-        CLI::App* added = command(name, description, input);
-        added->add_option("-o,--output", output, result)->required()->type_name("FILE");
-        return added;
-    };
-
-    bool asJson = false;
-    CLI::App* check = command("check", "Says whether an arena can be played, and why not",
-                              "Map text, plan or voxel file");
-    check->add_flag("--json", asJson, "Print one JSON object for programs");
-    check->footer("Exit status: 0 when it can be played, 1 when it cannot, 2 when no arena can be "
-                  "read from the file.");
-
-    PictureOptions options;
-    CLI::App* picture = commandWithOutput("picture", "Draws an arena",
-                                          "Map text, plan or voxel "
-                                          "file",
-                                          "PNG file to write");
-    picture
-        ->add_option("--view", options.view,
-                     "iso: from above a corner; top: a height map; eye: "
-                     "what a player sees")
-        ->check(CLI::IsMember({"iso", "top", "eye"}))
-        ->capture_default_str();
-    std::string from = "south-east";
-    picture->add_option("--from", from, "Corner that iso looks from")
-        ->check(CLI::IsMember(corners))
-        ->type_name("CORNER")
-        ->capture_default_str();
-    picture->add_option("--size", options.size, "Width and height in pixels")
-        ->delimiter('x')
-        ->type_name("WxH")
-        ->default_str("1600x1000");
-    CLI::Option* at = picture
-                          ->add_option("--at", options.at,
-                                       "Where the eye is, in world units "
-                                       "(64 a cube)")
-                          ->delimiter(',')
-                          ->type_name("X,Y,Z");
-    CLI::Option* look = picture->add_option("--look", options.look, "What the eye looks towards")
-                            ->delimiter(',')
-                            ->type_name("X,Y,Z");
-
-    CLI::App* buildCommand = commandWithOutput("build",
-                                               "Turns a plan into the map text that the "
-                                               "server reads",
-                                               "Plan", "Map text to write");
-    CLI::App* plan = commandWithOutput("plan", "Turns an arena into a plan, for a text editor",
-                                       "Map text, voxel file or plan", "Plan to write");
-    std::string name;
-    plan->add_option("--name", name, "The arena's name")
-        ->default_str("the plan's own, or the file's");
-    CLI::App* importCommand = commandWithOutput("import",
-                                                "Turns a voxel editor's file into a map "
-                                                "text",
-                                                "Voxel file (.vox)", "Map text to write");
-    CLI::App* exportCommand = commandWithOutput("export",
-                                                "Turns an arena into a file for voxel "
-                                                "editors",
-                                                "Map text or plan", "Voxel file (.vox) to write");
-
+    Run run;
+    for (const auto add : {addCheck, addPicture, addNew, addBuild, addPlan, addImport, addExport})
+        add(app, run);
     try {
         app.parse(argc, argv);
-        if (*picture && options.view == "eye" && (at->empty() || look->empty()))
-            throw CLI::ValidationError("--view eye", "needs --at X,Y,Z and --look X,Y,Z");
-        options.from = corners.at(from);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : notReadable;
     }
 
     try {
-        if (*check)
-            return checkFile(file, asJson);
-        if (*picture)
-            writePicture(file, options, output);
-        else if (*buildCommand)
-            build(file, output);
-        else if (*plan)
-            writePlanOf(file, name, output);
-        else if (*importCommand)
-            importVox(file, output);
-        else if (*exportCommand)
-            exportVox(file, output);
+        return run();
     } catch (const InputError& error) {
         std::cerr << error.what() << '\n';
         return notReadable;
     }
-    return 0;
 }

@@ -5,6 +5,7 @@
 #include "arena/picture/Scene.h"
 #include "common/Files.h"
 #include "src/Collisions.h"
+#include "src/Player.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,8 +88,9 @@ Image eyePicture(const MapManager& map, std::span<const SpawnMark> spawns, vec3 
     requireCells(map);
     requireFreeEye(map, at, look);
     Scene scene = sceneOf(map, sunOverArena);
+    const Box viewer(at, Player::bodySize);
     for (const SpawnMark& spawn : spawns) {
-        if (!intersects(spawn.body, at))
+        if (!intersects(spawn.body, viewer))
             addBody(scene, std::to_string(spawn.number), spawn.body);
     }
 

@@ -55,9 +55,9 @@ TopView topView(const MapManager& map, std::span<const CellIndex> walkable,
                 std::span<const CellIndex> reached, int width, int height);
 
 /// What an eye at a point sees when it looks towards another, world units, with bodies standing at
-/// the spawns but the one that the eye is in. Straight up and down are seen as if the head had been
-/// bent from looking north. Throws InputError when a coordinate is not finite, the two points are
-/// the same, or the eye is in a cube.
+/// the spawns but those that the viewer's own, with the eye in its middle, would overlap. Straight
+/// up and down are seen as if the head had been bent from looking north. Throws InputError when a
+/// coordinate is not finite, the two points are the same, or the eye is in a cube.
 Image eyePicture(const MapManager& map, std::span<const SpawnMark> spawns, vec3 at, vec3 look,
                  int width, int height);
 

@@ -2,6 +2,7 @@
 #include "tests/support/Courts.h"
 
 #include <array>
+#include <functional>
 #include <gtest/gtest.h>
 
 using arena::orderOfAnArena;
@@ -11,7 +12,7 @@ namespace {
 /// The text of the ring arena when its maker has another idea of both orders: axes 0, 1 and 2 are
 /// columns, rows and depth.
 MapManager ringIn(const std::array<int, 3>& header, const std::array<int, 3>& cells,
-                  int columns = 32) {
+                  int columns = 32, const std::function<bool(int, int, int)>& solid = solidInRing) {
     const std::array<int, 3> size = {columns, 16, 32};
     const auto part = [](const std::array<int, 3>& place, int axis) {
         return place[static_cast<std::size_t>(axis)];
@@ -26,7 +27,7 @@ MapManager ringIn(const std::array<int, 3>& header, const std::array<int, 3>& ce
                 at[static_cast<std::size_t>(cells[0])] = slow;
                 at[static_cast<std::size_t>(cells[1])] = middle;
                 at[static_cast<std::size_t>(cells[2])] = fast;
-                text += solidInRing(at[0], at[1], at[2]) ? "1 1 " : "0 0 ";
+                text += solid(at[0], at[1], at[2]) ? "1 1 " : "0 0 ";
             }
         }
     }
@@ -59,6 +60,15 @@ TEST(CellOrder, CellsInAnotherOrderAreFound) {
               "its cells are taken in the order rows, depth, columns" + lastIsFastest);
     EXPECT_EQ(wordsFor(ringIn({0, 1, 2}, {0, 2, 1}, 34)),
               "its cells are taken in the order columns, depth, rows" + lastIsFastest);
+}
+
+TEST(CellOrder, AllOrdersOfCellsThatFitAreTold) {
+    const auto sameAcrossItsDiagonal = [](int i, int j, int k) {
+        return solidInRing(i, j, k) && solidInRing(k, j, i);
+    };
+    EXPECT_EQ(wordsFor(ringIn({0, 1, 2}, {1, 2, 0}, 32, sameAcrossItsDiagonal)),
+              "its cells are taken in the order rows, columns, depth or rows, depth, columns" +
+                  lastIsFastest);
 }
 
 TEST(CellOrder, BothInAnotherOrderAreFound) {

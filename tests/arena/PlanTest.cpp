@@ -354,6 +354,45 @@ TEST(PlanErrors, BinaryBytesAreShownAsQuestionMarks) {
     EXPECT_EQ(errorOf(std::string("\0\x89PNG \n\x1a", 8)), "p:1:1: \"??PNG\"" + nameRule);
 }
 
+TEST(PlanMarks, AreAirThatIsShownByACharacterOfItsOwn) {
+    const Plan plan = readPlan("arena A\nsize 3 1 1\nlegend\n1 0 spawn-1\n. 0 air\n2 0:0 spawn-b\n"
+                               "g 1 ground\nrow 0\n1.2\n",
+                               "p");
+    EXPECT_TRUE(sameCells(plan.map, loaded("3 1 1 0 0 0 0 0 0")));
+    EXPECT_EQ(plan.placeOf({2, 0, 0}), (arena::TextPlace{9, 3}));
+}
+
+TEST(PlanMarks, StandForAirOnlyAndAreNamedAfterSpawns) {
+    const auto errorWith = [](const std::string& line) {
+        return errorOf(withLine(5, line + "\ng 1 ground"));
+    };
+    EXPECT_EQ(errorWith("1 0 spawn-1"), "no error");
+    EXPECT_EQ(errorWith("1 2 spawn-1"),
+              "p:5:5: \"spawn-1\" with value 2; a mark of where players appear has 0");
+    EXPECT_EQ(errorWith("1 0 spawn"), "p:5:3: \"0\", which is air already; each value is allowed "
+                                      "once");
+    EXPECT_EQ(errorWith("1 0 spawn-1\n1 0 spawn-2"),
+              "p:6:1: \"1\" a second time; each character is allowed once");
+    EXPECT_EQ(errorWith("1 0 spawn-1\n2 0 air"),
+              "p:6:3: \"0\", which is air already; each value is allowed once");
+}
+
+TEST(PlanMarks, AreWrittenOverCellsOfAir) {
+    const std::string text = writePlan(
+        {"A", loaded("2 3 2 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 1 1 0 0 0 0")},
+        std::vector<arena::PlanMark>{{'1', "spawn-1", {{0, 1, 1}}}, {'2', "spawn-2", {{1, 0, 0}}}});
+    EXPECT_EQ(text, "arena A\nsize 2 3 2\nlegend\n. 0 air\n1 0 spawn-1\n2 0 spawn-2\n"
+                    "g 1 ground\n\nrow 0\n.2\n..\n\nrow 1\n..\n1g\n\nrow 2\n..\n..\n");
+}
+
+TEST(PlanText, InSixteenBitCharactersIsNamed) {
+    EXPECT_EQ(errorOf(std::string("\xFF\xFE"
+                                  "a\0r\0",
+                                  6)),
+              "p:1:1: UTF-16, to be saved as plain ASCII or UTF-8, where \"arena <name>\" is "
+              "allowed");
+}
+
 TEST(PlanWriting, ListsAirThenTheKindsUsedAndMergesRowsAlike) {
     const MapManager map = loaded("2 4 1  1 2 0 0 0 0 1 12  1 2 1 40 1 40 1 1");
     EXPECT_EQ(writePlan({"Two words", map}), "arena Two words\n"

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <sys/wait.h>
@@ -224,6 +225,7 @@ TEST_F(MapTool, ReportIsCompleteAndInOrder) {
                    "  7     falls 0.1 cubes onto ground at 27, 2, 27\n"
                    "  8     falls 0.1 cubes onto ground at 3, 2, 28\n"
                    "reach   183 standing places; 180 of 181 walkable cells (99 %)\n"
+                   "        largest area that nobody reaches: 1 cell, beginning at 15, 11, 1\n"
                    "sight   0 of 56 views from spawn to spawn are free on appearing, 0 after "
                    "landing\n"
                    "        1 % of all shots are lost in the open sky\n" +
@@ -252,6 +254,85 @@ TEST_F(MapTool, PicturesHaveTheSizeAskedFor) {
               0)
         << err;
     EXPECT_EQ(arena::decodePng(readFile(path("eye.png"))).height, 48);
+}
+
+TEST_F(MapTool, PictureIsSeenFromTheCornerThatIsNamed) {
+    const std::string map = file("mapdata", arenaText(32, 16, 32, [](int i, int j, int k) {
+                                     return solidInRing(i, j, k) && j < 4 + i / 8 + k / 4;
+                                 }));
+    std::map<std::string, std::string> pictures;
+    for (const std::string corner : {"south-east", "south-west", "north-west", "north-east"}) {
+        EXPECT_EQ(run("picture " + map + " --size 64x48 --from " + corner + " -o " +
+                      path(corner + ".png")),
+                  0)
+            << err;
+        pictures[readFile(path(corner + ".png"))] = corner;
+    }
+    EXPECT_EQ(pictures.size(), 4u) << "all differ";
+    EXPECT_EQ(run("picture " + map + " --size 64x48 -o " + path("usual.PNG")), 0) << err;
+    EXPECT_EQ(pictures[readFile(path("usual.PNG"))], "south-east");
+}
+
+TEST_F(MapTool, PictureIsRefusedANameThatPromisesAnotherKind) {
+    const std::string map = file("mapdata", smallMap);
+    EXPECT_EQ(run("picture " + map + " --size 64x48 -o " + path("x.jpg")), 2);
+    EXPECT_EQ(err, path("x.jpg") + ": a picture is written as PNG; let its name end in .png\n");
+    EXPECT_EQ(access(path("x.jpg").c_str(), F_OK), -1);
+    EXPECT_EQ(run("picture " + map + " --size 64x48 -o " + path("x")), 0) << err;
+    EXPECT_EQ(arena::decodePng(readFile(path("x"))).width, 64);
+}
+
+TEST_F(MapTool, OptionsOfAnotherViewAreRefused) {
+    const std::string picture = "picture " + file("mapdata", smallMap) + " -o x.png ";
+    EXPECT_EQ(run(picture + "--view top --from south-east"), 2);
+    EXPECT_NE(err.find("--from: is for --view iso"), std::string::npos) << err;
+    EXPECT_EQ(run(picture + "--at 1,2,3"), 2);
+    EXPECT_NE(err.find("--at and --look: are for --view eye"), std::string::npos) << err;
+    EXPECT_EQ(run(picture + "--view top --look 1,2,3"), 2);
+    EXPECT_EQ(run(picture + "--view eye --at 1,2,3"), 2);
+    EXPECT_NE(err.find("--view eye: needs --at X,Y,Z and --look X,Y,Z"), std::string::npos) << err;
+    EXPECT_EQ(run(picture + "--view eye --look 1,2,3"), 2);
+}
+
+TEST_F(MapTool, NumbersOfAnOptionAreAsManyAsItsFormHas) {
+    const std::string picture = "picture " + file("mapdata", smallMap) + " -o x.png ";
+    for (const std::string size : {"800", "800x", "x600", "800x600x3", "800,600", "8.5x9"}) {
+        EXPECT_EQ(run(picture + "--size " + size), 2);
+        EXPECT_NE(err.find("--size: " + size + " is not WxH in numbers"), std::string::npos) << err;
+    }
+    EXPECT_EQ(run(picture + "--view eye --look 1,2,3 --at 1,2"), 2);
+    EXPECT_NE(err.find("--at: 1,2 is not X,Y,Z in numbers"), std::string::npos) << err;
+    EXPECT_EQ(run("picture " + file("mapdata", smallMap) + " -o " + path("far.png") +
+                  " --size 20x10 --view eye --at -300.5,90,64 --look 64,32,64"),
+              0)
+        << err;
+    EXPECT_EQ(arena::decodePng(readFile(path("far.png"))).width, 20);
+}
+
+TEST_F(MapTool, TopPictureIsDrawn) {
+    const std::string map = file("mapdata", arenaText(32, 16, 32, solidInRing));
+    EXPECT_EQ(run("picture " + map + " --view top --size 200x200 -o " + path("top.png")), 0) << err;
+    EXPECT_EQ(arena::decodePng(readFile(path("top.png"))).height, 200);
+}
+
+TEST_F(MapTool, NewPlanCanBeBuiltAndIsNamedAfterItsFile) {
+    EXPECT_EQ(run("new -o " + path("mine.plan")), 0) << err;
+    EXPECT_NE(readFile(path("mine.plan")).find("\narena mine\nsize 32 16 32\n"), std::string::npos);
+    EXPECT_EQ(run("build " + path("mine.plan") + " -o " + path("mapdata")), 0) << err;
+    EXPECT_EQ(readFile(path("mapdata")).substr(0, 9), "32 16 32\n");
+    EXPECT_EQ(run("new --size 40x20x36 --name Yours -o " + path("yours.plan")), 0) << err;
+    EXPECT_NE(readFile(path("yours.plan")).find("\narena Yours\nsize 40 20 36\n"),
+              std::string::npos);
+}
+
+TEST_F(MapTool, NewPlanReplacesNothing) {
+    const std::string old = file("mine.plan", "work of weeks");
+    EXPECT_EQ(run("new -o " + old), 2);
+    EXPECT_EQ(err, old + ": exists already, and may be somebody's work\n");
+    EXPECT_EQ(readFile(old), "work of weeks");
+    EXPECT_EQ(run("new -o " + file("empty.plan", "")), 0) << err;
+    EXPECT_EQ(run("new --size 16x16x16 -o " + path("small.plan")), 2);
+    EXPECT_EQ(access(path("small.plan").c_str(), F_OK), -1);
 }
 
 TEST_F(MapTool, WrongUseIsExplainedWithStatusTwo) {

@@ -115,6 +115,20 @@ TEST(EyePicture, OwnBodyIsNotSeen) {
               eyePicture(map, {}, eye, eye + vec3(1, -1, 0), 80, 60));
 }
 
+TEST(EyePicture, BodyThatTheViewersOwnWouldOverlapIsNotSeen) {
+    const MapManager map = hall();
+    const SpawnMark landed = standingIn(1, 4, 1, 4, {0, 0, -1});
+    const auto bodyPixels = [&](vec3 from) {
+        const vec3 eye = landed.body.centre + from;
+        return pixels(eyePicture(map, std::vector{landed}, eye, landed.body.centre, 80, 60),
+                      isSignal)
+            .count;
+    };
+    EXPECT_EQ(bodyPixels({0, 140, 0}), 0) << "as it appears above, before it falls";
+    EXPECT_EQ(bodyPixels({40, 100, 0}), 0);
+    EXPECT_GT(bodyPixels({60, 0, 0}), 100) << "somebody else, next to it";
+}
+
 TEST(EyePicture, CrosshairMarksTheMiddle) {
     const MapManager map = hall();
     const Image image = eyePicture(map, {}, hallMiddle, hallMiddle + vec3(0, -9, -9), 201, 121);

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "tools/MapCommand.h"
+
+namespace drench {
+
+/// Adds "picture", which draws an arena.
+void addPicture(CLI::App& app, Run& run);
+
+} // namespace drench
