@@ -340,17 +340,6 @@ void addLeaps(Roadmap& roadmap, int from) {
     }
 }
 
-void indexPlaces(Roadmap& roadmap) {
-    const MapManager& map = *roadmap.map;
-    roadmap.placeOfCell.assign(asIndex(map.columns) * asIndex(map.rows) * asIndex(map.depth), -1);
-    for (std::size_t place = 0; place < roadmap.reach.places.size(); ++place) {
-        const arena::CellIndex& feet = roadmap.reach.places[place].feet;
-        roadmap.placeOfCell[(asIndex(feet.column) * asIndex(map.rows) + asIndex(feet.row)) *
-                                asIndex(map.depth) +
-                            asIndex(feet.depth)] = static_cast<int>(place);
-    }
-}
-
 /// Leaves out all places but these.
 void keepPlaces(Roadmap& roadmap, const std::vector<bool>& kept) {
     std::vector<int> newIndex(kept.size(), -1);
@@ -424,6 +413,17 @@ void keepConnectedPlaces(Roadmap& roadmap) {
 }
 
 } // namespace
+
+void indexPlaces(Roadmap& roadmap) {
+    const MapManager& map = *roadmap.map;
+    roadmap.placeOfCell.assign(asIndex(map.columns) * asIndex(map.rows) * asIndex(map.depth), -1);
+    for (std::size_t place = 0; place < roadmap.reach.places.size(); ++place) {
+        const arena::CellIndex& feet = roadmap.reach.places[place].feet;
+        roadmap.placeOfCell[(asIndex(feet.column) * asIndex(map.rows) + asIndex(feet.row)) *
+                                asIndex(map.depth) +
+                            asIndex(feet.depth)] = static_cast<int>(place);
+    }
+}
 
 int Roadmap::placeIn(const arena::CellIndex& cell) const {
     if (cell.column < 0 || cell.column >= map->columns || cell.row < 0 || cell.row >= map->rows ||

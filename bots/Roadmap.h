@@ -80,6 +80,9 @@ inline float floorHeight(const arena::StandingPlace& place) {
     return arena::cubeEdge * static_cast<float>(place.feet.row);
 }
 
+/// Sets `placeOfCell` by the places.
+void indexPlaces(Roadmap& roadmap);
+
 /// Called now and then with what is being done and how many places that has come to.
 using Progress = std::function<void(const char* stage, std::size_t places)>;
 
