@@ -212,8 +212,8 @@ void Play::tellOfOtherArena(const Seat& seat, const PlayerUpdate& self) {
     if (told || isDead(self) || canBeThere(*roadmap_.map, self.position))
         return;
     told = true;
-    note_(rooms_[seat.room].name + ": plays another arena than --arena names: " + seat.name +
-          " stands where nobody can");
+    note_(rooms_[seat.room].name + ": plays an arena that the bots do not know: " + seat.name +
+          " stands where nobody can; name its file with --arena");
 }
 
 Standing Play::standing() const {

@@ -1,11 +1,13 @@
 #include "bots/Tracks.h"
 
+#include "arena/Reach.h"
 #include "arena/picture/Picture.h"
 #include "bots/Tally.h"
 #include "src/Collisions.h"
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 
 namespace drench::bots {
 
@@ -42,16 +44,30 @@ constexpr int legendHeight = 20;
 /// The length of a track's sample before its name, in dots.
 constexpr int swatchWidth = 16;
 
-/// From one name to the next sample, in dots.
+/// From a sample to its name, in dots.
+constexpr int nameGap = 4;
+
+/// From one name to the next sample, and from the side to the first one, in dots.
 constexpr int entryGap = 12;
 
 Colour colourOf(std::size_t track) {
     return colours[track % std::size(colours)];
 }
 
+/// A drop of water: a circle below a tip, filled as circles that shrink towards the tip.
+void fillDrop(Image& image, ImagePoint centre, double radius, Colour colour) {
+    constexpr double tipInRadii = 2.2;
+    const int circles = static_cast<int>(std::ceil(tipInRadii * radius)) * 2;
+    for (int i = 0; i < circles; ++i) {
+        const double share = static_cast<double>(i) / circles;
+        arena::fillCircle(image, {centre.x, centre.y - share * tipInRadii * radius},
+                          radius * (1.0 - share), colour);
+    }
+}
+
 void drawDrop(Image& image, ImagePoint centre, double radius, Colour colour) {
-    arena::fillCircle(image, centre, radius * 1.4, arena::white);
-    arena::fillCircle(image, centre, radius, colour);
+    fillDrop(image, centre, radius * 1.4, arena::white);
+    fillDrop(image, centre, radius, colour);
 }
 
 void drawTrack(Image& image, const arena::TopView& view, const Track& track, Colour colour) {
@@ -80,16 +96,33 @@ std::string capitals(std::string text) {
     return text;
 }
 
-void drawLegend(Image& image, std::span<const Track> tracks, double left, double middle, int dot) {
+/// Where the sample of each track begins, the middles of the first line at 0: as many to a line as
+/// fit into the width, one at least.
+std::vector<ImagePoint> legendPlaces(std::span<const Track> tracks, int width, int dot) {
+    std::vector<ImagePoint> places;
+    const double margin = entryGap * dot;
+    ImagePoint place{margin, 0.0};
+    for (const Track& track : tracks) {
+        const double entry = (swatchWidth + nameGap + arena::textWidth(track.name())) * dot;
+        if (place.x > margin && place.x + entry > width) {
+            place.x = margin;
+            place.y += legendHeight * dot;
+        }
+        places.push_back(place);
+        place.x += entry + entryGap * dot;
+    }
+    return places;
+}
+
+void drawLegend(Image& image, std::span<const Track> tracks, std::span<const ImagePoint> places,
+                double top, int dot) {
     for (std::size_t i = 0; i < tracks.size(); ++i) {
-        const std::string name = capitals(tracks[i].name());
-        const double right = left + swatchWidth * dot;
-        arena::strokeLine(image, {left, middle}, {right, middle}, 2.0 * dot, colourOf(i));
-        drawDrop(image, {0.5 * (left + right), middle}, 3.0 * dot, colourOf(i));
-        left = right + 4.0 * dot;
-        arena::drawText(image, {left, middle - 0.5 * arena::glyphHeight * dot}, name, dot,
-                        colourOf(i));
-        left += (arena::textWidth(name) + entryGap) * dot;
+        const ImagePoint start{places[i].x, top + places[i].y + 0.5 * legendHeight * dot};
+        const double end = start.x + swatchWidth * dot;
+        arena::strokeLine(image, start, {end, start.y}, 2.0 * dot, colourOf(i));
+        drawDrop(image, {0.5 * (start.x + end), start.y}, 3.0 * dot, colourOf(i));
+        arena::drawText(image, {end + nameGap * dot, start.y - 0.5 * arena::glyphHeight * dot},
+                        capitals(tracks[i].name()), dot, colourOf(i));
     }
 }
 
@@ -119,17 +152,15 @@ void Track::add(const Point& point) {
         points_.pop_front();
 }
 
-Image tracksPicture(const MapManager& map, const arena::Reach& reach, std::span<const Track> tracks,
-                    int width, int height) {
+Image tracksPicture(const MapManager& map, std::span<const Track> tracks, int width, int height) {
     const int dot = std::max(1, std::min(width, height) / 450);
-    const int mapHeight = height - legendHeight * dot;
-    const std::vector<arena::CellIndex> walkable = arena::walkableCells(map);
-    std::vector<arena::CellIndex> reached;
-    for (const arena::StandingPlace& place : reach.places)
-        reached.push_back(place.feet);
-
-    const Image plain = arena::topPicture(map, {}, walkable, reached, width, mapHeight);
-    const arena::TopView view = arena::topView(map, walkable, reached, width, mapHeight);
+    const std::vector<ImagePoint> legend = legendPlaces(tracks, width, dot);
+    const double lastLine = legend.empty() ? 0.0 : legend.back().y;
+    const int mapHeight = height - static_cast<int>(lastLine) - legendHeight * dot;
+    // All floors are drawn alike: a map of tracks does not judge where players get to.
+    const std::vector<arena::CellIndex> floors = arena::walkableCells(map);
+    const Image plain = arena::topPicture(map, {}, floors, floors, width, mapHeight);
+    const arena::TopView view = arena::topView(map, floors, floors, width, mapHeight);
     Image image(width, height, plain.at(0, 0));
     std::copy(plain.pixels.begin(), plain.pixels.end(), image.pixels.begin());
     arena::fillRectangle(image, {0.0, 0.0}, {double(width), double(height)}, arena::white,
@@ -138,7 +169,7 @@ Image tracksPicture(const MapManager& map, const arena::Reach& reach, std::span<
         drawTrack(image, view, tracks[i], colourOf(i));
     for (std::size_t i = 0; i < tracks.size(); ++i)
         drawSoakings(image, view, tracks[i], colourOf(i));
-    drawLegend(image, tracks, view.corner.x, height - 0.5 * legendHeight * dot, dot);
+    drawLegend(image, tracks, legend, mapHeight, dot);
     return image;
 }
 

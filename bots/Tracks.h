@@ -1,7 +1,7 @@
 #pragma once
 
-#include "arena/Reach.h"
 #include "arena/picture/Image.h"
+#include "src/MapManager.h"
 #include "src/Messages.h"
 
 #include <deque>
@@ -49,9 +49,9 @@ class Track {
     std::optional<vec3> last_;
 };
 
-/// The arena from above, paler than arena::topPicture draws it, with each track in a colour of its
-/// own, a drop where somebody was soaked, and the names below.
-arena::Image tracksPicture(const MapManager& map, const arena::Reach& reach,
-                           std::span<const Track> tracks, int width, int height);
+/// The arena from above, paler than arena::topPicture draws it and with all floors alike, with each
+/// track in a colour of its own, a drop where somebody was soaked, and the names below.
+arena::Image tracksPicture(const MapManager& map, std::span<const Track> tracks, int width,
+                           int height);
 
 } // namespace drench::bots

@@ -1,7 +1,9 @@
 #include "arena/ArenaFile.h"
 #include "arena/picture/Png.h"
 #include "bots/Chart.h"
+#include "bots/ChartCache.h"
 #include "bots/Play.h"
+#include "bots/Presence.h"
 #include "bots/Report.h"
 #include "bots/Script.h"
 #include "bots/ScriptedPlayer.h"
@@ -109,12 +111,17 @@ int playScript(const Options& options) {
     return run.trouble.empty() ? status : nobodyGotIn;
 }
 
-bots::Roadmap chartArena(MapManager& map, Console& console) {
-    console.show("charting the arena ...");
-    bots::Roadmap roadmap = bots::chart(map, [&](const char* stage, std::size_t places) {
-        console.show("charting the arena: " + std::string(stage) + ", " + std::to_string(places) +
-                     " places");
-    });
+/// The arena's chart; nothing when somebody asked to stop before it was made.
+std::optional<bots::Roadmap> chartArena(MapManager& map, const Options& options, Console& console) {
+    bool told = options.quiet || console.isLive();
+    const auto tell = [&](const std::string& line) {
+        console.show(line);
+        if (!told)
+            console.note(line + ", which takes some seconds");
+        told = true;
+    };
+    std::optional<bots::Roadmap> roadmap = bots::keptChart(
+        map, bots::chartFolder(), bots::programChecksum(), [] { return stopAsked == 0; }, tell);
     console.clear();
     return roadmap;
 }
@@ -146,31 +153,39 @@ int playBots(const Options& options) {
     if (!options.tracks.empty())
         requireWritable(options.tracks);
     Console console(options.quiet, options.json);
-    const bots::Roadmap roadmap = chartArena(arena.text.map, console);
-
     listenForSignals();
-    const Timekeeper timekeeper(options.seconds);
-    bots::Play play(roadmap, rooms,
+    const auto note = [&](const std::string& line) { console.note(line); };
+    std::optional<bots::Roadmap> roadmap;
+    Timekeeper timekeeper(options.seconds);
+    if (bots::awaitRoom(rooms, timekeeper, note))
+        roadmap = chartArena(arena.text.map, options, console);
+    const bool plays = roadmap.has_value();
+    if (!plays)
+        roadmap.emplace();
+    bots::Play play(*roadmap, rooms,
                     {.playersPerRoom = options.players,
                      .skill = options.skill,
                      .seed = options.seed,
                      .name = options.name,
                      .keepTracks = !options.tracks.empty()},
-                    [&](const std::string& note) { console.note(note); });
-    playOn(play, timekeeper, console);
+                    note);
+    if (plays) {
+        // Neither waiting nor charting is playing.
+        timekeeper = Timekeeper(options.seconds);
+        playOn(play, timekeeper, console);
+    }
 
     bots::Report report;
     report.bots = {options.arena, options.seed, options.skill};
-    report.seconds = timekeeper.elapsed();
+    report.seconds = plays ? timekeeper.elapsed() : 0.0;
     for (const client::RoomAddress& room : rooms)
         report.rooms.push_back(room.name);
     report.players = play.players();
     const int status = writeReport(report, options);
     if (!options.tracks.empty()) {
         const auto [width, height] = options.size;
-        replaceFile(options.tracks,
-                    arena::encodePng(bots::tracksPicture(arena.text.map, roadmap.reach,
-                                                         play.tracks(), width, height)));
+        replaceFile(options.tracks, arena::encodePng(bots::tracksPicture(
+                                        arena.text.map, play.tracks(), width, height)));
     }
     return status;
 }
@@ -218,7 +233,7 @@ Given addOptions(CLI::App& app, Options& options) {
     CLI::Option* skill = option("--skill", options.skill, "How well they play, 0 to 1", "X")
                              ->check(numberBetween(0.0, 1.0))
                              ->capture_default_str();
-    option("--seconds", options.seconds, "How long; 0 is until Ctrl-C", "S")
+    option("--seconds", options.seconds, "How long they play; 0 is until Ctrl-C", "S")
         ->check(numberBetween(0.0, longestRun))
         ->capture_default_str();
     given.seed =

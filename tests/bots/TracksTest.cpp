@@ -1,7 +1,10 @@
 #include "bots/Tracks.h"
+#include "arena/Reach.h"
 #include "src/Player.h"
 #include "tests/support/PictureCourt.h"
 
+#include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace drench;
@@ -23,21 +26,18 @@ PlayerUpdate soaked() {
     return player.getPlayerUpdate();
 }
 
-/// A flat court of 8 × 8 places that are all reached.
+/// A flat court of 8 × 8 places.
 struct Court {
     MapManager map = emptyMap(8, 4, 8);
-    Reach reach;
 
     Court() {
         for (int i = 0; i < 8; ++i) {
-            for (int k = 0; k < 8; ++k) {
+            for (int k = 0; k < 8; ++k)
                 put(map, i, 0, k, stone);
-                reach.places.push_back({{i, 1, k}, {}, {}});
-            }
         }
     }
-    Image picture(const std::vector<Track>& tracks) const {
-        return bots::tracksPicture(map, reach, tracks, 400, 400);
+    Image picture(const std::vector<Track>& tracks, int side = 400) const {
+        return bots::tracksPicture(map, tracks, side, side);
     }
 
     /// Pixels that two pictures have different.
@@ -53,12 +53,11 @@ struct Court {
     }
 };
 
-/// Where the map lies in Court::picture, below which are 20 pixels of names.
-TopView view(const Court& court) {
-    std::vector<CellIndex> reached;
-    for (const StandingPlace& place : court.reach.places)
-        reached.push_back(place.feet);
-    return topView(court.map, walkableCells(court.map), reached, 400, 380);
+/// Where the map lies in Court::picture, below which are lines of names, 20 dots high.
+TopView view(const Court& court, int side = 400, int linesOfNames = 1) {
+    const std::vector<CellIndex> floors = arena::walkableCells(court.map);
+    const int dot = std::max(1, side / 450);
+    return topView(court.map, floors, floors, side, side - 20 * dot * linesOfNames);
 }
 
 Colour pixelAt(const Image& image, ImagePoint point) {
@@ -128,7 +127,7 @@ TEST(Track, ForgetsItsBeginningWhenItIsLong) {
 }
 
 TEST(TracksPicture, HasTheSizeAskedFor) {
-    const Image image = bots::tracksPicture(Court().map, Court().reach, {}, 320, 200);
+    const Image image = bots::tracksPicture(Court().map, {}, 320, 200);
     EXPECT_EQ(image.width, 320);
     EXPECT_EQ(image.height, 200);
 }
@@ -166,7 +165,8 @@ TEST(TracksPicture, NothingLeadsFromWhereAPlayerWasSoakedToWhereItRespawns) {
     for (const ImagePoint& point :
          Court::changes(court.picture({Track("")}), court.picture({track}))) {
         EXPECT_NEAR(point.x, drop.x, 0.5 * top.scale);
-        EXPECT_NEAR(point.y, drop.y, 0.5 * top.scale);
+        EXPECT_GT(point.y, drop.y - 1.0 * top.scale);
+        EXPECT_LT(point.y, drop.y + 0.5 * top.scale);
         isMarked = true;
     }
     EXPECT_TRUE(isMarked);
@@ -206,4 +206,89 @@ TEST(TracksPicture, NamesStandBelowTheMap) {
     EXPECT_GT(
         Court::changes(court.picture({Track("OTTER")}), court.picture({Track("HERON")})).size(),
         0u);
+}
+
+TEST(TracksPicture, DropIsRoundBelowAndHasATipAbove) {
+    const Court court;
+    for (const int side : {400, 900}) {
+        SCOPED_TRACE(side);
+        Track track("");
+        track.see(at(224.0f, 224.0f));
+        track.see(soaked());
+        const Image image = court.picture({track}, side);
+        const TopView top = view(court, side);
+        const ImagePoint centre = top.above(vec3(224.0f, 0.0f, 224.0f));
+        const Colour colour = pixelAt(image, centre);
+        // In each row of pixels how many have the colour of the track.
+        const auto widthAt = [&](double radii) {
+            const int y = static_cast<int>(std::floor(centre.y + radii * 0.28 * top.scale));
+            int count = 0;
+            for (int x = 0; x < image.width; ++x)
+                count += image.at(x, y) == colour;
+            return count;
+        };
+        const double diameter = 2.0 * 0.28 * top.scale;
+        EXPECT_NEAR(widthAt(0.0), diameter, 3.0);
+        EXPECT_NEAR(widthAt(0.7), 0.7 * diameter, 3.0);
+        EXPECT_EQ(widthAt(1.2), 0);
+        EXPECT_LT(widthAt(-1.5), 0.5 * diameter);
+        EXPECT_GT(widthAt(-1.5), 0);
+        EXPECT_EQ(widthAt(-2.4), 0);
+    }
+}
+
+TEST(TracksPicture, NothingIsSaidOfWherePlayersGetTo) {
+    // An island that no player reaches is drawn like the rest.
+    Court court;
+    for (int i = 0; i < 8; ++i) {
+        for (const int k : {3, 4})
+            court.map.cubes[static_cast<std::size_t>(i)][0][static_cast<std::size_t>(k)].solid = 0;
+    }
+    const Image image = court.picture({});
+    const TopView top = view(court);
+    const auto colourAt = [&](float z) { return pixelAt(image, top.above(vec3(96.0f, 0.0f, z))); };
+    EXPECT_TRUE(colourAt(96.0f) == colourAt(416.0f));
+}
+
+TEST(TracksPicture, NamesStandApartAndInLinesThatFit) {
+    const Court court;
+    std::vector<Track> tracks;
+    for (const char* name : {"WWWWWWWWWWW", "MMMMMMMMMMM", "WWWWWWWWWWW", "MMMMMMMMMMM"})
+        tracks.emplace_back(name);
+    constexpr int side = 360;
+    const Image image = court.picture(tracks, side);
+    const Image nobody = court.picture({Track(""), Track(""), Track(""), Track("")}, side);
+    // The pixels of each track's own colour, which the map has nowhere.
+    struct Extent {
+        int left = side, right = -1, top = side, bottom = -1;
+    };
+    std::vector<Extent> extents;
+    for (const Colour colour :
+         {Colour{206, 56, 12}, Colour{24, 24, 28}, Colour{140, 20, 160}, Colour{0, 72, 190}}) {
+        Extent extent;
+        for (int y = 0; y < side; ++y) {
+            for (int x = 0; x < side; ++x) {
+                if (!(image.at(x, y) == colour))
+                    continue;
+                extent = {std::min(extent.left, x), std::max(extent.right, x),
+                          std::min(extent.top, y), std::max(extent.bottom, y)};
+            }
+        }
+        extents.push_back(extent);
+    }
+    for (std::size_t i = 0; i < extents.size(); ++i) {
+        EXPECT_GE(extents[i].left, 8);
+        EXPECT_LT(extents[i].right, side - 1) << i;
+        EXPECT_GE(extents[i].top, side - 40) << i;
+        EXPECT_LT(extents[i].bottom, side - 1) << i;
+        EXPECT_GT(extents[i].right - extents[i].left, 16 + 4 + 11 * 5) << i;
+        for (std::size_t j = 0; j < i; ++j) {
+            EXPECT_TRUE(extents[i].left > extents[j].right + 6 ||
+                        extents[i].top > extents[j].bottom)
+                << i << j;
+        }
+    }
+    EXPECT_EQ(extents[0].top, extents[1].top);
+    EXPECT_GT(extents[3].top, extents[0].bottom) << "four do not fit into a line";
+    EXPECT_EQ(extents[3].left, extents[0].left);
 }

@@ -46,9 +46,14 @@ struct BotsProcess : ToolProcess {
     }
 };
 
-/// An arena that is charted quickly, in a room and in a file.
+/// Written when there is no terminal and no chart yet.
+const std::string charting = "charting the arena, which takes some seconds\n";
+
+/// An arena that is charted quickly, in a room and in a file, and a cache without charts.
 class Bots : public testing::Test {
   protected:
+    Bots() { setenv("XDG_CACHE_HOME", (folder.path + "/cache").c_str(), 1); }
+
     ServerProcess server = ServerProcess::listening(ring());
     TemporaryFolder folder;
 
@@ -62,6 +67,11 @@ class Bots : public testing::Test {
         return room(server) + " --arena " + folder.write("ring", ring()) + " --seed 1 " + options;
     }
 };
+
+/// A room tells of a joining a little before the player hears of it.
+void letAcceptanceArrive() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+}
 
 struct RecordLine {
     int tick;
@@ -112,7 +122,7 @@ TEST_F(Bots, PlayAndLeaveAndTellWhatCameOfIt) {
     BotsProcess bots(inRoom("--players 4 --seconds 2 --name Bot --json --size 640x480 --tracks " +
                             folder.path + "/tracks.png"));
     ASSERT_EQ(bots.status(), 0) << bots.err();
-    EXPECT_EQ(bots.err(), "");
+    EXPECT_EQ(bots.err(), charting);
     for (const char* name : {"Bot 1", "Bot 2", "Bot 3", "Bot 4"})
         EXPECT_TRUE(server.waitForLine(std::string(name) + " joined", chartTime)) << name;
     for (const char* name : {"Bot 1", "Bot 2", "Bot 3", "Bot 4"})
@@ -150,7 +160,7 @@ TEST_F(Bots, LeavePolitelyWhenInterrupted) {
     BotsProcess bots(inRoom("--players 2 --name Bot"));
     ASSERT_TRUE(server.waitForLine("Bot 1 joined", chartTime)) << bots.err();
     ASSERT_TRUE(server.waitForLine("Bot 2 joined", chartTime)) << bots.err();
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    letAcceptanceArrive();
     bots.signal(SIGINT);
     // A player who just falls silent is dropped after five seconds only.
     EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
@@ -163,7 +173,7 @@ TEST_F(Bots, LeavePolitelyWhenInterrupted) {
 TEST_F(Bots, LeavePolitelyWhenTerminated) {
     BotsProcess bots(inRoom("--players 1 --name Bot --quiet"));
     ASSERT_TRUE(server.waitForLine("Bot 1 joined", chartTime)) << bots.err();
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    letAcceptanceArrive();
     bots.signal(SIGTERM);
     EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
     EXPECT_EQ(bots.status(), 0);
@@ -179,7 +189,7 @@ TEST_F(Bots, JoinAgainWhenDropped) {
     EXPECT_TRUE(server.waitForLine("Bot 1 joined", chartTime));
     bots.signal(SIGINT);
     EXPECT_EQ(bots.status(), 0);
-    EXPECT_EQ(bots.err(), room(server) + ": has fallen silent; trying again\n");
+    EXPECT_EQ(bots.err(), charting + room(server) + ": has fallen silent; trying again\n");
 }
 
 TEST_F(Bots, FullRoomIsToldOnce) {
@@ -201,6 +211,38 @@ TEST_F(Bots, RoomWhereNobodyListensIsTold) {
     EXPECT_TRUE(bots.waitForErr("localhost:" + std::to_string(port) +
                                 ": nobody listens there; trying again\n"))
         << bots.err();
+    bots.signal(SIGINT);
+    EXPECT_EQ(bots.status(), 1);
+    EXPECT_NE(bots.out().find("1 never got in\n"), std::string::npos) << bots.out();
+    EXPECT_EQ(bots.err().find("charting"), std::string::npos) << "nobody is there to play with";
+}
+
+TEST_F(Bots, RoomThatOpensLaterIsFound) {
+    const int port = freePort();
+    BotsProcess bots("localhost:" + std::to_string(port) + " --arena " +
+                     folder.write("ring", ring()) + " --players 1 --name Bot");
+    ASSERT_TRUE(bots.waitForErr("nobody listens there")) << bots.err();
+    ServerProcess late({std::to_string(port)}, ring());
+    EXPECT_TRUE(late.waitForLine("Bot 1 joined", chartTime)) << bots.err();
+    letAcceptanceArrive();
+    bots.signal(SIGINT);
+    EXPECT_EQ(bots.status(), 0);
+}
+
+TEST_F(Bots, TimeIsThatOfPlayAndNotOfCharting) {
+    BotsProcess first(inRoom("--players 1 --seconds 0.01 --json"));
+    first.status();
+    EXPECT_EQ(first.err(), charting);
+    EXPECT_LT(double(json::parse(first.out())["seconds"]), 0.5);
+    BotsProcess second(inRoom("--players 1 --seconds 1 --json"));
+    ASSERT_EQ(second.status(), 0);
+    EXPECT_EQ(second.err(), "") << "the chart is there";
+    EXPECT_NEAR(double(json::parse(second.out())["seconds"]), 1.0, 0.5);
+}
+
+TEST_F(Bots, ChartingEndsWhenInterrupted) {
+    BotsProcess bots(room(server) + " --arena " DRENCH_MAPDATA " --players 1");
+    ASSERT_TRUE(bots.waitForErr(charting)) << bots.err();
     bots.signal(SIGINT);
     EXPECT_EQ(bots.status(), 1);
     EXPECT_NE(bots.out().find("1 never got in\n"), std::string::npos) << bots.out();
@@ -232,10 +274,11 @@ TEST_F(Bots, AnotherArenaThanTheRoomsIsToldOnce) {
                      " --players 2 --seconds 1.5 --name Bot");
     EXPECT_EQ(bots.status(), 0);
     const std::string told = bots.err();
-    EXPECT_NE(told.find(room(other) + ": plays another arena than --arena names: Bot "),
-              std::string::npos)
-        << told;
-    EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
+    const std::string words =
+        charting + room(other) + ": plays an arena that the bots do not know: Bot ";
+    EXPECT_TRUE(told.starts_with(words)) << told;
+    EXPECT_TRUE(told.ends_with(" stands where nobody can; name its file with --arena\n")) << told;
+    EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 2) << told;
 }
 
 TEST_F(Bots, SameSeedGivesTheSameNames) {
@@ -256,8 +299,8 @@ TEST_F(Bots, SameSeedGivesTheSameNames) {
 TEST_F(Bots, LineOnATerminalShowsHowItGoes) {
     PseudoTerminal terminal;
     BotsProcess bots(inRoom("--players 2 --seconds 1.6"), terminal.descriptor());
+    const std::string shown = terminal.shownToTheEnd();
     EXPECT_EQ(bots.status(), 0);
-    const std::string shown = terminal.shown();
     EXPECT_NE(shown.find("\rcharting the arena"), std::string::npos) << shown;
     EXPECT_NE(shown.find(" ticks/s   round trip "), std::string::npos) << shown;
     EXPECT_NE(shown.find("   playing 2 of 2"), std::string::npos) << shown;

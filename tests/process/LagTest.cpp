@@ -161,8 +161,8 @@ TEST(Lag, LineOnATerminalShowsHowItGoes) {
     LagProcess lag("0" + room(server) + " --seconds 2.6", terminal.descriptor());
     Session ann = joining(lag.port(), "Ann");
     EXPECT_TRUE(playUntil(ann, [&] { return ann.statistics().snapshots >= 10; }));
+    const std::string shown = terminal.shownToTheEnd();
     EXPECT_EQ(lag.status(), 0);
-    const std::string shown = terminal.shown();
     EXPECT_NE(shown.find("\r1 client   up "), std::string::npos) << shown;
     EXPECT_NE(shown.find("/s, lost 0   on their way "), std::string::npos) << shown;
     EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;

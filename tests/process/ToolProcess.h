@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <unistd.h>
@@ -55,32 +56,30 @@ class ToolProcess {
 /// A terminal that a program can be given, and what it has shown there.
 class PseudoTerminal {
   public:
-    PseudoTerminal() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)) {
-        EXPECT_EQ(grantpt(master_), 0);
-        EXPECT_EQ(unlockpt(master_), 0);
-        descriptor_ = open(ptsname(master_), O_RDWR | O_NOCTTY | O_CLOEXEC);
-        EXPECT_GE(descriptor_, 0);
+    PseudoTerminal() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+        EXPECT_EQ(grantpt(master_.number), 0);
+        EXPECT_EQ(unlockpt(master_.number), 0);
+        ours_.emplace(open(ptsname(master_.number), O_RDWR | O_NOCTTY | O_CLOEXEC));
+        EXPECT_GE(ours_->number, 0);
     }
-    ~PseudoTerminal() {
-        close(descriptor_);
-        close(master_);
-    }
-    PseudoTerminal(const PseudoTerminal&) = delete;
-    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
-    int descriptor() const { return descriptor_; }
+    /// For the program, until shownToTheEnd() is called.
+    int descriptor() const { return ours_->number; }
 
-    /// All that has been written since the last call, at most 64 KiB.
-    std::string shown() const {
-        std::string text(65536, '\0');
-        const ssize_t length = read(master_, text.data(), text.size());
-        text.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+    /// All that is written until the program ends. Only then has all of it come: a terminal hands
+    /// on what is written a little later, and its writer waits while nobody reads.
+    std::string shownToTheEnd() {
+        ours_.reset();
+        std::string text;
+        char block[4096];
+        for (ssize_t length; (length = read(master_.number, block, sizeof block)) > 0;)
+            text.append(block, static_cast<std::size_t>(length));
         return text;
     }
 
   private:
-    int master_;
-    int descriptor_;
+    Descriptor master_;
+    std::optional<Descriptor> ours_;
 };
 
 /// Each of these arguments ends the program at once, with status 2, nothing on standard output, and
