@@ -6,7 +6,7 @@
 /// Links to the executable are followed.
 std::string getAppPath();
 
-/// Where `name` lies in the Resources folder beside the executable. Nothing is checked.
+/// The path of `name` in the Resources folder beside the executable. Nothing is checked.
 std::string getResourcePath(std::string name);
 
 /// Always "".

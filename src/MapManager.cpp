@@ -85,8 +85,8 @@ float positionAt(const Axis& axis, int n) {
     return axis.position + static_cast<float>(n - axis.from) * axis.stride;
 }
 
-/// Where the spacing of floats changes next on the way from x in the direction of `step`: at the
-/// power of two above |x|, or at that below, which is |x| itself where it is one.
+/// The float at which their spacing changes next on the way from x in the direction of `step`: at
+/// the power of two above |x|, or at that below, which is |x| itself where it is one.
 float endOfSpacing(float x, float step) {
     constexpr std::uint32_t mantissa = 0x007fffff;
     const auto bits = std::bit_cast<std::uint32_t>(x);

@@ -79,8 +79,8 @@ struct MapManager {
     /// The time that it takes grows with the cells on the way, not with the steps.
     vec3 boxToCheckForLineIntersection(vec3 start, vec3 dir) const;
 
-    /// Where the ray from `start` along `dir` enters the cube that the march finds, in world units,
-    /// or (-1, -1, -1).
+    /// The point at which the ray from `start` along `dir` enters the cube that the march finds,
+    /// in world units, or (-1, -1, -1).
     vec3 pointOfIntersection(vec3 start, vec3 dir) const;
 
     /// Whether the grid holds any cell at all.

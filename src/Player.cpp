@@ -72,7 +72,7 @@ void putAt(Player& player, vec3 centre, vec3 lookAt) {
     player.box = Box(centre, Player::bodySize);
 }
 
-/// What spawning and dying have in common.
+/// The common part of spawning and dying.
 void standAt(Player& player, const Pose& pose, float lift) {
     const vec3 raised(0.0f, lift, 0.0f);
     putAt(player, pose.position + raised, pose.look + raised);

@@ -9,7 +9,7 @@
 
 #include <type_traits>
 
-/// What a player does between two ticks, as the records of its client tell the room.
+/// All that a player does between two ticks, as the records of its client tell the room.
 struct Controls {
     /// Indexed by keyIndex, jump apart.
     bool held[keyIndex::count] = {};
@@ -46,8 +46,8 @@ struct Player {
     /// ends.
     static constexpr float takeOffSpeed = 12.0f;
 
-    /// Where the soaked wait for their respawn, far outside the world and out of sight. That a
-    /// player is there is all that a state says of its being dead.
+    /// The soaked wait here for their respawn, far outside the world and out of sight. A state has
+    /// no field that says so: its readers must look for this very position.
     static constexpr vec3 soakedPlace{-1375.2f, 797.701f, -1280.61f};
 
     /// World units per tick², subtracted in double and stored as float. There is no fastest fall.
@@ -87,8 +87,8 @@ struct Player {
     /// The body, centred on `position`.
     Box box;
 
-    /// What clients are sent. `name` and `points` live only here; the rest is stale between calls
-    /// of getPlayerUpdate().
+    /// The state that clients are sent. `name` and `points` live only here; the rest is stale
+    /// between calls of getPlayerUpdate().
     PlayerUpdate playerUpdate;
 
     /// Not owned; set before the first update().
@@ -180,7 +180,7 @@ struct Player {
     void move(float amount);
     void strafe(float amount);
 
-    /// Where a shot from the body's centre along the view lands; x is negative if nowhere.
+    /// The point that a shot from the body's centre along the view hits; x is negative if none.
     vec3 shoot(const MapManager* map) const;
 
     /// Puts the body at rest: centred at `centre`, seeing `lookAt`. Its `rotation`, keys and inputs

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// How far a squared length may lie from zero or one before normalize() leaves it alone or scales.
+/// normalize() leaves a squared length alone that lies within this of zero or one.
 constexpr float squaredLengthTolerance = 1e-5f;
 
 } // namespace
