@@ -19,6 +19,11 @@ target_compile_definitions(
           DRENCH_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data"
           DRENCH_TEST_PICTURES="${CMAKE_CURRENT_SOURCE_DIR}/pictures")
 add_dependencies(drench-tests resources)
+if(DRENCH_TOOLS)
+  file(GLOB tool_tests CONFIGURE_DEPENDS tools/*.cpp)
+  target_sources(drench-tests PRIVATE ${tool_tests} ${PROJECT_SOURCE_DIR}/tools/CheckReport.cpp)
+  target_link_libraries(drench-tests PRIVATE nlohmann_json::nlohmann_json)
+endif()
 
 if(DRENCH_TOOLS)
   file(GLOB bot_tests CONFIGURE_DEPENDS bots/*.cpp)

@@ -119,6 +119,46 @@ TEST(IsometricPicture, ArenaWithoutRoomBetweenItsSidesIsShownWhole) {
     EXPECT_NE(isometricPicture(map, {}, Corner::southEast, 100, 100), plain);
 }
 
+TEST(IsometricPicture, ArenaOfThreeCellsLosesTheSidesNextToTheViewer) {
+    MapManager map = emptyMap(3, 7, 3);
+    for (int i = 0; i < 3; ++i) {
+        for (int j = 0; j < 7; ++j) {
+            for (int k = 0; k < 3; ++k)
+                put(map, i, j, k, j > 4 && i == 1 && k == 1 ? 0 : stone);
+        }
+    }
+    const auto reddish = [&](int i, int j, int k) {
+        MapManager painted = map;
+        put(painted, i, j, k, brick);
+        return pixels(isometricPicture(painted, {}, Corner::southEast, 100, 100), isReddish).count;
+    };
+    for (const auto& [i, k] : {std::pair{2, 2}, {2, 1}, {2, 0}, {0, 2}, {1, 2}}) {
+        EXPECT_EQ(reddish(i, 1, k), 0) << i << ", " << k;
+        EXPECT_GT(reddish(i, 0, k), 10) << "the floor stays";
+    }
+    EXPECT_GT(reddish(1, 3, 1), 10) << "what stands between";
+    EXPECT_GT(reddish(0, 4, 0), 5) << "the far sides, as high";
+    EXPECT_EQ(reddish(0, 5, 0), 0) << "and no higher";
+}
+
+TEST(IsometricPicture, NarrowArenaKeepsTheSidesThatNothingIsBetween) {
+    // Three cells deep, two wide: only the sides of its depth have something between them.
+    MapManager map = emptyMap(2, 4, 3);
+    for (int i = 0; i < 2; ++i) {
+        for (int j = 0; j < 4; ++j) {
+            for (int k = 0; k < 3; ++k)
+                put(map, i, j, k, stone);
+        }
+    }
+    const auto reddish = [&](int i, int j, int k) {
+        MapManager painted = map;
+        put(painted, i, j, k, brick);
+        return pixels(isometricPicture(painted, {}, Corner::southEast, 100, 100), isReddish).count;
+    };
+    EXPECT_GT(reddish(1, 2, 1), 10);
+    EXPECT_EQ(reddish(1, 2, 2), 0);
+}
+
 TEST(IsometricPicture, ContactShadowDarkensTheFloorAtTheFootOfACube) {
     MapManager map = emptyMap(5, 2, 5);
     for (int i = 0; i < 5; ++i) {

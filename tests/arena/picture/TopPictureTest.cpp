@@ -189,3 +189,81 @@ TEST(TopPicture, KeyIsDrawnWhereThereIsRoom) {
     const Image wide = topPicture(top.map, {}, top.walkable, top.reached, 400, 200);
     EXPECT_TRUE(hasDarkPixelRightOf(wide, 300));
 }
+
+namespace {
+
+/// A top with something for every line of the key: floors in rows 1 to 3, one below another, one
+/// that nobody reaches, and places without a floor.
+SmallTop topOfAllKinds() {
+    SmallTop top;
+    for (int i = 0; i < 3; ++i)
+        top.addFloor({i, 1 + i, 0}, true);
+    top.addFloor({0, 1, 2}, true);
+    top.addFloor({0, 3, 2}, true);
+    top.addFloor({2, 2, 2}, false);
+    return top;
+}
+
+constexpr int keyLines = 6;
+constexpr Colour keyText = {66, 68, 76};
+constexpr Colour keyFrame = {18, 22, 28};
+
+/// Lengths of the runs of rows, or else of columns, that hold this colour in a part of the image.
+std::vector<int> runsOf(const Image& image, Colour colour, int left, int top, bool inRows) {
+    std::vector<int> runs;
+    bool before = false;
+    const int width = image.width - left;
+    const int height = image.height - top;
+    for (int along = 0; along < (inRows ? height : width); ++along) {
+        bool found = false;
+        for (int across = 0; across < (inRows ? width : height); ++across)
+            found = found || image.at(left + (inRows ? across : along),
+                                      top + (inRows ? along : across)) == colour;
+        if (found && !before)
+            runs.push_back(0);
+        if (found)
+            ++runs.back();
+        before = found;
+    }
+    return runs;
+}
+
+} // namespace
+
+TEST(TopPictureKey, AtTheRightItsLinesStandApart) {
+    const SmallTop top = topOfAllKinds();
+    const Image image = topPicture(top.map, {}, top.walkable, top.reached, 400, 200);
+    const TopView view = topView(top.map, top.walkable, top.reached, 400, 200);
+    const int right = static_cast<int>(view.corner.x + 4 * view.scale) + 1;
+    EXPECT_EQ(runsOf(image, keyText, right, 0, true), std::vector<int>(keyLines, 7))
+        << "letters of seven pixels";
+    EXPECT_EQ(runsOf(image, keyFrame, right, 0, true), std::vector<int>(keyLines, 13))
+        << "swatches of eleven with their frames";
+    EXPECT_EQ(runsOf(image, keyFrame, right, 0, false), std::vector<int>(1, 13)) << "one column";
+}
+
+TEST(TopPictureKey, BelowItsLinesAndColumnsStandApart) {
+    const SmallTop top = topOfAllKinds();
+    const Image image = topPicture(top.map, {}, top.walkable, top.reached, 300, 400);
+    const TopView view = topView(top.map, top.walkable, top.reached, 300, 400);
+    const int below = static_cast<int>(view.corner.y + 4 * view.scale) + 1;
+    EXPECT_EQ(runsOf(image, keyText, 0, below, true), std::vector<int>(keyLines / 2, 7));
+    EXPECT_EQ(runsOf(image, keyFrame, 0, below, true), std::vector<int>(keyLines / 2, 13));
+    EXPECT_EQ(runsOf(image, keyFrame, 0, below, false), std::vector<int>(2, 13)) << "two columns";
+}
+
+TEST(TopPictureKey, NoWordsStandOnTheMap) {
+    const SmallTop top = topOfAllKinds();
+    for (const auto& [width, height] : {std::pair{400, 200}, {300, 400}, {950, 910}}) {
+        const Image image = topPicture(top.map, {}, top.walkable, top.reached, width, height);
+        const TopView view = topView(top.map, top.walkable, top.reached, width, height);
+        int words = 0;
+        for (double y = 0.5; y < 4 * view.scale; ++y) {
+            for (double x = 0.5; x < 4 * view.scale; ++x)
+                words += image.at(static_cast<int>(view.corner.x + x),
+                                  static_cast<int>(view.corner.y + y)) == keyText;
+        }
+        EXPECT_EQ(words, 0) << width << " x " << height;
+        EXPECT_GT(pixels(image, [](Colour colour) { return colour == keyText; }).count, 100);
+    }
+}
