@@ -1,4 +1,4 @@
-# What `cmake --install` and `cpack` put where. The component "server" is all that a room needs.
+# What `cmake --install` puts where, and cpack into packages. The component "server" is all that a room needs.
 
 # Before anything is installed: units name files by their whole paths, in which these signs mean
 # something else or end them.
@@ -59,21 +59,3 @@ install(CODE "
                    @ONLY)
   endforeach()
 " COMPONENT server)
-
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME drench)
-set(CPACK_PACKAGE_CONTACT "The Drench maintainers <maintainers@drench.invalid>")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION games)
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-    "A program that is a room, and a hardened service with one unit for each room; bots to play
-against; and a tool that makes, checks and draws arenas.")
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Its nft loads the firewall.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS nftables)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/deploy/debian/postinst
-    ${PROJECT_SOURCE_DIR}/deploy/debian/prerm ${PROJECT_SOURCE_DIR}/deploy/debian/postrm)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-include(CPack)

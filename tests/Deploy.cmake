@@ -4,6 +4,8 @@ add_test(NAME Install.InstalledServerFindsItsArena
          COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/install/server.sh ${PROJECT_BINARY_DIR})
 add_test(NAME Install.RefusesPrefixesThatUnitsCannotName
          COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/install/prefix.sh ${PROJECT_BINARY_DIR})
+add_test(NAME Docs.LinksLeadSomewhereInTheTreeAndInstalled
+         COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/docs/links.sh ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
 add_test(NAME Scripts.BuildWhereTheyAreWithTheCompilerAskedFor
          COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/scripts/building.sh ${PROJECT_BINARY_DIR})
 add_test(NAME Scripts.LongStepsAreSeenOnATerminalAlone
@@ -32,6 +34,11 @@ if(DRENCH_TOOLS)
   add_test(NAME Deploy.PackageHoldsWhatItShould
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/package.sh ${PROJECT_BINARY_DIR}
                    ${PROJECT_VERSION})
+  add_test(NAME Deploy.MaintainerScriptsKeepRoomsAndHostsFiles
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/maintainer-scripts.sh
+                   ${PROJECT_SOURCE_DIR}/deploy/debian)
+  add_test(NAME Deploy.LintianAcceptsThePackages
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/lintian.sh ${PROJECT_BINARY_DIR})
   add_test(NAME Deploy.RoomRunsFromItsImage
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/container.sh $<TARGET_FILE:drench-bots>)
   add_test(NAME Deploy.DissectorNamesEveryByte
@@ -50,6 +57,7 @@ if(DRENCH_TOOLS)
   set_tests_properties(Deploy.DissectorNamesEveryByte
                        PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 400 RUN_SERIAL TRUE)
   set_tests_properties(Deploy.RoomLivesUnderItsServiceUnit Deploy.PackageHoldsWhatItShould
+                       Deploy.LintianAcceptsThePackages Deploy.MaintainerScriptsKeepRoomsAndHostsFiles
                        Deploy.RoomRunsFromItsImage
                        PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
 endif()

@@ -1,76 +1,88 @@
 #!/usr/bin/env bash
-# The Debian package holds all it should, of one version, and a room runs from it.
+# The Debian packages hold all they should and nothing of each other, of one version, and a room runs from
+# the one for hosts.
 # usage: package.sh BUILD_FOLDER VERSION. Exits with 77 where tools are missing.
 set -euo pipefail
 
 build=$(realpath "$1")
 version=$2
 . "$(dirname "$0")/../skipping.sh"
-skip_without dpkg-deb dpkg-shlibdeps file
+. "$(dirname "$0")/packages.sh"
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
+can_pack || skip "what makes packages is not installed"
+unpack_packages "$build" "$folder"
 cd "$folder"
-cpack --config "$build/CPackConfig.cmake" -B "$folder" >cpack.log 2>&1 || {
-  cat cpack.log >&2
-  exit 1
-}
-package=$(echo drench_"${version}"_*.deb)
-[ "$(dpkg-deb --field "$package" Version)" = "$version" ]
-dpkg-deb --extract "$package" root
 
 failures=0
-for file in bin/drench-server bin/drench-bots bin/drench-map bin/drench-lag lib/drench/Resources/mapdata \
+complain() {
+  echo "$1" >&2
+  failures=1
+}
+
+# holds PACKAGE FILE...
+holds() {
+  local package=$1 file
+  shift
+  for file in "$@"; do
+    [ -r "$package/usr/$file" ] || complain "not in $package: /usr/$file"
+  done
+}
+holds drench bin/drench-server bin/drench-bots bin/drench-map bin/drench-lag lib/drench/Resources/mapdata \
   share/doc/drench/hosting.md share/drench/drench.nft share/drench/drench.lua share/drench/arenas/cascade.plan \
   lib/drench/drench-guard lib/sysctl.d/60-drench.conf \
-  share/man/man6/drench-server.6 share/man/man6/drench-bots.6 \
-  share/man/man1/drench-map.1 share/man/man1/drench-lag.1 lib/systemd/system/drench@.service \
+  share/man/man6/drench-server.6.gz share/man/man6/drench-bots.6.gz \
+  share/man/man1/drench-map.1.gz share/man/man1/drench-lag.1.gz lib/systemd/system/drench@.service \
   lib/systemd/system/drench-recycle.service lib/systemd/system/drench-recycle.timer \
-  lib/systemd/system/drench-firewall.service lib/systemd/system/drench.slice; do
-  if [ ! -r "root/usr/$file" ]; then
-    echo "not in the package: /usr/$file" >&2
-    failures=1
-  fi
+  lib/systemd/system/drench-firewall.service lib/systemd/system/drench.slice
+holds libdrench-dev lib/libdrench-game.a lib/libdrench-client.a include/drench/game/Player.h \
+  include/drench/client/Session.h lib/cmake/drench/drench-config.cmake \
+  lib/cmake/drench/drench-config-version.cmake share/doc/drench/examples/client/client.cpp \
+  share/doc/drench/examples/map-reader/map-reader.cpp
+
+files_of() { (cd "$1/usr" && find . ! -type d | sort); }
+files_of drench >drench.files
+files_of libdrench-dev >libdrench-dev.files
+of_makers='^\./(include/|lib/libdrench-[a-z]*\.a$|lib/cmake/drench/|share/doc/drench/examples/)'
+! grep -E "$of_makers" drench.files || complain 'drench holds what is for makers of clients'
+! grep -vE "$of_makers|^\./share/doc/libdrench-dev/" libdrench-dev.files ||
+  complain 'libdrench-dev holds what is not for makers of clients'
+comm -12 drench.files libdrench-dev.files >both.files
+[ ! -s both.files ] || complain "both packages hold $(cat both.files)"
+
+for package in drench libdrench-dev; do
+  grep -qx "Version: $version" $package/DEBIAN/control || complain "$package has another version than $version"
+  about=$package/usr/share/doc/$package
+  grep -q 'No licence has been granted yet' "$about/copyright" ||
+    complain "$package does not say under which licence it is"
+  newest=$(gzip -dc "$about/changelog.gz" | head -n 1)
+  [[ $newest = "drench ($version) "* ]] || complain "the changelog of $package ends before $version: $newest"
 done
 grep -qx 'ExecStart=/usr/sbin/nft -f /usr/share/drench/drench.nft' \
-  root/usr/lib/systemd/system/drench-firewall.service || {
-  echo 'the firewall unit loads another file than the installed one' >&2
-  failures=1
-}
-grep -qE '^libc6 \(|, libc6 \(' <<<"$(dpkg-deb --field "$package" Depends)" || {
-  echo "the package does not depend on the C library: $(dpkg-deb --field "$package" Depends)" >&2
-  failures=1
-}
-grep -qx 'ExecStart=/usr/lib/drench/drench-server %i' root/usr/lib/systemd/system/drench@.service ||
-  {
-    echo 'the unit starts another executable than the installed one' >&2
-    failures=1
-  }
+  drench/usr/lib/systemd/system/drench-firewall.service ||
+  complain 'the firewall unit loads another file than the installed one'
+grep -qE '^Depends: (.*, )?libc6 \(' drench/DEBIAN/control ||
+  complain "drench does not depend on the C library: $(grep ^Depends: drench/DEBIAN/control)"
+grep -qx 'ExecStart=/usr/lib/drench/drench-server %i' drench/usr/lib/systemd/system/drench@.service ||
+  complain 'the unit starts another executable than the installed one'
 
 grep -qx 'ExecStartPre=+-/usr/lib/drench/drench-guard start %i' \
-  root/usr/lib/systemd/system/drench@.service && [ -x root/usr/lib/drench/drench-guard ] || {
-  echo 'the unit does not have its port guarded by the installed script' >&2
-  failures=1
-}
+  drench/usr/lib/systemd/system/drench@.service && [ -x drench/usr/lib/drench/drench-guard ] ||
+  complain 'the unit does not have its port guarded by the installed script'
 
 # Both apply the kernel settings to interfaces that are there already.
-dpkg-deb --control "$package" control
-for file in root/usr/lib/systemd/system/drench-firewall.service control/postinst; do
+for file in drench/usr/lib/systemd/system/drench-firewall.service drench/DEBIAN/postinst; do
   grep -q '/usr/lib/systemd/systemd-sysctl --prefix=/net/ipv4/neigh --prefix=/net/core/wmem_default' \
-    "$file" || {
-    echo "$file does not apply the kernel settings" >&2
-    failures=1
-  }
+    "$file" || complain "$file does not apply the kernel settings"
 done
 
 # documented PROGRAM PAGE [COMMAND]: the manual page has every option that --help has.
 documented() {
   local option
-  for option in $("root/usr/bin/$1" ${3+"$3"} --help | grep -oE '^ +(-.,)?--[a-z]+' | sed 's/.*--//'); do
-    if ! grep -qE "Fl -$option\b|, -$option\b|\| -$option\b" "root/usr/share/man/$2"; then
-      echo "$2 does not name --$option" >&2
-      failures=1
-    fi
+  for option in $("drench/usr/bin/$1" ${3+"$3"} --help | grep -oE '^ +(-.,)?--[a-z]+' | sed 's/.*--//'); do
+    gzip -dc "drench/usr/share/man/$2.gz" | grep -E "Fl -$option\b|, -$option\b|\| -$option\b" >page.log ||
+      complain "$2 does not name --$option"
   done
 }
 documented drench-bots man6/drench-bots.6
@@ -80,13 +92,10 @@ for command in check build plan picture import export; do
   documented drench-map man1/drench-map.1 "$command"
 done
 for program in drench-bots drench-lag drench-map; do
-  [ "$("root/usr/bin/$program" --version)" = "$program $version" ] || {
-    echo "$program has another version than $version" >&2
-    failures=1
-  }
+  [ "$("drench/usr/bin/$program" --version)" = "$program $version" ] || complain "$program has another version than $version"
 done
 
-coproc server { exec timeout 20 root/usr/bin/drench-server 0; }
+coproc server { exec timeout 20 drench/usr/bin/drench-server 0; }
 pid=$server_PID
 listens=
 while read -r line <&"${server[0]}"; do
@@ -96,8 +105,5 @@ while read -r line <&"${server[0]}"; do
     break
   fi
 done
-[ -n "$listens" ] || {
-  echo 'the packaged server does not start' >&2
-  failures=1
-}
+[ -n "$listens" ] || complain 'the packaged server does not start'
 exit $failures

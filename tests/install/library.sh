@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# Strangers build on the installed libraries: the examples against an installation, every public header by
-# itself, and a project that has the sources in a folder of its own.
+# Strangers build on the libraries: the examples against the unpacked package, or an installation where no
+# package can be made, every public header by itself, and a project that has the sources in a folder of its own.
 # usage: library.sh BUILD_FOLDER SOURCE_FOLDER COMPILER
 set -euo pipefail
 
 build=$(realpath "$1")
 source=$(realpath "$2")
 export CXX=$3
+. "$(dirname "$0")/../deploy/packages.sh"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 # Whatever is found must be found in the installation.
@@ -20,15 +21,21 @@ run() {
   }
 }
 
-run cmake --install "$build" --component dev --prefix "$work/prefix"
-if grep -rn "$source\|$build" "$work/prefix"; then
+if can_pack; then
+  unpack_packages "$build" "$work"
+  prefix=$work/libdrench-dev/usr
+else
+  prefix=$work/prefix
+  run cmake --install "$build" --component dev --prefix "$prefix"
+fi
+if grep -rn "$source\|$build" "$prefix"; then
   echo 'what is installed names the tree that it came from' >&2
   exit 1
 fi
 
 for example in client map-reader; do
-  cp -r "$work/prefix/share/doc/drench/examples/$example" "$example"
-  run cmake -S "$example" -B "$example/build" -DCMAKE_PREFIX_PATH="$work/prefix"
+  cp -r "$prefix/share/doc/drench/examples/$example" "$example"
+  run cmake -S "$example" -B "$example/build" -DCMAKE_PREFIX_PATH="$prefix"
   run cmake --build "$example/build"
 done
 found=$(map-reader/build/map-reader "$source/Resources/mapdata")
@@ -37,8 +44,8 @@ found=$(map-reader/build/map-reader "$source/Resources/mapdata")
   exit 1
 }
 
-for header in "$work"/prefix/include/drench/*/*.h; do
-  run "$CXX" -std=c++20 -Wall -Wextra -Wpedantic -Werror -I "$work/prefix/include" \
+for header in "$prefix"/include/drench/*/*.h; do
+  run "$CXX" -std=c++20 -Wall -Wextra -Wpedantic -Werror -I "$prefix/include" \
     -include "$header" -fsyntax-only -x c++ /dev/null
 done
 
