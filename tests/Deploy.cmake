@@ -6,6 +6,8 @@ add_test(NAME Install.RefusesPrefixesThatUnitsCannotName
          COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/install/prefix.sh ${PROJECT_BINARY_DIR})
 add_test(NAME Docs.LinksLeadSomewhereInTheTreeAndInstalled
          COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/docs/links.sh ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+add_test(NAME Docs.ListsOfWhatToChangeAreComplete
+         COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/docs/extending.sh ${PROJECT_SOURCE_DIR})
 add_test(NAME Scripts.BuildWhereTheyAreWithTheCompilerAskedFor
          COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/scripts/building.sh ${PROJECT_BINARY_DIR})
 add_test(NAME Scripts.LongStepsAreSeenOnATerminalAlone
