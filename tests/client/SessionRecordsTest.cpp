@@ -83,3 +83,10 @@ TEST(SessionRecords, BecomeEventsInOrderWhenTakenSingly) {
         EXPECT_EQ(event, "tick " + std::to_string(next++));
     EXPECT_EQ(next, 200);
 }
+
+TEST(SessionRecords, OfTalkBecomeChatOrNotices) {
+    PlayingLine line;
+    line.hear(chatDatagram('2', "Ann joined"));
+    line.hear(noticeDatagram("Ann joined"));
+    EXPECT_EQ(line.events(), (Strings{"chat 2 Ann joined", "joining [Ann]"}));
+}
