@@ -9,8 +9,13 @@ namespace drench::arena {
 
 namespace {
 
+/// A chunk's id, and the lengths of its content and of its children.
 constexpr std::size_t chunkHeaderBytes = 12;
+
+/// SIZE holds three numbers.
 constexpr std::size_t sizeBytes = 12;
+
+/// RGBA holds 256 colours of four bytes.
 constexpr std::size_t paletteBytes = 1024;
 
 std::int32_t int32At(const std::string& bytes, std::size_t at) {

@@ -28,17 +28,33 @@ constexpr double margin = 0.03;
 /// How many rows of the far sides are always shown.
 constexpr int leastWall = 4;
 
-// The arrows of spawns on the ground, in cells.
+// A spawn's ring and arrow lie on the ground. Lengths are in cells.
+
+/// From the feet to the middle of the ring's line; a body's corner is 0.55 away.
 constexpr double ringRadius = 0.72;
+
+/// Width of the ring's line.
 constexpr double ringWidth = 0.18;
+
+/// From the feet to the arrow's tip.
 constexpr double arrowTip = 2.5;
+
+/// From the arrow's tip back to the base of its head.
 constexpr double arrowHead = 0.85;
+
+/// Width of the head at its base.
 constexpr double arrowHeadWidth = 1.05;
+
+/// Width of the shaft between ring and head.
 constexpr double arrowShaftWidth = 0.28;
+
+/// Width of the white line around ring and arrow, which parts them from red cubes.
 constexpr double arrowOutline = 0.09;
 
-/// How much of a mark is seen through what is before it.
+/// Share of a body's colour that is seen through the cubes before it.
 constexpr double hiddenBody = 0.45;
+
+/// The same of an arrow.
 constexpr double hiddenArrow = 0.40;
 
 /// Where the viewer is: 1 for high columns or depths, -1 for low ones.
@@ -154,8 +170,10 @@ struct Projection {
     }
 };
 
-/// How far a pin's point and its top are above the head, in cells.
+/// From the head up to a pin's point, in cells.
 constexpr double pinPoint = 0.1;
+
+/// Room that is kept for a pin above the head, in cells.
 constexpr double pinHeight = 2.2;
 
 /// The isometric projection in which the floor, the cubes and the pins fill the picture.

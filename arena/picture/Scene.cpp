@@ -16,12 +16,19 @@ constexpr double lift = 1e-4;
 /// Half the side of the sun as the tangent of an angle: larger than the true one, for soft shadows.
 constexpr double sunRadius = 0.022;
 
+/// Warm light of the whole sun.
 constexpr Light sunLight = {0.85, 0.78, 0.65};
+
+/// Cool light of the whole sky, so that shadows are bluish.
 constexpr Light skyLight = {0.40, 0.44, 0.52};
 
-/// The sky's part that faces see, by where they point.
+/// Share of the sky's light on faces that look up.
 constexpr double skyOnTop = 1.0;
+
+/// The same on sides, which see half of the sky and the lit ground.
 constexpr double skyOnSide = 0.82;
+
+/// The same on faces that look down, which see the ground only.
 constexpr double skyBelow = 0.5;
 
 /// Light that is left in a corner of a face, by how many of the three cells there are cubes. Two
@@ -31,9 +38,13 @@ constexpr double cornerLight[] = {1.0, 0.68, 0.48, 0.34};
 /// Lightness of a cube differs from its neighbours' by at most this share.
 constexpr double tintRange = 0.09;
 
-/// Half the width of the lines along a face's edges, and their strength.
+/// Half the width, in cells, of the lines along a face's edges.
 constexpr double edgeWidth = 0.035;
+
+/// Share by which a line between two cubes of one plane changes their lightness.
 constexpr double seamStrength = -0.13;
+
+/// The same along an edge behind which there is nothing.
 constexpr double rimStrength = 0.22;
 
 CellIndex stepped(CellIndex cell, int axis, int step) {

@@ -31,17 +31,24 @@ constexpr Colour pageText = {66, 68, 76};
 /// down, in cells.
 constexpr double squares[] = {0.5, 0.28, 0.14};
 
-/// Width of the line along the edge of what is higher, for each cube that it is higher by, in
-/// cells.
+/// Width of the line along the edge of the higher of two floors, in cells, for each cube between
+/// them.
 constexpr double contourWidth = 0.04;
+
+/// Cubes between two floors from which on the line gets no wider.
 constexpr int steepest = 4;
 
-/// Stripes and dots are this wide in pixels, unless that would be more than so many in a cell.
+/// From one stripe or dot to the next, in pixels.
 constexpr double pixelsPerStripe = 6.0;
+
+/// The most stripes or dots along a cell; in large cells they are wider instead.
 constexpr double mostPatterns = 3.0;
 
-/// Lines are drawn and squares are whole pixels from these sizes of a cell on, in pixels.
+/// Pixels of a cell's side from which on lines are drawn along edges; below they would be all there
+/// is to see.
 constexpr double leastForContours = 4.0;
+
+/// Pixels of a cell's side from which on it is rounded down to whole ones, so that all are alike.
 constexpr double leastForWholePixels = 5.0;
 
 struct Floor {
@@ -161,14 +168,30 @@ struct KeyEntry {
     std::string words;
 };
 
-// Of the key and of the scales along the map's edges, in dots of their text.
+// The key, and the scales along the map's edges, are measured in dots of their text.
+
+/// Side of the small map of one place that begins a line of the key.
 constexpr int swatchSide = 11;
+
+/// From a swatch's top to that of the words beside it.
 constexpr int aboveKeyText = (swatchSide - glyphHeight) / 2;
+
+/// From one column of the key to the next; the longest words take 112.
 constexpr int keyEntryWidth = 126;
+
+/// From one line of the key to the next.
 constexpr int keyEntryHeight = 16;
+
+/// Between the map and its key.
 constexpr int keyMargin = 8;
+
+/// Room for the numbers of depth indices left of the map; no two numbers of a scale are nearer.
 constexpr int scaleWidth = 22;
+
+/// Room for the numbers of columns above the map.
 constexpr int scaleHeight = 12;
+
+/// The most heights that the key lists; of more it takes some.
 constexpr int mostHeights = 8;
 
 std::vector<KeyEntry> keyOf(const Floors& floors) {
