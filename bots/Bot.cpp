@@ -74,6 +74,11 @@ constexpr double steepestAhead = 0.3 * countsPerRadian;
 constexpr double aheadTolerance = 25.0;
 constexpr double aheadHaste = 0.55;
 
+/// A hostile room may send any floats. A position in the world is a sound one; a view needs asking.
+bool isFinite(vec3 v) {
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
 bool isGoing(const Steps& steps) {
     return steps.heading.x != 0.0f || steps.heading.z != 0.0f;
 }
@@ -90,7 +95,7 @@ Controls Bot::decide(const UpdateMessage& snapshot, char id) {
     const PlayerUpdate* self = client::playerWith(snapshot, id);
     if (self)
         remarks_.notePoints(self->points);
-    if (!self || !isInWorld(*roadmap_->map, self->position)) {
+    if (!self || !isInWorld(*roadmap_->map, self->position) || !isFinite(self->direction)) {
         rest();
         return {};
     }
@@ -100,6 +105,7 @@ Controls Bot::decide(const UpdateMessage& snapshot, char id) {
     if (!alive_)
         arrive();
     eyes_.look(roadmap_->grid, snapshot, *self);
+    goals_.look(*roadmap_, position_, direction_);
     hand_.feel(direction_);
 
     noteFailedRoad();

@@ -37,6 +37,10 @@ enum class Mood {
 /// One player without a person. What it does depends on nothing but its seed and the snapshots it
 /// was given, in their order: no clock, no other source of chance.
 ///
+/// What it may know: of the arena all that Roadmap holds, of the others what Eyes tell it, of
+/// itself its own record in the snapshot. Where places are that it has not seen for long, Goals
+/// remember.
+///
 /// Each part has a module of its own: Eyes (who is seen and remembered), Hand (the mouse), Trigger
 /// (the fire key), Walker and Footwork (legs, on the road and in a fight), Goals, Gaze and Cover
 /// (where to go, look and hide), Remarks (what is said). The bot itself decides between moods.
@@ -47,8 +51,9 @@ class Bot {
     Bot(const Roadmap& roadmap, double skill, std::uint64_t seed);
 
     /// What to do after a snapshot in which `self` is the bot's own identifier. Of the others it
-    /// only uses whom it can see from where it stands and looks, and what it remembers. Nothing
-    /// while it is soaked, out of the world or not in the snapshot.
+    /// only uses whom it can see from where it stands and looks, who is soaked, and what it
+    /// remembers. Nothing while it is soaked, out of the world, without a view or not in the
+    /// snapshot.
     Controls decide(const UpdateMessage& snapshot, char self);
 
     /// Something to say, now and then.

@@ -75,6 +75,11 @@ double eccentricity(const PlayerUpdate& self, vec3 point) {
                                         std::fabs(way.dot(up)) / (ahead * halfHeight)));
 }
 
+void noteReturn(Sighting& other, bool fires) {
+    other.sinceReturn =
+        fires ? Sighting::longReturned : std::min(other.sinceReturn + 1, Sighting::longReturned);
+}
+
 } // namespace
 
 bool isInWorld(const MapManager& map, vec3 position) {
@@ -114,9 +119,11 @@ void Eyes::look(const arena::Grid& grid, const UpdateMessage& snapshot, const Pl
             // Who is soaked in sight is seen to vanish; of anybody else nothing is known.
             if (other.sighting.visible)
                 other.remembered = false;
+            other.sighting.sinceReturn = 0;
             miss(other);
             continue;
         }
+        noteReturn(other.sighting, update.shooting);
         const double offside = eccentricity(self, update.position);
         const Glimpse seen =
             offside <= 1.0 ? glimpse(grid, self.position, update.position) : Glimpse{};

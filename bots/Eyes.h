@@ -26,6 +26,11 @@ struct Sighting {
     /// Ticks since it was last in sight.
     int unseen = 0;
 
+    /// Ticks since it came back into the world, after a soaking that this player lived through. Who
+    /// has fired since then, or was always there, has been back for `longReturned`.
+    int sinceReturn = longReturned;
+    static constexpr int longReturned = 1 << 20;
+
     /// While visible where it is taken to be now, afterwards where it was last. World units.
     vec3 position;
 

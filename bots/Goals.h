@@ -3,15 +3,20 @@
 #include "bots/Roadmap.h"
 #include "common/Chance.h"
 
-#include <array>
+#include <cstddef>
+#include <vector>
 
 namespace drench::bots {
 
-/// Where to go when nobody is about: high places, the middle, places not visited lately, each as
-/// much as this player likes them.
+/// Where to go when nobody is about: by turns a place that was long out of sight, and one that this
+/// player likes: high, in the middle, far from the last goal, each as much as its taste has it.
 class Goals {
   public:
     Goals(const Roadmap& roadmap, Chance chance);
+
+    /// Takes in which places are in sight and near; once for each snapshot. Far ones do not count:
+    /// who stands in the shadow of a corner is only found by going there.
+    void look(const Roadmap& roadmap, vec3 eye, vec3 direction);
 
     /// A place to go to next, -1 when the map has none.
     int next(const Roadmap& roadmap);
@@ -33,8 +38,15 @@ class Goals {
     float lowest_ = 0.0f;
     float highest_ = 0.0f;
 
-    /// Goals given out before, the latest first; -1 where there was none.
-    std::array<int, 3> before_{-1, -1, -1};
+    /// The goal given out before, -1 where there was none.
+    int before_ = -1;
+
+    /// For each place when it was last in sight, in snapshots.
+    std::vector<long> seenAt_;
+    long tick_ = 0;
+
+    /// The place that look() goes on with.
+    std::size_t nextLook_ = 0;
 
     vec3 company_;
 

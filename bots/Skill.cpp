@@ -16,7 +16,7 @@ struct Row {
 constexpr Row rows[] = {
     {&Skill::reaction, 24.0, 9.0},        //
     {&Skill::perceptionDelay, 10.0, 5.0}, //
-    {&Skill::memory, 180.0, 420.0},       //
+    {&Skill::memory, 400.0, 640.0},       //
     {&Skill::topSpeed, 20.0, 60.0},       //
     {&Skill::movement, 18.0, 9.0},        //
     {&Skill::correction, 18.0, 8.0},      //
@@ -27,6 +27,13 @@ constexpr Row rows[] = {
     {&Skill::caution, 0.2, 0.8},          //
 };
 
+/// The newly returned are spared for as long as this by the gentle, in ticks: four seconds.
+constexpr double longestMercy = 250.0;
+
+/// Up to the first level players are as gentle as can be, from the second one not at all.
+constexpr double gentlest = 0.4;
+constexpr double merciless = 0.65;
+
 } // namespace
 
 Skill skillOf(double level) {
@@ -34,6 +41,7 @@ Skill skillOf(double level) {
     Skill skill;
     for (const Row& row : rows)
         skill.*row.what = row.beginner + (row.best - row.beginner) * share;
+    skill.mercy = longestMercy * std::clamp((merciless - share) / (merciless - gentlest), 0.0, 1.0);
     return skill;
 }
 

@@ -43,6 +43,9 @@ struct Skill {
 
     /// Probability of taking cover when two are in sight, and of stepping aside when one is.
     double caution = 0.0;
+
+    /// For how long it does not fire at somebody who has just returned and has not fired itself.
+    double mercy = 0.0;
 };
 
 /// @param level  0 (a beginner) to 1 (the best that hands can do); beyond, as the nearer end

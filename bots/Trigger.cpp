@@ -32,7 +32,7 @@ bool Trigger::pull(const MapManager& map, vec3 from, vec3 velocity, View view, V
                    const std::vector<Sighting>& known, double delay) {
     const int ahead = static_cast<int>(std::lround(skill_.anticipation));
     const auto willBeSoaked = [&](const Sighting& other) {
-        if (!other.visible)
+        if (!other.visible || other.sinceReturn < skill_.mercy)
             return false;
         for (int tick = 0; tick <= ahead; ++tick) {
             const float later = static_cast<float>(tick);

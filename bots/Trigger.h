@@ -13,7 +13,8 @@ namespace drench::bots {
 /// at all into the open sky.
 bool soaks(const MapManager& map, vec3 from, View view, vec3 body);
 
-/// The finger on the fire key: pulls when a shot would soak somebody in sight, or is about to.
+/// The finger on the fire key: pulls when a shot would soak somebody in sight, or is about to,
+/// and nobody whom it spares.
 class Trigger {
   public:
     explicit Trigger(const Skill& skill) : skill_(skill) {}

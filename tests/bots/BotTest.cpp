@@ -9,6 +9,7 @@
 #include "tests/support/ManualClock.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <deque>
 #include <gtest/gtest.h>
@@ -68,6 +69,15 @@ struct Puppet {
         return last;
     }
 
+    /// Keeps it where it is, looking along `direction`, until it fights somebody; whether it does.
+    bool noticesFrom(vec3 position, vec3 direction, std::initializer_list<PlayerUpdate> others) {
+        for (int tick = 0; tick < 60 && bot.mood() == Mood::roam; ++tick) {
+            stand(position, direction);
+            this->tick(others);
+        }
+        return bot.mood() == Mood::fight || bot.mood() == Mood::hide;
+    }
+
     /// Whether it fires and soaks a body there.
     bool soaks(vec3 body) const {
         return last.held[keyIndex::shoot] &&
@@ -100,6 +110,49 @@ TEST(Bot, DoesNothingWithoutABody) {
     const float nowhere = std::numeric_limits<float>::quiet_NaN();
     for (const vec3 position : {vec3(700.0f, -2e10f, 700.0f), vec3(nowhere, 139.0f, 700.0f)})
         EXPECT_TRUE(isNothing(puppet.bot.decide(snapshotOf({playerAt('1', position)}), '1')));
+}
+
+TEST(Bot, DecidesWithinBoundsWhateverFloatsARoomSends) {
+    using Limits = std::numeric_limits<float>;
+    const float odd[] = {0.0f,
+                         -0.0f,
+                         1.0f,
+                         -1.0f,
+                         700.0f,
+                         Limits::quiet_NaN(),
+                         Limits::infinity(),
+                         -Limits::infinity(),
+                         Limits::max(),
+                         Limits::lowest(),
+                         Limits::denorm_min(),
+                         1e10f,
+                         -1e10f};
+    Chance chance(1);
+    const auto any = [&] { return odd[chance.below(static_cast<int>(std::size(odd)))]; };
+    Puppet puppet;
+    for (int tick = 0; tick < 20000; ++tick) {
+        UpdateMessage snapshot;
+        for (const char id : {'1', '2', '3'}) {
+            PlayerUpdate update = playerAt(id, standingIn(4 + tick % 15, id - '1' + 5));
+            if (chance.happens(0.3))
+                update.position = vec3(any(), any(), any());
+            if (chance.happens(0.5))
+                update.direction = vec3(any(), any(), any());
+            snapshot.add(update);
+        }
+        const Controls controls = puppet.bot.decide(snapshot, '1');
+        EXPECT_LE(std::abs(controls.dx), 200);
+        EXPECT_LE(std::abs(controls.dy), 200);
+        EXPECT_FALSE(controls.held[keyIndex::forward] && controls.held[keyIndex::backward]);
+        EXPECT_FALSE(controls.held[keyIndex::left] && controls.held[keyIndex::right]);
+    }
+}
+
+TEST(Bot, DoesNothingWithoutAView) {
+    Puppet puppet;
+    PlayerUpdate self = playerAt('1', standingIn(5, 5));
+    self.direction.z = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_TRUE(isNothing(puppet.bot.decide(snapshotOf({self}), '1')));
 }
 
 TEST(Bot, RoamsWhileNobodyIsAbout) {
@@ -309,12 +362,10 @@ TEST(Bot, GoesAfterWhoLooksAway) {
         Puppet puppet(nothing, 0.7, seed);
         // It walks away, at half the pace of bots.
         vec3 runner = standingIn(12, 10);
-        int tick = 0;
-        while (puppet.bot.mood() != Mood::fight && tick++ < 60)
-            puppet.tick({playerAt('2', runner)});
-        ASSERT_EQ(puppet.bot.mood(), Mood::fight);
+        ASSERT_TRUE(
+            puppet.noticesFrom(standingIn(12, 4), {0.0f, 0.0f, 1.0f}, {playerAt('2', runner)}));
         const float before = (puppet.player.position - runner).length();
-        for (tick = 0; tick < 45; ++tick) {
+        for (int tick = 0; tick < 45; ++tick) {
             runner += vec3(0.0f, 0.0f, 3.0f);
             puppet.tick({playerAt('2', runner)});
         }
@@ -375,8 +426,8 @@ int countHiding(double skill, std::initializer_list<PlayerUpdate> enemies) {
     int hidden = 0;
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
         Puppet puppet(shortWall, skill, seed);
-        puppet.stand(standingIn(14, 7), {0.0f, 0.0f, 1.0f});
-        bool hides = false;
+        puppet.noticesFrom(standingIn(14, 7), {0.0f, 0.0f, 1.0f}, enemies);
+        bool hides = puppet.bot.mood() == Mood::hide;
         for (int tick = 0; tick < 200; ++tick) {
             puppet.tick(enemies);
             hides |= puppet.bot.mood() == Mood::hide;
@@ -399,6 +450,16 @@ TEST(Bot, TakesCoverFromWhoAimsFirst) {
     const PlayerUpdate looksAway = playerAt('2', standingIn(20, 14), {6.0f, 0.0f, 7.0f});
     EXPECT_GE(countHiding(1.0, {beside}), 3);
     EXPECT_EQ(countHiding(1.0, {looksAway}), 0);
+}
+
+TEST(Bot, FearsNoAimThatIsOffByHalfARadian) {
+    // From the enemy to the bot the view goes along (-6, -7).
+    const auto lookingAside = [](float radians) {
+        const float yaw = std::atan2(-6.0f, -7.0f) + radians;
+        return playerAt('2', standingIn(20, 14), {std::sin(yaw), 0.0f, std::cos(yaw)});
+    };
+    EXPECT_GE(countHiding(1.0, {lookingAside(0.15f)}), 3);
+    EXPECT_EQ(countHiding(1.0, {lookingAside(0.5f)}), 0);
 }
 
 TEST(Bot, PrefersWhoHasACubeBehind) {
@@ -484,10 +545,17 @@ TEST(Bot, GetsAwayFromWhereItIsHeld) {
     // Nothing that it does moves the body: it must not press the same keys for ever.
     Puppet puppet;
     std::vector<Controls> decided;
+    std::array<int, 4> quarters{};
     for (int tick = 0; tick < 1000; ++tick) {
         puppet.stand(standingIn(12, 4), puppet.player.direction);
         decided.push_back(puppet.tick());
+        // Held back, it tried to go there.
+        const vec3 way = puppet.player.velocity;
+        if (tick > 400 && (way.x != 0.0f || way.z != 0.0f))
+            ++quarters[(way.x > 0.0f ? 1u : 0u) + (way.z > 0.0f ? 2u : 0u)];
     }
+    for (const int ticks : quarters)
+        EXPECT_GT(ticks, 10) << "it tries all directions";
     int jumps = 0;
     int changes = 0;
     for (std::size_t i = 1; i < decided.size(); ++i) {

@@ -251,6 +251,22 @@ TEST(Eyes, KnowWhatIsOutsideTheWorld) {
     EXPECT_FALSE(bots::isInWorld(map, soakedPosition));
 }
 
+TEST(Eyes, KnowHowLongAgoSomebodyReturned) {
+    Lookout lookout;
+    lookout.look({playerAt('2', ahead(400.0f))}, aWhile);
+    ASSERT_TRUE(lookout.sees('2'));
+    EXPECT_EQ(lookout.known('2')->sinceReturn, Sighting::longReturned) << "was always there";
+    lookout.look({playerAt('2', soakedPosition)}, 3);
+    lookout.look({playerAt('2', ahead(400.0f))}, aWhile);
+    ASSERT_TRUE(lookout.sees('2'));
+    EXPECT_EQ(lookout.known('2')->sinceReturn, aWhile);
+    PlayerUpdate firing = playerAt('2', ahead(400.0f));
+    firing.shooting = true;
+    lookout.look({firing});
+    lookout.look({playerAt('2', ahead(400.0f))});
+    EXPECT_EQ(lookout.known('2')->sinceReturn, Sighting::longReturned);
+}
+
 TEST(Eyes, ForgetWhoLeaves) {
     Lookout lookout;
     lookout.look({playerAt('2', ahead(600.0f)), playerAt('3', ahead(500.0f))}, aWhile);

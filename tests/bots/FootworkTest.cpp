@@ -121,6 +121,26 @@ TEST(Footwork, JumpsNowAndThenFromTheGround) {
     EXPECT_LT(jumps, 60);
 }
 
+TEST(Footwork, KeepsAJumpForTheNextGround) {
+    MapManager map = court(30, 10, 30, nothing);
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    Footwork grounded{Chance(1)};
+    Footwork late{Chance(1)};
+    bool wanted = false;
+    int jumps = 0;
+    for (int tick = 0; tick < 3000; ++tick) {
+        wanted |= grounded.step(roadmap, standingIn(15, 15), standingIn(15, 22), true).jump;
+        // This one only stands every tenth tick, and jumps by then.
+        const bool stands = tick % 10 == 0;
+        const bool jumped = late.step(roadmap, standingIn(15, 15), standingIn(15, 22), stands).jump;
+        EXPECT_EQ(jumped, stands && wanted) << tick;
+        jumps += jumped;
+        if (stands)
+            wanted = false;
+    }
+    EXPECT_GT(jumps, 5);
+}
+
 TEST(Footwork, KnowsWallsAndDropsBeforeIt) {
     MapManager map = court(20, 12, 20, [](int i, int j, int k) {
         return (j <= 4 && i >= 8 && i <= 12) || (j <= 1 && i == 13) || (i == 10 && k == 12);

@@ -2,6 +2,8 @@
 
 #include "tests/bots/LevelRoadmap.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <set>
@@ -86,6 +88,74 @@ TEST(Goals, AreNearWhereSomebodyWasForAWhile) {
     };
     EXPECT_LT(meanDistance(true, 0), 0.85 * meanDistance(false, 0));
     EXPECT_GT(meanDistance(true, 4), 0.93 * meanDistance(false, 4));
+}
+
+TEST(Goals, AreInEveryNinthOfTheArena) {
+    MapManager map = courtWithBlock();
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    std::array<int, 9> drawn{};
+    const auto third = [](float along) { return std::min(static_cast<int>(along / 427.0f), 2); };
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        Goals goals(roadmap, Chance(seed));
+        for (int i = 0; i < 90; ++i) {
+            const vec3 goal = goalPosition(roadmap, goals.next(roadmap));
+            ++drawn[static_cast<std::size_t>(3 * third(goal.z) + third(goal.x))];
+        }
+    }
+    // A fair share would be two hundred each.
+    for (const int count : drawn)
+        EXPECT_GT(count, 70);
+}
+
+namespace {
+
+/// How many of five hundred goals lie in the half of the court that is behind z = 640.
+int goalsBeyond(const bots::Roadmap& roadmap, Goals& goals) {
+    int beyond = 0;
+    for (int i = 0; i < 500; ++i)
+        beyond += goalPosition(roadmap, goals.next(roadmap)).z > 640.0f;
+    return beyond;
+}
+
+/// Looks along +z and back from a row of points with this depth, long enough for every place to
+/// have its turn.
+void lookAlong(const bots::Roadmap& roadmap, Goals& goals, std::initializer_list<int> depths,
+               vec3 direction) {
+    for (const int depth : depths) {
+        for (int column = 1; column < 19; column += 2) {
+            for (int tick = 0; tick < 20; ++tick)
+                goals.look(roadmap, standingIn(column, depth), direction);
+        }
+    }
+}
+
+} // namespace
+
+TEST(Goals, AreMoreOftenWhereNothingWasSeenForLong) {
+    MapManager map = court(20, 10, 20, nothing);
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    constexpr vec3 south{0.0f, 0.0f, 1.0f};
+    Goals unseeing(roadmap, Chance(1));
+    const int before = goalsBeyond(roadmap, unseeing);
+    Goals sawTheSouth(roadmap, Chance(1));
+    lookAlong(roadmap, sawTheSouth, {9, 12, 15}, south);
+    EXPECT_LT(goalsBeyond(roadmap, sawTheSouth), before - 80);
+    Goals lookedAway(roadmap, Chance(1));
+    lookAlong(roadmap, lookedAway, {9, 6}, south * -1.0f);
+    EXPECT_GT(goalsBeyond(roadmap, lookedAway), before + 80);
+    Goals sawItFromAfar(roadmap, Chance(1));
+    lookAlong(roadmap, sawItFromAfar, {2}, south);
+    EXPECT_GT(goalsBeyond(roadmap, sawItFromAfar), before + 20) << "the near half was seen instead";
+}
+
+TEST(Goals, CountNoPlaceAsSeenThatCubesHide) {
+    MapManager map = court(20, 10, 20, [](int, int, int k) { return k == 10; });
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    Goals unseeing(roadmap, Chance(1));
+    Goals behindAWall(roadmap, Chance(1));
+    lookAlong(roadmap, behindAWall, {9}, {0.0f, 0.0f, 1.0f});
+    // It saw the places that it stood at, and none beyond.
+    EXPECT_NEAR(goalsBeyond(roadmap, behindAWall), goalsBeyond(roadmap, unseeing), 15);
 }
 
 TEST(Goals, DifferByTheSeedAlone) {

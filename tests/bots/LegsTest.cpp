@@ -3,7 +3,9 @@
 #include "src/Player.h"
 
 #include <cmath>
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <limits>
 #include <numbers>
 
 using namespace drench;
@@ -27,6 +29,16 @@ Controls keysFor(Legs& legs, double right, View view = {300.0, 50.0}) {
 }
 
 } // namespace
+
+TEST(Legs, PressNothingForAViewThatIsNone) {
+    const float nothing = std::numeric_limits<float>::quiet_NaN();
+    for (const vec3 direction : {vec3(nothing, 0.0f, 1.0f), vec3(nothing)}) {
+        Controls controls = bots::legsOnly({{1.0f, 0.0f, 0.0f}, false}, direction);
+        EXPECT_TRUE(sameKeys(controls, Controls{}));
+        EXPECT_LE(std::abs(controls.dx), 40);
+        EXPECT_LE(std::abs(controls.dy), 40);
+    }
+}
 
 TEST(Legs, GoTheNearestOfEightWays) {
     const struct {

@@ -21,6 +21,7 @@ TEST(Skill, MoreOfItIsBetterInEverything) {
     EXPECT_GT(best.pursuit, beginner.pursuit);
     EXPECT_GT(best.anticipation, beginner.anticipation);
     EXPECT_GT(best.caution, beginner.caution);
+    EXPECT_LT(best.mercy, beginner.mercy);
 }
 
 TEST(Skill, StaysWithinWhatPeopleCanDo) {
@@ -43,4 +44,17 @@ TEST(Skill, GoesStraightFromOneEndToTheOtherAndNoFurther) {
                      0.75 * skillOf(0.0).reaction + 0.25 * skillOf(1.0).reaction);
     EXPECT_DOUBLE_EQ(skillOf(7.0).topSpeed, skillOf(1.0).topSpeed);
     EXPECT_DOUBLE_EQ(skillOf(-1.0).topSpeed, skillOf(0.0).topSpeed);
+}
+
+TEST(Skill, MakesMercilessFromTwoThirdsOn) {
+    EXPECT_DOUBLE_EQ(skillOf(0.0).mercy, 250.0);
+    EXPECT_DOUBLE_EQ(skillOf(0.4).mercy, 250.0);
+    EXPECT_DOUBLE_EQ(skillOf(0.5).mercy, 150.0);
+    EXPECT_DOUBLE_EQ(skillOf(0.65).mercy, 0.0);
+    EXPECT_DOUBLE_EQ(skillOf(1.0).mercy, 0.0);
+}
+
+TEST(Skill, LetsEverybodyRememberForLongerThanOneIsSoaked) {
+    // Two hundred and fifty ticks: who returns still knows where it was soaked from.
+    EXPECT_GT(skillOf(0.0).memory, 250.0);
 }

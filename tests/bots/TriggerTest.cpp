@@ -98,6 +98,21 @@ TEST(Trigger, IsLetBeForWhoIsOnlyRemembered) {
     EXPECT_FALSE(trigger.pull(map, muzzle, {}, towards(gone.position), {}, {gone}, 0.0));
 }
 
+TEST(Trigger, OfTheGentleSparesTheNewlyReturned) {
+    const MapManager map = court(20, 10, 20, nothing);
+    Sighting returned = seenAt(muzzle + vec3(0.0f, 0.0f, 400.0f));
+    const auto pulls = [&](double skill, int sinceReturn) {
+        returned.sinceReturn = sinceReturn;
+        Trigger trigger(bots::skillOf(skill));
+        return trigger.pull(map, muzzle, {}, towards(returned.position), {}, {returned}, 0.0);
+    };
+    EXPECT_FALSE(pulls(0.0, 249));
+    EXPECT_TRUE(pulls(0.0, 250));
+    EXPECT_FALSE(pulls(0.5, 149));
+    EXPECT_TRUE(pulls(0.5, 151));
+    EXPECT_TRUE(pulls(0.7, 1));
+}
+
 TEST(Trigger, IsLetBeBeforeAWallAndTheOpenSky) {
     const MapManager walled = court(20, 10, 20, [](int, int, int k) { return k == 8; });
     const vec3 body = muzzle + vec3(0.0f, 0.0f, 400.0f);
