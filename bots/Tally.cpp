@@ -54,8 +54,10 @@ void Scorer::see(const PlayerUpdate& self, std::uint64_t missed, client::Time ar
     if (last_) {
         const bool died = dead && !last_->dead;
         tally_.deaths += died;
-        if (!dead && !last_->dead)
-            tally_.distance += distanceVec3(last_->position, self.position);
+        const float step = distanceVec3(last_->position, self.position);
+        // An unfriendly room may send floats that are no numbers.
+        if (!dead && !last_->dead && std::isfinite(step))
+            tally_.distance += step;
         tally_.gaps.add(arrival - last_->arrival);
         countSoaks(self, died);
     } else {

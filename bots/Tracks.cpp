@@ -70,10 +70,23 @@ void drawDrop(Image& image, ImagePoint centre, double radius, Colour colour) {
     fillDrop(image, centre, radius, colour);
 }
 
-void drawTrack(Image& image, const arena::TopView& view, const Track& track, Colour colour) {
+/// Whether the point is above the map; what an unfriendly room says need not be, nor be a number.
+bool isAbove(const MapManager& map, vec3 point) {
+    return point.x >= 0.0f && point.x <= map.width && point.z >= 0.0f && point.z <= map.length;
+}
+
+/// The points of a track that can be drawn.
+std::vector<Track::Point> pointsAbove(const MapManager& map, const Track& track) {
+    std::vector<Track::Point> points(track.points().begin(), track.points().end());
+    std::erase_if(points, [&](const Track::Point& point) { return !isAbove(map, point.position); });
+    return points;
+}
+
+void drawTrack(Image& image, const arena::TopView& view, std::span<const Track::Point> points,
+               Colour colour) {
     const double width = std::max(lineWidth * view.scale, leastLineWidth);
     const Track::Point* before = nullptr;
-    for (const Track::Point& point : track.points()) {
+    for (const Track::Point& point : points) {
         if (before && !point.appeared)
             arena::strokeLine(image, view.above(before->position), view.above(point.position),
                               width, colour);
@@ -81,9 +94,10 @@ void drawTrack(Image& image, const arena::TopView& view, const Track& track, Col
     }
 }
 
-void drawSoakings(Image& image, const arena::TopView& view, const Track& track, Colour colour) {
+void drawSoakings(Image& image, const arena::TopView& view, std::span<const Track::Point> points,
+                  Colour colour) {
     const double radius = std::max(dropRadius * view.scale, leastDropRadius);
-    for (const Track::Point& point : track.points()) {
+    for (const Track::Point& point : points) {
         if (point.soaked)
             drawDrop(image, view.above(point.position), radius, colour);
     }
@@ -166,9 +180,9 @@ Image tracksPicture(const MapManager& map, std::span<const Track> tracks, int wi
     arena::fillRectangle(image, {0.0, 0.0}, {double(width), double(height)}, arena::white,
                          paleness);
     for (std::size_t i = 0; i < tracks.size(); ++i)
-        drawTrack(image, view, tracks[i], colourOf(i));
+        drawTrack(image, view, pointsAbove(map, tracks[i]), colourOf(i));
     for (std::size_t i = 0; i < tracks.size(); ++i)
-        drawSoakings(image, view, tracks[i], colourOf(i));
+        drawSoakings(image, view, pointsAbove(map, tracks[i]), colourOf(i));
     drawLegend(image, tracks, legend, mapHeight, dot);
     return image;
 }

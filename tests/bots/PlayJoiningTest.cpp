@@ -1,3 +1,4 @@
+#include "bots/Chart.h"
 #include "bots/Play.h"
 #include "tests/support/Courts.h"
 

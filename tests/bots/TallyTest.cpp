@@ -1,7 +1,10 @@
 #include "bots/Tally.h"
 #include "src/Player.h"
 
+#include <cmath>
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <limits>
 
 using namespace drench;
 
@@ -198,4 +201,26 @@ TEST(Tally, SumHoldsAllButTheRoundTrip) {
     EXPECT_EQ(sum.gaps.count(), 2u);
     EXPECT_FALSE(sum.roundTrip.has_value());
     EXPECT_EQ(one.tally().roundTrip, 0.5);
+}
+
+TEST(Tally, PositionsThatAreNoNumbersAddNoDistance) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float infinity = std::numeric_limits<float>::infinity();
+    Watched player;
+    player.see(at(0.0f));
+    for (const float x : {nan, infinity, -infinity, 3e38f, -3e38f})
+        player.see(at(x));
+    player.see(at(0.0f));
+    player.see(at(5.0f));
+    EXPECT_TRUE(std::isfinite(player.tally().distance));
+    EXPECT_EQ(player.tally().snapshots, 8u);
+}
+
+TEST(Tally, PointsAtTheirLimitsAreCounted) {
+    Watched player;
+    player.see(at(0.0f, INT32_MIN));
+    player.see(at(0.0f, INT32_MAX));
+    EXPECT_EQ(player.tally().soaks, 4294967295);
+    player.see(at(0.0f, INT32_MIN));
+    EXPECT_EQ(player.tally().soaks, 0);
 }

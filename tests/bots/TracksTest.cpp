@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
+#include <utility>
 
 using namespace drench;
 
@@ -291,4 +293,23 @@ TEST(TracksPicture, NamesStandApartAndInLinesThatFit) {
     EXPECT_EQ(extents[0].top, extents[1].top);
     EXPECT_GT(extents[3].top, extents[0].bottom) << "four do not fit into a line";
     EXPECT_EQ(extents[3].left, extents[0].left);
+}
+
+TEST(TracksPicture, PointsBesideTheMapAreLeftOut) {
+    const Court court;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    std::vector<Track> tracks = {Track("")};
+    tracks[0].see(at(100.0f, 100.0f));
+    const Image before = court.picture(tracks);
+    for (const auto& [x, z] :
+         {std::pair{nan, 100.0f}, std::pair{100.0f, nan}, std::pair{-1.0f, 100.0f},
+          std::pair{100.0f, -1.0f}, std::pair{513.0f, 100.0f}, std::pair{100.0f, 513.0f},
+          std::pair{1e30f, -1e30f}}) {
+        tracks[0].see(at(x, z));
+        tracks[0].see(soaked());
+    }
+    EXPECT_TRUE(Court::changes(before, court.picture(tracks)).empty());
+    tracks[0].see(at(512.0f, 512.0f));
+    tracks[0].see(soaked());
+    EXPECT_FALSE(Court::changes(before, court.picture(tracks)).empty()) << "the corner is above it";
 }

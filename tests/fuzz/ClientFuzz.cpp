@@ -5,6 +5,7 @@
 #include "client/Session.h"
 #include "tests/fuzz/Bytes.h"
 #include "tests/fuzz/Require.h"
+#include "tests/fuzz/RoomSocket.h"
 #include "tests/support/Datagrams.h"
 
 #include <cmath>
@@ -12,8 +13,7 @@
 #include <cstring>
 #include <optional>
 #include <string>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <string_view>
 #include <variant>
 
 using namespace drench;
@@ -25,52 +25,9 @@ using std::chrono::milliseconds;
 /// So that no socket's buffer overflows.
 constexpr int mostWaiting = 64;
 
-sockaddr* generic(sockaddr_in& address) {
-    return reinterpret_cast<sockaddr*>(&address);
-}
-
-/// The room's end.
-class Room {
-  public:
-    Room() : socket_(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0)) {
-        address_.sin_family = AF_INET;
-        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof address_;
-        require(socket_ >= 0 && ::bind(socket_, generic(address_), length) == 0 &&
-                    ::getsockname(socket_, generic(address_), &length) == 0,
-                "there is a socket on 127.0.0.1");
-    }
-    ~Room() { ::close(socket_); }
-    Room(const Room&) = delete;
-    Room& operator=(const Room&) = delete;
-
-    const sockaddr_in& address() const { return address_; }
-
-    /// The next datagram from the session, which is answered from then on.
-    std::optional<std::string> receive() {
-        char bytes[600];
-        socklen_t length = sizeof peer_;
-        const ssize_t size = ::recvfrom(socket_, bytes, sizeof bytes, 0, generic(peer_), &length);
-        if (size < 0)
-            return std::nullopt;
-        return std::string(bytes, static_cast<std::size_t>(size));
-    }
-
-    void send(const std::string& datagram) {
-        require(::sendto(socket_, datagram.data(), datagram.size(), 0, generic(peer_),
-                         sizeof peer_) == static_cast<ssize_t>(datagram.size()),
-                "a datagram leaves for 127.0.0.1");
-    }
-
-  private:
-    int socket_;
-    sockaddr_in address_ = {};
-    sockaddr_in peer_ = {};
-};
-
 class Watch {
   public:
-    Watch(Room& room, const std::string& name) : room_(room), name_(name) {
+    Watch(RoomSocket& room, const std::string& name) : room_(room), name_(name) {
         std::string problem;
         session_ = client::Session::join(room.address(), name, now_, problem);
         require(session_.has_value(), "a session begins");
@@ -238,7 +195,7 @@ class Watch {
         require(std::isfinite(clock.tickAt(now_)), "it is some tick");
     }
 
-    Room& room_;
+    RoomSocket& room_;
     std::string name_;
     std::optional<client::Session> session_;
     client::Time now_{std::chrono::hours(1)};
@@ -302,7 +259,7 @@ void act(Bytes& bytes, int argument, Watch& watch) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Bytes bytes(data, size);
-    Room room;
+    RoomSocket room;
     Watch watch(room, bytes.text(bytes.next<unsigned char>() % 16));
     while (!bytes.isEmpty()) {
         const int step = bytes.next<unsigned char>();

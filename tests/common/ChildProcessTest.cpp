@@ -1,0 +1,97 @@
+#include "common/ChildProcess.h"
+#include "common/Descriptor.h"
+#include "common/Files.h"
+#include "common/Timekeeper.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+using namespace drench;
+
+namespace {
+
+ChildProcess shell(const std::string& command, const ChildProcess::Outputs& outputs = {}) {
+    return ChildProcess({"/bin/sh", "-c", command}, outputs);
+}
+
+} // namespace
+
+TEST(ChildProcess, StatusIsThatOfTheProgram) {
+    EXPECT_EQ(shell("exit 0").wait(), 0);
+    ChildProcess three = shell("exit 3");
+    EXPECT_EQ(three.wait(), 3);
+    EXPECT_EQ(three.wait(), 3) << "asked again";
+    EXPECT_EQ(three.status(), 3);
+    EXPECT_EQ(ChildProcess({"/nowhere/at/all"}, {}).wait(), 127);
+}
+
+TEST(ChildProcess, HasNoStatusWhileItRuns) {
+    ChildProcess sleeper = shell("sleep 100");
+    EXPECT_EQ(sleeper.status(), std::nullopt);
+    sleeper.signal(SIGTERM);
+    EXPECT_EQ(sleeper.wait(), 128 + SIGTERM);
+}
+
+TEST(ChildProcess, OutputsGoWhereTheyAreSent) {
+    const TemporaryFolder folder;
+    const auto create = [&](const char* name) {
+        return open((folder.path + "/" + name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    };
+    const Descriptor out(create("out"));
+    const Descriptor err(create("err"));
+    EXPECT_EQ(shell("echo to out; echo to err >&2", {out.number, err.number}).wait(), 0);
+    EXPECT_EQ(readFile(folder.path + "/out"), "to out\n");
+    EXPECT_EQ(readFile(folder.path + "/err"), "to err\n");
+}
+
+TEST(ChildProcess, EndsWithItsScope) {
+    pid_t pid = -1;
+    {
+        const ChildProcess sleeper = shell("exec sleep 100");
+        pid = sleeper.pid();
+        EXPECT_EQ(kill(pid, 0), 0);
+    }
+    EXPECT_EQ(kill(pid, 0), -1) << "ended, and waited for";
+}
+
+TEST(ChildProcess, MovesOnWithoutEnding) {
+    ChildProcess first = shell("exec sleep 100");
+    ChildProcess second = std::move(first);
+    EXPECT_EQ(second.status(), std::nullopt);
+    second.signal(SIGKILL);
+    EXPECT_EQ(second.wait(), 128 + SIGKILL);
+}
+
+TEST(ChildProcess, CanGoOnWithAFunction) {
+    EXPECT_EQ(ChildProcess([] { _exit(7); }).wait(), 7);
+    EXPECT_EQ(ChildProcess([] {}).wait(), 1) << "a function that returns has not become a program";
+}
+
+TEST(Timekeeper, RunEndsAfterItsSeconds) {
+    const Timekeeper run(0.05);
+    EXPECT_TRUE(run.goesOn());
+    EXPECT_LT(run.elapsed(), 0.05);
+    std::this_thread::sleep_until(run.end());
+    EXPECT_FALSE(run.goesOn());
+    EXPECT_GE(run.elapsed(), 0.05);
+}
+
+TEST(Timekeeper, WithoutSecondsOnlySomebodyWhoAsksEndsIt) {
+    const Timekeeper run(0.0);
+    EXPECT_TRUE(run.goesOn());
+    EXPECT_EQ(run.end(), Timekeeper::Clock::time_point::max());
+    listenForSignals();
+    EXPECT_TRUE(run.goesOn());
+    raise(SIGTERM);
+    EXPECT_FALSE(run.goesOn());
+    stopAsked = 0;
+    struct sigaction now {};
+    sigaction(SIGTERM, nullptr, &now);
+    EXPECT_EQ(now.sa_handler, SIG_DFL) << "a second one ends us";
+}
