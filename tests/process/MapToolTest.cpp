@@ -1,5 +1,7 @@
 #include "arena/MapText.h"
+#include "arena/Reach.h"
 #include "arena/VoxFile.h"
+#include "arena/picture/Picture.h"
 #include "arena/picture/Png.h"
 #include "common/Files.h"
 #include "tests/support/Courts.h"
@@ -309,10 +311,46 @@ TEST_F(MapTool, NumbersOfAnOptionAreAsManyAsItsFormHas) {
     EXPECT_EQ(arena::decodePng(readFile(path("far.png"))).width, 20);
 }
 
-TEST_F(MapTool, TopPictureIsDrawn) {
-    const std::string map = file("mapdata", arenaText(32, 16, 32, solidInRing));
-    EXPECT_EQ(run("picture " + map + " --view top --size 200x200 -o " + path("top.png")), 0) << err;
-    EXPECT_EQ(arena::decodePng(readFile(path("top.png"))).height, 200);
+TEST_F(MapTool, PicturesAreOfTheArenaAndItsSpawns) {
+    // Nothing is below spawn 2, and spawn 4 lies outside.
+    const std::string text = arenaText(30, 16, 32, [](int i, int j, int k) {
+        return solidInRing(i, j, k) && !(i >= 1 && i <= 2 && k >= 15 && k <= 16);
+    });
+    const std::string map = file("mapdata", text);
+    MapManager loadedMap = loaded(text);
+    const std::vector<arena::Arrival> arrivals = arena::arrivals(loadedMap);
+    std::vector<arena::SpawnMark> marks;
+    for (const arena::Arrival& arrival : arrivals) {
+        const Player& player = arrival.pose == 1 ? arrival.spawned : arrival.landed;
+        if (arrival.pose != 3)
+            marks.push_back({arrival.pose + 1, player.box, player.direction});
+    }
+    const auto drawn = [&](const std::string& options) {
+        EXPECT_EQ(run("picture " + map + " --size 160x100 -o " + path("x.png") + " " + options), 0)
+            << err;
+        return arena::decodePng(readFile(path("x.png")));
+    };
+    EXPECT_EQ(drawn(""),
+              arena::isometricPicture(loadedMap, marks, arena::Corner::southEast, 160, 100));
+    EXPECT_EQ(drawn("--from north-east"),
+              arena::isometricPicture(loadedMap, marks, arena::Corner::northEast, 160, 100));
+    EXPECT_EQ(drawn("--view eye --at 1000,280,250 --look 1010,270,0"),
+              arena::eyePicture(loadedMap, marks, {1000, 280, 250}, {1010, 270, 0}, 160, 100));
+
+    std::vector<arena::CellIndex> reached;
+    for (const arena::StandingPlace& place :
+         arena::explore(loadedMap, arrivals, arena::Pace::ordinary).places)
+        reached.push_back(place.feet);
+    EXPECT_EQ(
+        drawn("--view top"),
+        arena::topPicture(loadedMap, marks, arena::walkableCells(loadedMap), reached, 160, 100));
+    // Of nothing but the sky, which is quickly drawn.
+    EXPECT_EQ(run("picture " + map + " --view eye --at 0,9999,0 --look 0,99999,0 -o " +
+                  path("large.png")),
+              0)
+        << err;
+    EXPECT_EQ(arena::decodePng(readFile(path("large.png"))).width, 1600);
+    EXPECT_EQ(arena::decodePng(readFile(path("large.png"))).height, 1000);
 }
 
 TEST_F(MapTool, NewPlanCanBeBuiltAndIsNamedAfterItsFile) {
