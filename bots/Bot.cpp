@@ -18,60 +18,85 @@ namespace {
 
 // Times are in ticks, lengths in world units.
 
-/// Who stays within this for so long moves on for a while, whatever it is about; if that does not
-/// help, anywhere.
+/// A bot that stays within this of a point is idle: one and a half cubes.
 constexpr float idleRadius = 96.0f;
+
+/// An idle bot moves on after this, whatever it is about: three seconds.
 constexpr long idleTime = 190;
+
+/// It leaves others alone for so long while it moves on.
 constexpr long moveOnTime = 130;
+
+/// It goes just anywhere for so long when moving on did not help.
 constexpr long stumbleTime = 60;
+
+/// A direction is kept for at least this while it stumbles, and for less than the other.
 constexpr int shortestStumble = 20;
 constexpr int longestStumble = 45;
 
-/// A route is asked for no more often than this.
+/// A route to a goal is asked for no more often than this.
 constexpr long routeInterval = 12;
+
+/// A route to an enemy, who moves, is asked for anew as often as this.
 constexpr long chaseInterval = 40;
 
-/// A failed road is avoided as if it took so much longer, for so long.
+/// A failed road is avoided as if it took so much longer.
 constexpr double tollTicks = 600.0;
+
+/// It is avoided for so long: what blocked it may have gone.
 constexpr long tollTime = 1500;
 
 /// A quarry that was lost is looked for where its movement led in so many ticks, one after another.
 constexpr float huntAhead[] = {25.0f, 110.0f};
 
-/// Enemies further away, or whose view is off by more than these counts, are approached by road.
+/// Enemies further away than this are approached by road.
 constexpr float closeRange = 1100.0f;
+
+/// Enemies whose view is off by more than so many counts are approached by road too.
 constexpr double wideView = 0.9 * countsPerRadian;
 
-/// Waiting in cover, and the pause before hiding again.
+/// A bot waits in cover for at least this, and at most for the other.
 constexpr double shortestWait = 45.0;
 constexpr double longestWait = 130.0;
+
+/// A bot that has hidden does not hide again for so long, lest it never fights.
 constexpr long hidePause = 400;
 
 /// Enemies count as being about for so long after they were in sight.
 constexpr int lately = 120;
 
-/// Who must turn by more than this many counts to face an enemy whose view is off by less than
-/// that is outgunned.
+/// A bot is late in a duel when it has to turn by more counts than this.
 constexpr double slowTurn = 0.45 * countsPerRadian;
+
+/// An enemy is early in a duel when its view is off by fewer counts than this.
 constexpr double goodAim = 0.3 * countsPerRadian;
 
-/// Enemies are chosen by counts to turn and world units to go, weighted so. One without a cube
-/// behind is worse by some, another one than before too.
+/// The enemy is chosen who takes the fewest counts to turn to; a world unit of distance counts as
+/// so many of them.
 constexpr double weightOfDistance = 0.3;
+
+/// An enemy without a cube behind counts as so many counts further, since shots at it are lost.
 constexpr double weightOfSky = 500.0;
+
+/// The enemy of the moment before counts as so many counts nearer, lest the bot wavers.
 constexpr double loyalty = 200.0;
 
-/// Who disappears is still fought for so long.
+/// An enemy that disappears is still fought for so long: most come out again.
 constexpr int patience = 15;
 
 /// Errors of the view that are let be in a fight, as a share of half a body's width.
 constexpr double fightTolerance = 0.35;
 
-/// Travellers look at this place of their route, not steeply, since that slows walking; in counts,
-/// errors that they let be; and how much of the hand's speed that is worth.
+/// A bot on its way looks at the place of its route that is so far ahead.
 constexpr std::size_t placesLookedAhead = 4;
+
+/// It looks up and down by no more counts than this, since a steep view slows walking.
 constexpr double steepestAhead = 0.3 * countsPerRadian;
+
+/// It lets errors of so many counts be.
 constexpr double aheadTolerance = 25.0;
+
+/// Looking ahead is worth this share of the hand's speed.
 constexpr double aheadHaste = 0.55;
 
 /// A hostile room may send any floats. A position in the world is a sound one; a view needs asking.
@@ -88,7 +113,8 @@ bool isGoing(const Steps& steps) {
 Bot::Bot(const Roadmap& roadmap, double skill, std::uint64_t seed)
     : roadmap_(&roadmap), skill_(skillOf(skill)), chance_(seed), eyes_(skill_, chance_.split()),
       hand_(skill_, chance_.split()), trigger_(skill_), gaze_(chance_.split()),
-      footwork_(chance_.split()), goals_(roadmap, chance_.split()), remarks_(chance_.split()) {}
+      footwork_(chance_.split()), goals_(roadmap, skill_.curiosity, chance_.split()),
+      remarks_(chance_.split()) {}
 
 Controls Bot::decide(const UpdateMessage& snapshot, char id) {
     ++tick_;
@@ -373,7 +399,7 @@ bool Bot::isInJump() const {
 /// Where the enemy will be when the counts sent now act.
 Hand::Aim Bot::aimAt(const Sighting& enemy) const {
     const float delay = static_cast<float>(1.0 + hand_.lag());
-    // Who is out of sight is not led: perhaps it stands where it was last seen.
+    // An enemy out of sight is not led: perhaps it stands where it was last seen.
     const vec3 drift = (enemy.visible ? enemy.velocity : vec3()) - velocity_;
     const vec3 way = enemy.position + enemy.target - position_ + drift * delay;
     const View view = viewAlong(way);

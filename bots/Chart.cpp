@@ -191,7 +191,7 @@ void keepPlaces(Roadmap& roadmap, const std::vector<bool>& kept) {
 }
 
 /// Leaves only places whose own cell has the floor that carries the body, and moves bodies to the
-/// middle there: who stands on an edge has such a place beside it.
+/// middle there. None is lost for good: a body on an edge has such a place beside it.
 void keepFirmPlaces(Roadmap& roadmap) {
     std::vector<bool> firm;
     for (arena::StandingPlace& place : roadmap.reach.places) {
@@ -236,6 +236,8 @@ Roadmap chart(MapManager& map, const Progress& progress) {
 Roadmap chart(MapManager& map, const std::vector<arena::Arrival>& arrivals,
               const Progress& progress) {
     arena::requireCells(map);
+    // Where can one get to at all? The search through the game's own movement finds more than bots
+    // need: where bodies hang over edges, and flights that take luck.
     Roadmap roadmap;
     roadmap.map = &map;
     roadmap.grid = arena::gridOf(map);
@@ -243,6 +245,7 @@ Roadmap chart(MapManager& map, const std::vector<arena::Arrival>& arrivals,
         if (progress)
             progress("exploring", places);
     });
+    // Only middles of cells that carry a body are left, where a walker has room to begin and end.
     keepFirmPlaces(roadmap);
     roadmap.reach.landings.clear();
     for (const arena::Arrival& arrival : arrivals)
@@ -258,8 +261,12 @@ Roadmap chart(MapManager& map, const std::vector<arena::Arrival>& arrivals,
             add(roadmap, place);
         }
     };
+    // Steps come first, as a leap counts by what it saves of the way round by steps. A road is only
+    // there when a Walker has never failed on it, so a bot that follows one gets there.
     forEachPlace("trying steps", addSteps);
     forEachPlace("trying leaps", addLeaps);
+    // A place without a road away would trap bots, and one without a road to it would be a goal
+    // that nobody reaches. Both are left out.
     keepConnectedPlaces(roadmap);
     return roadmap;
 }

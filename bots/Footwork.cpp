@@ -14,9 +14,11 @@ constexpr double longestTurn = 55.0;
 /// Probability that a turn begins with a jump.
 constexpr double jumpiness = 0.18;
 
-/// Where fighters like to be from each other, and by what share it may differ.
+/// Fighters like to be so far from each other, each as it likes between these.
 constexpr double nearestRange = 250.0;
 constexpr double furthestRange = 700.0;
+
+/// They let the distance differ by this share.
 constexpr float tolerance = 0.25f;
 
 /// How far ahead the floor is looked at, in world units.

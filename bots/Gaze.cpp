@@ -6,15 +6,19 @@ namespace drench::bots {
 
 namespace {
 
-/// Ticks between glances and how long one lasts.
+/// Ticks between glances.
 constexpr double shortestPause = 50.0;
 constexpr double longestPause = 160.0;
+
+/// Ticks that a glance lasts.
 constexpr double shortestGlance = 22.0;
 constexpr double longestGlance = 45.0;
 
-/// A glance goes by at least so many counts to a side, at most backwards, and that much up or down.
+/// A glance goes to a side by at least this, and at most nearly backwards.
 constexpr double leastTurn = 0.8 * countsPerRadian;
 constexpr double mostTurn = 3.0 * countsPerRadian;
+
+/// A glance goes up or down by at most this.
 constexpr double mostPitch = 0.3 * countsPerRadian;
 
 /// The directions that are weighed for a glance.

@@ -12,9 +12,6 @@ namespace {
 /// Places that are weighed for a goal of one's liking: fewer are more random.
 constexpr int choices = 12;
 
-/// Share of the goals that are places long out of sight.
-constexpr double patrolShare = 0.5;
-
 /// Places of which the one longest out of sight is chosen: fewer are more random.
 constexpr int patrolChoices = 24;
 
@@ -34,9 +31,10 @@ constexpr int companyGoals = 2;
 
 } // namespace
 
-Goals::Goals(const Roadmap& roadmap, Chance chance)
-    : chance_(chance), forHeight_(chance_.between(0.1, 0.9)), forMiddle_(chance_.between(1.1, 2.1)),
-      forChange_(chance_.between(0.4, 1.0)), forCompany_(chance_.between(0.5, 1.5)) {
+Goals::Goals(const Roadmap& roadmap, double curiosity, Chance chance)
+    : chance_(chance), curiosity_(curiosity), forHeight_(chance_.between(0.1, 0.9)),
+      forMiddle_(chance_.between(1.1, 2.1)), forChange_(chance_.between(0.4, 1.0)),
+      forCompany_(chance_.between(0.5, 1.5)) {
     const auto& places = roadmap.reach.places;
     seenAt_.assign(places.size(), 0L);
     if (places.empty())
@@ -90,7 +88,7 @@ int Goals::next(const Roadmap& roadmap) {
     const int count = static_cast<int>(roadmap.reach.places.size());
     if (count == 0)
         return -1;
-    const bool patrols = companyCounts_ <= 0 && chance_.happens(patrolShare);
+    const bool patrols = companyCounts_ <= 0 && chance_.happens(curiosity_);
     const auto value = [&](int place) {
         return patrols ? -static_cast<double>(seenAt_[static_cast<std::size_t>(place)])
                        : appeal(roadmap, place);

@@ -8,11 +8,12 @@
 
 namespace drench::bots {
 
-/// Where to go when nobody is about: by turns a place that was long out of sight, and one that this
+/// Where to go when nobody is about: now a place that was long out of sight, now one that this
 /// player likes: high, in the middle, far from the last goal, each as much as its taste has it.
 class Goals {
   public:
-    Goals(const Roadmap& roadmap, Chance chance);
+    /// @param curiosity  share of the goals that are places long out of sight
+    Goals(const Roadmap& roadmap, double curiosity, Chance chance);
 
     /// Takes in which places are in sight and near; once for each snapshot. Far ones do not count:
     /// who stands in the shadow of a corner is only found by going there.
@@ -28,6 +29,8 @@ class Goals {
     double appeal(const Roadmap& roadmap, int place) const;
 
     Chance chance_;
+
+    double curiosity_;
 
     /// Weights of this one's liking.
     double forHeight_;

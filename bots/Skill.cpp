@@ -14,24 +14,25 @@ struct Row {
 
 // In between it goes straight from one to the other.
 constexpr Row rows[] = {
-    {&Skill::reaction, 24.0, 9.0},        //
-    {&Skill::perceptionDelay, 10.0, 5.0}, //
-    {&Skill::memory, 400.0, 640.0},       //
-    {&Skill::topSpeed, 20.0, 60.0},       //
-    {&Skill::movement, 18.0, 9.0},        //
-    {&Skill::correction, 18.0, 8.0},      //
-    {&Skill::spread, 0.20, 0.06},         //
-    {&Skill::wobble, 16.0, 3.0},          //
-    {&Skill::pursuit, 0.4, 0.92},         //
-    {&Skill::anticipation, 1.0, 4.0},     //
-    {&Skill::caution, 0.2, 0.8},          //
+    {&Skill::reaction, 24.0, 9.0},       //
+    {&Skill::perceptionDelay, 9.0, 5.0}, //
+    {&Skill::memory, 400.0, 640.0},      //
+    {&Skill::topSpeed, 20.0, 60.0},      //
+    {&Skill::movement, 18.0, 9.0},       //
+    {&Skill::correction, 18.0, 8.0},     //
+    {&Skill::spread, 0.20, 0.06},        //
+    {&Skill::wobble, 16.0, 3.0},         //
+    {&Skill::pursuit, 0.55, 0.92},       //
+    {&Skill::anticipation, 2.0, 4.0},    //
+    {&Skill::caution, 0.2, 0.8},         //
+    {&Skill::curiosity, 0.2, 0.65},      //
 };
 
 /// The newly returned are spared for as long as this by the gentle, in ticks: four seconds.
 constexpr double longestMercy = 250.0;
 
 /// Up to the first level players are as gentle as can be, from the second one not at all.
-constexpr double gentlest = 0.4;
+constexpr double gentlest = 0.5;
 constexpr double merciless = 0.65;
 
 } // namespace

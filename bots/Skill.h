@@ -44,6 +44,9 @@ struct Skill {
     /// Probability of taking cover when two are in sight, and of stepping aside when one is.
     double caution = 0.0;
 
+    /// Share of the goals that are places long out of sight: beginners like to be where others are.
+    double curiosity = 0.0;
+
     /// For how long it does not fire at somebody who has just returned and has not fired itself.
     double mercy = 0.0;
 };

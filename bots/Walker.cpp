@@ -14,10 +14,13 @@ namespace {
 
 // Distances are world units, times snapshots.
 
-/// A place is reached within this of its middle, its middle within these: roughly, and as well as
-/// steps of 6 units allow.
+/// A place is reached within this of its middle.
 constexpr float arrivalRadius = 20.0f;
+
+/// A body is in the middle of a place within this.
 constexpr float middleRadius = 7.0f;
+
+/// A body stands still within this of its target: steps of 6 units get no nearer.
 constexpr float stillRadius = 6.0f;
 
 /// Room that a straight way must have beside the body.
@@ -34,33 +37,43 @@ constexpr LookAhead lookAheads[] = {{40.0f, 96.0f}, {16.0f, 40.0f}, {0.0f, 24.0f
 /// A jump is begun within this of the middle, along both axes.
 constexpr float jumpReach = 24.0f;
 
-/// A leap is begun so far past the middle, not so far that the edge may come first, and not so far
-/// beside the line.
+/// A leap is begun so far past the middle.
 constexpr float leapStart = 8.0f;
+
+/// A leap is not begun further past the middle than this, where the edge may come first.
 constexpr float leapLatest = 34.0f;
+
+/// A leap is not begun further beside the line than this.
 constexpr float leapAside = 16.0f;
 
-/// Who jumps up moves on when it is no further than this below the place.
+/// A body that jumps up moves on when it is no further than this below the place.
 constexpr float pushHeight = 4.0f;
 
 /// A body that falls is about to land when it is no higher than this.
 constexpr float landingHeight = 40.0f;
 
-/// A jump that shows no effect is asked for again after this, one that misses this often given up.
+/// A jump that shows no effect is asked for again after this.
 constexpr int jumpPatience = 24;
+
+/// A jump that misses this often is given up.
 constexpr int mostMisses = 3;
 
-/// Who has not got nearer by so much for so long is stuck.
+/// A body gets on when it is nearer by this than ever before.
 constexpr float nearerBy = 3.0f;
+
+/// A body that does not get on for so long is stuck: one and a half seconds.
 constexpr int nearerPatience = 93;
 
-/// A body that advances by less is held up. After so many ticks it is caught, until it is so near
-/// its line again.
+/// A body that advances by less in a tick is held up.
 constexpr float heldUpSpeed = 1.0f;
+
+/// A body that is held up for so long is caught on a corner.
 constexpr int heldUpPatience = 3;
+
+/// A body that was caught is free when it is so near its line again.
 constexpr float backOnLine = 2.0f;
 
-/// Speed of a body that is moved by two keys.
+/// Speed of a body that two keys move, in a tick.
 constexpr float aslantSpeed = std::numbers::sqrt2_v<float> * Player::walkingSpeed;
 
 bool isInJumpReach(vec3 way) {
@@ -241,8 +254,8 @@ bool Walker::getsNearer(vec3 position, vec3 target) {
 }
 
 /// Towards a point of the line not far ahead (pure pursuit: Coulter, CMU-RI-TR-92-01, 1992), since
-/// keys that only nearly suit the heading would lead far from the line. Who is caught on a corner
-/// beside the line goes back to it first.
+/// keys that only nearly suit the heading would lead far from the line. A body that is caught on a
+/// corner beside the line goes back to it first.
 Steps Walker::stepOnLine(vec3 position, vec3 ahead, vec3 target, int lag) {
     const vec3 way = horizontal(target - lineStart_);
     const vec3 line = unit(way);
@@ -273,15 +286,15 @@ Steps Walker::stepOnRoad(const Roadmap& roadmap, vec3 ahead) {
         strayed_ = true;
         return {};
     }
-    // Who pushes against the face of a cube while it jumps up may slip aside along it.
+    // A body that pushes against the face of a cube while it jumps up may slip aside along it.
     if (road->gait == Gait::jump && tookOff_ && ahead.y < end.position.y - pushHeight)
         return {};
     const bool awaitsJump = sinceJump_ >= 0 && ++sinceJump_ <= jumpPatience;
     if (aloft_ || awaitsJump)
         return stepTo(ahead, end.position);
 
-    // Between walls from the middle: who slides along them may be led astray by keys that only
-    // nearly suit the heading.
+    // Between walls from the middle: keys that only nearly suit the heading may lead a body astray
+    // that slides along them.
     const vec3 offset = horizontal(ahead - start.position);
     const float margin = centres_ ? marginAt(offset) : 0.0f;
     centres_ =

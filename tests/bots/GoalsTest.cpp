@@ -28,7 +28,7 @@ vec3 goalPosition(const bots::Roadmap& roadmap, int goal) {
 TEST(Goals, AreVaried) {
     MapManager map = courtWithBlock();
     const bots::Roadmap roadmap = levelRoadmap(map);
-    Goals goals(roadmap, Chance(1));
+    Goals goals(roadmap, 0.5, Chance(1));
     std::set<int> seen;
     for (int i = 0; i < 100; ++i) {
         const int goal = goals.next(roadmap);
@@ -57,7 +57,7 @@ TEST(Goals, AreOftenHighOrInTheMiddle) {
     double middle = 0.0;
     constexpr int draws = 2000;
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-        Goals goals(roadmap, Chance(seed));
+        Goals goals(roadmap, 0.5, Chance(seed));
         for (int i = 0; i < draws / 20; ++i) {
             const vec3 position = goalPosition(roadmap, goals.next(roadmap));
             high += isHigh(position);
@@ -75,7 +75,7 @@ TEST(Goals, AreNearWhereSomebodyWasForAWhile) {
     const auto meanDistance = [&](bool noted, int skipped) {
         double sum = 0.0;
         for (std::uint64_t seed = 1; seed <= 200; ++seed) {
-            Goals goals(roadmap, Chance(seed));
+            Goals goals(roadmap, 0.5, Chance(seed));
             if (noted)
                 goals.noteCompany(company);
             for (int i = 0; i < skipped; ++i)
@@ -96,7 +96,7 @@ TEST(Goals, AreInEveryNinthOfTheArena) {
     std::array<int, 9> drawn{};
     const auto third = [](float along) { return std::min(static_cast<int>(along / 427.0f), 2); };
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-        Goals goals(roadmap, Chance(seed));
+        Goals goals(roadmap, 0.5, Chance(seed));
         for (int i = 0; i < 90; ++i) {
             const vec3 goal = goalPosition(roadmap, goals.next(roadmap));
             ++drawn[static_cast<std::size_t>(3 * third(goal.z) + third(goal.x))];
@@ -135,15 +135,15 @@ TEST(Goals, AreMoreOftenWhereNothingWasSeenForLong) {
     MapManager map = court(20, 10, 20, nothing);
     const bots::Roadmap roadmap = levelRoadmap(map);
     constexpr vec3 south{0.0f, 0.0f, 1.0f};
-    Goals unseeing(roadmap, Chance(1));
+    Goals unseeing(roadmap, 0.5, Chance(1));
     const int before = goalsBeyond(roadmap, unseeing);
-    Goals sawTheSouth(roadmap, Chance(1));
+    Goals sawTheSouth(roadmap, 0.5, Chance(1));
     lookAlong(roadmap, sawTheSouth, {9, 12, 15}, south);
     EXPECT_LT(goalsBeyond(roadmap, sawTheSouth), before - 80);
-    Goals lookedAway(roadmap, Chance(1));
+    Goals lookedAway(roadmap, 0.5, Chance(1));
     lookAlong(roadmap, lookedAway, {9, 6}, south * -1.0f);
     EXPECT_GT(goalsBeyond(roadmap, lookedAway), before + 80);
-    Goals sawItFromAfar(roadmap, Chance(1));
+    Goals sawItFromAfar(roadmap, 0.5, Chance(1));
     lookAlong(roadmap, sawItFromAfar, {2}, south);
     EXPECT_GT(goalsBeyond(roadmap, sawItFromAfar), before + 20) << "the near half was seen instead";
 }
@@ -151,8 +151,8 @@ TEST(Goals, AreMoreOftenWhereNothingWasSeenForLong) {
 TEST(Goals, CountNoPlaceAsSeenThatCubesHide) {
     MapManager map = court(20, 10, 20, [](int, int, int k) { return k == 10; });
     const bots::Roadmap roadmap = levelRoadmap(map);
-    Goals unseeing(roadmap, Chance(1));
-    Goals behindAWall(roadmap, Chance(1));
+    Goals unseeing(roadmap, 0.5, Chance(1));
+    Goals behindAWall(roadmap, 0.5, Chance(1));
     lookAlong(roadmap, behindAWall, {9}, {0.0f, 0.0f, 1.0f});
     // It saw the places that it stood at, and none beyond.
     EXPECT_NEAR(goalsBeyond(roadmap, behindAWall), goalsBeyond(roadmap, unseeing), 15);
@@ -162,7 +162,7 @@ TEST(Goals, DifferByTheSeedAlone) {
     MapManager map = courtWithBlock();
     const bots::Roadmap roadmap = levelRoadmap(map);
     const auto first = [&](std::uint64_t seed) {
-        Goals goals(roadmap, Chance(seed));
+        Goals goals(roadmap, 0.5, Chance(seed));
         std::vector<int> drawn;
         for (int i = 0; i < 5; ++i)
             drawn.push_back(goals.next(roadmap));
@@ -175,6 +175,6 @@ TEST(Goals, DifferByTheSeedAlone) {
 TEST(Goals, OfAMapWithoutPlacesAreNone) {
     MapManager map = court(5, 5, 5, [](int, int, int) { return true; });
     const bots::Roadmap roadmap = levelRoadmap(map);
-    Goals goals(roadmap, Chance(1));
+    Goals goals(roadmap, 0.5, Chance(1));
     EXPECT_EQ(goals.next(roadmap), -1);
 }

@@ -30,7 +30,13 @@ TEST(Skill, StaysWithinWhatPeopleCanDo) {
         const Skill skill = skillOf(level);
         EXPECT_GE(skill.reaction / ticksPerSecond, 0.14);
         EXPECT_LE(skill.reaction / ticksPerSecond, 0.4);
+        // Eyes take in what happened between a twentieth and a fifth of a second ago.
+        EXPECT_GE(skill.perceptionDelay / ticksPerSecond, 0.05);
+        EXPECT_LE(skill.perceptionDelay / ticksPerSecond, 0.2);
         EXPECT_GE(skill.movement / ticksPerSecond, 0.1);
+        EXPECT_LE(skill.movement / ticksPerSecond, 0.3);
+        EXPECT_GE(skill.correction / ticksPerSecond, 0.1);
+        EXPECT_LE(skill.correction / ticksPerSecond, 0.3);
         // 360 counts are 57.3 degrees.
         EXPECT_LE(skill.topSpeed * ticksPerSecond / 360.0 * 57.3, 620.0);
         EXPECT_LT(skill.pursuit, 1.0);
@@ -48,8 +54,8 @@ TEST(Skill, GoesStraightFromOneEndToTheOtherAndNoFurther) {
 
 TEST(Skill, MakesMercilessFromTwoThirdsOn) {
     EXPECT_DOUBLE_EQ(skillOf(0.0).mercy, 250.0);
-    EXPECT_DOUBLE_EQ(skillOf(0.4).mercy, 250.0);
-    EXPECT_DOUBLE_EQ(skillOf(0.5).mercy, 150.0);
+    EXPECT_DOUBLE_EQ(skillOf(0.5).mercy, 250.0);
+    EXPECT_NEAR(skillOf(0.575).mercy, 125.0, 1e-9);
     EXPECT_DOUBLE_EQ(skillOf(0.65).mercy, 0.0);
     EXPECT_DOUBLE_EQ(skillOf(1.0).mercy, 0.0);
 }

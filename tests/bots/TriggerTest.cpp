@@ -108,8 +108,8 @@ TEST(Trigger, OfTheGentleSparesTheNewlyReturned) {
     };
     EXPECT_FALSE(pulls(0.0, 249));
     EXPECT_TRUE(pulls(0.0, 250));
-    EXPECT_FALSE(pulls(0.5, 149));
-    EXPECT_TRUE(pulls(0.5, 151));
+    EXPECT_FALSE(pulls(0.575, 124));
+    EXPECT_TRUE(pulls(0.575, 126));
     EXPECT_TRUE(pulls(0.7, 1));
 }
 
