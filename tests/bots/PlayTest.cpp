@@ -204,7 +204,7 @@ TEST(Play, TracksAreThoseOfTheFirstRoom) {
     options.playersPerRoom = 2;
     options.keepTracks = true;
     const auto play = match.play({match.room.address("first"), second.address("second")}, options);
-    for (int i = 0; i < 180; ++i) {
+    for (int i = 0; i < 120; ++i) {
         second.tick();
         match.tick(*play);
     }
