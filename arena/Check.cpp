@@ -19,6 +19,9 @@ namespace {
 /// Findings of one kind are told one by one up to this many, then counted.
 constexpr std::size_t toldOneByOne = 3;
 
+/// An arena that can be left in so many cells is not looked at any further.
+constexpr std::size_t enoughDepartures = 16;
+
 /// Dead ends up to this many cubes bother nobody.
 constexpr int shortDeadEnd = 3;
 
@@ -199,17 +202,21 @@ CheckResult check(MapManager& map, const PlaceOfCell& placeOf, const CheckProgre
                 progress(subject, places);
         };
     };
-    result.reach = explore(map, result.arrivals, Pace::ordinary, report("reach"));
+    result.reach = explore(map, result.arrivals, Pace::ordinary, report("reach"), enoughDepartures);
     const Reach& reach = *result.reach;
     checkDepartures(checker, reach, "players can leave the world here");
-    if (reach.departures.empty())
+    countWalkable(result, map, reach);
+    if (!reach.isWhole)
+        return std::move(result);
+    if (reach.departures.empty() && mightLeave(map, result.arrivals, Pace::flicked))
         checkDepartures(
-            checker, explore(map, result.arrivals, Pace::flicked, report("reach at double pace")),
+            checker,
+            explore(map, result.arrivals, Pace::flicked, report("reach at double pace"),
+                    enoughDepartures),
             "players can leave the world here, at least by flicking their view in a jump");
     checkSpawnsReachEachOther(checker, reach);
     checkPits(checker, reach);
     checkDeadEnds(checker, reach);
-    countWalkable(result, map, reach);
 
     result.sight = lookAround(map, result.arrivals, reach, report("sight"));
     checkSight(checker, reach, *result.sight);

@@ -1,13 +1,12 @@
 #include "arena/Reach.h"
 
+#include "arena/BodyStates.h"
+#include "arena/Components.h"
 #include "arena/Map.h"
+#include "arena/Prospects.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdint>
-#include <initializer_list>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -15,19 +14,7 @@ namespace drench::arena {
 
 namespace {
 
-/// A floor is looked for this far below the feet: landing may leave a body hovering by less.
-constexpr float feetTolerance = 0.5f;
-
-/// Directions to move along: on foot all are tried, in flight every second one.
-constexpr int headings = 16;
-
-/// On foot, states are taken for one when they lie in the same fifth of a cube each way: whoever is
-/// in the middle one fits through a gap one cube wide.
-constexpr float walkingParts = 5.0f;
-
-/// In flight, where the keys may change every `flightTicks`, they may lie further apart.
-constexpr float flightParts = 2.0f;
-constexpr float flightHeightParts = 4.0f;
+/// Flights may change their keys after so many ticks.
 constexpr int flightTicks = 6;
 
 /// Long enough for a step on foot to leave its part of a cube.
@@ -36,79 +23,53 @@ constexpr int strideTicks = 8;
 /// Ticks after which every body has come to rest that ever will.
 constexpr int longestSettling = 700;
 
+/// A jump climbs so many rows at most.
+constexpr int highestClimb = 2;
+
+/// Leaps are aimed at floors within about 30 degrees of the way over the edge.
+constexpr double cosineOfWidestLeap = 0.88;
+
+/// Floors are labelled again after so many ticks: rarely enough to cost little beside them.
+constexpr long ticksPerLabelling = 1'000'000;
+
 /// How many states are expanded between two reports of progress.
 constexpr std::size_t statesPerReport = 4096;
 
-constexpr int inFlight = -1;
+/// The search: states found so far, and what follows from those that have been expanded.
+///
+/// Walking is tried first, everywhere. Floors that walks, climbs and falls connect both ways get
+/// one label. Flights cost most, and most lead nowhere new: only those are followed that may come
+/// down on floors of several labels, on one that nobody has got to, or outside the world. All
+/// others add nothing to what is reached and what leads where, so that leaving them out is exact.
+struct Search {
+    MapManager& map;
+    Pace pace;
+    std::size_t enoughDepartures;
+    Prospects prospects;
+    std::array<Player, headings> walks{};
+    std::array<Player, headings> runs{};
+    Reach reach{};
 
-/// What the future of a moving body depends on, apart from its view and keys.
-struct State {
-    vec3 position;
-    vec3 bodyMin;
-    vec3 bodyMax;
-    float verticalSpeed;
-    bool inAir;
+    std::vector<BodyState> states{};
+    std::unordered_map<StateKey, int, HashOfState> stateOfKey{};
+    std::unordered_map<CellIndex, int, HashOfCell> placeOfCell{};
+    std::unordered_set<CellIndex, HashOfCell> departureCells{};
 
-    /// The place it stands on, or inFlight.
-    int place;
+    /// Which state leads to which.
+    std::vector<std::pair<int, int>> moves{};
+
+    /// Places that have been hopped from.
+    std::vector<bool> hoppedFrom{};
+
+    /// For each place that was known when floors were labelled its label, and whether jumps from
+    /// there lead to the same label only.
+    std::vector<int> labelOfPlace{};
+    std::vector<bool> isSettled{};
+    long ticksWhenLabelled = 0;
 };
 
-/// States with the same key are taken for one. Vertical speeds are multiples of gravity.
-struct StateKey {
-    int x;
-    int y;
-    int z;
-    int gravities;
-    bool inAir;
-    bool standing;
-
-    bool operator==(const StateKey&) const = default;
-};
-
-/// FNV-1a, a number at a time.
-std::size_t hashOf(std::initializer_list<int> numbers) {
-    std::uint64_t hash = 14695981039346656037u;
-    for (const int number : numbers)
-        hash = (hash ^ static_cast<std::uint32_t>(number)) * 1099511628211u;
-    return static_cast<std::size_t>(hash ^ (hash >> 32));
-}
-
-struct HashKey {
-    std::size_t operator()(const StateKey& key) const {
-        return hashOf({key.x, key.y, key.z, key.gravities, key.inAir, key.standing});
-    }
-    std::size_t operator()(const CellIndex& cell) const {
-        return hashOf({cell.column, cell.row, cell.depth});
-    }
-};
-
-/// Which of the parts that each cube is cut into holds the coordinate.
-int partIndex(float coordinate, float parts) {
-    return static_cast<int>(std::floor(coordinate * parts / cubeEdge));
-}
-
-CellIndex cellOfFeet(const Player& player) {
-    return {partIndex(player.position.x, 1.0f), partIndex(player.box.min.y + feetTolerance, 1.0f),
-            partIndex(player.position.z, 1.0f)};
-}
-
-StateKey standingKey(const Player& player) {
-    return {partIndex(player.position.x, walkingParts),
-            cellOfFeet(player).row,
-            partIndex(player.position.z, walkingParts),
-            0,
-            false,
-            true};
-}
-
-StateKey flightKey(const Player& player) {
-    const vec3 p = player.position;
-    return {partIndex(p.x, flightParts),
-            partIndex(p.y, flightHeightParts),
-            partIndex(p.z, flightParts),
-            static_cast<int>(static_cast<double>(player.verticalSpeed) / Player::gravity),
-            player.inAir,
-            false};
+BodyState& stateAt(Search& search, int state) {
+    return search.states[static_cast<std::size_t>(state)];
 }
 
 /// Whether the rounding of an undone step has left the body touching a cube, so that it hangs
@@ -116,42 +77,6 @@ StateKey flightKey(const Player& player) {
 bool isStuck(const Player& player) {
     return player.mapMan->collides(player.box);
 }
-
-/// Turns the view left in a single mouse report.
-void turnLeft(Player& player, double radians) {
-    player.rotateView(-static_cast<int>(std::lround(radians * Player::countsPerRadian)), 0);
-}
-
-/// A player of this map who looks along a heading, level.
-Player lookingAlong(MapManager& map, int heading, Pace pace) {
-    Player player = bodyAt(map, vec3(0.0f), vec3(0.0f, 0.0f, 1.0f));
-    const double quarter = std::acos(0.0);
-    turnLeft(player, 4.0 * quarter * heading / headings);
-    if (pace == Pace::flicked)
-        turnLeft(player, quarter);
-    else
-        player.updateDirAndStrafe();
-    return player;
-}
-
-/// The search: states found so far, and what follows from those that have been expanded.
-struct Search {
-    MapManager& map;
-    std::array<Player, headings> views;
-
-    /// Who runs moves so many headings left of its view.
-    int runTurn;
-    Reach reach;
-
-    std::vector<State> states;
-    std::unordered_map<StateKey, int, HashKey> stateOfKey;
-    std::unordered_map<CellIndex, int, HashKey> placeOfCell;
-    std::unordered_set<CellIndex, HashKey> departureCells;
-
-    /// Those of state s stand from firstSuccessor[s] to firstSuccessor[s + 1].
-    std::vector<int> successors;
-    std::vector<std::size_t> firstSuccessor;
-};
 
 int placeOf(Search& search, const Player& player) {
     const CellIndex feet = cellOfFeet(player);
@@ -162,13 +87,8 @@ int placeOf(Search& search, const Player& player) {
     return entry->second;
 }
 
-State stateFrom(const Player& player, int place) {
-    return {player.position,      player.box.min, player.box.max,
-            player.verticalSpeed, player.inAir,   place};
-}
-
-/// What came of a tick. Who bumps has met a ceiling or has just run over an edge: not in the air
-/// yet, and so free to jump.
+/// What came of a tick. A body that bumps has met a ceiling or has just run over an edge: it is not
+/// in the air yet, and so free to jump.
 enum class Outcome { flies, bumps, lands, isLost };
 
 Outcome tick(Search& search, Player& player) {
@@ -187,10 +107,15 @@ Outcome tick(Search& search, Player& player) {
     return player.velocity.y < 0.0f && isOverFloor(player) ? Outcome::lands : Outcome::bumps;
 }
 
-/// Lets who has landed fall what it may hover above the floor. Says whether it comes to stand.
-bool settles(Search& search, Player& player) {
+void releaseKeys(Player& player) {
     for (bool& key : player.keys)
         key = false;
+}
+
+/// Lets a body that has landed fall what it may hover above the floor. Says whether it comes to
+/// stand.
+bool settles(Search& search, Player& player) {
+    releaseKeys(player);
     for (int i = 0; i < longestSettling && !stands(player); ++i) {
         if (tick(search, player) == Outcome::isLost)
             return false;
@@ -202,94 +127,171 @@ int stateInFlight(Search& search, const Player& player) {
     const auto [entry, isNew] =
         search.stateOfKey.try_emplace(flightKey(player), static_cast<int>(search.states.size()));
     if (isNew)
-        search.states.push_back(stateFrom(player, inFlight));
+        search.states.push_back(stateOf(player, inTheAir));
     return entry->second;
 }
 
-/// The state that who has just landed settles in, or -1 when it is lost.
+/// The state in which a body settles that has just landed, or -1 when it is lost.
 int stateOnFloor(Search& search, const Player& player) {
-    const StateKey key = standingKey(player);
+    // One that hovers high above the floor may have its feet in a row above its own.
+    Player settled = player;
+    if (-player.velocity.y >= search.prospects.climbingHover && !settles(search, settled))
+        return -1;
+    const StateKey key = standingKey(settled, isOpenFloor(search.prospects, cellOfFeet(settled)));
     if (const auto known = search.stateOfKey.find(key); known != search.stateOfKey.end())
         return known->second;
-    Player settled = player;
     if (!settles(search, settled))
         return -1;
     const int state = static_cast<int>(search.states.size());
     search.stateOfKey.emplace(key, state);
-    search.states.push_back(stateFrom(settled, placeOf(search, settled)));
+    search.states.push_back(stateOf(settled, placeOf(search, settled)));
     return state;
 }
 
-/// The player of a view, moved to where another body is and as fast as that falls.
-Player inState(const Search& search, int heading, const State& state) {
-    Player player = search.views[static_cast<std::size_t>(heading)];
-    player.position = state.position;
-    player.look = state.position + player.direction;
-    player.box.centre = state.position;
-    player.box.min = state.bodyMin;
-    player.box.max = state.bodyMax;
-    player.verticalSpeed = state.verticalSpeed;
-    player.inAir = state.inAir;
-    return player;
+void addMove(Search& search, int from, int to) {
+    if (to >= 0 && to != from)
+        search.moves.emplace_back(from, to);
 }
 
-void addSuccessor(Search& search, int from, const Player& player, Outcome outcome) {
+/// Notes what a body has come to. One that was stopped in a deep fall hovers high above the floor,
+/// and a jump from there leads higher than one from the floor: it is followed too.
+void addMove(Search& search, int from, const Player& player, Outcome outcome) {
     if (outcome == Outcome::isLost)
         return;
-    const int to =
-        outcome == Outcome::lands ? stateOnFloor(search, player) : stateInFlight(search, player);
-    if (to >= 0 && to != from)
-        search.successors.push_back(to);
+    if (outcome == Outcome::lands)
+        addMove(search, from, stateOnFloor(search, player));
+    if (outcome != Outcome::lands || -player.velocity.y >= search.prospects.climbingHover)
+        addMove(search, from, stateInFlight(search, player));
 }
 
-/// Presses the two keys that together move fastest.
-void run(Player& player) {
-    player.setKey(keyIndex::forward, true);
-    player.setKey(keyIndex::left, true);
-}
-
-/// Adds what a flight leads to. Who touches a floor just to run over its edge might jump again at
-/// once; it only falls on here, or flights would go on from place to place.
+/// Ends a flight in a landing or in the air. A body that touches a floor just to run over its edge
+/// might jump again at once; it only falls on here, or flights would go on from place to place.
 void endFlight(Search& search, int from, Player& player, Outcome outcome) {
     if (outcome == Outcome::bumps && player.velocity.y < 0.0f)
         player.inAir = true;
-    addSuccessor(search, from, player, outcome);
+    addMove(search, from, player, outcome);
 }
 
-/// Jumps from an edge and runs straight on until it lands. Steered flights are merged every few
-/// ticks and so lose a little of their way; the widest gaps are crossed by these.
-void leap(Search& search, int state, const Player& overEdge, int heading) {
-    const int view = (heading + headings - search.runTurn) % headings;
-    Player player = inState(search, view, stateFrom(overEdge, inFlight));
-    run(player);
-    player.setKey(keyIndex::jump, true);
+/// Lets a body fall from where it is until it lands.
+void fall(Search& search, int from, Player player) {
+    releaseKeys(player);
     Outcome outcome = Outcome::flies;
     while (outcome == Outcome::flies)
         outcome = tick(search, player);
-    endFlight(search, state, player, outcome);
+    endFlight(search, from, player, outcome);
 }
 
-/// Walks from a standing state along every heading until that makes another state, and leaps where
-/// it leads over an edge.
-void walkFrom(Search& search, int state) {
-    for (int heading = 0; heading < headings; ++heading) {
-        Player player = inState(search, heading, search.states[static_cast<std::size_t>(state)]);
-        player.setKey(keyIndex::forward, true);
-        Outcome outcome = Outcome::lands;
-        for (int i = 0; i < strideTicks && outcome == Outcome::lands; ++i) {
-            outcome = tick(search, player);
-            if (outcome == Outcome::lands && stateOnFloor(search, player) != state)
-                break;
+/// Jumps from where a body is and runs towards a point until it is above it, then falls.
+void leapTo(Search& search, int from, const BodyState& start, vec3 goal) {
+    const float step = search.prospects.runSpeed;
+    const auto aimed = [&](const BodyState& body) {
+        Player player =
+            inState(runningAlong(search.map, yawTowards(body.position, goal), search.pace), body);
+        run(player);
+        return player;
+    };
+    Player player = aimed(start);
+    player.setKey(keyIndex::jump, true);
+    Outcome outcome = Outcome::flies;
+    float left = levelDistance(player.position, goal);
+    while (outcome == Outcome::flies) {
+        const bool isThere = left < 0.5f * step;
+        if (isThere)
+            releaseKeys(player);
+        const vec3 before = player.position;
+        outcome = tick(search, player);
+        left = levelDistance(player.position, goal);
+        // What slides along a wall has to turn.
+        const float moved = levelDistance(before, player.position);
+        if (outcome == Outcome::flies && !isThere && moved < 0.9f * step)
+            player = aimed(stateOf(player, inTheAir));
+    }
+    endFlight(search, from, player, outcome);
+}
+
+/// Walks from an open floor straight to the middles of the cells around it: nothing is in the way.
+void walkOverOpenFloor(Search& search, int state) {
+    const BodyState start = stateAt(search, state);
+    const CellIndex feet = search.reach.places[static_cast<std::size_t>(start.place)].feet;
+    for (int i = -1; i <= 1; ++i) {
+        for (int k = -1; k <= 1; ++k) {
+            if (i == 0 && k == 0)
+                continue;
+            const vec3 goal =
+                carriedPoint(search.prospects, {feet.column + i, feet.row, feet.depth + k});
+            Player player = inState(
+                walkingAlong(search.map, yawTowards(start.position, goal), search.pace), start);
+            player.setKey(keyIndex::forward, true);
+            Outcome outcome = Outcome::lands;
+            float left = levelDistance(player.position, goal);
+            for (float step = 0.0f; left > 0.5f * step && outcome == Outcome::lands; left -= step) {
+                const vec3 before = player.position;
+                outcome = tick(search, player);
+                step = levelDistance(before, player.position);
+            }
+            addMove(search, state, player, outcome);
         }
-        addSuccessor(search, state, player, outcome);
-        if (outcome == Outcome::bumps && heading % 2 == 0)
-            leap(search, state, player, heading);
     }
 }
 
-/// Flies on from a state for some ticks, running along a view or straight up and down.
-void fly(Search& search, int state, int heading, bool runs, bool jumps) {
-    Player player = inState(search, heading, search.states[static_cast<std::size_t>(state)]);
+/// Walks from a standing state along a heading until that makes another state.
+Outcome stride(Search& search, int state, int heading, Player& player) {
+    player = inState(search.walks[static_cast<std::size_t>(heading)], stateAt(search, state));
+    player.setKey(keyIndex::forward, true);
+    const StateKey start = standingKey(player, false);
+    Outcome outcome = Outcome::lands;
+    for (int i = 0; i < strideTicks && outcome == Outcome::lands; ++i) {
+        outcome = tick(search, player);
+        if (outcome == Outcome::lands && standingKey(player, false) != start &&
+            stateOnFloor(search, player) != state)
+            break;
+    }
+    return outcome;
+}
+
+/// Jumps to the floors beside a place that are as high or higher, once for each place.
+void hopFrom(Search& search, int state) {
+    const BodyState start = stateAt(search, state);
+    const auto place = static_cast<std::size_t>(start.place);
+    search.hoppedFrom.resize(search.reach.places.size(), false);
+    if (search.hoppedFrom[place])
+        return;
+    search.hoppedFrom[place] = true;
+    const CellIndex feet = search.reach.places[place].feet;
+    for (int i = -1; i <= 1; ++i) {
+        for (int k = -1; k <= 1; ++k) {
+            for (int row = feet.row; row <= feet.row + highestClimb; ++row) {
+                const CellIndex goal = {feet.column + i, row, feet.depth + k};
+                if ((i != 0 || k != 0) && mayStand(search.prospects, goal))
+                    leapTo(search, state, start, carriedPoint(search.prospects, goal));
+            }
+        }
+    }
+}
+
+/// Walks from a standing state along every heading, climbs what is beside it, and falls where a way
+/// leads over an edge.
+void walkFrom(Search& search, int state) {
+    if (isOpenFloor(
+            search.prospects,
+            search.reach.places[static_cast<std::size_t>(stateAt(search, state).place)].feet)) {
+        walkOverOpenFloor(search, state);
+        return;
+    }
+    for (int heading = 0; heading < headings; ++heading) {
+        Player player;
+        const Outcome outcome = stride(search, state, heading, player);
+        const std::size_t known = search.states.size();
+        addMove(search, state, player, outcome);
+        if (outcome == Outcome::bumps && search.states.size() > known)
+            fall(search, static_cast<int>(known), player);
+    }
+    hopFrom(search, state);
+}
+
+/// Flies on from a state for some ticks, running along a heading or straight up and down.
+void fly(Search& search, int state, const Player& view, bool runs, bool jumps) {
+    Player player = inState(view, stateAt(search, state));
     Outcome outcome = Outcome::flies;
     for (int i = 0; i < flightTicks; ++i) {
         if (runs)
@@ -304,17 +306,126 @@ void fly(Search& search, int state, int heading, bool runs, bool jumps) {
     endFlight(search, state, player, outcome);
 }
 
-void flyFrom(Search& search, int state) {
-    // Copied, since new states may move the old ones.
-    const State from = search.states[static_cast<std::size_t>(state)];
-    for (const bool jumps : {false, true}) {
-        const bool possible = jumps ? !from.inAir : from.place == inFlight;
-        if (!possible)
-            continue;
-        fly(search, state, 0, false, jumps);
-        for (int heading = 0; heading < headings; heading += 2)
-            fly(search, state, heading, true, jumps);
+/// Flies on from a state, with a jump or without, along every second heading.
+void flyFrom(Search& search, int state, bool jumps) {
+    fly(search, state, search.walks[0], false, jumps);
+    for (std::size_t heading = 0; heading < headings; heading += 2)
+        fly(search, state, search.runs[heading], true, jumps);
+}
+
+/// Whether a floor has not been got to, or has another label than a place.
+bool isElsewhere(const Search& search, const CellIndex& feet, int place) {
+    const auto known = search.placeOfCell.find(feet);
+    if (known == search.placeOfCell.end())
+        return true;
+    const auto other = static_cast<std::size_t>(known->second);
+    const auto own = static_cast<std::size_t>(place);
+    return std::max(other, own) >= search.labelOfPlace.size() ||
+           search.labelOfPlace[other] != search.labelOfPlace[own];
+}
+
+/// The floors elsewhere that a jump from a place might reach.
+std::vector<CellIndex> floorsElsewhere(const Search& search, int place, float height) {
+    std::vector<CellIndex> floors;
+    const CellIndex feet = search.reach.places[static_cast<std::size_t>(place)].feet;
+    for (int ring = 1; ring <= std::max(search.map.columns, search.map.depth); ++ring) {
+        const int highest = highestRowAfterJump(search.prospects, height, ring);
+        if (highest < 0)
+            break;
+        for (int i = -ring; i <= ring; ++i) {
+            const int stride = std::abs(i) == ring ? 1 : 2 * ring;
+            for (int k = -ring; k <= ring; k += stride) {
+                for (int row = 1; row <= highest; ++row) {
+                    const CellIndex floor = {feet.column + i, row, feet.depth + k};
+                    if (mayStand(search.prospects, floor) && isElsewhere(search, floor, place))
+                        floors.push_back(floor);
+                }
+            }
+        }
     }
+    return floors;
+}
+
+/// Leaps over every edge beside a standing state straight to the floors elsewhere that lie ahead:
+/// steered flights are merged every few ticks and so lose a little of their way.
+void leapFrom(Search& search, int state) {
+    const BodyState start = stateAt(search, state);
+    const std::vector<CellIndex> goals = floorsElsewhere(search, start.place, start.feet());
+    if (goals.empty())
+        return;
+    for (int heading = 0; heading < headings; ++heading) {
+        Player player;
+        if (stride(search, state, heading, player) != Outcome::bumps)
+            continue;
+        const BodyState overEdge = stateOf(player, inTheAir);
+        const double yaw = yawTowards(start.position, player.position);
+        for (const CellIndex& goal : goals) {
+            const vec3 point = carriedPoint(search.prospects, goal);
+            const double turn = yawTowards(player.position, point) - yaw;
+            if (std::cos(turn) > cosineOfWidestLeap)
+                leapTo(search, state, overEdge, point);
+        }
+    }
+}
+
+/// Follows the flights that begin or go on in a state, unless they lead nowhere new.
+void followFlights(Search& search, int state) {
+    // Copied, since new states may move the old ones.
+    const BodyState from = stateAt(search, state);
+    if (from.place >= 0) {
+        const auto place = static_cast<std::size_t>(from.place);
+        if (place < search.isSettled.size() && search.isSettled[place])
+            return;
+        flyFrom(search, state, true);
+        leapFrom(search, state);
+        return;
+    }
+    const int column = search.map.getColumn(from.position.x);
+    const int depth = search.map.getDepth(from.position.z);
+    const int label =
+        from.inAir ? inFlight(search.prospects, column, depth, from.feet(), from.verticalSpeed)
+                   : afterJump(search.prospects, column, depth, from.feet());
+    if (label >= 0) {
+        fall(search, state, inState(search.walks[0], from));
+        return;
+    }
+    flyFrom(search, state, false);
+    if (!from.inAir)
+        flyFrom(search, state, true);
+}
+
+/// Gives all floors that lead to each other the same label. A place and a state in flight is a node
+/// each; the states that stand at a place are taken for one.
+void labelFloors(Search& search) {
+    const std::vector<StandingPlace>& places = search.reach.places;
+    const auto nodeOf = [&](int state) {
+        const int place = stateAt(search, state).place;
+        return place >= 0 ? place : static_cast<int>(places.size()) + state;
+    };
+    std::vector<std::pair<int, int>> edges;
+    edges.reserve(search.moves.size());
+    for (const auto& [from, to] : search.moves)
+        edges.emplace_back(nodeOf(from), nodeOf(to));
+    search.labelOfPlace = strongComponents(digraph(places.size() + search.states.size(), edges));
+    search.labelOfPlace.resize(places.size());
+
+    std::vector<int> labelOfFloor;
+    for (const CellIndex& floor : search.prospects.floors) {
+        const auto known = search.placeOfCell.find(floor);
+        labelOfFloor.push_back(known == search.placeOfCell.end()
+                                   ? -1
+                                   : search.labelOfPlace[static_cast<std::size_t>(known->second)]);
+    }
+    label(search.prospects, labelOfFloor);
+
+    search.isSettled.clear();
+    for (std::size_t place = 0; place < places.size(); ++place) {
+        const CellIndex& feet = places[place].feet;
+        const float height = places[place].position.y - 0.5f * Player::bodySize.y;
+        search.isSettled.push_back(afterJump(search.prospects, feet.column, feet.depth, height) ==
+                                   search.labelOfPlace[place]);
+    }
+    search.ticksWhenLabelled = search.reach.ticks;
 }
 
 /// Fills each place's `next`: what its states lead to, through states in flight.
@@ -325,6 +436,7 @@ void connectPlaces(Search& search) {
         if (const int place = search.states[state].place; place >= 0)
             statesOf[static_cast<std::size_t>(place)].push_back(static_cast<int>(state));
     }
+    const Digraph graph = digraph(search.states.size(), search.moves);
 
     // For each state the last place whose flights passed it.
     std::vector<int> passedFrom(search.states.size(), -1);
@@ -335,14 +447,13 @@ void connectPlaces(Search& search) {
         while (!open.empty()) {
             const auto state = static_cast<std::size_t>(open.back());
             open.pop_back();
-            for (std::size_t i = search.firstSuccessor[state]; i < search.firstSuccessor[state + 1];
-                 ++i) {
-                const auto successor = static_cast<std::size_t>(search.successors[i]);
+            for (std::size_t i = graph.first[state]; i < graph.first[state + 1]; ++i) {
+                const auto successor = static_cast<std::size_t>(graph.targets[i]);
                 if (passedFrom[successor] == self)
                     continue;
                 passedFrom[successor] = self;
                 if (const int landing = search.states[successor].place; landing < 0)
-                    open.push_back(search.successors[i]);
+                    open.push_back(graph.targets[i]);
                 else if (landing != self)
                     next.push_back(landing);
             }
@@ -352,38 +463,90 @@ void connectPlaces(Search& search) {
     }
 }
 
+/// Whether so many ways out of the world have been found that more would tell nothing new.
+bool hasEnough(const Search& search) {
+    return search.reach.departures.size() >= search.enoughDepartures;
+}
+
+/// The cells of feet in which the search starts.
+std::vector<CellIndex> startingCells(const std::vector<Arrival>& arrivals) {
+    std::vector<CellIndex> cells;
+    for (const Arrival& arrival : arrivals) {
+        if (arrival.startsFree())
+            cells.push_back(cellOfFeet(arrival.spawned));
+    }
+    return cells;
+}
+
+/// How far a body runs in a tick, world units.
+float runSpeed(Pace pace) {
+    MapManager nothing;
+    Player player = runningAlong(nothing, 0.0, pace);
+    run(player);
+    player.update(0.0f);
+    return std::hypot(player.velocity.x, player.velocity.z);
+}
+
 } // namespace
 
 Reach explore(MapManager& map, const std::vector<Arrival>& arrivals, Pace pace,
-              const std::function<void(std::size_t)>& progress) {
-    Search search{map, {}, pace == Pace::flicked ? 0 : headings / 8, {}, {}, {}, {}, {}, {}, {}};
-    for (int heading = 0; heading < headings; ++heading)
-        search.views[static_cast<std::size_t>(heading)] = lookingAlong(map, heading, pace);
+              const std::function<void(std::size_t)>& progress, std::size_t enoughDepartures) {
+    Search search{
+        .map = map,
+        .pace = pace,
+        .enoughDepartures = enoughDepartures,
+        .prospects = prospects(map, startingCells(arrivals), runSpeed(pace)),
+    };
+    for (int heading = 0; heading < headings; ++heading) {
+        const double yaw = 4.0 * quarterTurn * heading / headings;
+        search.walks[static_cast<std::size_t>(heading)] = walkingAlong(map, yaw, pace);
+        search.runs[static_cast<std::size_t>(heading)] = runningAlong(map, yaw, pace);
+    }
 
     for (const Arrival& arrival : arrivals) {
         if (arrival.startsFree())
             stateInFlight(search, arrival.spawned);
+        if (arrival.comesToStand())
+            addMove(search, stateInFlight(search, arrival.spawned),
+                    stateOnFloor(search, arrival.landed));
         search.reach.landings.push_back(arrival.comesToStand() ? placeOf(search, arrival.landed)
                                                                : -1);
     }
-    // Expanding a state appends the new ones that it leads to.
-    for (std::size_t i = 0; i < search.states.size(); ++i) {
-        const int state = static_cast<int>(i);
-        search.firstSuccessor.push_back(search.successors.size());
-        if (search.states[i].place >= 0)
-            walkFrom(search, state);
-        flyFrom(search, state);
-        if (progress && i % statesPerReport == 0)
-            progress(search.reach.places.size());
+
+    // Following a state appends the new ones that it leads to. All are walked from before the next
+    // flight, so that as many floors as possible have a label when it comes to flights.
+    std::size_t walked = 0;
+    for (std::size_t flown = 0; flown < search.states.size(); ++flown) {
+        for (; walked < search.states.size() && !hasEnough(search); ++walked) {
+            if (progress && walked % statesPerReport == 0)
+                progress(search.reach.places.size());
+            if (search.states[walked].place >= 0)
+                walkFrom(search, static_cast<int>(walked));
+        }
+        if (flown == 0 || search.reach.ticks - search.ticksWhenLabelled > ticksPerLabelling)
+            labelFloors(search);
+        if (hasEnough(search))
+            break;
+        followFlights(search, static_cast<int>(flown));
     }
-    search.firstSuccessor.push_back(search.successors.size());
+    search.reach.isWhole = !hasEnough(search);
     connectPlaces(search);
     return std::move(search.reach);
 }
 
+bool mightLeave(const MapManager& map, const std::vector<Arrival>& arrivals, Pace pace) {
+    std::vector<std::pair<CellIndex, float>> starts;
+    for (const Arrival& arrival : arrivals) {
+        if (arrival.startsFree())
+            starts.emplace_back(cellOfFeet(arrival.spawned), arrival.spawned.box.min.y);
+    }
+    return mightLeave(prospects(map, startingCells(arrivals), runSpeed(pace)), starts);
+}
+
 std::vector<CellIndex> walkableCells(const MapManager& map) {
     std::vector<CellIndex> walkable;
-    constexpr vec3 toCentre(0.0f, 0.5f * (Player::bodySize.y + feetTolerance), 0.0f);
+    constexpr float hover = 0.5f;
+    constexpr vec3 toCentre(0.0f, 0.5f * (Player::bodySize.y + hover), 0.0f);
     for (int i = 0; i < map.columns; ++i) {
         for (int j = 1; j < map.rows; ++j) {
             for (int k = 0; k < map.depth; ++k) {

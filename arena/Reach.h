@@ -6,6 +6,7 @@
 #include "src/Vector.h"
 
 #include <functional>
+#include <limits>
 #include <vector>
 
 namespace drench::arena {
@@ -32,6 +33,9 @@ struct Reach {
     /// The cells nearest to where bodies left the world: where a hole or a low wall is.
     std::vector<CellIndex> departures;
 
+    /// Whether all that can be found was looked for; not if the search ended at enough departures.
+    bool isWhole = true;
+
     /// Calls of Player::update that it took.
     long ticks = 0;
 };
@@ -51,7 +55,12 @@ enum class Pace {
 /// vertical speed are nearly alike, so that all it finds can be done and little is missed. Calls
 /// `progress` now and then with the number of places found so far.
 Reach explore(MapManager& map, const std::vector<Arrival>& arrivals, Pace pace,
-              const std::function<void(std::size_t places)>& progress = {});
+              const std::function<void(std::size_t places)>& progress = {},
+              std::size_t enoughDepartures = std::numeric_limits<std::size_t>::max());
+
+/// Whether players might leave the world at all, by heights and distances alone: false only where
+/// `explore` could not find a departure.
+bool mightLeave(const MapManager& map, const std::vector<Arrival>& arrivals, Pace pace);
 
 /// Cells on whose floor a body has room to stand in the middle, below the top of the world, reached
 /// or not.

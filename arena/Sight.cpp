@@ -24,6 +24,10 @@ constexpr float cosineOfFieldOfView = 0.0f;
 
 constexpr std::size_t placesPerReport = 64;
 
+/// Lost shots are counted from this many places at least, evenly spread over the arena: their share
+/// is known to a percent long before.
+constexpr std::size_t placesToShootFrom = 2000;
+
 /// Whether `holds` for any of the points spread over a body: so many along each horizontal edge,
 /// twice as many less one along each vertical one.
 template<typename Predicate>
@@ -55,7 +59,7 @@ bool isHidden(const Grid& grid, vec3 eye, vec3 point) {
 /// Whether a shot meets no cube. Marching there takes a shot longest, so that is asked last.
 bool isLost(const Grid& grid, vec3 shooter, vec3 direction) {
     return !trace(grid, rayAlong(shooter, direction)) ||
-           grid.map->pointOfIntersection(shooter, direction).x < 0.0f;
+           isMiss(grid.map->pointOfIntersection(shooter, direction));
 }
 
 /// Directions spread evenly over the sphere along a spiral (a Fibonacci lattice), without those
@@ -144,7 +148,7 @@ bool canSoak(const Grid& grid, vec3 shooter, const Box& body) {
         towards.normalize();
         const vec3 hit = grid.map->pointOfIntersection(shooter, towards);
         vec3 entry;
-        return hit.x >= 0.0f && Line_AABB(shooter, hit, body.min, body.max, entry);
+        return !isMiss(hit) && Line_AABB(shooter, hit, body.min, body.max, entry);
     });
 }
 
@@ -156,6 +160,8 @@ Sight lookAround(const MapManager& map, const std::vector<Arrival>& arrivals, co
     sight.whenLanded = pairsInSight(grid, arrivals, &Arrival::landed, &Arrival::comesToStand);
 
     const std::vector<vec3> directions = viewDirections();
+    const std::size_t placesPerShooter =
+        std::max<std::size_t>(reach.places.size() / placesToShootFrom, 1);
     long shots = 0;
     long lost = 0;
     for (std::size_t i = 0; i < reach.places.size(); ++i) {
@@ -163,9 +169,11 @@ Sight lookAround(const MapManager& map, const std::vector<Arrival>& arrivals, co
         const Box body(place.position, Player::bodySize);
         if (isSniperPlace(grid, arrivals, body))
             sight.sniperPlaces.push_back(static_cast<int>(i));
-        for (const vec3 direction : directions) {
-            ++shots;
-            lost += isLost(grid, place.position, direction);
+        if (i % placesPerShooter == 0) {
+            for (const vec3 direction : directions) {
+                ++shots;
+                lost += isLost(grid, place.position, direction);
+            }
         }
         if (progress && i % placesPerReport == 0)
             progress(i);

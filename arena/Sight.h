@@ -21,8 +21,8 @@ struct Sight {
     /// third one, from its own spawn, can soak who stands there.
     std::vector<int> sniperPlaces;
 
-    /// Share, 0 to 1, of the directions of view from all places in which a shot meets no cube and
-    /// so soaks nobody.
+    /// Share, 0 to 1, of the directions of view in which a shot meets no cube and so soaks nobody;
+    /// from all places, or in a large arena from two thousand or more that are spread over it.
     double openSky = 0.0;
 };
 

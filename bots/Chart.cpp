@@ -148,7 +148,7 @@ void addLeaps(Roadmap& roadmap, int from) {
                 const int to = roadmap.placeIn(end);
                 const bool isEdge =
                     roadmap.placeIn({end.column - step.column, row, end.depth - step.depth}) < 0;
-                if (isEdge && std::binary_search(start.next.begin(), start.next.end(), to))
+                if (to >= 0 && isEdge)
                     addLeap(roadmap, from, to, wayRound[asIndex(to)]);
             }
         }

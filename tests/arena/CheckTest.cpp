@@ -380,11 +380,26 @@ TEST(CheckSight, PlacesThatCoverTwoSpawns) {
 }
 
 TEST(Check, ProgressNamesWhatIsLookedAt) {
-    arena::MapText text = arena::readMapText(ringText());
-    std::vector<std::string> subjects;
-    arena::check(text, [&](const std::string& subject, std::size_t) {
-        if (subjects.empty() || subjects.back() != subject)
-            subjects.push_back(subject);
-    });
-    EXPECT_EQ(subjects, (std::vector<std::string>{"reach", "reach at double pace", "sight"}));
+    const auto subjectsOf = [](const std::string& arena) {
+        arena::MapText text = arena::readMapText(arena);
+        std::vector<std::string> subjects;
+        arena::check(text, [&](const std::string& subject, std::size_t) {
+            if (subjects.empty() || subjects.back() != subject)
+                subjects.push_back(subject);
+        });
+        return subjects;
+    };
+    EXPECT_EQ(subjectsOf(ringText()), (std::vector<std::string>{"reach", "sight"}))
+        << "below a ceiling nobody leaves, however fast";
+}
+
+TEST(Check, ArenaThatCanBeLeftAnywhereIsNotLookedAtAnyFurther) {
+    arena::MapText text =
+        arena::readMapText(arenaText(40, 16, 40, [](int, int j, int) { return j == 0; }));
+    const CheckResult result = arena::check(text);
+    ASSERT_TRUE(result.reach);
+    EXPECT_FALSE(result.reach->isWhole);
+    EXPECT_EQ(result.reach->departures.size(), 16u);
+    EXPECT_FALSE(result.sight);
+    EXPECT_FALSE(result.playable());
 }

@@ -114,6 +114,111 @@ TEST(Reach, RunningJumpCrossesSevenCubesAndAFlickedOneMore) {
     EXPECT_FALSE(reaches(exploredFrom(eleven, 1, 4, 1, Pace::flicked), {15, 4, 1}));
 }
 
+TEST(Reach, LeapGoesInAnyDirection) {
+    // From a platform of two by two cubes to a single one, so many columns and so much depth away.
+    const auto isCrossed = [](int columns, int depth) {
+        MapManager map = court(columns + 6, 9, depth + 5, [=](int i, int j, int k) {
+            return j < 4 && ((i < 3 && k < 3) || (i == columns + 2 && k == depth + 2));
+        });
+        return reaches(exploredFrom(map, 1, 4, 1), {columns + 2, 4, depth + 2});
+    };
+    EXPECT_TRUE(isCrossed(7, 4));
+    EXPECT_TRUE(isCrossed(7, 5));
+    EXPECT_TRUE(isCrossed(8, 2));
+    EXPECT_FALSE(isCrossed(8, 7));
+}
+
+TEST(Reach, JumpFromWhereADeepFallEndsClimbsThreeCubes) {
+    // A shaft below a tower; beside its floor a step of three cubes under a roof. A fall of 53 rows
+    // stops nearly a cube above the floor.
+    const auto shaft = [](int top) {
+        return court(8, 70, 3, [=](int i, int j, int) {
+            return (i == 1 && j < top) || (i >= 4 && j < 4) || (i >= 3 && j >= 7);
+        });
+    };
+    MapManager map = shaft(54);
+    bool isClimbed = false;
+    for (float edge = 146.0f; edge < 175.0f && !isClimbed; edge += 2.0f) {
+        Player player = arrivalIn(map, 1, 54, 1).landed;
+        player.look = player.position + vec3(1.0f, 0.0f, 0.0f);
+        player.updateDirAndStrafe();
+        for (int tick = 0; tick < 900 && (player.inAir || player.box.min.y > 192.0f); ++tick) {
+            player.setKey(keyIndex::forward, player.position.x < edge);
+            player.update(0.0f);
+        }
+        player.setKey(keyIndex::forward, true);
+        player.setKey(keyIndex::jump, true);
+        for (int tick = 0; tick < 90 && !isClimbed; ++tick) {
+            player.update(0.0f);
+            isClimbed = arena::stands(player) && map.getRow(player.box.min.y + 0.5f) == 4;
+        }
+    }
+    ASSERT_TRUE(isClimbed) << "it can be done";
+    EXPECT_TRUE(reaches(exploredFrom(map, 1, 54, 1), {5, 4, 1}));
+
+    MapManager lower = shaft(53);
+    EXPECT_FALSE(reaches(exploredFrom(lower, 1, 53, 1), {5, 4, 1}));
+}
+
+TEST(Reach, EndsAtEnoughDepartures) {
+    MapManager map = withoutSolids(12, 6, 12);
+    for (int i = 0; i < 12; ++i) {
+        for (int k = 0; k < 12; ++k)
+            arena::cell(map, i, 0, k).solid = 1;
+    }
+    const std::vector<Arrival> arrivals = {arrivalIn(map, 5, 1, 5)};
+    const Reach few = explore(map, arrivals, Pace::ordinary, {}, 3);
+    EXPECT_FALSE(few.isWhole);
+    EXPECT_GE(few.departures.size(), 3u);
+    const Reach all = explore(map, arrivals, Pace::ordinary);
+    EXPECT_TRUE(all.isWhole);
+    EXPECT_GT(all.departures.size(), few.departures.size());
+    EXPECT_GT(all.ticks, few.ticks);
+}
+
+TEST(Reach, FlightsOverFloorsThatLeadToEachOtherAreLeftOut) {
+    MapManager map = court(24, 8, 24, nothing);
+    const Reach reach = exploredFrom(map, 5, 1, 5);
+    EXPECT_EQ(reach.places.size(), 22u * 22u);
+    EXPECT_LT(reach.ticks, 700L * 22 * 22);
+}
+
+TEST(MightLeave, IsFalseOnlyWhereNoJumpGetsToABorderThatIsOpen) {
+    const auto mightLeave = [](int rows, int stepRow) {
+        MapManager map = court(
+            10, rows, 10, [=](int i, int j, int k) { return i == 5 && k == 5 && j <= stepRow; });
+        return arena::mightLeave(map, {arrivalIn(map, 2, 1, 2)}, Pace::ordinary);
+    };
+    EXPECT_TRUE(mightLeave(3, 0));
+    EXPECT_FALSE(mightLeave(4, 0));
+    EXPECT_TRUE(mightLeave(5, 2)) << "over the step";
+    EXPECT_FALSE(mightLeave(5, 3)) << "nobody gets on a step of three cubes";
+}
+
+TEST(MightLeave, HoleInTheFloorOrTheBorderCounts) {
+    MapManager map = court(6, 8, 6, nothing);
+    EXPECT_FALSE(arena::mightLeave(map, {arrivalIn(map, 2, 1, 2)}, Pace::ordinary));
+    arena::cell(map, 4, 0, 4).solid = 0;
+    EXPECT_TRUE(arena::mightLeave(map, {arrivalIn(map, 2, 1, 2)}, Pace::ordinary));
+    arena::cell(map, 4, 0, 4).solid = 1;
+    for (int j = 1; j <= 3; ++j)
+        arena::cell(map, 5, j, 3).solid = 0;
+    EXPECT_TRUE(arena::mightLeave(map, {arrivalIn(map, 2, 1, 2)}, Pace::ordinary));
+}
+
+TEST(MightLeave, CeilingIsClimbedFrom) {
+    // No jump from the floor leads to the hole high in the border, but steps of a ceiling do.
+    const auto mightLeave = [](bool withCeiling) {
+        MapManager map = court(
+            8, 12, 3, [=](int i, int j, int) { return withCeiling && i < 4 && j > 2 + 2 * i; });
+        for (int j = 7; j < 12; ++j)
+            arena::cell(map, 7, j, 1).solid = 0;
+        return arena::mightLeave(map, {arrivalIn(map, 1, 1, 1)}, Pace::ordinary);
+    };
+    EXPECT_FALSE(mightLeave(false));
+    EXPECT_TRUE(mightLeave(true));
+}
+
 TEST(Reach, CeilingLetsPlayersJumpAgain) {
     // Below a ceiling that steps up by two cubes at a time, players climb in the air.
     MapManager map =
