@@ -69,11 +69,12 @@ std::string gridOf(const MapManager& map, int row, const std::map<PlanKind, char
             grid += characters.at(kindOf(cell(map, i, row, k)));
         grid += "\n";
     }
+    const std::size_t lineLength = static_cast<std::size_t>(map.columns) + 1;
     for (const PlanMark& mark : marks) {
         for (const CellIndex& cell : mark.cells) {
+            const auto column = static_cast<std::size_t>(cell.column);
             if (cell.row == row)
-                grid[static_cast<std::size_t>(cell.depth * (map.columns + 1) + cell.column)] =
-                    mark.character;
+                grid[static_cast<std::size_t>(cell.depth) * lineLength + column] = mark.character;
         }
     }
     return grid;
