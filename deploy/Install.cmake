@@ -1,4 +1,5 @@
-# What `cmake --install` puts where, and cpack into packages. The component "server" is all that a room needs.
+# What `cmake --install` puts where, and cpack into packages. The component "server" is all that a room
+# needs, "dev" all that other projects build on.
 
 # Before anything is installed: units name files by their whole paths, in which these signs mean
 # something else or end them.
@@ -59,3 +60,17 @@ install(CODE "
                    @ONLY)
   endforeach()
 " COMPONENT server)
+
+# For find_package(drench).
+include(CMakePackageConfigHelpers)
+set(DRENCH_CMAKE ${CMAKE_INSTALL_LIBDIR}/cmake/drench)
+install(TARGETS drench-game drench-client EXPORT drench ARCHIVE COMPONENT dev)
+install(EXPORT drench FILE drench-config.cmake NAMESPACE drench:: DESTINATION ${DRENCH_CMAKE}
+        COMPONENT dev)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/drench-config-version.cmake
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/drench-config-version.cmake DESTINATION ${DRENCH_CMAKE}
+        COMPONENT dev)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/include/drench DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        COMPONENT dev)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)

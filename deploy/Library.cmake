@@ -27,18 +27,3 @@ publish_headers(game src)
 publish_headers(client client)
 # Who predicts must round like the room, in the headers' functions too.
 target_compile_options(drench-game INTERFACE -ffp-contract=off)
-
-if(PROJECT_IS_TOP_LEVEL)
-  include(CMakePackageConfigHelpers)
-  set(DRENCH_CMAKE ${CMAKE_INSTALL_LIBDIR}/cmake/drench)
-  install(TARGETS drench-game drench-client EXPORT drench ARCHIVE COMPONENT dev)
-  install(EXPORT drench FILE drench-config.cmake NAMESPACE drench:: DESTINATION ${DRENCH_CMAKE}
-          COMPONENT dev)
-  write_basic_package_version_file(${PROJECT_BINARY_DIR}/drench-config-version.cmake
-                                   COMPATIBILITY SameMinorVersion)
-  install(FILES ${PROJECT_BINARY_DIR}/drench-config-version.cmake DESTINATION ${DRENCH_CMAKE}
-          COMPONENT dev)
-  install(DIRECTORY ${PROJECT_BINARY_DIR}/include/drench DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-          COMPONENT dev)
-  install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
-endif()

@@ -92,7 +92,8 @@ for command in check build plan picture import export; do
   documented drench-map man1/drench-map.1 "$command"
 done
 for program in drench-bots drench-lag drench-map; do
-  [ "$("drench/usr/bin/$program" --version)" = "$program $version" ] || complain "$program has another version than $version"
+  [ "$("drench/usr/bin/$program" --version)" = "$program $version" ] ||
+    complain "$program has another version than $version"
 done
 
 coproc server { exec timeout 20 drench/usr/bin/drench-server 0; }

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Strangers build on the libraries: the examples against the unpacked package, or an installation where no
-# package can be made, every public header by itself, and a project that has the sources in a folder of its own.
+# package can be made, every public header by itself, and a project that has the sources in a folder of its
+# own.
 # usage: library.sh BUILD_FOLDER SOURCE_FOLDER COMPILER
 set -euo pipefail
 
