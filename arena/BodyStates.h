@@ -1,7 +1,7 @@
 #pragma once
 
 #include "arena/Map.h"
-#include "arena/Reach.h"
+#include "arena/Pace.h"
 #include "src/Player.h"
 
 #include <array>

@@ -39,8 +39,9 @@ constexpr std::size_t statesPerReport = 4096;
 ///
 /// Walking is tried first, everywhere. Floors that walks, climbs and falls connect both ways get
 /// one label. Flights cost most, and most lead nowhere new: only those are followed that may come
-/// down on floors of several labels, on one that nobody has got to, or outside the world. All
-/// others add nothing to what is reached and what leads where, so that leaving them out is exact.
+/// down on floors of several labels, on one that nobody has got to, or outside the world. The
+/// others change neither what is reached nor what leads where in the end. One thing they could add
+/// is left out: a jump from a landing that hovers a little gains a tick or two of flight.
 struct Search {
     MapManager& map;
     Pace pace;

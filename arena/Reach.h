@@ -2,6 +2,7 @@
 
 #include "arena/Arrivals.h"
 #include "arena/Map.h"
+#include "arena/Pace.h"
 #include "src/MapManager.h"
 #include "src/Vector.h"
 
@@ -18,8 +19,9 @@ struct StandingPlace {
     /// Centre of a body that stood here, world units.
     vec3 position;
 
-    /// Indices of the places that a player who stands here gets to next, on foot or by one flight:
-    /// a jump or a fall, steered through the air. Ascending, without this place itself.
+    /// Indices of places that a player who stands here gets to next, on foot or by one flight: a
+    /// jump or a fall, steered through the air. Flights between places that lead to each other
+    /// anyway may be left out. Ascending, without this place itself.
     std::vector<int> next;
 };
 
@@ -40,20 +42,11 @@ struct Reach {
     long ticks = 0;
 };
 
-/// How fast players move in flight, at most.
-enum class Pace {
-    /// Forward and sideways at once: 8.5 world units a tick.
-    ordinary,
-
-    /// 12 units a tick: a quarter turn in one view report leaves the strafe vector pointing where
-    /// the view does.
-    flicked
-};
-
 /// Explores from every spawn where players can get to, by walking, turning, jumping and steering in
 /// the air through Player::update: a search over the states of a body, merged where position and
 /// vertical speed are nearly alike, so that all it finds can be done and little is missed. Calls
-/// `progress` now and then with the number of places found so far.
+/// `progress` now and then with the number of places found so far. Ends once `enoughDepartures`
+/// have been found; what it knows of places and ways is not whole then.
 Reach explore(MapManager& map, const std::vector<Arrival>& arrivals, Pace pace,
               const std::function<void(std::size_t places)>& progress = {},
               std::size_t enoughDepartures = std::numeric_limits<std::size_t>::max());
