@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
     auto session = room ? client::Session::join(room->address, "Ann", client::Clock::now(), problem)
                         : std::nullopt;
     while (session && session->isOpen()) {
-        client::wait(*session);
+        client::wait(*session, client::Clock::now());
         session->service(client::Clock::now());
         while (const auto event = session->nextEvent()) {
             if (std::get_if<client::Joined>(&*event))
