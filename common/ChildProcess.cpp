@@ -33,6 +33,7 @@ void become(const std::vector<char*>& words, const ChildProcess::Outputs& output
 /// What execv() takes, made before the fork: a child of many threads must not allocate.
 std::vector<char*> argumentsOf(const std::vector<std::string>& words) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);

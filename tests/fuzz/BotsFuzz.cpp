@@ -42,6 +42,9 @@ class State {
             player.id = static_cast<char>('1' + i);
             player.position = standingIn(2 + i, 2);
             player.direction = vec3(0.0f, 0.0f, 1.0f);
+            // Ours is the first, by the name that Play gives it.
+            const std::string name = "Bot " + std::to_string(i + 1);
+            std::copy(name.begin(), name.end(), player.name);
         }
         std::memcpy(bytes_, &state, sizeof bytes_);
     }
@@ -120,7 +123,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const double skill = bytes.next<std::uint8_t>() / 255.0;
     Match match(arena.roadmap, skill, bytes.next<std::uint8_t>());
     State state;
-    int states = 0;
+    match.send(state.datagram());
+    require(match.play().standing().snapshots == 1, "the bot plays");
+    int states = 1;
     while (!bytes.isEmpty() && states < mostStates) {
         const auto step = bytes.next<std::uint8_t>();
         const auto much = static_cast<std::size_t>(step & 31);

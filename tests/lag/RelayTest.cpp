@@ -420,3 +420,27 @@ TEST(Relay, CannotBeItsOwnRoom) {
                   "port " + std::to_string(port) + ": the room cannot be the relay itself");
     }
 }
+
+TEST(Relay, FloodOnOneSocketIsTakenInPieces) {
+    Line line;
+    const int ann = line.portInRoom(line.ann, start);
+    for (int i = 0; i < 70; ++i) {
+        line.ann.send("up", line.relay.port());
+        line.room->answer(ann, "down");
+    }
+    line.relay.wait(seconds(5));
+    line.relay.service(start);
+    EXPECT_EQ(line.relay.up().in, 1u + 64u);
+    EXPECT_EQ(line.relay.down().in, 64u);
+    line.relay.wait(seconds(5));
+    line.relay.service(start);
+    EXPECT_EQ(line.relay.up().in, 1u + 70u);
+    EXPECT_EQ(line.relay.down().in, 70u);
+}
+
+TEST(Relay, WaitsForSecondsAndPartsOfThem) {
+    Line line;
+    const client::Time before = client::Clock::now();
+    line.relay.wait(milliseconds(1050));
+    EXPECT_GE(client::Clock::now() - before, milliseconds(1050));
+}
