@@ -220,6 +220,17 @@ TEST(Eyes, KeepInMindWhoWasOutOfSightForAMoment) {
     EXPECT_EQ(lookout.known('2')->unseen, 0);
 }
 
+TEST(Eyes, HaveToNoticeAnewWhoWasOutOfSightForLonger) {
+    Lookout lookout;
+    const PlayerUpdate other = playerAt('2', ahead(600.0f));
+    lookout.look({other}, aWhile);
+    lookout.self.direction = vec3(0.0f, 0.0f, -1.0f);
+    lookout.look({other}, 25);
+    lookout.self.direction = vec3(0.0f, 0.0f, 1.0f);
+    lookout.look({other});
+    EXPECT_FALSE(lookout.sees('2'));
+}
+
 TEST(Eyes, SeeTheSoakedVanish) {
     Lookout lookout;
     lookout.look({playerAt('2', ahead(600.0f))}, aWhile);

@@ -91,6 +91,28 @@ TEST(Footwork, KeepsItsDistance) {
     }
 }
 
+TEST(Footwork, LikesRangesBetweenTwoAndAHalfAndSevenHundredUnits) {
+    MapManager map = court(30, 10, 30, nothing);
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    const vec3 enemy = standingIn(15, 25);
+    const auto approach = [&](std::uint64_t seed, float distance) {
+        Footwork footwork{Chance(seed)};
+        const vec3 position = enemy - vec3(0.0f, 0.0f, distance);
+        return footwork.step(roadmap, position, enemy, true).heading.z;
+    };
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        EXPECT_LT(approach(seed, 180.0f), -0.1f) << "goes away, seed " << seed;
+        EXPECT_GT(approach(seed, 900.0f), 0.1f) << "goes nearer, seed " << seed;
+    }
+    // Somebody is content with every range between.
+    for (const float distance : {300.0f, 450.0f, 650.0f}) {
+        bool content = false;
+        for (std::uint64_t seed = 1; seed <= 20; ++seed)
+            content |= std::fabs(approach(seed, distance)) < 0.01f;
+        EXPECT_TRUE(content) << distance;
+    }
+}
+
 TEST(Footwork, StaysOnItsIsland) {
     // A platform of 5 × 5 cubes, four high.
     MapManager map = court(20, 12, 20, [](int i, int j, int k) {

@@ -3,6 +3,7 @@
 #include "arena/Rays.h"
 #include "tests/support/Courts.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -50,6 +51,24 @@ TEST(Gaze, IsAheadMostOfTheTimeAndAsideNowAndThen) {
     EXPECT_LT(aside, ticks / 2);
     EXPECT_GT(glances, 25);
     EXPECT_LT(glances, 90);
+}
+
+TEST(Gaze, GlancesGoAsideByAnythingFromAnEighthOfATurnToNearlyHalfOfOne) {
+    const MapManager map = court(30, 10, 30, nothing);
+    const arena::Grid grid = arena::gridOf(map);
+    double least = 1e9;
+    double most = 0.0;
+    for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+        Gaze gaze{Chance(seed)};
+        const double turn = std::fabs(firstGlance(gaze, grid, eye, ahead).right - ahead.right) /
+                            bots::countsPerRadian;
+        least = std::min(least, turn);
+        most = std::max(most, turn);
+    }
+    EXPECT_GT(least, 0.75);
+    EXPECT_LT(least, 1.1);
+    EXPECT_GT(most, 2.6);
+    EXPECT_LT(most, 3.15);
 }
 
 TEST(Gaze, GlancesLastLongEnoughToSeeSomething) {

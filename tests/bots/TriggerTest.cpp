@@ -157,6 +157,8 @@ TEST(Trigger, IsPulledALittleBeforeTheLinesCross) {
     EXPECT_FALSE(pulls(1.0, beside, {}, {}));
     EXPECT_TRUE(pulls(1.0, beside, {6.0, 0.0}, {}));
     EXPECT_FALSE(pulls(1.0, beside, {-6.0, 0.0}, {}));
+    const View farBeside = towards(body) + View{-60.0, 0.0};
+    EXPECT_FALSE(pulls(1.0, farBeside, {6.0, 0.0}, {})) << "that takes six ticks";
     EXPECT_FALSE(pulls(0.0, beside, {6.0, 0.0}, {}));
     // To the left is towards +x here.
     EXPECT_TRUE(pulls(1.0, beside, {}, {8.0f, 0.0f, 0.0f}));
