@@ -532,6 +532,7 @@ Reach explore(MapManager& map, const std::vector<Arrival>& arrivals, Pace pace,
     }
     search.reach.isWhole = !hasEnough(search);
     connectPlaces(search);
+    std::sort(search.reach.departures.begin(), search.reach.departures.end());
     return std::move(search.reach);
 }
 

@@ -32,7 +32,7 @@ struct Reach {
     /// For each spawn pose the index of the place it lands on, -1 if it never stands.
     std::vector<int> landings;
 
-    /// The cells nearest to where bodies left the world: where a hole or a low wall is.
+    /// The cells nearest to where bodies left the world, ascending: where a hole or a low wall is.
     std::vector<CellIndex> departures;
 
     /// Whether all that can be found was looked for; not if the search ended at enough departures.

@@ -239,7 +239,7 @@ TEST_F(MapTool, ReportIsCompleteAndInOrder) {
                        "world (cell 1, 0, 16)\n" +
                        map + ":1:2118: error: players can leave the world here (cell 1, 0, 15)\n" +
                        map + ":1:2122: error: players can leave the world here (cell 1, 0, 16)\n" +
-                       map + ":1:4170: error: players can leave the world here (cell 2, 0, 16)\n" +
+                       map + ":1:4166: error: players can leave the world here (cell 2, 0, 15)\n" +
                        map + ": error: and 2 more like these\n" + map + ": cannot be played\n");
 }
 
