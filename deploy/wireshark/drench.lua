@@ -248,7 +248,14 @@ function from_client.t(buffer, tree)
     return player .. ": " .. add_talk(buffer, tree), TALK_SIZE
 end
 
+-- Of nobody, which is how programs ask whether a room is there: it draws a receipt and does nothing.
+local NOBODY = 0
+
 function from_client.x(buffer, tree)
+    if buffer:len() >= 2 and byte_at(buffer, 1) == NOBODY then
+        tree:add(fields.id, buffer(1, 1), shown(NOBODY))
+        return "asks whether a room is there", 2
+    end
     return add_id(buffer, tree, 1) .. " is here", 2
 end
 
