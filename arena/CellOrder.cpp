@@ -29,8 +29,8 @@ struct Reordered {
     Axes cells;
     std::array<int, 3> size{};
 
-    Reordered(const MapManager& map_, const Axes& header, const Axes& cells_)
-        : map(map_), cells(cells_) {
+    Reordered(const MapManager& original, const Axes& header, const Axes& cellOrder)
+        : map(original), cells(cellOrder) {
         const int numbers[] = {map.columns, map.rows, map.depth};
         for (std::size_t i = 0; i < 3; ++i)
             size[header[i]] = numbers[i];

@@ -25,7 +25,7 @@ struct PlanLines {
     std::vector<Word> words;
 
     /// Skips a byte order mark.
-    PlanLines(const std::string& text, const std::string& file_);
+    PlanLines(const std::string& text, const std::string& fileName);
 
     /// Goes to the next line of whatever kind. At the end it stays at the last one.
     bool nextLine();

@@ -23,9 +23,6 @@ constexpr int strideTicks = 8;
 /// Ticks after which every body has come to rest that ever will.
 constexpr int longestSettling = 700;
 
-/// A jump climbs so many rows at most.
-constexpr int highestClimb = 2;
-
 /// Leaps are aimed at floors within about 30 degrees of the way over the edge.
 constexpr double cosineOfWidestLeap = 0.88;
 

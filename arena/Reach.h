@@ -12,6 +12,9 @@
 
 namespace drench::arena {
 
+/// The most rows that a jump climbs: Player::takeOffSpeed and gravity give no more.
+constexpr int highestClimb = 2;
+
 /// A place where a player came to stand: the cell that the middle of its feet lies in.
 struct StandingPlace {
     CellIndex feet;

@@ -262,12 +262,12 @@ void raiseDescriptorLimit() {
 }
 
 Figures measure(const Settings& settings) {
-    const std::filesystem::path arena =
+    const std::filesystem::path arenaFile =
         std::filesystem::path(settings.server).parent_path() / "Resources/mapdata";
-    if (!std::filesystem::exists(arena))
-        throw std::runtime_error("no " + arena.string() + " beside the server");
+    if (!std::filesystem::exists(arenaFile))
+        throw std::runtime_error("no " + arenaFile.string() + " beside the server");
     MapManager map;
-    map.init(fileStringContents(arena.string()));
+    map.init(fileStringContents(arenaFile.string()));
     const std::vector<int> cores = allowedCores();
     const Setup setup = {settings, placesFacingFarWalls(map), placesFacingSky(map), cores.back(),
                          cores.front()};

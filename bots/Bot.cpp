@@ -146,7 +146,7 @@ Controls Bot::decide(const UpdateMessage& snapshot, char id) {
     controls.jump = next.jump;
     legs_.press(controls, next.heading, hand_.view());
 
-    const double delay = 1.0 + hand_.lag();
+    const double delay = 1.0 + hand_.delay();
     controls.held[keyIndex::shoot] =
         trigger_.pull(*roadmap_->map, position_ + velocity_ * static_cast<float>(delay), velocity_,
                       hand_.view(), hand_.speed(), eyes_.known(), delay);
@@ -354,7 +354,7 @@ Steps Bot::travel() {
     }
     if (walker_.isDone())
         return stumble();
-    return walker_.step(*roadmap_, position_, static_cast<int>(std::lround(hand_.lag())));
+    return walker_.step(*roadmap_, position_, static_cast<int>(std::lround(hand_.delay())));
 }
 
 /// Goes anywhere.
@@ -398,7 +398,7 @@ bool Bot::isInJump() const {
 
 /// Where the enemy will be when the counts sent now act.
 Hand::Aim Bot::aimAt(const Sighting& enemy) const {
-    const float delay = static_cast<float>(1.0 + hand_.lag());
+    const float delay = static_cast<float>(1.0 + hand_.delay());
     // An enemy out of sight is not led: perhaps it stands where it was last seen.
     const vec3 drift = (enemy.visible ? enemy.velocity : vec3()) - velocity_;
     const vec3 way = enemy.position + enemy.target - position_ + drift * delay;

@@ -4,6 +4,7 @@
 #include "bots/Geometry.h"
 #include "bots/Routes.h"
 #include "bots/Trials.h"
+#include "src/Player.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,14 +26,8 @@ constexpr double leastShare = 0.3;
 /// Ticks beyond which the way round is not measured.
 constexpr double farthestWayRound = 400.0;
 
-/// A jump rises so many rows.
-constexpr int highestStep = 2;
-
 /// Ticks from where a Walker takes a place for reached to its middle.
 constexpr int restOfTheWay = 3;
-
-/// World units a tick; two keys at once are faster, so a leap is never left out for it.
-constexpr double fastestWalk = 6.0;
 
 /// How often a road over level floor is tried, which one can neither fall from nor miss.
 constexpr int trialsOnLevel = 5;
@@ -82,7 +77,7 @@ void addStep(Roadmap& roadmap, int from, int to) {
 /// and to the highest of the others.
 void addStepsTowards(Roadmap& roadmap, int from, int columns, int depth) {
     const arena::CellIndex feet = roadmap.place(from).feet;
-    for (int row = feet.row + highestStep; row >= 0; --row) {
+    for (int row = feet.row + arena::highestClimb; row >= 0; --row) {
         const arena::CellIndex end = {feet.column + columns, row, feet.depth + depth};
         const int to = roadmap.placeIn(end);
         if (to >= 0)
@@ -128,7 +123,8 @@ void addLeap(Roadmap& roadmap, int from, int to, double wayRound) {
     const arena::StandingPlace& end = roadmap.place(to);
     const vec3 way = horizontal(end.position - start.position);
     const int row = std::max(start.feet.row, end.feet.row);
-    if (static_cast<double>(way.length()) / fastestWalk <= longest &&
+    // A leap that takes too long at the speed of one key is not tried, though two keys are faster.
+    if (static_cast<double>(way.length()) / static_cast<double>(Player::walkingSpeed) <= longest &&
         roadmap.isClear(start.position, end.position, row, 0.0f))
         addRoad(roadmap, from, to, Gait::leap, trialsOfLeaps, longest);
 }
@@ -142,7 +138,7 @@ void addLeaps(Roadmap& roadmap, int from) {
             const arena::CellIndex step = firstStep(columns, depth);
             if (!isLeap(columns, depth) || roadmap.placeIn(sum(start.feet, step)) >= 0)
                 continue;
-            for (int row = 0; row <= start.feet.row + highestStep; ++row) {
+            for (int row = 0; row <= start.feet.row + arena::highestClimb; ++row) {
                 const arena::CellIndex end =
                     sum(start.feet, {columns, row - start.feet.row, depth});
                 const int to = roadmap.placeIn(end);

@@ -17,10 +17,10 @@ constexpr double wobbleChange = 0.05;
 /// End points scatter across a movement less than along it.
 constexpr double scatterAcross = 0.4;
 
-/// The view must move by more than this many counts within the window to tell the lag, whose
+/// The view must move by more than this many counts within the window to tell the delay, whose
 /// estimate then takes on this share of what was seen.
 constexpr double tellingMotion = 40.0;
-constexpr double lagChange = 0.1;
+constexpr double delayChange = 0.1;
 
 /// Share of a movement that is done after a share of its time.
 double done(double time) {
@@ -59,7 +59,7 @@ void Hand::feel(vec3 direction) {
         const auto nearest = std::min_element(sent_.begin(), sent_.end(), [&](View a, View b) {
             return std::fabs(a.right - felt.right) < std::fabs(b.right - felt.right);
         });
-        lag_ += (static_cast<double>(nearest - sent_.begin()) - lag_) * lagChange;
+        delay_ += (static_cast<double>(nearest - sent_.begin()) - delay_) * delayChange;
     }
     const View shift = {shiftToHold(left->right, right->right, felt.right),
                         shiftToHold(top->down, bottom->down, felt.down)};

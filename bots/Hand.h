@@ -27,7 +27,7 @@ class Hand {
 
     /// Ticks for which sent counts stayed without effect, from how the view followed them: 0 where
     /// the next snapshot shows them.
-    double lag() const { return lag_; }
+    double delay() const { return delay_; }
 
     /// Counts per tick that are being turned now.
     View speed() const { return speed_; }
@@ -75,7 +75,7 @@ class Hand {
     /// beyond all of them tells that counts were lost or refused.
     std::array<View, 16> sent_{};
     bool feltBefore_ = false;
-    double lag_ = 0.0;
+    double delay_ = 0.0;
 
     std::vector<Movement> movements_;
     double pause_ = 0.0;

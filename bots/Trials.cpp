@@ -32,7 +32,7 @@ struct Trial {
     bool turns = true;
 
     /// How many ticks late its steps act, and how many it is told: over a line it has to guess.
-    int lag = 0;
+    int delay = 0;
     int toldLag = 0;
 };
 
@@ -51,14 +51,14 @@ Trial trial(int n) {
         const double multiple = n * step;
         return 2.0 * (multiple - std::floor(multiple)) - 1.0;
     };
-    const int lag = lags[asIndex(n) % std::size(lags)];
+    const int delay = lags[asIndex(n) % std::size(lags)];
     return {farthest * static_cast<float>(spread(0.7548776662)),
             farthest * static_cast<float>(spread(0.5698402910)),
             std::numbers::pi * spread(0.6180339887),
             steepest * spread(0.4142135624),
             n % 2 == 0,
-            lag,
-            std::max(0, lag + errors[asIndex(n) % std::size(errors)])};
+            delay,
+            std::max(0, delay + errors[asIndex(n) % std::size(errors)])};
 }
 
 /// Somebody who stands at a place.
@@ -85,7 +85,7 @@ int ticksTaken(const Roadmap& roadmap, int from, int to, const Trial& trial) {
     }
     Walker walker;
     walker.follow({from, to});
-    std::deque<Controls> underway(asIndex(trial.lag));
+    std::deque<Controls> underway(asIndex(trial.delay));
     // The view as it will be when the controls that are underway have acted.
     Player turned = player;
     for (int tick = 0; tick < limit; ++tick) {

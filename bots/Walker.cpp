@@ -131,15 +131,15 @@ void Walker::advance() {
     sinceNearer_ = -1;
 }
 
-Steps Walker::step(const Roadmap& roadmap, vec3 position, int lag) {
-    const Steps steps = chooseSteps(roadmap, position, lag);
+Steps Walker::step(const Roadmap& roadmap, vec3 position, int delay) {
+    const Steps steps = chooseSteps(roadmap, position, delay);
     std::rotate(headings_.begin(), headings_.end() - 1, headings_.end());
     headings_.front() = steps.heading;
     before_ = position;
     return steps;
 }
 
-Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
+Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int delay) {
     if (isDone())
         return {};
     const int here = roadmap.placeBelow(position);
@@ -147,7 +147,7 @@ Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
     aloft_ = here < 0 || feet - roadmap.floorHeight(here) > restingTolerance;
     if (sinceJump_ >= 0 && before_ && position.y > before_->y + 1.0f)
         tookOff_ = true;
-    const vec3 ahead = foreseen(position, lag);
+    const vec3 ahead = foreseen(position, delay);
     if (!aloft_) {
         const int row = roadmap.place(here).feet.row;
         const bool staysLevel = roadmap.isOpen(position, ahead, row, 0.0f);
@@ -168,14 +168,14 @@ Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
     strayed_ = !getsNearer(position, target);
     if (strayed_)
         return {};
-    return straight_ ? stepOnLine(position, ahead, target, lag) : stepOnRoad(roadmap, ahead);
+    return straight_ ? stepOnLine(position, ahead, target, delay) : stepOnRoad(roadmap, ahead);
 }
 
 /// Where the body will be when the steps that are still under way have acted.
-vec3 Walker::foreseen(vec3 position, int lag) const {
+vec3 Walker::foreseen(vec3 position, int delay) const {
     const vec3 moved = position - before_.value_or(position);
     const float speed = std::clamp(horizontal(moved).length(), Player::walkingSpeed, aslantSpeed);
-    const int underWay = std::clamp(lag, 0, longestLag);
+    const int underWay = std::clamp(delay, 0, longestLag);
     for (int i = 0; i < underWay; ++i)
         position += headings_[static_cast<std::size_t>(i)] * speed;
     if (aloft_) {
@@ -256,14 +256,14 @@ bool Walker::getsNearer(vec3 position, vec3 target) {
 /// Towards a point of the line not far ahead (pure pursuit: Coulter, CMU-RI-TR-92-01, 1992), since
 /// keys that only nearly suit the heading would lead far from the line. A body that is caught on a
 /// corner beside the line goes back to it first.
-Steps Walker::stepOnLine(vec3 position, vec3 ahead, vec3 target, int lag) {
+Steps Walker::stepOnLine(vec3 position, vec3 ahead, vec3 target, int delay) {
     const vec3 way = horizontal(target - lineStart_);
     const vec3 line = unit(way);
     const vec3 offset = horizontal(ahead - lineStart_);
     const float passed = offset.dot(line);
     const vec3 aside = offset - line * passed;
 
-    const vec3 acted = headings_[static_cast<std::size_t>(std::clamp(lag, 0, longestLag - 1))];
+    const vec3 acted = headings_[static_cast<std::size_t>(std::clamp(delay, 0, longestLag - 1))];
     const bool isHeldUp =
         before_ && acted.dot(line) > 0.5f && (position - *before_).dot(line) < heldUpSpeed;
     heldUp_ = isHeldUp ? heldUp_ + 1 : 0;

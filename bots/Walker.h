@@ -25,8 +25,8 @@ class Walker {
     void follow(std::vector<int> route);
 
     /// What to do after a snapshot; to be called once for each.
-    /// @param lag  how many of the latest steps have not acted yet in what the snapshot shows
-    Steps step(const Roadmap& roadmap, vec3 position, int lag = 0);
+    /// @param delay  how many of the latest steps have not acted yet in what the snapshot shows
+    Steps step(const Roadmap& roadmap, vec3 position, int delay = 0);
 
     /// Whether there is nothing left to follow: arrived, or strayed from the route.
     bool isDone() const { return strayed_ || ahead_.empty(); }
@@ -45,14 +45,14 @@ class Walker {
     const std::vector<int>& route() const { return ahead_; }
 
   private:
-    vec3 foreseen(vec3 position, int lag) const;
-    Steps chooseSteps(const Roadmap& roadmap, vec3 position, int lag);
+    vec3 foreseen(vec3 position, int delay) const;
+    Steps chooseSteps(const Roadmap& roadmap, vec3 position, int delay);
     void advance();
     void settle(const Roadmap& roadmap, vec3 position, int here);
     void cutCorners(const Roadmap& roadmap, vec3 position, int row);
     bool landsForJump(const Roadmap& roadmap, vec3 position, vec3 ahead, int here) const;
     bool getsNearer(vec3 position, vec3 target);
-    Steps stepOnLine(vec3 position, vec3 ahead, vec3 target, int lag);
+    Steps stepOnLine(vec3 position, vec3 ahead, vec3 target, int delay);
     Steps stepOnRoad(const Roadmap& roadmap, vec3 ahead);
 
     /// The latest headings, the newest first.

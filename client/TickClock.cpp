@@ -82,19 +82,19 @@ std::int64_t TickClock::arrival(Time now) {
         }
     }
 
-    double lag = arrival - due_;
-    if (lag < 0.0) {
-        if (const double tooMany = ticksOf(-lag, period_); tooMany > 0.0) {
+    double lateness = arrival - due_;
+    if (lateness < 0.0) {
+        if (const double tooMany = ticksOf(-lateness, period_); tooMany > 0.0) {
             // The line was drawn too late as a whole, perhaps since a burst was taken for losses.
             if (stepsAreLosses())
                 missed_ -= std::min(missed_, static_cast<std::uint64_t>(tooMany));
-            moveAnchors(lag);
+            moveAnchors(lateness);
         }
-        moveLine(lag);
-        lag = 0.0;
+        moveLine(lateness);
+        lateness = 0.0;
     }
-    jitter_ += jitterGain * (lag - jitter_);
-    keepLag(lag, gap < burstGap * period_);
+    jitter_ += jitterGain * (lateness - jitter_);
+    keepLag(lateness, gap < burstGap * period_);
     if (isCalibrated_) {
         judgeLags();
         measureSlope();
@@ -139,13 +139,13 @@ void TickClock::moveLine(double milliseconds) {
         lag -= milliseconds;
 }
 
-void TickClock::keepLag(double lag, bool inBurst) {
+void TickClock::keepLag(double lateness, bool inBurst) {
     if (inBurst) {
-        lags_[newestLag_] = std::min(lags_[newestLag_], lag);
+        lags_[newestLag_] = std::min(lags_[newestLag_], lateness);
         return;
     }
     newestLag_ = (newestLag_ + 1) % keptLags;
-    lags_[newestLag_] = lag;
+    lags_[newestLag_] = lateness;
 }
 
 void TickClock::judgeLags() {

@@ -63,7 +63,7 @@ class TickClock {
     double millisecondsAt(Time now) const;
     bool recalibrate();
     void moveLine(double milliseconds);
-    void keepLag(double lag, bool inBurst);
+    void keepLag(double lateness, bool inBurst);
     void judgeLags();
     void measureSlope();
     void vote(bool forLosses);

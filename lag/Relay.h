@@ -91,17 +91,17 @@ class Relay {
         Time arrival;
 
         /// Lives until its last datagram has gone on.
-        std::shared_ptr<Client> client;
+        std::shared_ptr<Client> peer;
         std::string bytes;
     };
 
     static bool isLater(const Datagram& a, const Datagram& b);
     static std::size_t bytesKept(const Datagram& datagram);
     void receiveFromClients(Time now);
-    void receiveFromRoom(const std::shared_ptr<Client>& client, Time now);
+    void receiveFromRoom(const std::shared_ptr<Client>& peer, Time now);
     std::shared_ptr<Client> clientAt(const sockaddr_in& address, Time now);
     std::shared_ptr<Client> letThrough(const sockaddr_in& address, Time now);
-    void take(Direction direction, const std::shared_ptr<Client>& client, std::size_t length,
+    void take(Direction direction, const std::shared_ptr<Client>& peer, std::size_t length,
               Time now);
     void keep(Datagram datagram);
     void sendDue(Time now);

@@ -1,6 +1,7 @@
 #include "tools/Arguments.h"
 
 #include "common/Files.h"
+#include "tools/ExitStatus.h"
 
 #include <arpa/inet.h>
 #include <iostream>

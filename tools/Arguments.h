@@ -50,9 +50,6 @@ std::vector<client::RoomAddress> roomsAt(const std::string& host, const std::str
 std::optional<int> parseArguments(CLI::App& app, int argc, char** argv,
                                   const std::function<void()>& settle);
 
-/// The exit status when the command line, a file or a port cannot be used.
-constexpr int notUsable = 2;
-
 /// Runs a program whose arguments are read, and tells what it throws in a line on standard error.
 int runTool(const std::function<int()>& run);
 

@@ -12,8 +12,6 @@ namespace drench {
 
 // What the subcommands of drench-map share.
 
-constexpr int notReadable = 2;
-
 /// What the subcommand of the command line does; returns the exit status, may throw InputError.
 using Run = std::function<int()>;
 

@@ -114,9 +114,9 @@ void addPicture(CLI::App& app, Run& run) {
             throw CLI::ValidationError("--from", "is for --view iso");
         run = [=] {
             requirePngName(*command.output);
-            arena::ArenaFile arena = arena::readWholeArena(*command.file);
+            arena::ArenaFile loaded = arena::readWholeArena(*command.file);
             writeResult(*command.file, *command.output,
-                        arena::encodePng(pictureOf(arena.text.map, *chosen)));
+                        arena::encodePng(pictureOf(loaded.text.map, *chosen)));
             return 0;
         };
     });

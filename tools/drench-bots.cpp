@@ -149,7 +149,7 @@ int playBots(const Options& options) {
     const std::vector<client::RoomAddress> rooms = options.rooms.empty()
                                                        ? std::vector{roomAt(options.target)}
                                                        : roomsAt(options.target, options.rooms);
-    arena::ArenaFile arena = arena::readWholeArena(options.arena);
+    arena::ArenaFile loaded = arena::readWholeArena(options.arena);
     if (!options.tracks.empty())
         requireWritable(options.tracks);
     Console console(options.quiet, options.json);
@@ -158,7 +158,7 @@ int playBots(const Options& options) {
     std::optional<bots::Roadmap> roadmap;
     Timekeeper timekeeper(options.seconds);
     if (bots::awaitRoom(rooms, timekeeper, note))
-        roadmap = chartArena(arena.text.map, options, console);
+        roadmap = chartArena(loaded.text.map, options, console);
     const bool plays = roadmap.has_value();
     if (!plays)
         roadmap.emplace();
@@ -185,7 +185,7 @@ int playBots(const Options& options) {
     if (!options.tracks.empty()) {
         const auto [width, height] = options.size;
         replaceFile(options.tracks, arena::encodePng(bots::tracksPicture(
-                                        arena.text.map, play.tracks(), width, height)));
+                                        loaded.text.map, play.tracks(), width, height)));
     }
     return status;
 }
@@ -240,7 +240,7 @@ Given addOptions(CLI::App& app, Options& options) {
         option("--seed", options.seed, "The number that their choices follow from", "K")
             ->check(numberBetween(std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max()))
             ->default_str("random");
-    CLI::Option* arena =
+    CLI::Option* arenaFile =
         option("--arena", options.arena,
                "What the server plays, if it is not the arena beside drench-bots: a map text, plan "
                "or voxel file",
@@ -260,7 +260,7 @@ Given addOptions(CLI::App& app, Options& options) {
                           "Instead of bots, one player sends what stands here", "FILE");
     given.record =
         option("--record", options.record, "Write what that player sees of itself, as CSV", "FILE");
-    given.ofBots = {players, skill, given.seed, arena, rooms, given.tracks};
+    given.ofBots = {players, skill, given.seed, arenaFile, rooms, given.tracks};
     return given;
 }
 

@@ -92,7 +92,7 @@ ImagePoint middleOf(int x, int y) {
 
 } // namespace
 
-Image::Image(int width_, int height_, Colour fill) : width(width_), height(height_) {
+Image::Image(int columns, int rows, Colour fill) : width(columns), height(rows) {
     if (std::min(width, height) < 1 || std::max(width, height) > largestSide)
         throw InputError("a picture is 1 to " + std::to_string(largestSide) +
                          " pixels wide and high, not " + std::to_string(width) + " x " +

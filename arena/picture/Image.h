@@ -23,7 +23,7 @@ struct Image {
     Image() = default;
 
     /// Throws InputError unless both sides are 1 to largestSide.
-    Image(int width_, int height_, Colour fill = {});
+    Image(int columns, int rows, Colour fill = {});
 
     static constexpr int largestSide = 8192;
 
