@@ -21,7 +21,7 @@ std::string wordsOf(const Axes& axes) {
     return std::string(names[axes[0]]) + ", " + names[axes[1]] + ", " + names[axes[2]];
 }
 
-/// The cells of a map as they are in another order.
+/// The cells of a map in another order.
 struct Reordered {
     const MapManager& map;
 
@@ -106,7 +106,7 @@ std::optional<std::string> orderOfAnArena(const MapManager& map) {
         if (isArena({map, header, usual}))
             return "its header is taken as " + wordsOf(header);
     }
-    // An arena that is the same from many sides is one in many orders of its cells.
+    // An arena with symmetries may be one in several orders of its cells.
     for (const Axes& header : orders) {
         std::string fitting;
         for (const Axes& cells : orders) {

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// normalize() leaves a squared length alone that lies within this of zero or one.
+/// normalize() leaves a quaternion alone if its squared length lies within this of zero or one.
 constexpr float squaredLengthTolerance = 1e-5f;
 
 } // namespace
