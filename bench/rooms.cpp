@@ -38,8 +38,8 @@ using Seconds = std::chrono::duration<double>;
 /// Inputs per second and player while counting rooms, and in rooms whose memory is measured.
 constexpr double usualInputs = 120.0;
 
-/// Steps from no room at all to the first crowd that neither program holds: the limit is found
-/// within a few percent of that.
+/// Steps from zero rooms to the first crowd that neither program holds: they find the limit within
+/// a few percent of that crowd.
 constexpr int crowdSteps = 16;
 
 struct Settings {
@@ -66,7 +66,7 @@ struct Settings {
     int starts = 20;
 };
 
-/// As short as a run can be that still comes by everything.
+/// The shortest run that still takes every measurement.
 void makeQuick(Settings& settings) {
     settings.inputs = {120.0};
     settings.firing = {"nobody", "sky"};
@@ -88,11 +88,11 @@ struct Setup {
     std::vector<FiringPlace> sky;
     int roomCore;
 
-    /// The load of a crowd comes from here.
+    /// The core of a crowd's load.
     int crowdLoadCore;
 };
 
-/// The terminal, on which a line says what is being measured.
+/// The terminal, with a line about the present measurement.
 Console& console() {
     static Console terminal(false, true);
     return terminal;
@@ -207,7 +207,7 @@ Crowd crowd(const Setup& setup, int rooms, int samples) {
 }
 
 /// Doubles the number of rooms until neither program holds it, with one sample each, then goes in
-/// even steps from what both held.
+/// even steps from the number that both held.
 void measureCrowds(const Setup& setup, Figures& figures) {
     const Settings& settings = setup.settings;
     int bothHold = settings.fewestRooms;

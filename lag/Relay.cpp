@@ -12,10 +12,10 @@ namespace drench::lag {
 
 namespace {
 
-/// So that a flood on one socket cannot keep the others waiting.
+/// A limit, so that a flood on one socket cannot keep the others waiting.
 constexpr int datagramsPerService = 64;
 
-/// No UDP datagram has more bytes.
+/// The most bytes of a UDP datagram.
 constexpr std::size_t largestDatagram = 65535;
 
 const sockaddr* generic(const sockaddr_in& address) {
@@ -52,7 +52,7 @@ Relay::Relay(std::uint16_t port, const sockaddr_in& room, const Settings& up, co
     getsockname(towardsClients_.number, reinterpret_cast<sockaddr*>(&own), &length);
     port_ = ntohs(own.sin_port);
 
-    // Only an address of this machine can be bound to.
+    // Only an address of this machine can be bound.
     sockaddr_in onRoomsHost = room;
     onRoomsHost.sin_port = 0;
     const Descriptor probe(openSocket());
@@ -116,7 +116,7 @@ void Relay::receiveFromRoom(const std::shared_ptr<Client>& peer, Time now) {
     }
 }
 
-/// The client at this address, a new one if need be; null when it cannot be let through.
+/// The client at this address, a new one if need be; null if it cannot be let through.
 std::shared_ptr<Relay::Client> Relay::clientAt(const sockaddr_in& address, Time now) {
     for (const std::shared_ptr<Client>& peer : clients_) {
         if (isSame(peer->address, address)) {
@@ -133,7 +133,7 @@ std::shared_ptr<Relay::Client> Relay::clientAt(const sockaddr_in& address, Time 
     }
 }
 
-/// Throws std::runtime_error when there is no place for another client, or no way to the room.
+/// Throws std::runtime_error if there is no place for another client, or no way to the room.
 std::shared_ptr<Relay::Client> Relay::letThrough(const sockaddr_in& address, Time now) {
     if (clients_.size() >= mostClients)
         throw std::runtime_error(std::to_string(mostClients) +
@@ -214,7 +214,7 @@ bool Relay::send(const Datagram& datagram) {
     if (datagram.direction == Direction::down)
         return sendto(towardsClients_.number, bytes.data(), bytes.size(), 0, generic(peer.address),
                       sizeof peer.address) >= 0;
-    // A refusal is that of an earlier datagram; this one has not been tried yet.
+    // A refusal answers an earlier datagram; this one has not been sent yet.
     for (int tries = 0; tries < 2; ++tries) {
         if (::send(peer.towardsRoom.number, bytes.data(), bytes.size(), 0) >= 0)
             return true;

@@ -42,8 +42,8 @@ bool blocks(const Box& cube, vec3 p) {
     return cube.solid != 0 && intersects(cube, p);
 }
 
-// The march replaces a walk of single steps with a look for a cube after each, and its result is the
-// same to the bit. It takes many steps at once for two reasons.
+// The march replaces a walk of single steps with a look for a cube after each, and gives the same
+// result to the bit. It takes many steps at once for two reasons.
 //
 // A step that stays in its cell needs no look: cubes fill their cells, so the answer changes only
 // if a coordinate enters another cell or crosses a face of the world (Amanatides and Woo, "A fast

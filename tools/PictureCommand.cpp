@@ -72,7 +72,7 @@ arena::Image pictureOf(MapManager& map, const PictureOptions& options) {
     return arena::eyePicture(map, marks, {x, y, z}, {lookX, lookY, lookZ}, width, height);
 }
 
-/// Programs go by the ending, which must not promise another kind of picture.
+/// Programs choose the format by the file's ending, so it must not promise another one.
 void requirePngName(const std::string& output) {
     std::string ending = std::filesystem::path(output).extension().string();
     std::transform(ending.begin(), ending.end(), ending.begin(),

@@ -30,7 +30,7 @@
 
 using namespace drench;
 
-// The command line of players without people; what they see and do is in bots/.
+// The command line of players without people; their senses and actions are in bots/.
 
 namespace {
 
@@ -43,7 +43,7 @@ constexpr int nobodyGotIn = 1;
 /// Pixels; a smaller picture shows nothing.
 constexpr int smallestSide = 100;
 
-/// The server keeps so many characters of a name.
+/// The characters of a name that the server keeps.
 constexpr std::size_t longestName = sizeof PlayerUpdate::name - 1;
 
 /// A blank and a number fit behind a name of this length.
@@ -111,7 +111,7 @@ int playScript(const Options& options) {
     return run.trouble.empty() ? status : nobodyGotIn;
 }
 
-/// The arena's chart; nothing when somebody asked to stop before it was made.
+/// The arena's chart; nothing if a stop was asked for before it was made.
 std::optional<bots::Roadmap> chartArena(MapManager& map, const Options& options, Console& console) {
     bool told = options.quiet || console.isLive();
     const auto tell = [&](const std::string& line) {
@@ -126,7 +126,7 @@ std::optional<bots::Roadmap> chartArena(MapManager& map, const Options& options,
     return roadmap;
 }
 
-/// Lets the bots play until the time is over or somebody asks to stop, and has them leave.
+/// Lets the bots play until the time is over or a stop is asked for, and makes them leave.
 void playOn(bots::Play& play, const Timekeeper& timekeeper, Console& console) {
     client::Time shown = Clock::now();
     std::uint64_t snapshotsShown = 0;
@@ -203,7 +203,7 @@ constexpr char scriptHelp[] =
     "Exit status: 0 after playing, 1 when nobody got in anywhere or a script's player was out "
     "before its end, 2 when the command line or a file cannot be used.";
 
-/// The options that others exclude or need.
+/// The options that exclude or need others.
 struct Given {
     CLI::Option* seed = nullptr;
     CLI::Option* tracks = nullptr;
@@ -264,7 +264,7 @@ Given addOptions(CLI::App& app, Options& options) {
     return given;
 }
 
-/// Throws where options do not go together.
+/// Throws if options do not go together.
 void settleOptions(const Given& given, Options& options) {
     for (const CLI::Option* ofBots : given.ofBots) {
         if (!given.script->empty() && !ofBots->empty())

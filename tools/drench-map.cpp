@@ -15,9 +15,8 @@
 
 using namespace drench;
 
-// The command line of the arena tools; what can be known of an arena is in arena/. Each subcommand
-// has a function that adds its options, and leaves what it does in `run` when it is the one that is
-// asked for.
+// The command line of the arena tools; arena/ examines the arenas. Each subcommand has a function
+// that adds its options, and that puts its action into `run` if this subcommand was chosen.
 
 namespace {
 

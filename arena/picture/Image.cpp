@@ -79,7 +79,7 @@ void blend(Image& image, std::initializer_list<ImagePoint> corners, double margi
     }
 }
 
-/// Positive to the left of the line from a to b, as one sees it, and growing by 1 per pixel.
+/// Pixels from the line from a to b, positive on its left side in the picture.
 double sideOf(ImagePoint p, ImagePoint a, ImagePoint b) {
     const double x = b.x - a.x;
     const double y = b.y - a.y;
