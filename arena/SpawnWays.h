@@ -18,8 +18,8 @@ struct MissingWay {
     int pose = 0;
 };
 
-/// Finds the spawns outside the largest group of spawns that reach each other: cut off from it,
-/// only left, or never left. Spawns where nobody lands do not count.
+/// Finds the spawns with no way to the largest group of spawns that reach each other, with no way
+/// from it, or with neither. Spawns where nobody lands do not count.
 std::vector<MissingWay> missingWays(const Reach& reach);
 
 } // namespace drench::arena

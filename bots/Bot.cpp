@@ -37,7 +37,7 @@ constexpr int longestStumble = 45;
 /// A route to a goal is asked for no more often than this.
 constexpr long routeInterval = 12;
 
-/// A route to an enemy, who moves, is asked for anew as often as this.
+/// A route to a moving enemy is asked for anew at most this often.
 constexpr long chaseInterval = 40;
 
 /// A failed road is avoided as if it took longer by this.

@@ -34,10 +34,10 @@ struct Report {
     /// The players of a room are adjacent, and the rooms are in their order.
     std::vector<PlayerReport> players;
 
-    /// How many rooms let a player in.
+    /// The number of rooms that let a player in.
     std::size_t roomsEntered() const;
 
-    /// How many players were let in.
+    /// The number of players that were let in.
     std::size_t playersEntered() const;
 
     /// The total of all players, or of the players of a room.

@@ -39,7 +39,7 @@ struct Action {
 ///     at <tick> leave              the last line, if it is there
 ///
 /// Ticks must not decrease. `file` is the name that errors begin with: throws InputError
-/// "file:line: what stands there, what is allowed".
+/// "file:line: <the text found>, <the text allowed>".
 std::vector<Action> readScript(const std::string& text, const std::string& file);
 
 } // namespace drench::bots

@@ -49,7 +49,7 @@ constexpr std::size_t longestName = sizeof PlayerUpdate::name - 1;
 /// A blank and a number fit behind a name of this length.
 constexpr std::size_t longestNumberedName = longestName - 2;
 
-/// How often the live line is rewritten.
+/// The time between two updates of the live line.
 constexpr std::chrono::seconds livePeriod{1};
 
 struct Options {

@@ -33,7 +33,7 @@ constexpr double longestDelay = 10000.0;
 /// The longest mean of datagrams lost one after the other.
 constexpr double longestBurst = 1000.0;
 
-/// How often the live line is rewritten.
+/// The time between two updates of the live line.
 constexpr std::chrono::seconds livePeriod{1};
 
 /// The options of one direction, or of both.

@@ -206,7 +206,7 @@ Shade shade(const Scene& scene, const Ray& ray, const Hit& hit, int sun, double 
         Face face = {hit.cell, stepped(hit.cell, hit.axis, hit.side), {}};
         face.axes[0] = hit.axis == 0 ? 1 : 0;
         face.axes[1] = hit.axis == 2 ? 1 : 2;
-        // Rounding may put the point a little beyond the face, where another cube can lie.
+        // Rounding may put the point a little beyond the face, into another cube.
         const Triple low = asTriple(hit.cell);
         for (std::size_t a = 0; a < 3; ++a)
             point[a] = std::clamp(point[a], low[a] + lift, low[a] + 1.0 - lift);
