@@ -11,7 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
-// The states that a search through Player::update has found, merged where they are nearly alike.
+// The states that a search through Player::update has found. Nearly equal states are merged.
 
 namespace drench::arena {
 

@@ -152,7 +152,7 @@ struct Load::Player {
 
     Clock::time_point latestSend;
 
-    /// Of the latest state, 0 before the first.
+    /// The arrival of the latest state, 0 before the first.
     std::int64_t latestArrival = 0;
     UpdateMessage latest;
 };

@@ -25,10 +25,11 @@ using namespace drench;
 // under the same load, on one core. Both take turns of half a second, so that a spell in which the
 // machine is slow meets the two alike.
 //
-// A single room shares its core with its load. Schedulers charge a thread for the time from a
-// wake-up that came from another core until it runs there; on virtual machines, where it takes an
-// interrupt through the host, that is several times what a room does for a datagram. Crowds of
-// rooms get their load from another core, if there is one: it would take too much of theirs.
+// A single room shares its core with its load. Otherwise a wake-up would come from another core,
+// and schedulers charge a thread for the time from such a wake-up until it runs. On virtual
+// machines that takes an interrupt through the host, several times the cost of a datagram in a
+// room. Crowds of rooms get their load from another core, if there is one: it would take too much
+// of theirs.
 
 namespace {
 

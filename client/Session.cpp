@@ -25,7 +25,7 @@ constexpr seconds trustInIdentifier(1);
 /// Longer than a line stalls now and then, shorter than the 5 s after which the room drops us.
 constexpr seconds silencePatience(3);
 
-/// So that a flood cannot hold up the caller.
+/// A limit, so that a flood cannot hold up the caller.
 constexpr int datagramsAtOnce = 256;
 
 /// Enough for the longest record and to see that a datagram is longer.

@@ -211,7 +211,7 @@ struct Given {
     CLI::Option* script = nullptr;
     CLI::Option* record = nullptr;
 
-    /// Those that a script has no use for.
+    /// The options that a script does not use.
     std::vector<CLI::Option*> ofBots;
 };
 
