@@ -12,7 +12,7 @@ elif [ "${1-}" = --help ]; then
 usage: ./test.sh [preset] [ctest arguments]
 Builds everything and runs every test, of which it shows those that do not pass.
   preset      release, debug, asan or tsan; default release
-  -R PATTERN  the tests whose names match, for example -R PlayerMovement
+  -R PATTERN  the tests whose names match, for example -R '^PlayerMovement\.'
   -V          with all that the tests say
   -N          lists the tests
 USAGE

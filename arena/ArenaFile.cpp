@@ -9,29 +9,29 @@ namespace drench::arena {
 
 ArenaFile readArena(const std::string& file) {
     const std::string bytes = readFile(file);
-    ArenaFile arena;
+    ArenaFile loaded;
     if (isVox(bytes)) {
-        arena.text.map = readVox(file, bytes).map;
+        loaded.text.map = readVox(file, bytes).map;
     } else if (isPlan(bytes)) {
         Plan plan = readPlan(bytes, file);
-        arena.text.map = std::move(plan.map);
-        arena.name = plan.name;
-        arena.placeOf = [plan](const CellIndex& cell) { return plan.placeOf(cell); };
+        loaded.text.map = std::move(plan.map);
+        loaded.name = plan.name;
+        loaded.placeOf = [plan](const CellIndex& cell) { return plan.placeOf(cell); };
     } else {
-        arena.text = readMapText(bytes);
-        arena.isMapText = true;
+        loaded.text = readMapText(bytes);
+        loaded.isMapText = true;
     }
-    return arena;
+    return loaded;
 }
 
 ArenaFile readWholeArena(const std::string& file) {
-    ArenaFile arena = readArena(file);
-    for (const TextProblem& problem : arena.text.problems) {
+    ArenaFile loaded = readArena(file);
+    for (const TextProblem& problem : loaded.text.problems) {
         if (!problem.harmless)
             throw InputError(file + ':' + std::to_string(problem.place.line) + ':' +
                              std::to_string(problem.place.column) + ": " + problem.words);
     }
-    return arena;
+    return loaded;
 }
 
 VoxImport readVox(const std::string& file, const std::string& bytes) {

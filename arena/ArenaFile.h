@@ -8,9 +8,9 @@
 
 namespace drench::arena {
 
-/// What a file of any kind that we know holds: a map text, a plan or a voxel file.
+/// The content of an arena file of any known kind: a map text, a plan or a voxel file.
 struct ArenaFile {
-    /// The map, with what is wrong with the text of a map text.
+    /// The map, and the problems of a map text.
     MapText text;
 
     bool isMapText = false;
@@ -18,20 +18,20 @@ struct ArenaFile {
     /// A plan's name; empty for other kinds.
     std::string name;
 
-    /// Where cells stand in the file; empty for a map text, which knows it itself, and for a voxel
-    /// file, whose bytes nobody edits.
+    /// Gives the place of a cell in the file. Empty for a map text, which has MapText::placeOf, and
+    /// for a voxel file, which nobody edits as text.
     PlaceOfCell placeOf;
 };
 
-/// Reads the file, whatever is wrong with a map text. Throws InputError, which begins with the
-/// file's name, when no map can be read from it.
+/// Reads the file; a map text may have any problems. Throws InputError, which begins with the
+/// file's name, if no map can be read from it.
 ArenaFile readArena(const std::string& file);
 
-/// The same for a file that must hold the whole map: throws also at the first thing in a map text
-/// that makes the server read another map than is meant.
+/// Reads a file that must hold the whole map. Also throws at the first problem of a map text that
+/// makes the server read another map than is meant.
 ArenaFile readWholeArena(const std::string& file);
 
-/// Reads the bytes of a voxel file, with its name before what is wrong.
+/// Reads the bytes of a voxel file. Puts the file's name before the words of an InputError.
 VoxImport readVox(const std::string& file, const std::string& bytes);
 
 } // namespace drench::arena

@@ -4,10 +4,11 @@ namespace drench::arena {
 
 namespace {
 
-/// Ticks after which nobody is still falling; a body that rounding has left hanging never lands.
+/// Ticks after which every fall has ended, unless rounding has left the body hanging: then it never
+/// lands.
 constexpr int longestFall = 700;
 
-/// Vertical velocity in the first tick of a fall; on a floor every tick begins one.
+/// Vertical velocity in the first tick of a fall. On a floor every tick begins a fall.
 constexpr float fallFromRest = -static_cast<float>(Player::gravity);
 
 bool insideWorld(const MapManager& map, const Box& body) {

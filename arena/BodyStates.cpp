@@ -6,19 +6,19 @@ namespace drench::arena {
 
 namespace {
 
-/// A floor is looked for this far below the feet: landing may leave a body hovering by less.
+/// A floor is looked for this far below the feet, since a landed body may hover by less.
 constexpr float feetTolerance = 0.5f;
 
-/// Parts of a cube each way in which walking bodies are taken for one.
+/// Each cube is cut into this many parts each way; walking bodies in one part count as one state.
 constexpr int walkingParts = 5;
 
-/// The same in flight, along x and z.
+/// The parts for bodies in flight, along x and z.
 constexpr float flightParts = 2.0f;
 
-/// The same in flight, along y.
+/// The parts for bodies in flight, along y.
 constexpr float flightHeightParts = 4.0f;
 
-/// Which of the parts that each cube is cut into holds the coordinate.
+/// The index of the part of a cube that holds the coordinate, with `parts` parts to each cube.
 int partIndex(float coordinate, float parts) {
     return static_cast<int>(std::floor(coordinate * parts / cubeEdge));
 }
@@ -89,7 +89,7 @@ Player walkingAlong(MapManager& map, double yaw, Pace pace) {
         turnLeft(player, yaw);
         player.updateDirAndStrafe();
     } else {
-        // The strafe vector lags a report behind, and so points where the view then does.
+        // The strafe vector lags one report behind, so it now points along the new view.
         turnLeft(player, yaw - quarterTurn);
         turnLeft(player, quarterTurn);
     }

@@ -11,7 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
-// The states that a search through Player::update has found, merged where they are nearly alike.
+// The states that a search through Player::update has found. Nearly equal states are merged.
 
 namespace drench::arena {
 
@@ -21,7 +21,7 @@ constexpr int headings = 16;
 /// A body that no floor carries.
 constexpr int inTheAir = -1;
 
-/// What the future of a moving body depends on, apart from its view and keys.
+/// The state that a moving body's future depends on, apart from its view and keys.
 struct BodyState {
     vec3 position;
     vec3 bodyMin;
@@ -29,14 +29,14 @@ struct BodyState {
     float verticalSpeed;
     bool inAir;
 
-    /// The place it stands on, or inTheAir.
+    /// The place that the body stands on, or inTheAir.
     int place;
 
-    /// The floor level that a body stands on or the feet's height in flight, world units.
+    /// World units: the floor level under a standing body, the height of the feet in flight.
     float feet() const { return bodyMin.y; }
 };
 
-/// States with the same key are taken for one. Vertical speeds are whole halves of a unit.
+/// States with equal keys count as one. Vertical speeds are whole halves of a unit.
 struct StateKey {
     int x;
     int y;
@@ -63,12 +63,11 @@ struct HashOfCell {
     }
 };
 
-/// The key of a body on a floor. On an open floor all of a cell is one state, elsewhere a fifth of
-/// a cube each way: a body in the middle one fits through a gap one cube wide.
+/// The key of a body on a floor. On an open floor a whole cell is one state, elsewhere a fifth of a
+/// cube each way: a body in the middle fifth fits through a gap one cube wide.
 StateKey standingKey(const Player& player, bool onOpenFloor);
 
-/// The key of a body in flight, where the keys change only every few ticks and states may lie
-/// further apart.
+/// The key of a body in flight. It is coarser: the pressed keys change only every few ticks.
 StateKey flightKey(const Player& player);
 
 /// The cell that the middle of the feet lies in.
@@ -76,13 +75,13 @@ CellIndex cellOfFeet(const Player& player);
 
 BodyState stateOf(const Player& player, int place);
 
-/// The player of a view, moved to where a body is and as fast as that falls.
+/// A player with the view of `view`, moved to the place and vertical speed of a state.
 Player inState(const Player& view, const BodyState& state);
 
-/// A player of this map who looks level and walks along a yaw, radians left of the z axis.
+/// A player of this map that looks level and walks along a yaw, radians left of the z axis.
 Player walkingAlong(MapManager& map, double yaw, Pace pace);
 
-/// The same for a player who runs: presses the keys of `run`.
+/// The same, running: with the keys of run() pressed.
 Player runningAlong(MapManager& map, double yaw, Pace pace);
 
 /// Radians of a quarter turn.
@@ -94,7 +93,7 @@ void run(Player& player);
 /// The yaw from one point to another.
 double yawTowards(vec3 from, vec3 to);
 
-/// World units from one point to another, heights left aside.
+/// The horizontal distance between two points, world units.
 float levelDistance(vec3 from, vec3 to);
 
 } // namespace drench::arena

@@ -21,7 +21,7 @@ std::string wordsOf(const Axes& axes) {
     return std::string(names[axes[0]]) + ", " + names[axes[1]] + ", " + names[axes[2]];
 }
 
-/// The cells of a map as they are in another order.
+/// The cells of a map in another order.
 struct Reordered {
     const MapManager& map;
 
@@ -29,8 +29,8 @@ struct Reordered {
     Axes cells;
     std::array<int, 3> size{};
 
-    Reordered(const MapManager& map_, const Axes& header, const Axes& cells_)
-        : map(map_), cells(cells_) {
+    Reordered(const MapManager& original, const Axes& header, const Axes& cellOrder)
+        : map(original), cells(cellOrder) {
         const int numbers[] = {map.columns, map.rows, map.depth};
         for (std::size_t i = 0; i < 3; ++i)
             size[header[i]] = numbers[i];
@@ -106,7 +106,7 @@ std::optional<std::string> orderOfAnArena(const MapManager& map) {
         if (isArena({map, header, usual}))
             return "its header is taken as " + wordsOf(header);
     }
-    // An arena that is the same from many sides is one in many orders of its cells.
+    // An arena with symmetries may be one in several orders of its cells.
     for (const Axes& header : orders) {
         std::string fitting;
         for (const Axes& cells : orders) {

@@ -10,10 +10,10 @@ namespace drench::arena {
 /// Whether row 0 and the four sides are solid to the full height.
 bool isEnclosed(const MapManager& map);
 
-/// For the map of a text that is no arena as it stands: in which other order of the header's three
-/// numbers or of the cells it is one, enclosed and with eight spawns that land, in words such as
-/// "its header is taken as columns, depth, rows". Another header comes before other cells, and
-/// those before both. Nothing where it is an arena as it stands, or in no order.
+/// Looks for another order of the header's three numbers or of the cells in which the map is an
+/// arena: enclosed, with eight spawns that land. Returns that order in words such as "its header is
+/// taken as columns, depth, rows". Another header is tried before other cells, and both at once
+/// last. Returns nothing if the map is an arena as it stands, or in no order.
 std::optional<std::string> orderOfAnArena(const MapManager& map);
 
 } // namespace drench::arena

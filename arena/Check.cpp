@@ -16,10 +16,10 @@ namespace drench::arena {
 
 namespace {
 
-/// Findings of one kind are told one by one up to this many, then counted.
+/// Up to this many findings of one kind are listed, the others only counted.
 constexpr std::size_t toldOneByOne = 3;
 
-/// An arena that can be left in so many cells is not looked at any further.
+/// The search ends once an arena can be left in this many cells.
 constexpr std::size_t enoughDepartures = 16;
 
 /// Dead ends up to this many cubes bother nobody.
@@ -155,7 +155,7 @@ void checkSight(Checker& checker, const Reach& reach, const Sight& sight) {
         const auto back = std::pair(to, from);
         const bool mutual = std::find(sight.whenLanded.begin(), sight.whenLanded.end(), back) !=
                             sight.whenLanded.end();
-        // A pair that sees each other is told once.
+        // A pair that sees each other is reported once.
         if (mutual && from > to)
             continue;
         findings.emplace_back(
@@ -172,7 +172,7 @@ void checkSight(Checker& checker, const Reach& reach, const Sight& sight) {
                    feetOf(checker, reach, sight.sniperPlaces.front()));
 }
 
-/// Whether the server reads two numbers for each cell.
+/// Whether the server reads both numbers of every cell.
 bool givesEveryCell(const MapText& text) {
     const auto count = [](int number) { return static_cast<std::size_t>(number); };
     const MapManager& map = text.map;

@@ -16,25 +16,25 @@ enum class Severity {
     /// The arena cannot be played as it is.
     error,
 
-    /// It can, but not everybody will like it.
+    /// The arena can be played, but not everybody will like it.
     warning
 };
 
-/// What a finding is about.
+/// The subject of a finding.
 enum class Subject {
-    /// No arena can be read from the file.
+    /// The file: no arena can be read from it.
     file,
 
     /// The numbers of a map text, and their order.
     text,
 
-    /// Where players appear and land.
+    /// Spawn places and landings.
     spawns,
 
-    /// Where players get to.
+    /// The parts of the arena that players get to.
     reach,
 
-    /// Whom players see, and who is covered.
+    /// Lines of sight between players, and cover.
     sight
 };
 
@@ -44,20 +44,20 @@ struct Finding {
     Subject subject;
     std::string words;
 
-    /// Where it is: the cell, and the place of its `solid` in the file; absent when it is nowhere
-    /// in particular.
+    /// The cell, and the place of its `solid` in the file; absent if the finding has no particular
+    /// place.
     std::optional<CellIndex> cell;
     std::optional<TextPlace> place;
 };
 
-/// What is known of an arena after a check. What errors have made pointless to look at is left
-/// empty.
+/// All results of a check. Parts that errors make pointless to examine are left empty.
 struct CheckResult {
     std::vector<Finding> findings;
     std::vector<Arrival> arrivals;
     std::optional<Reach> reach;
 
-    /// Cells with room to stand, how many of them players get to, and the largest area of others.
+    /// Cells with room to stand, the number of them that players get to, and the largest unreached
+    /// area.
     std::vector<CellIndex> walkable;
     std::size_t walkableReached = 0;
     std::optional<Area> unreached;
@@ -67,18 +67,19 @@ struct CheckResult {
     bool playable() const;
 };
 
-/// Told now and then what is being looked at, such as "reach", and at how many places so far.
+/// Called now and then with the subject under examination, such as "reach", and the number of
+/// standing places so far.
 using CheckProgress = std::function<void(const std::string& subject, std::size_t places)>;
 
-/// Where a cell stands in the file that the maker edits.
+/// Gives the place of a cell in the file that the maker edits.
 using PlaceOfCell = std::function<TextPlace(const CellIndex&)>;
 
-/// Checks an arena: where players spawn, where they get to, whom they see. The arrivals keep a
-/// pointer to `map`. Without `placeOf` findings have no place.
+/// Checks an arena's spawns, reach and sight. The arrivals keep a pointer to `map`. Without
+/// `placeOf` findings have no place.
 CheckResult check(MapManager& map, const PlaceOfCell& placeOf, const CheckProgress& progress = {});
 
-/// Checks a map text: first its numbers, and the arena only when they give every cell. Where the
-/// arena is not enclosed, but would be in another order of its numbers, that is the only finding.
+/// Checks a map text: first its numbers, and the arena only if they give every cell. If the arena
+/// is not enclosed but would be in another order of its numbers, that is the only finding.
 CheckResult check(MapText& text, const CheckProgress& progress = {});
 
 } // namespace drench::arena

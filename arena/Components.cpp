@@ -25,7 +25,7 @@ std::vector<int> strongComponents(const Digraph& graph) {
     std::vector<int> low(count, 0);
     std::vector<std::size_t> edge(graph.first.begin(), graph.first.end() - 1);
 
-    // Nodes on the walk's way from the root, and nodes entered that have no component yet.
+    // The nodes on the walk's path from the root, and the entered nodes that have no component yet.
     std::vector<std::size_t> way;
     std::vector<std::size_t> open;
     int entries = 0;

@@ -12,8 +12,8 @@ struct Digraph {
     std::vector<int> targets;
 };
 
-/// The graph of so many nodes with these edges, each from its first node to its second; those of a
-/// node keep their order.
+/// The graph with this number of nodes and these edges, each from its first node to its second. The
+/// edges of a node keep their order.
 Digraph digraph(std::size_t nodes, const std::vector<std::pair<int, int>>& edges);
 
 /// For each node the number of its strongly connected component: two nodes have the same number

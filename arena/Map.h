@@ -31,7 +31,7 @@ std::string sizeWords(long columns, long rows, long depth);
 /// A map of empty cells. The dimensions must be an arena's size.
 MapManager emptyMap(int columns, int rows, int depth);
 
-/// Throws InputError, "the map has no cells", when that is so.
+/// Throws InputError "the map has no cells" if the map has none.
 void requireCells(const MapManager& map);
 
 /// The cell (i, j, k), which must lie in the grid: its `solid` and `cellValue` may be set.

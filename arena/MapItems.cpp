@@ -57,7 +57,7 @@ TextNumber numberAtStartOf(std::string_view text) {
 }
 
 TextPlace MapItems::placeOf(std::size_t offset) const {
-    // Of lines that begin at one offset only the last one has bytes.
+    // Of several lines that begin at one offset only the last one has bytes.
     const auto next = std::upper_bound(lineStarts.begin(), lineStarts.end(), offset);
     const auto line = std::prev(next);
     return {static_cast<int>(next - lineStarts.begin()), 1 + static_cast<int>(offset - *line)};

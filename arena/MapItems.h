@@ -11,24 +11,24 @@ namespace drench::arena {
 
 /// The two ways to read the line ends of a map text.
 enum class LineEnds {
-    /// As the server's loader does: they vanish, so what stands on both sides becomes one word.
+    /// As the server's loader: line ends vanish, so the text on both sides is joined.
     joining,
 
-    /// As people do: they are blanks.
+    /// As people: line ends are blanks.
     parting
 };
 
 /// A number as `istream >> int` reads it.
 struct TextNumber {
-    /// In bytes; 0 where no number stands.
+    /// In bytes; 0 if there is no number.
     std::size_t length = 0;
 
-    /// The nearest int if the number is none.
+    /// The nearest int if the number does not fit.
     int value = 0;
     bool fits = true;
 };
 
-/// The number that the text begins with.
+/// Reads the number that the text begins with.
 TextNumber numberAtStartOf(std::string_view text);
 
 /// A number, or a run of bytes between blanks that does not consist of numbers.
@@ -38,16 +38,16 @@ struct MapItem {
 
     std::size_t length = 0;
 
-    /// Without a length for what is no number.
+    /// Of length 0 if the item is not a number.
     TextNumber number;
 
     std::size_t end() const { return begin + length; }
 };
 
 /// The bytes of a map text under one rule for its line ends, cut into items. A word of numbers with
-/// signs between them is as many items: "1-2" is 1 and -2.
+/// signs between them gives several items: "1-2" is 1 and -2.
 struct MapItems {
-    /// The file's; without the line ends where they join.
+    /// The file's bytes, without the line ends if they join.
     std::string bytes;
 
     /// The offset in `bytes` where each line of the file begins.
@@ -58,13 +58,14 @@ struct MapItems {
         return std::string_view(bytes).substr(item.begin, item.length);
     }
 
-    /// Where in the file the byte at this offset stands, or, at the end, would stand.
+    /// The place in the file of the byte at this offset; an offset at the end is the place after
+    /// the last byte.
     TextPlace placeOf(std::size_t offset) const;
 };
 
 MapItems itemsOf(const std::string& bytes, LineEnds lineEnds);
 
-/// What `istream >> int` skips.
+/// Whether `istream >> int` skips this character.
 bool isBlankInMap(char c);
 
 } // namespace drench::arena

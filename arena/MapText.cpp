@@ -11,35 +11,35 @@ namespace drench::arena {
 
 namespace {
 
-/// What the server makes of a text whose lines it has joined.
+/// The server's reading of a text with its lines joined.
 struct ServerReading {
     bool hasHeader = false;
 
-    /// Where each number stands that it reads.
+    /// The place of each number that the server reads.
     std::vector<TextPlace> numbers;
 
-    /// Whether it reads every cell, and nothing follows but perhaps a remark.
+    /// Whether the server reads every cell, and at most a remark follows.
     bool isWhole = false;
 
-    /// What follows the last number, if all were read.
+    /// The text after the last number, if all were read.
     std::optional<MapRest> rest;
 };
 
-/// Whether the server stops here before a remark: at the start of a word, or where the line of one
-/// has been joined to a number.
+/// Whether a remark begins here: at the start of a word, or at a line that is joined to a number.
 bool isRemark(const MapItems& joined, const MapItem& item, std::size_t offset) {
     const bool begins = offset == item.begin || std::binary_search(joined.lineStarts.begin(),
                                                                    joined.lineStarts.end(), offset);
     return begins && numberAtStartOf(joined.textOf(item).substr(offset - item.begin)).length == 0;
 }
 
-/// Follows MapManager::init: number by number up to the last cell, or to what stops it.
+/// Follows MapManager::init: number by number up to the last cell, or to the first item that stops
+/// it.
 ServerReading readAsServer(const MapItems& joined) {
     ServerReading server;
     Dimensions size{};
     std::size_t needed = headerNumbers;
     for (const MapItem& item : joined.items) {
-        // Of what is no number it takes the numbers in front.
+        // Of an item that is not a number, the server reads the numbers at its start.
         for (std::size_t offset = item.begin; offset < item.end();) {
             if (server.numbers.size() == needed) {
                 server.rest = MapRest{offset, isRemark(joined, item, offset)};
@@ -66,7 +66,7 @@ ServerReading readAsServer(const MapItems& joined) {
     return server;
 }
 
-/// The offset in the joined text of what stands in the text as people read it.
+/// The offset in the joined text that corresponds to an offset in the text with lines apart.
 std::size_t offsetInJoined(const MapItems& parted, std::size_t offset) {
     return offset - static_cast<std::size_t>(parted.placeOf(offset).line - 1);
 }

@@ -8,7 +8,7 @@
 
 namespace drench::arena {
 
-/// A map text and what the server makes of it.
+/// A map text as the server reads it.
 struct MapText {
     /// Whether the header gives the dimensions of an arena. If not, `map` has no cells.
     bool hasHeader = false;
@@ -20,20 +20,20 @@ struct MapText {
     /// In the order of the file.
     std::vector<TextProblem> problems;
 
-    /// Where each number stands that the server gets to read: columns, rows, depth, then two for
-    /// each cell.
+    /// The place of each number that the server reads: columns, rows, depth, then two for each
+    /// cell.
     std::vector<TextPlace> numbers;
 
-    /// Where the cell's `solid` stands; {0, 0} for a cell that the text does not reach. The cell
+    /// The place of the cell's `solid`; {0, 0} for a cell that the text does not reach. The cell
     /// must lie in the grid.
     TextPlace placeOf(const CellIndex& cell) const;
 };
 
-/// Reads a map text and finds what is wrong with it: a header that gives no dimensions, too few or
-/// too many numbers, something that is no number, lines that the loader joins into one number. What
-/// joined lines make of the rest is not reported; where the text is right only with its lines
-/// joined, the joins are harmless, and so is a remark after the last cell. Of a kind of problem the
-/// first three are told, then how many more there are.
+/// Reads a map text and finds its problems: a header that gives no dimensions, too few or too many
+/// numbers, items that are not numbers, lines that the loader joins into one number. After a wrong
+/// join, further effects of joined lines are not reported. If the text is right only with its lines
+/// joined, the joins are harmless, and so is a remark after the last cell. Of each kind of problem
+/// the first three are listed, then the count of the others.
 MapText readMapText(const std::string& bytes);
 
 /// The map as text: the header, then one line for each column and row, each starting with a blank

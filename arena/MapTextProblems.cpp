@@ -24,9 +24,9 @@ std::string cellsTake(const Dimensions& size) {
            std::to_string(cellNumbers(size)) + " numbers after the header";
 }
 
-/// Problems of one kind: the first three, then how many more.
+/// Problems of one kind: the first three, then the count of the others.
 struct RepeatedProblem {
-    /// How those that are not told are called: "5 more <kind>".
+    /// The word for the unlisted ones: "5 more <kind>".
     std::string kind;
     std::size_t count = 0;
     std::vector<TextProblem> problems = {};
@@ -62,7 +62,7 @@ std::string firstThingIn(const MapItems& text) {
     return quoted(text.textOf(text.items.front()));
 }
 
-/// What is wrong with the header from this number on, if anything; fills in its part of the size.
+/// The problem of the header from this number on, if any; fills in its part of the size.
 std::optional<TextProblem> problemOfHeader(const MapItems& text, std::size_t index,
                                            Dimensions& size) {
     const std::string name = headerNames[index];
@@ -88,14 +88,14 @@ std::optional<TextProblem> problemOfHeader(const MapItems& text, std::size_t ind
     return std::nullopt;
 }
 
-/// Items that stand for cells and are no numbers, or numbers that no int holds.
+/// Problems of the items for cells that are not numbers, or numbers that no int holds.
 std::vector<TextProblem> problemsOfCells(const MapItems& text, std::span<const MapItem> items) {
     RepeatedProblem strangers{.kind = "where a number is expected"};
     RepeatedProblem misfits{.kind = "beyond these limits"};
     for (const MapItem& item : items) {
         if (item.number.length > 0 && item.number.fits)
             continue;
-        // Only the first thing that stops the server has a consequence.
+        // Only the first item that stops the server has a consequence.
         const auto consequence = [&](const std::string& what) {
             return strangers.count + misfits.count > 0
                        ? ""
@@ -132,14 +132,14 @@ std::string leftOverWords(const MapItems& text, std::size_t needed, const Dimens
            ". The server ignores the rest, but probably header and cells disagree";
 }
 
-/// The word as it stands if it consists of numbers, else in quotes.
+/// The word unchanged if it consists of numbers, otherwise in quotes.
 std::string shownWord(const std::string& word) {
     const MapItems items = itemsOf(word, LineEnds::joining);
     return items.items.front().number.length > 0 && word.size() <= 40 ? word : quoted(word);
 }
 
-/// Whether joining the line that begins here to what is before it changes what is read. A sign
-/// after a digit begins a number of its own.
+/// Whether the line that begins here, once joined to the text before it, changes the numbers read.
+/// A sign after a digit begins a number of its own.
 bool runsTogether(std::string_view joined, std::size_t lineStart) {
     if (lineStart == 0 || lineStart >= joined.size())
         return false;
@@ -149,21 +149,21 @@ bool runsTogether(std::string_view joined, std::size_t lineStart) {
     return !isBlankInMap(before) && !isBlankInMap(after) && !isSigned;
 }
 
-/// A word that has come to be by joining lines, and where the joined lines begin in it.
+/// A word that joined lines have formed, and the offsets in it at which the lines begin.
 struct JoinedWord {
     std::size_t begin = 0;
     std::size_t end = 0;
     std::vector<std::size_t> breaks;
 };
 
-/// The word around the line start number `index`, which runs together with what is before it.
+/// The word around the line start number `index`, which runs together with the text before it.
 JoinedWord wordAround(std::string_view joined, std::span<const std::size_t> lineStarts,
                       std::size_t index) {
     JoinedWord word{lineStarts[index], lineStarts[index], {}};
     const auto isLineStart = [&](std::size_t offset) {
         return std::binary_search(lineStarts.begin(), lineStarts.end(), offset);
     };
-    // Where a line begins that does not run together, a word begins.
+    // A line start that does not run together begins a word.
     const auto begins = [&](std::size_t offset) {
         return isLineStart(offset) && !runsTogether(joined, offset);
     };

@@ -14,7 +14,8 @@ struct Colour {
     bool operator==(const Colour&) const = default;
 };
 
-/// What a cellValue stands for: how plans write it and how pictures and voxel files draw it.
+/// The meaning of a cellValue: its character in plans, its name, its colour in pictures and voxel
+/// files.
 struct Material {
     int cellValue;
     char character;
@@ -25,7 +26,7 @@ struct Material {
 /// Air (cellValue 0) first, then every solid material, cellValues ascending without gaps.
 std::span<const Material> materials();
 
-/// The material of this cellValue, or null when it has none.
+/// The material of this cellValue, or null if it has none.
 const Material* materialOf(int cellValue);
 
 /// "stone", or "material 40" for a cellValue without a material.

@@ -2,13 +2,13 @@
 
 namespace drench::arena {
 
-/// How fast players move in flight, at most.
+/// The highest horizontal speed of players in flight.
 enum class Pace {
     /// Forward and sideways at once: 8.5 world units a tick.
     ordinary,
 
-    /// 12 units a tick: a quarter turn in one view report leaves the strafe vector pointing where
-    /// the view does.
+    /// 12 units a tick: after a quarter turn in one view report, the strafe vector points along the
+    /// view.
     flicked
 };
 

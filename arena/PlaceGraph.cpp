@@ -16,7 +16,7 @@ bool areNeighbours(const StandingPlace& a, const StandingPlace& b) {
            std::abs(a.feet.depth - b.feet.depth) <= 1;
 }
 
-/// For each place those one step away, either way.
+/// For each place the places one step away, either way.
 std::vector<std::vector<int>> neighbourGraph(const Reach& reach) {
     std::vector<std::vector<int>> neighbours(reach.places.size());
     for (std::size_t from = 0; from < reach.places.size(); ++from) {
@@ -33,8 +33,8 @@ std::vector<std::vector<int>> neighbourGraph(const Reach& reach) {
 
 /// A depth-first walk over a graph from one node.
 struct DepthFirst {
-    /// Nodes as they were entered, and for each node when it was entered (-1 if never) and from
-    /// where.
+    /// Nodes in the order of entering; for each node the time of its entering (-1 if never) and the
+    /// node before it.
     std::vector<int> entered;
     std::vector<int> order;
     std::vector<int> parent;
@@ -42,10 +42,10 @@ struct DepthFirst {
     /// The earliest node that the node's subtree has an edge to.
     std::vector<int> low;
 
-    /// How many nodes the node's subtree has: they stand in `entered` from the node on.
+    /// The count of nodes in the node's subtree: they are in `entered` from the node on.
     std::vector<int> size;
 
-    /// How many subtrees hang on the root.
+    /// The count of subtrees that hang on the root.
     int rootChildren = 0;
 };
 
@@ -89,7 +89,7 @@ DepthFirst walkDepthFirst(const std::vector<std::vector<int>>& graph, int root) 
     return walk;
 }
 
-/// The node most steps from `mouth` among those of `inside`, which hang on it.
+/// The node most steps from `mouth` among the nodes of `inside`, which hang on it.
 DeadEnd deepestFrom(const std::vector<std::vector<int>>& graph, int mouth,
                     std::span<const int> inside) {
     std::unordered_map<int, int> depthOf;

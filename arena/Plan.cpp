@@ -20,7 +20,7 @@ constexpr const char* sizeRule =
     " where \"size <columns> <rows> <depth>\" is allowed, each 1 or more";
 constexpr const char* valueRule = " where <cellValue> or <solid>:<cellValue> is allowed";
 
-/// An int as it is always written: without leading zeros, '+' or "-0".
+/// Parses an int in its only accepted form: without leading zeros, '+' or "-0".
 std::optional<int> wholeNumber(std::string_view word) {
     const std::optional<int> number = numberIn<int>(word);
     return number && std::to_string(*number) == word ? number : std::nullopt;
@@ -137,8 +137,8 @@ Legend readLegend(PlanLines& plan, int rows) {
     }
 }
 
-/// Reads the heading of a grid and returns the last of its rows; `first` is the only one that it
-/// may begin with.
+/// Reads the heading of a grid and returns the last of its rows. The heading must begin with
+/// `first`.
 int readRange(const PlanLines& plan, int first, int rows) {
     const std::string next = std::to_string(first);
     if (plan.words[0].text != "row")

@@ -3,11 +3,11 @@
 #include <compare>
 #include <string_view>
 
-// What reading and writing plans share.
+// Shared by the reading and writing of plans.
 
 namespace drench::arena {
 
-/// What a character of a plan stands for.
+/// The numbers of a cell that a plan writes with one character.
 struct PlanKind {
     int solid = 0;
     int cellValue = 0;
@@ -22,7 +22,7 @@ constexpr PlanKind usualKind(int cellValue) {
     return {cellValue == 0 ? 0 : 1, cellValue};
 }
 
-/// How the names of marks begin, characters that stand for air too.
+/// The prefix of the names of marks. Marks are characters for air, too.
 inline constexpr std::string_view markPrefix = "spawn-";
 
 /// Visible ASCII, in the order in which kinds of cells without a character of their own get them.
@@ -31,12 +31,12 @@ inline constexpr std::string_view legendCharacters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
     "!\"$%&'()*+,-./:;<=>?@[\\]^_`{|}~";
 
-/// What parts words in a line of a plan.
+/// Whether the character separates words in a line of a plan.
 constexpr bool isBlankInPlan(char c) {
     return c == ' ' || c == '\t';
 }
 
-/// What no arena's name may hold.
+/// Whether the character is a control character. No arena's name may hold one.
 constexpr bool isControl(char c) {
     return (c >= 0 && c < ' ') || c == '\x7f';
 }

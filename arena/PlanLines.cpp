@@ -8,7 +8,8 @@
 
 namespace drench::arena {
 
-PlanLines::PlanLines(const std::string& text, const std::string& file_) : file(file_), rest(text) {
+PlanLines::PlanLines(const std::string& text, const std::string& fileName)
+    : file(fileName), rest(text) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (rest.starts_with(byteOrderMark))
         rest.remove_prefix(byteOrderMark.size());

@@ -16,8 +16,8 @@ PlanKind kindOf(const Box& cube) {
     return {cube.solid, cube.cellValue};
 }
 
-/// The kinds of a map's cells and air, each with its character: a material's own one, and for what
-/// is no material one that no material needs here.
+/// The kinds of a map's cells and air, each with its character: the material's own if there is a
+/// material, otherwise one that no material needs here.
 std::map<PlanKind, char> charactersOf(const MapManager& map) {
     std::map<PlanKind, char> characters{{planAir, '\0'}};
     for (const auto& column : map.cubes) {

@@ -13,14 +13,14 @@ namespace {
 /// Rows of cubes that a body on a floor reaches into.
 constexpr int bodyRows = 3;
 
-/// Sums of floats differ by less from what they stand for, world units.
+/// World units. Sums of floats differ from exact sums by less than this.
 constexpr float rounding = 0.5f;
 
 std::size_t asIndex(int i) {
     return static_cast<std::size_t>(i);
 }
 
-/// Cells of feet are those of the map and those on top of it.
+/// The index of a cell of feet. Such cells are those of the map and those on top of it.
 std::size_t cellNumber(const MapManager& map, const CellIndex& feet) {
     return (asIndex(feet.column) * asIndex(map.depth) + asIndex(feet.depth)) *
                asIndex(map.rows + 1) +
@@ -36,7 +36,8 @@ bool isCube(const MapManager& map, int column, int row, int depth) {
     return row < map.rows && cell(map, column, row, depth).solid != 0;
 }
 
-/// Whether a body with its feet in the cell fits into the column of cubes, as far as that goes.
+/// Whether a body with its feet in the cell fits into the column of cubes, judged by that column
+/// alone.
 bool fits(const MapManager& map, const CellIndex& feet) {
     for (int row = feet.row; row < feet.row + bodyRows; ++row) {
         if (isCube(map, feet.column, row, feet.depth))
@@ -46,8 +47,8 @@ bool fits(const MapManager& map, const CellIndex& feet) {
 }
 
 /// Whether a body with its centre over the cell of feet can touch a cube of that row, below or
-/// above it: in its own column or, where all columns that it then reaches into are free, in one
-/// beside it.
+/// above it: in its own column, or in a column beside it if all columns that it then reaches into
+/// are free.
 bool touchesRow(const MapManager& map, const CellIndex& feet, int row) {
     for (int i = -1; i <= 1; ++i) {
         for (int k = -1; k <= 1; ++k) {
@@ -62,7 +63,7 @@ bool touchesRow(const MapManager& map, const CellIndex& feet, int row) {
 }
 
 /// Marks the cells of feet that a body's centre may pass, from the starts on through neighbouring
-/// ones: what is walled in is left out.
+/// cells. Walled-in cells stay unmarked.
 std::vector<std::uint8_t> passable(const MapManager& map, const std::vector<CellIndex>& starts) {
     std::vector<std::uint8_t> passed(asIndex(map.columns) * asIndex(map.depth) *
                                      asIndex(map.rows + 1));
@@ -92,7 +93,8 @@ std::vector<std::uint8_t> passable(const MapManager& map, const std::vector<Cell
 /// lowest passage that a body fits through.
 constexpr int levelsPerRow = 2;
 
-/// How far above the row's floor the feet of a body are that is stopped by such a ceiling.
+/// World units above the row's floor at which the feet are when the head is stopped by such a
+/// ceiling.
 float perchHeight(const FlightArc& arc) {
     return bodyRows * cubeEdge - Player::bodySize.y - arc.rise[1];
 }
@@ -142,12 +144,12 @@ int labelOfRing(const Prospects& prospects, int column, int depth, int ring, int
     return label;
 }
 
-/// The greatest height that the feet may have over columns at a distance of so many columns, so
-/// many ticks after a take-off; none when a body gets there only below the world.
+/// The greatest height of the feet over columns this many columns away, this many ticks after a
+/// take-off; none if a body gets there only below the world.
 std::optional<float> heightOver(const Prospects& prospects, float feet, std::size_t ticks,
                                 int columns) {
-    // A body comes over such a column so many ticks later at the earliest; one tick less for having
-    // run over an edge before the jump.
+    // A body comes over such a column this many ticks later at the earliest; one tick less if it
+    // ran over an edge before the jump.
     const FlightArc& arc = prospects.arc;
     const float way = cubeEdge * static_cast<float>(std::max(0, columns - 1));
     const auto least = static_cast<std::size_t>(way / prospects.runSpeed);
@@ -158,7 +160,7 @@ std::optional<float> heightOver(const Prospects& prospects, float feet, std::siz
     return height < 0.0f ? std::nullopt : std::optional(height);
 }
 
-/// The label of all that a body may come to that is so many ticks after a take-off.
+/// The joint label of all that a body may reach from this many ticks after a take-off.
 int after(const Prospects& prospects, int column, int depth, float feet, std::size_t ticks) {
     const FlightArc& arc = prospects.arc;
     if (ticks >= arc.rise.size() ||
@@ -227,7 +229,7 @@ Prospects prospects(const MapManager& map, const std::vector<CellIndex>& starts,
     const float height = cubeEdge * static_cast<float>(highest + bodyRows);
     prospects.arc = flightArc(height);
 
-    // A body stops above a floor by less than the step that would have met it.
+    // A body stops above a floor by less than the step that would have met the floor.
     const FlightArc& arc = prospects.arc;
     const float apex = arc.rise[arc.apex];
     prospects.climbingHover = cubeEdge * std::ceil(apex / cubeEdge) - apex - rounding;
@@ -275,7 +277,7 @@ Prospects prospects(const MapManager& map, const std::vector<CellIndex>& starts,
 
 void label(Prospects& prospects, const std::vector<int>& labelOfFloor) {
     // From a perch players jump again, to floors and to other perches. Labels of perches only ever
-    // become more, so that this ends.
+    // grow, so this ends.
     std::vector<int> labelOfPerch(prospects.perches.size(), Prospects::none);
     const float height = perchHeight(prospects.arc) + prospects.arc.rise[1];
     for (bool changed = true; changed;) {
@@ -310,8 +312,8 @@ bool mightLeave(const Prospects& prospects,
         return asIndex(column) * asIndex(map.depth) + asIndex(depth);
     };
 
-    // What there is to come to in each column of cubes, the lowest first, and how many of them have
-    // been come to: whatever gets to a level gets to all below.
+    // The floors, perches and exits of each column of cubes, the lowest first, and the count of
+    // those reached: a body that gets to a level gets to all below it.
     struct Stop {
         int level;
         float feet;
@@ -372,7 +374,7 @@ int highestRowAfterJump(const Prospects& prospects, float feet, int columns) {
 }
 
 vec3 carriedPoint(const Prospects& prospects, const CellIndex& feet) {
-    // Beside a carrying cube the feet's middle may be nearly half a body away from it.
+    // The feet's middle may be nearly half a body beside a carrying cube.
     constexpr float offMiddle = 24.0f;
     const MapManager& map = *prospects.map;
     const vec3 middle(cubeEdge * (static_cast<float>(feet.column) + 0.5f),

@@ -10,8 +10,8 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-/// Narrows the range of distances in which the ray is between low and high along an axis; says
-/// whether any is left.
+/// Narrows the range of distances to the part where the ray is between low and high along an axis;
+/// returns whether any is left.
 bool clipToSlab(const Ray& ray, int axis, double low, double high, Hit& hit, double& exit) {
     const auto a = static_cast<std::size_t>(axis);
     if (ray.direction[a] == 0.0)

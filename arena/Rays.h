@@ -14,7 +14,7 @@ namespace drench::arena {
 // Straight lines through the cells of a map. Lengths are in cells, so that the cell (i, j, k)
 // reaches from (i, j, k) to (i + 1, j + 1, k + 1).
 
-/// Whether the answer of MapManager::pointOfIntersection says that a shot meets no cube.
+/// Whether MapManager::pointOfIntersection returned that a shot meets no cube.
 inline bool isMiss(vec3 hit) {
     return hit.x < 0.0f;
 }
@@ -35,7 +35,7 @@ Triple unit(const Triple& a);
 
 constexpr Triple upwards = {0.0, 1.0, 0.0};
 
-/// A point or a way in world units, in cells.
+/// A point or a vector in world units, converted to cells.
 Triple inCells(vec3 v);
 
 /// The index of a cell along an axis: 0 for its column, 1 for its row, 2 for its depth.
@@ -47,13 +47,13 @@ struct Body {
     Triple max{};
 };
 
-/// What rays can meet.
+/// The things that rays can meet.
 struct Grid {
     const MapManager* map = nullptr;
     std::array<int, 3> cells{};
     std::vector<Body> bodies;
 
-    /// What each cell holds, in a rim of outside cells one wide.
+    /// The content of each cell, with a rim of outside cells one wide.
     enum class Content : std::uint8_t { nothing, cube, bodies, outside };
     std::vector<Content> contents;
 
@@ -71,7 +71,7 @@ struct Grid {
 /// whatever its material.
 Grid gridOf(const MapManager& map);
 
-/// Adds a body in world units; what of it lies outside the grid is not met.
+/// Adds a body in world units. Rays do not meet the parts of it outside the grid.
 void addBody(Grid& grid, const Box& box);
 
 /// Takes a cube away.
@@ -80,7 +80,7 @@ void removeCube(Grid& grid, const CellIndex& cell);
 struct Ray {
     Triple start{};
 
-    /// Distances along the ray are multiples of it.
+    /// Distances along the ray are multiples of this vector.
     Triple direction{};
 };
 
@@ -88,7 +88,7 @@ struct Ray {
 /// `way`.
 Ray rayAlong(vec3 from, vec3 way);
 
-/// Where a ray meets something.
+/// The point where a ray meets something.
 struct Hit {
     double distance = 0.0;
 
@@ -96,7 +96,7 @@ struct Hit {
     int axis = 0;
     int side = 1;
 
-    /// The cell of the cube, or where the body was met.
+    /// The cell of the cube, or the cell in which the body was met.
     CellIndex cell;
 
     /// The body, or null for a cube.

@@ -14,34 +14,32 @@ namespace drench::arena {
 
 namespace {
 
-/// Flights may change their keys after so many ticks.
+/// Ticks after which a flight may change its keys.
 constexpr int flightTicks = 6;
 
 /// Long enough for a step on foot to leave its part of a cube.
 constexpr int strideTicks = 8;
 
-/// Ticks after which every body has come to rest that ever will.
+/// Ticks after which every body is at rest that ever comes to rest.
 constexpr int longestSettling = 700;
-
-/// A jump climbs so many rows at most.
-constexpr int highestClimb = 2;
 
 /// Leaps are aimed at floors within about 30 degrees of the way over the edge.
 constexpr double cosineOfWidestLeap = 0.88;
 
-/// Floors are labelled again after so many ticks: rarely enough to cost little beside them.
+/// Floors are labelled again after this many ticks: rarely enough to cost little beside them.
 constexpr long ticksPerLabelling = 1'000'000;
 
-/// How many states are expanded between two reports of progress.
+/// States expanded between two reports of progress.
 constexpr std::size_t statesPerReport = 4096;
 
-/// The search: states found so far, and what follows from those that have been expanded.
+/// The search: the states found so far, and the moves from those that have been expanded.
 ///
 /// Walking is tried first, everywhere. Floors that walks, climbs and falls connect both ways get
-/// one label. Flights cost most, and most lead nowhere new: only those are followed that may come
-/// down on floors of several labels, on one that nobody has got to, or outside the world. The
-/// others change neither what is reached nor what leads where in the end. One thing they could add
-/// is left out: a jump from a landing that hovers a little gains a tick or two of flight.
+/// one label. Flights cost most, and most lead nowhere new. Only those are followed that may end on
+/// floors of several labels, on a floor that was not reached, or outside the world. The others
+/// change neither the places reached nor the ways between them in the end. They could add one
+/// thing, which is left out: a jump from a landing that hovers a little gains a tick or two of
+/// flight.
 struct Search {
     MapManager& map;
     Pace pace;
@@ -56,14 +54,14 @@ struct Search {
     std::unordered_map<CellIndex, int, HashOfCell> placeOfCell{};
     std::unordered_set<CellIndex, HashOfCell> departureCells{};
 
-    /// Which state leads to which.
+    /// Pairs of states: the first leads to the second.
     std::vector<std::pair<int, int>> moves{};
 
-    /// Places that have been hopped from.
+    /// Places from which the floors beside have been tried by a jump.
     std::vector<bool> hoppedFrom{};
 
-    /// For each place that was known when floors were labelled its label, and whether jumps from
-    /// there lead to the same label only.
+    /// For each place known at the last labelling its label, and whether jumps from there lead to
+    /// that label only.
     std::vector<int> labelOfPlace{};
     std::vector<bool> isSettled{};
     long ticksWhenLabelled = 0;
@@ -74,7 +72,7 @@ BodyState& stateAt(Search& search, int state) {
 }
 
 /// Whether the rounding of an undone step has left the body touching a cube, so that it hangs
-/// there. No arena can rule that out; nobody is followed from there.
+/// there. No arena can rule that out; nothing is followed from there.
 bool isStuck(const Player& player) {
     return player.mapMan->collides(player.box);
 }
@@ -88,8 +86,8 @@ int placeOf(Search& search, const Player& player) {
     return entry->second;
 }
 
-/// What came of a tick. A body that bumps has met a ceiling or has just run over an edge: it is not
-/// in the air yet, and so free to jump.
+/// The outcome of a tick. A body that bumps has met a ceiling or has just run over an edge: it is
+/// not in the air yet, and so free to jump.
 enum class Outcome { flies, bumps, lands, isLost };
 
 Outcome tick(Search& search, Player& player) {
@@ -113,7 +111,7 @@ void releaseKeys(Player& player) {
         key = false;
 }
 
-/// Lets a body that has landed fall what it may hover above the floor. Says whether it comes to
+/// Lets a landed body fall the rest if it hovers above the floor. Returns whether it comes to
 /// stand.
 bool settles(Search& search, Player& player) {
     releaseKeys(player);
@@ -132,9 +130,9 @@ int stateInFlight(Search& search, const Player& player) {
     return entry->second;
 }
 
-/// The state in which a body settles that has just landed, or -1 when it is lost.
+/// The state in which a body that has just landed settles, or -1 if it is lost.
 int stateOnFloor(Search& search, const Player& player) {
-    // One that hovers high above the floor may have its feet in a row above its own.
+    // A body that hovers high above the floor may have its feet in a row above its own.
     Player settled = player;
     if (-player.velocity.y >= search.prospects.climbingHover && !settles(search, settled))
         return -1;
@@ -154,8 +152,8 @@ void addMove(Search& search, int from, int to) {
         search.moves.emplace_back(from, to);
 }
 
-/// Notes what a body has come to. One that was stopped in a deep fall hovers high above the floor,
-/// and a jump from there leads higher than one from the floor: it is followed too.
+/// Notes the result of a move. A body stopped in a deep fall hovers high above the floor, and a
+/// jump from there leads higher than one from the floor: such a jump is followed too.
 void addMove(Search& search, int from, const Player& player, Outcome outcome) {
     if (outcome == Outcome::isLost)
         return;
@@ -166,14 +164,15 @@ void addMove(Search& search, int from, const Player& player, Outcome outcome) {
 }
 
 /// Ends a flight in a landing or in the air. A body that touches a floor just to run over its edge
-/// might jump again at once; it only falls on here, or flights would go on from place to place.
+/// might jump again at once. Here it only falls on; otherwise flights would go on from place to
+/// place.
 void endFlight(Search& search, int from, Player& player, Outcome outcome) {
     if (outcome == Outcome::bumps && player.velocity.y < 0.0f)
         player.inAir = true;
     addMove(search, from, player, outcome);
 }
 
-/// Lets a body fall from where it is until it lands.
+/// Lets a body fall from its present state until it lands.
 void fall(Search& search, int from, Player player) {
     releaseKeys(player);
     Outcome outcome = Outcome::flies;
@@ -182,7 +181,7 @@ void fall(Search& search, int from, Player player) {
     endFlight(search, from, player, outcome);
 }
 
-/// Jumps from where a body is and runs towards a point until it is above it, then falls.
+/// Jumps, runs towards a point until the body is above it, then falls.
 void leapTo(Search& search, int from, const BodyState& start, vec3 goal) {
     const float step = search.prospects.runSpeed;
     const auto aimed = [&](const BodyState& body) {
@@ -202,7 +201,7 @@ void leapTo(Search& search, int from, const BodyState& start, vec3 goal) {
         const vec3 before = player.position;
         outcome = tick(search, player);
         left = levelDistance(player.position, goal);
-        // What slides along a wall has to turn.
+        // A body that slides along a wall has to turn.
         const float moved = levelDistance(before, player.position);
         if (outcome == Outcome::flies && !isThere && moved < 0.9f * step)
             player = aimed(stateOf(player, inTheAir));
@@ -235,7 +234,7 @@ void walkOverOpenFloor(Search& search, int state) {
     }
 }
 
-/// Walks from a standing state along a heading until that makes another state.
+/// Walks from a standing state along a heading until the body is in another state.
 Outcome stride(Search& search, int state, int heading, Player& player) {
     player = inState(search.walks[static_cast<std::size_t>(heading)], stateAt(search, state));
     player.setKey(keyIndex::forward, true);
@@ -270,7 +269,7 @@ void hopFrom(Search& search, int state) {
     }
 }
 
-/// Walks from a standing state along every heading, climbs what is beside it, and falls where a way
+/// Walks from a standing state along every heading, climbs the floors beside it, and falls if a way
 /// leads over an edge.
 void walkFrom(Search& search, int state) {
     if (isOpenFloor(
@@ -297,7 +296,7 @@ void fly(Search& search, int state, const Player& view, bool runs, bool jumps) {
     for (int i = 0; i < flightTicks; ++i) {
         if (runs)
             run(player);
-        // Who jumps in every tick glides along a ceiling.
+        // A body that jumps in every tick glides along a ceiling.
         if (jumps && (i == 0 || outcome == Outcome::bumps))
             player.setKey(keyIndex::jump, true);
         outcome = tick(search, player);
@@ -314,7 +313,7 @@ void flyFrom(Search& search, int state, bool jumps) {
         fly(search, state, search.runs[heading], true, jumps);
 }
 
-/// Whether a floor has not been got to, or has another label than a place.
+/// Whether a floor was not reached, or has another label than a place.
 bool isElsewhere(const Search& search, const CellIndex& feet, int place) {
     const auto known = search.placeOfCell.find(feet);
     if (known == search.placeOfCell.end())
@@ -395,8 +394,8 @@ void followFlights(Search& search, int state) {
         flyFrom(search, state, true);
 }
 
-/// Gives all floors that lead to each other the same label. A place and a state in flight is a node
-/// each; the states that stand at a place are taken for one.
+/// Gives all floors that lead to each other the same label. Each place and each state in flight is
+/// one node; all states that stand at a place belong to its node.
 void labelFloors(Search& search) {
     const std::vector<StandingPlace>& places = search.reach.places;
     const auto nodeOf = [&](int state) {
@@ -429,7 +428,7 @@ void labelFloors(Search& search) {
     search.ticksWhenLabelled = search.reach.ticks;
 }
 
-/// Fills each place's `next`: what its states lead to, through states in flight.
+/// Fills each place's `next`: the places that its states lead to, through states in flight.
 void connectPlaces(Search& search) {
     std::vector<StandingPlace>& places = search.reach.places;
     std::vector<std::vector<int>> statesOf(places.size());
@@ -464,7 +463,7 @@ void connectPlaces(Search& search) {
     }
 }
 
-/// Whether so many ways out of the world have been found that more would tell nothing new.
+/// Whether enough ways out of the world were found: more would add no insight.
 bool hasEnough(const Search& search) {
     return search.reach.departures.size() >= search.enoughDepartures;
 }
@@ -479,7 +478,7 @@ std::vector<CellIndex> startingCells(const std::vector<Arrival>& arrivals) {
     return cells;
 }
 
-/// How far a body runs in a tick, world units.
+/// World units that a body runs in a tick.
 float runSpeed(Pace pace) {
     MapManager nothing;
     Player player = runningAlong(nothing, 0.0, pace);
@@ -514,8 +513,8 @@ Reach explore(MapManager& map, const std::vector<Arrival>& arrivals, Pace pace,
                                                                : -1);
     }
 
-    // Following a state appends the new ones that it leads to. All are walked from before the next
-    // flight, so that as many floors as possible have a label when it comes to flights.
+    // Following a state appends the new states that it leads to. All of them are walked from before
+    // the next flight, so that as many floors as possible have a label by then.
     std::size_t walked = 0;
     for (std::size_t flown = 0; flown < search.states.size(); ++flown) {
         for (; walked < search.states.size() && !hasEnough(search); ++walked) {

@@ -9,7 +9,7 @@ namespace drench::arena {
 
 namespace {
 
-/// How finely bodies are looked at from the spawns, and from the many other places.
+/// The fineness of the points on bodies: seen from the spawns, and from the many other places.
 constexpr int finePoints = 5;
 constexpr int coarsePoints = 3;
 
@@ -24,12 +24,12 @@ constexpr float cosineOfFieldOfView = 0.0f;
 
 constexpr std::size_t placesPerReport = 64;
 
-/// Lost shots are counted from this many places at least, evenly spread over the arena: their share
+/// Lost shots are counted from at least this many places, evenly spread over the arena: their share
 /// is known to a percent long before.
 constexpr std::size_t placesToShootFrom = 2000;
 
-/// Whether `holds` for any of the points spread over a body: so many along each horizontal edge,
-/// twice as many less one along each vertical one.
+/// Whether `holds` for any of the points spread over a body: `side` along each horizontal edge,
+/// twice as many less one along each vertical edge.
 template<typename Predicate>
 bool anyPointOf(const Box& body, int pointsAcross, const Predicate& holds) {
     const int pointsUpward = 2 * pointsAcross - 1;
@@ -56,7 +56,7 @@ bool isHidden(const Grid& grid, vec3 eye, vec3 point) {
     return hit && hit->distance < 1.0;
 }
 
-/// Whether a shot meets no cube. Marching there takes a shot longest, so that is asked last.
+/// Whether a shot meets no cube. A march into the open sky is the longest, so this is tested last.
 bool isLost(const Grid& grid, vec3 shooter, vec3 direction) {
     return !trace(grid, rayAlong(shooter, direction)) ||
            isMiss(grid.map->pointOfIntersection(shooter, direction));
@@ -79,7 +79,7 @@ std::vector<vec3> viewDirections() {
     return directions;
 }
 
-/// Ordered pairs of poses that see each other at a moment, of those arrivals that get to it.
+/// Ordered pairs of poses that see each other at a moment, among the arrivals that get to it.
 std::vector<std::pair<int, int>> pairsInSight(const Grid& grid,
                                               const std::vector<Arrival>& arrivals,
                                               Player Arrival::*moment,
@@ -105,7 +105,7 @@ bool inOneView(vec3 eye, vec3 a, vec3 b) {
 }
 
 /// Whether two landed players can be soaked in one view from the middle of a body while no third
-/// one can soak that body.
+/// player can soak that body.
 bool isSniperPlace(const Grid& grid, const std::vector<Arrival>& arrivals, const Box& body) {
     std::vector<const Arrival*> targets;
     for (const Arrival& arrival : arrivals) {
@@ -141,7 +141,7 @@ bool sees(const Grid& grid, vec3 eye, const Box& body) {
 
 bool canSoak(const Grid& grid, vec3 shooter, const Box& body) {
     return anyPointOf(body, coarsePoints, [&](vec3 point) {
-        // Shots march in small steps; what hides the point is found much faster.
+        // Shots march in small steps; a cube that hides the point is found much faster.
         if (isHidden(grid, shooter, point))
             return false;
         vec3 towards = point - shooter;

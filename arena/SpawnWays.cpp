@@ -6,7 +6,8 @@ namespace drench::arena {
 
 namespace {
 
-/// From which spawn to which there is a way; from and to those where nobody lands there is none.
+/// For each pair of spawns whether a way leads from the first to the second; never from or to a
+/// spawn where nobody lands.
 using Ways = std::vector<std::vector<bool>>;
 
 Ways waysOf(const Reach& reach) {
@@ -23,7 +24,8 @@ Ways waysOf(const Reach& reach) {
     return ways;
 }
 
-/// The largest group of spawns that reach each other; of several, the one with the lowest number.
+/// The largest group of spawns that reach each other; of equally large ones, the one with the
+/// lowest number.
 std::vector<int> mainGroup(const Ways& ways) {
     std::vector<int> largest;
     for (std::size_t first = 0; first < ways.size(); ++first) {

@@ -23,10 +23,11 @@ struct TextProblem {
     bool harmless = false;
 };
 
-/// The text in quotes as errors show it: '?' for what is no printable ASCII, at most 40 characters.
+/// The text in quotes for error messages: at most 40 characters, with '?' for each byte that is not
+/// printable ASCII.
 std::string quoted(std::string_view text);
 
-/// Whether the bytes begin as text in UTF-16 does, with a byte order mark or without.
+/// Whether the bytes begin like text in UTF-16, with a byte order mark or without.
 bool beginsAsUtf16(std::string_view bytes);
 
 inline constexpr const char* utf16Words = "UTF-16, to be saved as plain ASCII or UTF-8,";

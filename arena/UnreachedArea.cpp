@@ -1,18 +1,13 @@
 #include "arena/UnreachedArea.h"
 
+#include "arena/Reach.h"
+
 #include <algorithm>
 #include <iterator>
 #include <set>
 #include <vector>
 
 namespace drench::arena {
-
-namespace {
-
-/// A jump climbs as many cubes.
-constexpr int highestStep = 2;
-
-} // namespace
 
 std::optional<Area> largestUnreachedArea(std::span<const CellIndex> walkable,
                                          std::span<const CellIndex> reached) {
@@ -29,7 +24,7 @@ std::optional<Area> largestUnreachedArea(std::span<const CellIndex> walkable,
             open.pop_back();
             ++area.cells;
             for (const auto& [columns, depths] : {std::pair{-1, 0}, {1, 0}, {0, -1}, {0, 1}}) {
-                for (int rows = -highestStep; rows <= highestStep; ++rows) {
+                for (int rows = -highestClimb; rows <= highestClimb; ++rows) {
                     const CellIndex next{cell.column + columns, cell.row + rows,
                                          cell.depth + depths};
                     if (left.erase(next) > 0)

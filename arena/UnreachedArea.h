@@ -18,8 +18,8 @@ struct Area {
     bool operator==(const Area&) const = default;
 };
 
-/// The largest area of walkable cells that are not reached; of several, the first. Both lists
-/// ascend. Nothing where all are reached.
+/// The largest area of walkable cells that are not reached; of equally large ones, the first. Both
+/// lists ascend. Nothing if all are reached.
 std::optional<Area> largestUnreachedArea(std::span<const CellIndex> walkable,
                                          std::span<const CellIndex> reached);
 

@@ -43,7 +43,7 @@ std::string printable(std::string_view id) {
     return text;
 }
 
-/// Where a part of a chunk ends that begins at `start` and whose length stands at `at`.
+/// The end of a part of a chunk that begins at `start` and has its length at `at`.
 std::size_t endOfPart(const std::string& bytes, std::size_t at, std::size_t start, std::size_t end,
                       std::string_view id, const char* part) {
     const std::int32_t length = int32At(bytes, at);

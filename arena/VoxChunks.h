@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-// Where things stand in a voxel file, which is a tree of chunks. Errors are InputErrors that begin
-// with the byte, counted from 0, that is wrong.
+// Places in a voxel file, which is a tree of chunks. Errors are InputErrors that begin with the
+// wrong byte's offset, counted from 0.
 
 namespace drench::arena {
 
@@ -15,10 +15,10 @@ constexpr int longestVoxSide = 256;
 
 constexpr std::size_t voxelBytes = 4;
 
-/// How every voxel file begins.
+/// The first bytes of every voxel file.
 inline constexpr std::string_view voxMagic = "VOX ";
 
-/// Where things stand in a file of one model. No offset is 0 but that of a missing palette.
+/// Offsets in a file of one model. Only the palette's may be 0: then there is none.
 struct VoxLayout {
     std::size_t size = 0;
     std::size_t voxels = 0;
@@ -33,10 +33,10 @@ struct VoxSides {
     int z;
 };
 
-/// Finds them in a whole file. Throws where its chunks are not those of one model.
+/// Finds the offsets in a whole file. Throws if its chunks are not those of one model.
 VoxLayout voxLayoutOf(const std::string& bytes);
 
-/// Reads the content of a SIZE chunk. Throws where it is no arena's.
+/// Reads the content of a SIZE chunk. Throws if no arena has that size.
 VoxSides voxSidesAt(const std::string& bytes, std::size_t at);
 
 std::uint8_t byteAt(const std::string& bytes, std::size_t at);

@@ -14,7 +14,7 @@ namespace drench::arena {
 
 namespace {
 
-/// One colour for each index; that of index 0 is never used.
+/// One colour for each index; the colour of index 0 is never used.
 using Palette = std::array<Colour, 256>;
 
 /// "(1, 2, 3)"
@@ -39,7 +39,7 @@ Palette defaultPalette() {
                 palette[next++] = {red, green, blue};
         }
     }
-    // Black, which came last, makes way for the first of the ramps.
+    // The last of them, black, makes way for the first of the ramps.
     --next;
     for (const Colour channels : {Colour{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1, 1}}) {
         for (const int level : {0xee, 0xdd, 0xbb, 0xaa, 0x88, 0x77, 0x55, 0x44, 0x22, 0x11})

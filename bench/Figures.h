@@ -9,26 +9,27 @@ namespace drench::bench {
 
 // The measurements of bench/rooms, round by round.
 
-/// The machine that it was measured on, and in what state.
+/// The measuring machine and its state.
 struct Conditions {
     std::string kernel;
     std::string processor;
     int cores = 0;
 
-    /// All rooms run here.
+    /// The core of all rooms.
     int roomCore = 0;
 
-    /// The load of many rooms comes from here.
+    /// The core of the load of many rooms.
     int crowdLoadCore = 0;
 
-    /// Whether spinners kept these two from halting.
+    /// Whether spinners kept these two cores from halting.
     bool awake = false;
 
-    /// The load average over a minute at the start, which tells whether anything else was running.
+    /// The load average over a minute at the start; a high one means that other programs were
+    /// running.
     double loadAverage = 0.0;
 };
 
-/// A program under load for a time.
+/// One program under load for a time.
 struct Sample {
     double seconds;
     double cpuMillisecondsPerSecond;
@@ -38,11 +39,11 @@ struct Sample {
     double gapMedian;
     double gapP99;
 
-    /// 1, or somewhat off where a receipt came after the end or from before the start.
+    /// 1, or slightly off if a receipt came after the end or from before the start.
     double receiptsPerInput;
 };
 
-/// Floor and server, one right after the other.
+/// The floor and the server, one right after the other.
 struct Round {
     Sample floor;
     Sample server;
@@ -65,16 +66,16 @@ struct CrowdSample {
     double gapMedian;
     double gapP99;
 
-    /// Shares of a core that the rooms and their load took.
+    /// The shares of a core that the rooms and their load took.
     double roomsCpu;
     double loadCpu;
 
-    /// Inputs that the load got sent, of those due.
+    /// The share of the due inputs that the load sent.
     double sent;
 };
 
-/// As many rooms of the one as of the other, started anew for each sample: how the ticks of the
-/// rooms lie among each other differs from start to start, and the gaps with it.
+/// Equal numbers of rooms of both programs, started anew for each sample: the ticks of the rooms
+/// lie differently after each start, and so the gaps differ.
 struct Crowd {
     int rooms;
     std::vector<CrowdSample> floor;
@@ -88,11 +89,11 @@ struct Figures {
     /// Ascending.
     std::vector<Crowd> crowds;
 
-    /// Of the server, after four played for a while.
+    /// The server's memory, and the seconds that four players had played before.
     double memorySeconds = 0.0;
     Memory memory = {};
 
-    /// Milliseconds to listening.
+    /// Milliseconds from the start to listening.
     std::vector<double> floorStarts;
     std::vector<double> serverStarts;
 };

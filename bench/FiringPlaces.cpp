@@ -13,16 +13,16 @@ namespace drench::bench {
 
 namespace {
 
-/// The balconies are the first so many spawn poses.
+/// The spawn poses on balconies, which come first.
 constexpr std::size_t balconies = 4;
 
 /// Mouse counts in a whole turn, rounded up: turns are tried to all sides.
 constexpr int fullTurn = static_cast<int>(2.0 * std::numbers::pi * Player::countsPerRadian) + 1;
 
-/// Mouse counts between two turns tried to the side: 2 degrees, by which a far wall is not missed.
+/// Mouse counts between two turns tried to the side: 2 degrees, a step that misses no far wall.
 constexpr int yawStep = 13;
 
-/// Mouse counts of the highest turn tried, 62 degrees up: well below where turns are refused.
+/// Mouse counts of the highest turn tried, 62 degrees up: well below the steepest allowed view.
 constexpr int steepestPitch = -390;
 
 /// Mouse counts between two turns tried upward.
@@ -49,7 +49,7 @@ Player turned(Player player, int dx, int dy) {
     return player;
 }
 
-/// Whether a turn and those around it all meet the target.
+/// Whether a turn and its neighbours all meet the target.
 bool meets(const Player& player, int dx, int dy, Target target) {
     for (const int moreX : sway) {
         for (const int moreY : sway) {

@@ -7,7 +7,7 @@
 
 namespace drench::bench {
 
-/// A player at its place, and the one view record by which it turns to its target.
+/// A player at its place, and the one view record that turns it to its target.
 struct FiringPlace {
     Player player;
     int dx;
@@ -18,16 +18,16 @@ struct FiringPlace {
 };
 
 /// World units from which on a wall counts as far: more than half the way across the arena, so that
-/// shots are as expensive as they get in play.
+/// shots cost as much as in the worst play.
 constexpr float farWallDistance = 1200.0f;
 
-/// Players who have just landed on the balconies of an arena, one on each, and turns to face a far
-/// wall, past the bodies of the others. From the balconies alone of the default arena's spawns is
-/// its far side in sight. The players keep a pointer to `map`. Throws std::runtime_error when
-/// there is no such wall.
+/// Players who have just landed on the balconies of an arena, one on each, with turns that face a
+/// far wall, past the bodies of the others. In the default arena only spawns on balconies see the
+/// far side. The players keep a pointer to `map`. Throws std::runtime_error if there is no such
+/// wall.
 std::vector<FiringPlace> placesFacingFarWalls(MapManager& map);
 
-/// The same with turns to face the open sky, where a shot meets nothing at all.
+/// The same with turns that face the open sky, so that a shot meets nothing at all.
 std::vector<FiringPlace> placesFacingSky(MapManager& map);
 
 } // namespace drench::bench

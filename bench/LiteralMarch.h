@@ -3,9 +3,9 @@
 #include "src/Collisions.h"
 #include "src/MapManager.h"
 
-// The march as it is defined, every step taken and every point looked up. The fast one of
-// MapManager::boxToCheckForLineIntersection and pointOfIntersection must agree with it in each bit.
-// It judges them, so it takes none of its numbers from them.
+// The march by its definition: every step is taken and every point looked up. The fast march,
+// MapManager::boxToCheckForLineIntersection and pointOfIntersection, must agree with it in each
+// bit. It judges them, so it shares no constant with them.
 
 namespace literal {
 
@@ -29,7 +29,7 @@ inline bool inSolidCube(const MapManager& map, vec3 p) {
     return cube.solid != 0 && intersects(cube, p);
 }
 
-/// The cell that the march from `start` in steps of `dir` ends in, or (-1, -1, -1).
+/// The cell in which the march from `start` in steps of `dir` ends, or (-1, -1, -1).
 inline vec3 marchedCell(const MapManager& map, vec3 start, vec3 dir) {
     if (!map.hasCells())
         return nothingFound;

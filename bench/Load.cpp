@@ -21,8 +21,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-/// Joins are answered, and all players are at their places, within this; else something is broken.
-/// A place is drawn from eight, so many joins may be needed.
+/// The longest wait for answers to joins and for all players at their places; after it something is
+/// broken. A place is drawn from eight, so many joins may be needed.
 constexpr auto longestAnswer = 20s;
 
 /// Time between two looks for such answers: less than a tick, so that none is noticed late.
@@ -31,13 +31,14 @@ constexpr auto answerPolling = 2ms;
 /// Enough to fall from a spawn to the ground.
 constexpr auto landingTime = 500ms;
 
-/// Players who send no inputs read their socket as often: its buffer never fills between two reads.
+/// The rate at which players without inputs read their socket: its buffer never fills between two
+/// reads.
 constexpr double idleVisitsPerSecond = 20.0;
 
 /// Players who send no inputs send a sign of life after this, well before the room drops them.
 constexpr auto longestSilence = 3s;
 
-/// Shorter sleeps cost more than being late by this much.
+/// A shorter sleep costs more than being late by this much.
 constexpr auto shortestSleep = 200us;
 
 /// World units along x and z between a player and its place: spawns are much further apart.
@@ -50,7 +51,7 @@ constexpr float directionTolerance = 0.02f;
 /// Datagrams that one system call receives: more than arrive between two reads of a playing player.
 constexpr std::size_t datagramsAtOnce = 16;
 
-/// The place of a player that has none yet.
+/// The place of a player that has taken none yet.
 constexpr std::size_t noPlace = static_cast<std::size_t>(-1);
 
 [[noreturn]] void fail(const std::string& what) {
@@ -63,7 +64,7 @@ double threadCpuSeconds() {
     return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
 }
 
-/// A socket that talks to a port on 127.0.0.1 only, and notes when datagrams arrive.
+/// A socket that is connected to a port on 127.0.0.1 and stamps datagrams with their arrival times.
 int connectedSocket(int port) {
     const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sockaddr_in address = {};
@@ -77,7 +78,7 @@ int connectedSocket(int port) {
     return socket;
 }
 
-/// The moment at which the kernel took in a datagram, in nanoseconds; 0 if it does not say.
+/// The kernel's arrival time of a datagram, in nanoseconds; 0 if there is none.
 std::int64_t arrivalOf(msghdr& message) {
     for (cmsghdr* control = CMSG_FIRSTHDR(&message); control;
          control = CMSG_NXTHDR(&message, control)) {
@@ -129,7 +130,7 @@ struct Load::Player {
     }
     void sendView(int dx, int dy) { send(ViewMessage{.id = id, .dx = dx, .dy = dy}); }
 
-    /// This player in the latest state; null when it is not there.
+    /// This player in the latest state; null if it is not there.
     const PlayerUpdate* self() const {
         for (const PlayerUpdate& slot : latest.updates) {
             if (slot.id != 0 && slot.id == id)
@@ -151,12 +152,12 @@ struct Load::Player {
 
     Clock::time_point latestSend;
 
-    /// Of the latest state, 0 before the first.
+    /// The arrival of the latest state, 0 before the first.
     std::int64_t latestArrival = 0;
     UpdateMessage latest;
 };
 
-/// Room for what is received at once.
+/// Memory for the datagrams received at once.
 struct Load::Inbox {
     struct Datagram {
         char bytes[sizeof(GenericMessage)];

@@ -10,24 +10,24 @@
 
 namespace drench::bench {
 
-/// All that the players of a load did and saw for some time.
+/// The actions and observations of a load's players for some time.
 struct Play {
     double seconds = 0.0;
 
-    /// Processor time that playing them took.
+    /// Processor time of the load itself.
     double cpuSeconds = 0.0;
 
-    /// Inputs sent, and receipts for whatever was sent.
+    /// Inputs sent, and receipts for any datagram sent.
     long inputs = 0;
     long receipts = 0;
 
-    /// Milliseconds between states that came one after the other to the same player, for all of
-    /// them, by the kernel's clock on arrival: it does not matter when they are read.
+    /// Milliseconds between successive states to the same player, for all players. Taken from the
+    /// kernel's arrival times, so the moment of reading does not matter.
     std::vector<double> gaps;
 };
 
 /// The traffic of four players in each of some rooms on 127.0.0.1, by one thread. They join, stand,
-/// turn their view by one count to and fro, and fire if told to. Every failure throws
+/// turn their view by one count to and fro, and fire after fire(). Every failure throws
 /// std::runtime_error.
 class Load {
   public:
@@ -37,20 +37,20 @@ class Load {
     Load(const Load&) = delete;
     Load& operator=(const Load&) = delete;
 
-    /// Has the players of the only room leave and join again until they stand at the given places,
-    /// one at each.
+    /// Makes the players of the only room leave and join again until they stand at the given
+    /// places, one at each.
     void takePlaces(const std::vector<FiringPlace>& places);
 
-    /// Has the players of the only room turn as told by their places, the first one if they took
-    /// none, and fire from now on.
+    /// Makes the players of the only room turn by the counts of their places and fire from now on.
+    /// Without places taken, all use the first one.
     void fire(const std::vector<FiringPlace>& places);
 
-    /// Whether, by the latest states, all players of the only room fire and look as their places
-    /// say.
+    /// Whether, by the latest states, all players of the only room fire and look in the directions
+    /// of their places.
     bool allFire(const std::vector<FiringPlace>& places) const;
 
-    /// Plays for some time. Each player sends so many view records a second, evenly spread over the
-    /// time and the players, or just signs of life when it is 0.
+    /// Plays for some time. Each player sends `inputsPerSecond` view records a second, spread
+    /// evenly over time and players, or only signs of life if it is 0.
     Play play(std::chrono::duration<double> time, double inputsPerSecond);
 
   private:
@@ -64,7 +64,7 @@ class Load {
     std::vector<Player> players_;
     std::unique_ptr<Inbox> inbox_;
 
-    /// receive() adds to it.
+    /// The sums of receive().
     Play seen_;
 };
 

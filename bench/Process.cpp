@@ -27,7 +27,7 @@ constexpr std::chrono::seconds longestStart(10);
     throw std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-/// A UDP port that nobody is bound to right now.
+/// A UDP port that is free right now.
 int freePort() {
     const int probe = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sockaddr_in address = {};
@@ -40,7 +40,7 @@ int freePort() {
     return ntohs(address.sin_port);
 }
 
-/// Reads until the line that says the room listens.
+/// Reads up to the line which says that the room listens.
 void awaitListening(int output, const std::string& executable, int port) {
     const std::string listening = "Server is listening on port " + std::to_string(port) + "\n";
     const Clock::time_point deadline = Clock::now() + longestStart;
@@ -121,7 +121,7 @@ Room startRoom(const std::string& executable, int core) {
         dup2(written->number, STDOUT_FILENO);
         execl(executable.c_str(), executable.c_str(), argument.c_str(), nullptr);
     });
-    // So that reading ends when the room does.
+    // Closed here, so that reading ends when the room ends.
     written.reset();
     awaitListening(output->number, executable, port);
     const std::chrono::duration<double, std::milli> taken = Clock::now() - start;

@@ -12,37 +12,37 @@ namespace drench::bench {
 /// The processor cores that this process may run on, ascending.
 std::vector<int> allowedCores();
 
-/// Keeps the calling thread, and what it starts from now on, on one core. Throws std::runtime_error
-/// when it may not run there.
+/// Keeps the calling thread and the threads and processes it starts from now on on one core. Throws
+/// std::runtime_error if they may not run there.
 void pinTo(int core);
 
-/// Keeps a core from halting: spins there, at idle priority, whenever nobody else wants it.
+/// Keeps a core from halting: spins there, at idle priority, whenever nothing else runs.
 ChildProcess startSpinner(int core);
 
-/// The server, or another program that takes a port and says when it listens there.
+/// A running server, or another program that takes a port and prints a line when it listens.
 struct Room {
     ChildProcess process;
 
-    /// What it writes, which must be kept open for it to go on.
+    /// The program's output. It must stay open for the program to go on.
     std::unique_ptr<Descriptor> output;
     int port;
 
-    /// From the start to the listening.
+    /// Milliseconds from the start to listening.
     double startMilliseconds;
 };
 
-/// Starts a room on one core, at a port that is free, and waits until it listens. Throws
-/// std::runtime_error, with what the room wrote, if that does not happen.
+/// Starts a room on one core, at a free port, and waits until it listens. Throws
+/// std::runtime_error, with the room's output, if it does not.
 Room startRoom(const std::string& executable, int core);
 
-/// Processor time that a process has used so far, the kernel's part included.
+/// Processor time that a process has used so far, kernel time included.
 double cpuSeconds(const ChildProcess& process);
 
 /// The memory that a process holds, in KiB.
 struct Memory {
     long resident;
 
-    /// The same, with each page that others share counting only for this process's part of it.
+    /// The same, but a page shared by n processes counts as 1/n.
     long proportional;
 };
 

@@ -56,13 +56,13 @@ double middle(const std::vector<CrowdSample>& samples, double CrowdSample::*valu
 struct Capacity {
     double rooms = 0.0;
 
-    /// Whether there may be space for more: not even the largest crowd was too much, or the load
-    /// gave up before the rooms did.
+    /// Whether there may be room for more: the largest crowd was held, or the load failed before
+    /// the rooms did.
     bool isLeast = true;
 };
 
-/// The 99th percentile of the gaps by crowd, given that more rooms cannot be better: where a larger
-/// crowd measured less, it and those before share their mean (isotonic regression by
+/// The 99th percentile of the gaps by crowd, given that more rooms cannot be better. If a larger
+/// crowd measured less, it and the crowds before it share their mean (isotonic regression by
 /// pooling adjacent violators; Ayer et al., "An empirical distribution function for sampling with
 /// incomplete information", 1955).
 std::vector<double> ascendingGaps(const std::vector<Crowd>& crowds,
@@ -88,7 +88,8 @@ std::vector<double> ascendingGaps(const std::vector<Crowd>& crowds,
     return gaps;
 }
 
-/// Between two crowds where the 99th percentile of the gaps passes its limit.
+/// The number of rooms, between two crowds, at which the 99th percentile of the gaps passes its
+/// limit.
 Capacity capacity(const std::vector<Crowd>& crowds, std::vector<CrowdSample> Crowd::*program) {
     const std::vector<double> gaps = ascendingGaps(crowds, program);
     Capacity found;
@@ -138,8 +139,8 @@ void printLoads(std::ostream& out, const std::vector<LoadFigures>& loads) {
     }
 }
 
-/// Takes loads apart by how they differ, in microseconds: what goes into an input, a tick, and into
-/// a tick more when all fire.
+/// Splits the cost of loads by their differences, in microseconds: the cost of an input, of a tick,
+/// and the extra cost of a tick in which all fire.
 void printParts(std::ostream& out, const std::vector<LoadFigures>& loads, Sample Round::*program,
                 const std::string& name) {
     const auto perSecond = [&](const LoadFigures& load) {

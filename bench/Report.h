@@ -7,13 +7,13 @@
 
 namespace drench::bench {
 
-/// Gaps between states that players hardly notice, in milliseconds.
+/// Milliseconds. Players hardly notice gaps whose 99th percentile is up to this.
 constexpr double longestGapP99 = 20.0;
 
-/// A load that gets fewer of its inputs sent does not keep up.
+/// The least share of inputs sent by a load that keeps up.
 constexpr double fewestSent = 0.98;
 
-/// Whether the core holds a crowd: by the middle of its samples, the 99th percentile of the gaps
+/// Whether the core holds a crowd: in the median of its samples, the 99th percentile of the gaps
 /// keeps to the limit and the load keeps up.
 bool holds(const std::vector<CrowdSample>& samples);
 

@@ -12,16 +12,16 @@ namespace drench::bench {
 
 namespace {
 
-/// Walkers turn back after as many ticks: they cross two or three cubes.
+/// Walkers turn back after this many ticks, two or three cubes.
 constexpr long ticksOneWay = 32;
 
 /// Ticks between signs of life of players who send nothing else.
 constexpr long ticksBetweenSignsOfLife = 64;
 
-/// More than anybody falls from a spawn.
+/// More ticks than any fall from a spawn takes.
 constexpr int landingTicks = 64;
 
-/// The first spawn on the ground; from there on there is space to walk.
+/// The first spawn on the ground; from this pose on there is space to walk.
 constexpr int firstGroundPose = 4;
 
 /// A socket on 127.0.0.1 that takes datagrams until its buffer is full; the system drops the rest.

@@ -7,10 +7,10 @@
 
 namespace drench::bench {
 
-/// The doings of all players of a room.
+/// The activity of all players of a room.
 enum class Pastime { standing, walking, firingAtWalls, firingAtSky };
 
-/// A Server driven without main, with the default arena and four players at known places, whose
+/// A Server driven without main, with the default arena and four players at known places. Its
 /// states go to a socket that nobody reads.
 class RoomInProcess {
   public:
@@ -19,7 +19,7 @@ class RoomInProcess {
     RoomInProcess(const RoomInProcess&) = delete;
     RoomInProcess& operator=(const RoomInProcess&) = delete;
 
-    /// Plays one tick, for which so many view records of each player have arrived.
+    /// Plays one tick after `inputs` view records of each player have arrived.
     void tick(int inputs);
 
     Server server;

@@ -7,8 +7,8 @@
 
 namespace drench::bench {
 
-/// The smallest of the values that at least `share` of them, 0 to 1, do not exceed (the nearest
-/// rank); NaN when there are none.
+/// The smallest value that at least `share`, 0 to 1, of the values do not exceed (the nearest
+/// rank); NaN if there are none.
 inline double quantile(std::vector<double> values, double share) {
     if (values.empty())
         return std::nan("");

@@ -18,7 +18,7 @@
 
 namespace {
 
-/// Written by the receiving thread, up to `count` read by the other.
+/// Written by the receiving thread; the other thread reads the first `count`.
 struct Peers {
     std::array<Client, maxPlayers> addresses;
     std::atomic<int> count = 0;

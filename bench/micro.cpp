@@ -41,7 +41,7 @@ Ray farWall() {
     return rayOf(placesFacingFarWalls(defaultArena()).front());
 }
 
-/// Onto the floor that one stands on; the back-off reaches behind the start.
+/// Onto the floor below the player; the back-off reaches behind the start.
 Ray nearFloor() {
     return {farWall().start, vec3(0.0f, -1.0f, 0.0f)};
 }
@@ -123,7 +123,7 @@ DRENCH_BENCHMARK_RAY(alongFace);
 DRENCH_BENCHMARK_RAY(tinySteps);
 DRENCH_BENCHMARK_RAY(hugeSteps);
 
-/// Somebody who has landed in the default arena.
+/// A player who has landed in the default arena.
 Player standing() {
     return placesFacingFarWalls(defaultArena()).front().player;
 }
@@ -162,7 +162,7 @@ void rotateView(benchmark::State& state) {
 }
 BENCHMARK(rotateView);
 
-/// A tick with two inputs of each player and its four sends.
+/// A tick with two inputs of each player and the server's four sends.
 void updateOfServer(benchmark::State& state, Pastime pastime) {
     RoomInProcess room(pastime);
     while (state.KeepRunning())

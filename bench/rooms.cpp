@@ -25,10 +25,11 @@ using namespace drench;
 // under the same load, on one core. Both take turns of half a second, so that a spell in which the
 // machine is slow meets the two alike.
 //
-// A single room shares its core with its load. Schedulers charge a thread for the time from a
-// wake-up that came from another core until it runs there; on virtual machines, where it takes an
-// interrupt through the host, that is several times what a room does for a datagram. Crowds of
-// rooms get their load from another core, if there is one: it would take too much of theirs.
+// A single room shares its core with its load. Otherwise a wake-up would come from another core,
+// and schedulers charge a thread for the time from such a wake-up until it runs. On virtual
+// machines that takes an interrupt through the host, several times the cost of a datagram in a
+// room. Crowds of rooms get their load from another core, if there is one: it would take too much
+// of theirs.
 
 namespace {
 
@@ -38,8 +39,8 @@ using Seconds = std::chrono::duration<double>;
 /// Inputs per second and player while counting rooms, and in rooms whose memory is measured.
 constexpr double usualInputs = 120.0;
 
-/// Steps from no room at all to the first crowd that neither program holds: the limit is found
-/// within a few percent of that.
+/// Steps from zero rooms to the first crowd that neither program holds: they find the limit within
+/// a few percent of that crowd.
 constexpr int crowdSteps = 16;
 
 struct Settings {
@@ -66,7 +67,7 @@ struct Settings {
     int starts = 20;
 };
 
-/// As short as a run can be that still comes by everything.
+/// The shortest run that still takes every measurement.
 void makeQuick(Settings& settings) {
     settings.inputs = {120.0};
     settings.firing = {"nobody", "sky"};
@@ -88,11 +89,11 @@ struct Setup {
     std::vector<FiringPlace> sky;
     int roomCore;
 
-    /// The load of a crowd comes from here.
+    /// The core of a crowd's load.
     int crowdLoadCore;
 };
 
-/// The terminal, on which a line says what is being measured.
+/// The terminal, with a line about the present measurement.
 Console& console() {
     static Console terminal(false, true);
     return terminal;
@@ -207,7 +208,7 @@ Crowd crowd(const Setup& setup, int rooms, int samples) {
 }
 
 /// Doubles the number of rooms until neither program holds it, with one sample each, then goes in
-/// even steps from what both held.
+/// even steps from the number that both held.
 void measureCrowds(const Setup& setup, Figures& figures) {
     const Settings& settings = setup.settings;
     int bothHold = settings.fewestRooms;
@@ -262,12 +263,12 @@ void raiseDescriptorLimit() {
 }
 
 Figures measure(const Settings& settings) {
-    const std::filesystem::path arena =
+    const std::filesystem::path arenaFile =
         std::filesystem::path(settings.server).parent_path() / "Resources/mapdata";
-    if (!std::filesystem::exists(arena))
-        throw std::runtime_error("no " + arena.string() + " beside the server");
+    if (!std::filesystem::exists(arenaFile))
+        throw std::runtime_error("no " + arenaFile.string() + " beside the server");
     MapManager map;
-    map.init(fileStringContents(arena.string()));
+    map.init(fileStringContents(arenaFile.string()));
     const std::vector<int> cores = allowedCores();
     const Setup setup = {settings, placesFacingFarWalls(map), placesFacingSky(map), cores.back(),
                          cores.front()};

@@ -21,48 +21,48 @@ namespace {
 /// A bot that stays within this of a point is idle: one and a half cubes.
 constexpr float idleRadius = 96.0f;
 
-/// An idle bot moves on after this, whatever it is about: three seconds.
+/// An idle bot moves on after this, in any mood: three seconds.
 constexpr long idleTime = 190;
 
-/// It leaves others alone for so long while it moves on.
+/// A bot that moves on leaves others alone for this time.
 constexpr long moveOnTime = 130;
 
-/// It goes just anywhere for so long when moving on did not help.
+/// A bot goes in any direction for this time if moving on did not help.
 constexpr long stumbleTime = 60;
 
-/// A direction is kept for at least this while it stumbles, and for less than the other.
+/// A stumbling bot keeps a direction for at least the first and less than the second of these.
 constexpr int shortestStumble = 20;
 constexpr int longestStumble = 45;
 
 /// A route to a goal is asked for no more often than this.
 constexpr long routeInterval = 12;
 
-/// A route to an enemy, who moves, is asked for anew as often as this.
+/// A route to a moving enemy is asked for anew at most this often.
 constexpr long chaseInterval = 40;
 
-/// A failed road is avoided as if it took so much longer.
+/// A failed road is avoided as if it took longer by this.
 constexpr double tollTicks = 600.0;
 
-/// It is avoided for so long: what blocked it may have gone.
+/// A failed road is avoided for this time: the obstacle may have gone.
 constexpr long tollTime = 1500;
 
-/// A quarry that was lost is looked for where its movement led in so many ticks, one after another.
+/// A lost quarry is sought where its movement would lead after these times, one after the other.
 constexpr float huntAhead[] = {25.0f, 110.0f};
 
 /// Enemies further away than this are approached by road.
 constexpr float closeRange = 1100.0f;
 
-/// Enemies whose view is off by more than so many counts are approached by road too.
+/// Mouse counts. Enemies further off the view than this are approached by road too.
 constexpr double wideView = 0.9 * countsPerRadian;
 
-/// A bot waits in cover for at least this, and at most for the other.
+/// A bot waits in cover for at least the first and at most the second of these.
 constexpr double shortestWait = 45.0;
 constexpr double longestWait = 130.0;
 
-/// A bot that has hidden does not hide again for so long, lest it never fights.
+/// A bot that has hidden does not hide again for this time; otherwise it might never fight.
 constexpr long hidePause = 400;
 
-/// Enemies count as being about for so long after they were in sight.
+/// Enemies count as near for this time after they were in sight.
 constexpr int lately = 120;
 
 /// A bot is late in a duel when it has to turn by more counts than this.
@@ -71,35 +71,37 @@ constexpr double slowTurn = 0.45 * countsPerRadian;
 /// An enemy is early in a duel when its view is off by fewer counts than this.
 constexpr double goodAim = 0.3 * countsPerRadian;
 
-/// The enemy is chosen who takes the fewest counts to turn to; a world unit of distance counts as
-/// so many of them.
+/// The enemy is chosen that takes the fewest counts to turn to. A world unit of distance counts as
+/// this many of them.
 constexpr double weightOfDistance = 0.3;
 
-/// An enemy without a cube behind counts as so many counts further, since shots at it are lost.
+/// An enemy without a cube behind it counts as this many counts further, since shots at it are
+/// lost.
 constexpr double weightOfSky = 500.0;
 
-/// The enemy of the moment before counts as so many counts nearer, lest the bot wavers.
+/// The present enemy counts as this many counts nearer, so that the bot does not waver.
 constexpr double loyalty = 200.0;
 
-/// An enemy that disappears is still fought for so long: most come out again.
+/// An enemy that disappears is still fought for this time: most come out again.
 constexpr int patience = 15;
 
-/// Errors of the view that are let be in a fight, as a share of half a body's width.
+/// Errors of the view that are not corrected in a fight, as a share of half a body's width.
 constexpr double fightTolerance = 0.35;
 
-/// A bot on its way looks at the place of its route that is so far ahead.
+/// A bot on its way looks at the place of its route this far ahead.
 constexpr std::size_t placesLookedAhead = 4;
 
-/// It looks up and down by no more counts than this, since a steep view slows walking.
+/// A bot on its way looks up and down by no more counts than this, since a steep view slows
+/// walking.
 constexpr double steepestAhead = 0.3 * countsPerRadian;
 
-/// It lets errors of so many counts be.
+/// A bot on its way does not correct errors up to this many counts.
 constexpr double aheadTolerance = 25.0;
 
 /// Looking ahead is worth this share of the hand's speed.
 constexpr double aheadHaste = 0.55;
 
-/// A hostile room may send any floats. A position in the world is a sound one; a view needs asking.
+/// A hostile room may send any floats. A position in the world is finite; a view must be checked.
 bool isFinite(vec3 v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
@@ -146,7 +148,7 @@ Controls Bot::decide(const UpdateMessage& snapshot, char id) {
     controls.jump = next.jump;
     legs_.press(controls, next.heading, hand_.view());
 
-    const double delay = 1.0 + hand_.lag();
+    const double delay = 1.0 + hand_.delay();
     controls.held[keyIndex::shoot] =
         trigger_.pull(*roadmap_->map, position_ + velocity_ * static_cast<float>(delay), velocity_,
                       hand_.view(), hand_.speed(), eyes_.known(), delay);
@@ -178,7 +180,7 @@ void Bot::noteFailedRoad() {
     }
 }
 
-/// Sees to it that nobody stays anywhere for long.
+/// Makes a bot move on that stays anywhere for long.
 void Bot::noteStay() {
     if ((position_ - anchor_).length() > idleRadius) {
         anchor_ = position_;
@@ -230,7 +232,7 @@ void Bot::fight(const Sighting& enemy) {
     }
 }
 
-/// Goes to where the quarry probably got to since it was seen last, then further that way, and at
+/// Goes to the quarry's probable position since it was last seen, then further that way, and at
 /// last gives up.
 void Bot::hunt(const Sighting& lost) {
     const bool goesOn = mood_ == Mood::hunt && other_ == lost.id;
@@ -249,7 +251,7 @@ void Bot::hunt(const Sighting& lost) {
     roam();
 }
 
-/// Positions of those who are in sight or were so lately.
+/// Positions of the enemies in sight now or lately.
 std::vector<vec3> Bot::enemiesAbout() const {
     std::vector<vec3> positions;
     for (const Sighting& other : eyes_.known()) {
@@ -259,7 +261,7 @@ std::vector<vec3> Bot::enemiesAbout() const {
     return positions;
 }
 
-/// Sets out for cover from all who are about; false when there is none.
+/// Sets out for cover from all near enemies; false if there is none.
 bool Bot::hide() {
     const int here = roadmap_->placeBelow(position_);
     if (here < 0 || isInJump())
@@ -286,7 +288,7 @@ const Sighting* Bot::known(char id) const {
     return found == all.end() ? nullptr : &*found;
 }
 
-/// Whom to fight of those in sight, or who were a moment ago.
+/// The enemy to fight, of those in sight now or a moment ago.
 const Sighting* Bot::opponent() const {
     const Sighting* best = nullptr;
     double least = 0.0;
@@ -322,7 +324,7 @@ bool Bot::isOutgunnedBy(const Sighting& enemy) const {
            turnBetween(viewAlong(enemy.direction), viewAlong(way * -1.0f)).length() < goodAim;
 }
 
-/// Whether to dodge rather than to go nearer: an enemy in reach, and with an eye on this one.
+/// Whether to dodge rather than to go nearer: the enemy is in reach and looks at this bot.
 bool Bot::isDangerous(const Sighting& enemy) const {
     const vec3 way = enemy.position - position_;
     return way.length() < closeRange && (enemy.canBeSoaked || !enemy.visible) &&
@@ -342,7 +344,7 @@ Steps Bot::steps(const Sighting* enemy) {
     return footwork_.step(*roadmap_, position_, enemy->position, velocity_.y == 0.0f);
 }
 
-/// Follows the route, or asks for one: to the enemy or somewhere.
+/// Follows the route, or asks for a new one: to the enemy or to some goal.
 Steps Bot::travel() {
     const bool chases = mood_ == Mood::fight && !isInJump();
     if (tick_ - routeAskedAt_ >= (chases ? chaseInterval : routeInterval) &&
@@ -354,10 +356,10 @@ Steps Bot::travel() {
     }
     if (walker_.isDone())
         return stumble();
-    return walker_.step(*roadmap_, position_, static_cast<int>(std::lround(hand_.lag())));
+    return walker_.step(*roadmap_, position_, static_cast<int>(std::lround(hand_.delay())));
 }
 
-/// Goes anywhere.
+/// Goes in any direction.
 Steps Bot::stumble() {
     walker_ = Walker();
     Steps steps;
@@ -396,10 +398,10 @@ bool Bot::isInJump() const {
 
 // View
 
-/// Where the enemy will be when the counts sent now act.
+/// The enemy's position when the counts sent now act.
 Hand::Aim Bot::aimAt(const Sighting& enemy) const {
-    const float delay = static_cast<float>(1.0 + hand_.lag());
-    // An enemy out of sight is not led: perhaps it stands where it was last seen.
+    const float delay = static_cast<float>(1.0 + hand_.delay());
+    // No lead on an enemy out of sight: perhaps it stands where it was last seen.
     const vec3 drift = (enemy.visible ? enemy.velocity : vec3()) - velocity_;
     const vec3 way = enemy.position + enemy.target - position_ + drift * delay;
     const View view = viewAlong(way);
@@ -409,7 +411,7 @@ Hand::Aim Bot::aimAt(const Sighting& enemy) const {
     return {view, turnBetween(view, viewAlong(way + drift)), fightTolerance * halfWidth, 1.0};
 }
 
-/// Where to look while there is nobody to fight: to where an enemy was last, or along the way.
+/// The aim while there is nobody to fight: an enemy's last known position, or along the way.
 Hand::Aim Bot::aimAhead(const Steps& next) {
     View ahead = isGoing(next) ? viewAlong(next.heading) : hand_.view();
     const std::vector<int>& route = walker_.route();

@@ -22,38 +22,36 @@
 
 namespace drench::bots {
 
-/// What a bot is about.
+/// The aim of a bot's present behaviour.
 enum class Mood {
     /// Goes from place to place.
     roam,
-    /// Goes where it saw somebody last.
+    /// Goes to the last known position of an opponent.
     hunt,
-    /// Has somebody in sight.
+    /// Fights an opponent in sight.
     fight,
     /// Runs for cover, and waits there a while.
     hide
 };
 
-/// One player without a person. What it does depends on nothing but its seed and the snapshots it
-/// was given, in their order: no clock, no other source of chance.
+/// One player without a person. Its behaviour depends only on its seed and the snapshots given to
+/// it, in their order: there is no clock and no other source of chance.
 ///
-/// What it may know: of the arena all that Roadmap holds, of the others what Eyes tell it, of
-/// itself its own record in the snapshot. Where places are that it has not seen for long, Goals
-/// remember.
+/// A bot may know the arena as Roadmap holds it, the others as its Eyes see them, and itself by its
+/// own record in the snapshot. Goals remember which places have been out of sight for long.
 ///
-/// Each part has a module of its own: Eyes (who is seen and remembered), Hand (the mouse), Trigger
-/// (the fire key), Walker and Footwork (legs, on the road and in a fight), Goals, Gaze and Cover
-/// (where to go, look and hide), Remarks (what is said). The bot itself decides between moods.
+/// Each part has a module of its own: Eyes (seeing and remembering others), Hand (the mouse),
+/// Trigger (the fire key), Walker and Footwork (legs, on the road and in a fight), Goals, Gaze and
+/// Cover (where to go, look and hide), Remarks (chat). The bot itself decides between moods.
 class Bot {
   public:
     /// @param roadmap  must outlive the bot
     /// @param skill  0 (a beginner) to 1 (the best that hands can do): see skillOf()
     Bot(const Roadmap& roadmap, double skill, std::uint64_t seed);
 
-    /// What to do after a snapshot in which `self` is the bot's own identifier. Of the others it
-    /// only uses whom it can see from where it stands and looks, who is soaked, and what it
-    /// remembers. Nothing while it is soaked, out of the world, without a view or not in the
-    /// snapshot.
+    /// Decides on the controls after a snapshot in which `self` is the bot's own identifier. Of the
+    /// others it uses only players in its view, soakings, and its memory. Returns no controls while
+    /// it is soaked, out of the world, without a view or not in the snapshot.
     Controls decide(const UpdateMessage& snapshot, char self);
 
     /// Something to say, now and then.
@@ -62,7 +60,7 @@ class Bot {
     Mood mood() const { return mood_; }
 
   private:
-    /// A place that the way to has failed: avoided until a tick.
+    /// A place that could not be reached; it is avoided until a tick.
     struct Toll {
         int place;
         long until;
@@ -114,19 +112,19 @@ class Bot {
     /// Snapshots so far.
     long tick_ = 0;
 
-    /// Whether it was alive in the last snapshot, and how it stood then.
+    /// Whether it was alive in the last snapshot, and its body's state then.
     bool alive_ = false;
     vec3 position_;
     vec3 velocity_;
     vec3 direction_;
 
-    /// Whom it fights, hunts or hides from, 0 for nobody.
+    /// The player it fights, hunts or hides from, 0 for nobody.
     char other_ = 0;
 
     /// Places searched in the present hunt.
     std::size_t searches_ = 0;
 
-    /// When it may hide again, and in cover until when it waits there.
+    /// The tick at which it may hide again, and the end of its wait in cover.
     long hidesAgainAt_ = 0;
     bool inCover_ = false;
     long waitsUntil_ = 0;
@@ -134,12 +132,13 @@ class Bot {
     long routeAskedAt_ = 0;
     std::vector<Toll> tolls_;
 
-    /// Where and since when it has stayed, and how often it took too long.
+    /// The place it has stayed near, since when, and the count of stays that were too long.
     vec3 anchor_;
     long anchoredAt_ = 0;
     int idled_ = 0;
 
-    /// Having idled, until when it goes on whoever is in sight, and until when just anywhere.
+    /// After a long stay: the ticks until which it moves on, ignoring everybody in sight, and until
+    /// which it goes in any direction.
     long movesOnUntil_ = 0;
     long stumblesUntil_ = 0;
     View stumbleHeading_;

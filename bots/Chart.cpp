@@ -4,6 +4,7 @@
 #include "bots/Geometry.h"
 #include "bots/Routes.h"
 #include "bots/Trials.h"
+#include "src/Player.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,32 +26,26 @@ constexpr double leastShare = 0.3;
 /// Ticks beyond which the way round is not measured.
 constexpr double farthestWayRound = 400.0;
 
-/// A jump rises so many rows.
-constexpr int highestStep = 2;
-
-/// Ticks from where a Walker takes a place for reached to its middle.
+/// Ticks from the point at which a Walker counts a place as reached to the place's middle.
 constexpr int restOfTheWay = 3;
 
-/// World units a tick; two keys at once are faster, so a leap is never left out for it.
-constexpr double fastestWalk = 6.0;
-
-/// How often a road over level floor is tried, which one can neither fall from nor miss.
+/// Trials of a road over level floor, on which a body can neither fall nor miss.
 constexpr int trialsOnLevel = 5;
 
-/// How often a road up or down is tried.
+/// Trials of a road up or down.
 constexpr int trialsElsewhere = 25;
 
-/// How often a leap is tried: most of those that fail at all fail rarely.
+/// Trials of a leap: most leaps that fail at all fail rarely.
 constexpr int trialsOfLeaps = 50;
 
-/// How often progress is reported: after so many places.
+/// Places between two reports of progress.
 constexpr int placesPerReport = 64;
 
 std::size_t asIndex(int i) {
     return static_cast<std::size_t>(i);
 }
 
-/// Adds a road when it takes no longer than so many ticks and none of so many trials fails.
+/// Adds a road if it takes at most `longest` ticks and none of the trials fails.
 void addRoad(Roadmap& roadmap, int from, int to, Gait gait, int trials, double longest) {
     std::vector<Road>& roads = roadmap.roads[asIndex(from)];
     // A walker follows roads of the roadmap, so the road is there before it is tried.
@@ -82,7 +77,7 @@ void addStep(Roadmap& roadmap, int from, int to) {
 /// and to the highest of the others.
 void addStepsTowards(Roadmap& roadmap, int from, int columns, int depth) {
     const arena::CellIndex feet = roadmap.place(from).feet;
-    for (int row = feet.row + highestStep; row >= 0; --row) {
+    for (int row = feet.row + arena::highestClimb; row >= 0; --row) {
         const arena::CellIndex end = {feet.column + columns, row, feet.depth + depth};
         const int to = roadmap.placeIn(end);
         if (to >= 0)
@@ -109,7 +104,7 @@ bool isLeap(int columns, int depth) {
     return farther >= 2 && (nearer <= 1 || nearer == farther);
 }
 
-/// The neighbour that a leap of so many columns and so much depth first comes over.
+/// The neighbouring column that a leap of these columns and this depth first passes.
 arena::CellIndex firstStep(int columns, int depth) {
     const auto part = [](int along, int other) {
         return 2 * std::abs(along) > std::abs(other) ? (along > 0) - (along < 0) : 0;
@@ -121,14 +116,15 @@ arena::CellIndex sum(const arena::CellIndex& a, const arena::CellIndex& b) {
     return {a.column + b.column, a.row + b.row, a.depth + b.depth};
 }
 
-/// Adds a leap if it can be made and saves much of the way round, which takes so many ticks.
+/// Adds a leap if it can be made and saves much of the way round, which takes `wayRound` ticks.
 void addLeap(Roadmap& roadmap, int from, int to, double wayRound) {
     const double longest = std::min(wayRound - leastSaving, wayRound * (1.0 - leastShare));
     const arena::StandingPlace& start = roadmap.place(from);
     const arena::StandingPlace& end = roadmap.place(to);
     const vec3 way = horizontal(end.position - start.position);
     const int row = std::max(start.feet.row, end.feet.row);
-    if (static_cast<double>(way.length()) / fastestWalk <= longest &&
+    // A leap that takes too long at the speed of one key is not tried, though two keys are faster.
+    if (static_cast<double>(way.length()) / static_cast<double>(Player::walkingSpeed) <= longest &&
         roadmap.isClear(start.position, end.position, row, 0.0f))
         addRoad(roadmap, from, to, Gait::leap, trialsOfLeaps, longest);
 }
@@ -142,7 +138,7 @@ void addLeaps(Roadmap& roadmap, int from) {
             const arena::CellIndex step = firstStep(columns, depth);
             if (!isLeap(columns, depth) || roadmap.placeIn(sum(start.feet, step)) >= 0)
                 continue;
-            for (int row = 0; row <= start.feet.row + highestStep; ++row) {
+            for (int row = 0; row <= start.feet.row + arena::highestClimb; ++row) {
                 const arena::CellIndex end =
                     sum(start.feet, {columns, row - start.feet.row, depth});
                 const int to = roadmap.placeIn(end);
@@ -155,7 +151,7 @@ void addLeaps(Roadmap& roadmap, int from) {
     }
 }
 
-/// Leaves out all places but these.
+/// Removes all places except these.
 void keepPlaces(Roadmap& roadmap, const std::vector<bool>& kept) {
     std::vector<int> newIndex(kept.size(), -1);
     std::vector<arena::StandingPlace> places;
@@ -190,8 +186,8 @@ void keepPlaces(Roadmap& roadmap, const std::vector<bool>& kept) {
     roadmap.indexPlaces();
 }
 
-/// Leaves only places whose own cell has the floor that carries the body, and moves bodies to the
-/// middle there. None is lost for good: a body on an edge has such a place beside it.
+/// Keeps only the places whose own cell has the floor that carries the body, and moves bodies to
+/// its middle. No floor is lost: a body on an edge has such a place beside it.
 void keepFirmPlaces(Roadmap& roadmap) {
     std::vector<bool> firm;
     for (arena::StandingPlace& place : roadmap.reach.places) {
@@ -202,7 +198,7 @@ void keepFirmPlaces(Roadmap& roadmap) {
     keepPlaces(roadmap, firm);
 }
 
-/// Leaves only places that roads lead to from some landing and from which they lead to one.
+/// Keeps only the places that roads lead to from some landing and from which roads lead to one.
 void keepConnectedPlaces(Roadmap& roadmap) {
     arena::Reach& reach = roadmap.reach;
     for (std::size_t place = 0; place < roadmap.roads.size(); ++place) {
@@ -236,8 +232,8 @@ Roadmap chart(MapManager& map, const Progress& progress) {
 Roadmap chart(MapManager& map, const std::vector<arena::Arrival>& arrivals,
               const Progress& progress) {
     arena::requireCells(map);
-    // Where can one get to at all? The search through the game's own movement finds more than bots
-    // need: where bodies hang over edges, and flights that take luck.
+    // The search through the game's own movement finds more places than bots need: also those of
+    // bodies that hang over edges, and of flights that take luck.
     Roadmap roadmap;
     roadmap.map = &map;
     roadmap.grid = arena::gridOf(map);
@@ -245,7 +241,7 @@ Roadmap chart(MapManager& map, const std::vector<arena::Arrival>& arrivals,
         if (progress)
             progress("exploring", places);
     });
-    // Only middles of cells that carry a body are left, where a walker has room to begin and end.
+    // Only middles of cells that carry a body stay: there a walker has room to begin and end.
     keepFirmPlaces(roadmap);
     roadmap.reach.landings.clear();
     for (const arena::Arrival& arrival : arrivals)
@@ -261,12 +257,12 @@ Roadmap chart(MapManager& map, const std::vector<arena::Arrival>& arrivals,
             add(roadmap, place);
         }
     };
-    // Steps come first, as a leap counts by what it saves of the way round by steps. A road is only
-    // there when a Walker has never failed on it, so a bot that follows one gets there.
+    // Steps come first, since the worth of a leap is the way round by steps that it saves. A road
+    // stays only if no Walker ever failed on it, so a bot that follows the road arrives.
     forEachPlace("trying steps", addSteps);
     forEachPlace("trying leaps", addLeaps);
-    // A place without a road away would trap bots, and one without a road to it would be a goal
-    // that nobody reaches. Both are left out.
+    // A place without a road away would trap bots, and a place without a road to it would be a goal
+    // that nobody reaches. Both are removed.
     keepConnectedPlaces(roadmap);
     return roadmap;
 }

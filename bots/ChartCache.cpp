@@ -39,14 +39,14 @@ std::optional<Roadmap> readKept(const std::string& file, const ChartOrigin& orig
     }
 }
 
-/// Opens the lock file of a chart, and its folder if need be; nothing comes of it where that fails.
+/// Opens the lock file of a chart, and makes its folder if need be; negative if that fails.
 int openLock(const std::string& file) {
     std::error_code ignored;
     std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
     return open((file + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
 }
 
-/// Waits for the lock, which its holder gives back by ending at the latest.
+/// Waits for the lock, which its holder releases when it ends at the latest.
 void awaitLock(const Descriptor& lock, const std::function<bool()>& goesOn,
                const std::function<void(const std::string&)>& tell) {
     while (flock(lock.number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
@@ -102,14 +102,14 @@ std::optional<Roadmap> keptChart(MapManager& map, const std::string& folder, std
         if (lock.number < 0)
             return chartAnew(map, goesOn, tell);
         awaitLock(lock, goesOn, tell);
-        // Its former holder may have made the chart meanwhile.
+        // The lock's former holder may have made the chart meanwhile.
         if (std::optional<Roadmap> kept = readKept(file, origin, map))
             return kept;
         Roadmap made = chartAnew(map, goesOn, tell);
         try {
             replaceFile(file, writeChart(made, origin));
         } catch (const InputError&) {
-            // The chart is as good without its file; the next start makes it anew.
+            // The chart is usable without its file; the next start makes it anew.
         }
         return made;
     } catch (const Stopped&) {

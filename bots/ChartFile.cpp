@@ -47,7 +47,7 @@ void append(std::string& bytes, const Record& record) {
     bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
 }
 
-/// Takes a record from the front; nothing where too few bytes are left.
+/// Takes a record from the front; nothing if too few bytes are left.
 template<class Record>
 std::optional<Record> take(std::string_view& bytes) {
     if (bytes.size() < sizeof(Record))
@@ -67,7 +67,7 @@ bool isIn(const MapManager& map, const std::int32_t (&cell)[3]) {
            isIndex(cell[2], map.depth);
 }
 
-/// Whether a body's centre lies above the cell of its feet; never for not-a-number.
+/// Whether a body's centre lies above the cell of its feet; false for NaN.
 bool isAbove(const float (&position)[3], const std::int32_t (&feet)[3]) {
     bool within = true;
     for (int axis = 0; axis < 3; ++axis) {
@@ -78,7 +78,7 @@ bool isAbove(const float (&position)[3], const std::int32_t (&feet)[3]) {
     return within;
 }
 
-/// Reads a place and the roads that leave it; false where one of them cannot be.
+/// Reads a place and the roads that leave it; false if one of them is impossible.
 bool takePlace(std::string_view& bytes, std::uint32_t places, Roadmap& roadmap) {
     const std::optional<PlaceRecord> record = take<PlaceRecord>(bytes);
     if (!record || !isIn(*roadmap.map, record->feet) || !isAbove(record->position, record->feet))
@@ -149,7 +149,7 @@ std::optional<Roadmap> readChart(std::string_view bytes, const ChartOrigin& orig
     bytes.remove_suffix(end.size());
     const std::uint64_t sum = checksum(bytes);
     const std::optional<Head> head = take<Head>(bytes);
-    // Counts need no limit of their own: each of their records takes bytes that must be there.
+    // Counts need no limit of their own: each counted record takes bytes that must be there.
     if (!head || std::memcmp(head->magic, Head().magic, sizeof head->magic) != 0 ||
         head->origin.arena != origin.arena || head->origin.program != origin.program ||
         take<std::uint64_t>(end) != sum || !map.hasCells())

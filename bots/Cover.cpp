@@ -9,7 +9,7 @@ namespace drench::bots {
 
 namespace {
 
-/// How far away cover is sought: ticks on the road, and places looked at.
+/// The farthest cover: ticks on the road, and the number of places tried.
 constexpr int furthest = 90;
 constexpr std::size_t mostPlaces = 80;
 
@@ -24,7 +24,7 @@ struct Stop {
     int place;
     int ticks;
 
-    /// Index of the stop that it is reached from.
+    /// Index of the stop before on the way.
     int before;
 };
 

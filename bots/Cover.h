@@ -7,7 +7,7 @@
 
 namespace drench::bots {
 
-/// The route to the nearest place, by road, that nobody at any of `eyes` sees a body in; empty when
+/// The route to the nearest place, by road, in which a body is hidden from all of `eyes`; empty if
 /// there is none near.
 std::vector<int> routeToCover(const Roadmap& roadmap, int from, std::span<const vec3> eyes);
 

@@ -6,8 +6,8 @@
 
 namespace drench::bots {
 
-/// Why a session is over after this event, as it reads behind the name of its room: "is full".
-/// Empty when it is not over.
+/// The reason why this event ended the session, worded to follow the name of its room: "is full".
+/// Empty if the event did not end it.
 std::string endingBy(const client::Event& event);
 
 } // namespace drench::bots

@@ -9,7 +9,7 @@ namespace drench::bots {
 
 namespace {
 
-/// Spawns may lie above a low world, by less than this.
+/// World units by which spawns may lie above a low world, at most.
 constexpr float headroom = 2000.0f;
 
 /// Tangents of half the field of view: 100 degrees wide, on a screen of 16:10.
@@ -23,10 +23,10 @@ constexpr double slowest = 1.3;
 constexpr double longerAtEdge = 0.5;
 constexpr double expected = 0.8;
 
-/// Whoever was out of sight for up to so many ticks is still noticed.
+/// A player is still noticed after up to this many ticks out of sight.
 constexpr double lingering = 20.0;
 
-/// Velocities are taken over so many ticks. Who moves further in one has been put elsewhere.
+/// Velocities are taken over this many ticks. A player that moves further in one was put elsewhere.
 constexpr long velocitySpan = 4;
 constexpr float longestStep = 60.0f;
 
@@ -36,8 +36,8 @@ struct Glimpse {
     vec3 target;
 };
 
-/// Which parts of the body at `body` are in sight from `eye`. Of those that can be soaked, the one
-/// nearest to the middle of them all is the target.
+/// The parts of the body at `body` that are in sight from `eye`. Of those that can be soaked, the
+/// one nearest to the middle of them all is the target.
 Glimpse glimpse(const arena::Grid& grid, vec3 eye, vec3 body) {
     std::array<vec3, 9> soakable;
     std::size_t count = 0;
@@ -61,8 +61,8 @@ Glimpse glimpse(const arena::Grid& grid, vec3 eye, vec3 body) {
     return result;
 }
 
-/// How far from the middle of the view a point is, as a share of the way to the edge; more than 1
-/// is outside.
+/// The distance of a point from the middle of the view, as a share of the way to the edge; more
+/// than 1 is outside.
 double eccentricity(const PlayerUpdate& self, vec3 point) {
     const vec3 way = point - self.position;
     vec3 right = self.direction.cross(vec3(0.0f, 1.0f, 0.0f));
@@ -116,7 +116,8 @@ void Eyes::look(const arena::Grid& grid, const UpdateMessage& snapshot, const Pl
             continue;
         Watched& other = watched(update.id);
         if (!isInWorld(*grid.map, update.position)) {
-            // Who is soaked in sight is seen to vanish; of anybody else nothing is known.
+            // A player soaked in sight is seen to vanish and is forgotten; otherwise nothing is
+            // known of the soaking.
             if (other.sighting.visible)
                 other.remembered = false;
             other.sighting.sinceReturn = 0;
@@ -178,7 +179,7 @@ void Eyes::see(Watched& other, const PlayerUpdate& update, double offside) {
     if (other.exposure < other.needed)
         return;
 
-    // What is taken in now happened a moment ago; since then it went on as it did.
+    // The latest movement taken in is a moment old; the player is assumed to have gone on alike.
     const auto first = other.samples.begin();
     const auto last = first + other.sampleCount;
     const long past = std::lround(skill_.perceptionDelay);

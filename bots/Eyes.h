@@ -12,11 +12,11 @@
 
 namespace drench::bots {
 
-/// Whether a body can be there: within the world's sides and not below it. The soaked wait outside,
-/// and whoever fell out of the world is there too.
+/// Whether a body can be at the position: within the world's sides and not below the world. Soaked
+/// players and players who fell out of the world are outside.
 bool isInWorld(const MapManager& map, vec3 position);
 
-/// What is known of another player.
+/// The knowledge about another player.
 struct Sighting {
     char id = 0;
 
@@ -26,12 +26,12 @@ struct Sighting {
     /// Ticks since it was last in sight.
     int unseen = 0;
 
-    /// Ticks since it came back into the world, after a soaking that this player lived through. Who
-    /// has fired since then, or was always there, has been back for `longReturned`.
+    /// Ticks since its return into the world after a soaking that this player lived through.
+    /// `longReturned` if it has fired since then or was always there.
     int sinceReturn = longReturned;
     static constexpr int longReturned = 1 << 20;
 
-    /// While visible where it is taken to be now, afterwards where it was last. World units.
+    /// World units: its estimated position now while visible, otherwise its last known position.
     vec3 position;
 
     /// Per tick.
@@ -40,28 +40,28 @@ struct Sighting {
     /// Its view.
     vec3 direction;
 
-    /// From `position` to the part in sight that a shot would soak, when there is one: a shot that
-    /// flies on into the open sky does not count.
+    /// Whether a visible part of it can be soaked, and the way from `position` to that part. A shot
+    /// that flies on into the open sky soaks nobody.
     bool canBeSoaked = false;
     vec3 target;
 };
 
-/// What a player sees of the others, and remembers: somebody in the field of view whom no cube
-/// hides, a moment after coming into sight.
+/// A player's sight and memory of the others: a player is seen in the field of view if no cube
+/// hides it, a moment after it came into sight.
 class Eyes {
   public:
     Eyes(const Skill& skill, Chance chance);
 
-    /// Looks from where `self` is, to where it looks; once for each snapshot.
+    /// Looks from the position and along the view of `self`; once for each snapshot.
     void look(const arena::Grid& grid, const UpdateMessage& snapshot, const PlayerUpdate& self);
 
-    /// Everybody who is seen or remembered, by identifier.
+    /// All players seen or remembered, by identifier.
     const std::vector<Sighting>& known() const { return known_; }
 
-    /// Has no one in sight, and remembers on.
+    /// Loses sight of everybody, but remembers them.
     void close();
 
-    /// Forgets whoever is not in sight.
+    /// Forgets the player unless it is in sight.
     void forget(char id);
 
   private:
@@ -70,12 +70,12 @@ class Eyes {
         vec3 position;
     };
 
-    /// Somebody who is in the room, noticed or not.
+    /// Another player in the room, noticed or not.
     struct Watched {
         Sighting sighting;
         bool remembered = false;
 
-        /// Ticks in sight, less those out of it, and how many it takes to be noticed.
+        /// Ticks in sight, less the ticks out of sight, and the ticks needed to be noticed.
         double exposure = 0.0;
         double needed = 0.0;
 

@@ -14,17 +14,17 @@ constexpr double longestTurn = 55.0;
 /// Probability that a turn begins with a jump.
 constexpr double jumpiness = 0.18;
 
-/// Fighters like to be so far from each other, each as it likes between these.
+/// Fighters keep a distance between these, each one its own.
 constexpr double nearestRange = 250.0;
 constexpr double furthestRange = 700.0;
 
-/// They let the distance differ by this share.
+/// The distance may differ by this share.
 constexpr float tolerance = 0.25f;
 
-/// How far ahead the floor is looked at, in world units.
+/// The distances ahead at which the floor is checked, in world units.
 constexpr float lookAhead[] = {40.0f, 90.0f};
 
-/// Bodies are tested for walls so far above their floor, which they may touch.
+/// Bodies are tested for walls this far above their floor, which they may touch.
 constexpr float clearance = 2.0f;
 
 } // namespace

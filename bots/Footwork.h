@@ -13,22 +13,22 @@ class Footwork {
     explicit Footwork(Chance chance);
 
     /// The next steps of a body at `position` that faces an enemy; once for each snapshot.
-    /// @param grounded  whether it stands on something
+    /// @param grounded  whether the body stands on something
     Steps step(const Roadmap& roadmap, vec3 position, vec3 enemy, bool grounded);
 
   private:
     Chance chance_;
 
-    /// World units at which this one likes to fight.
+    /// The preferred distance of this fighter, world units.
     float range_;
 
-    /// To which side, for how many more ticks.
+    /// The side of the present turn, and its remaining ticks.
     float side_ = 1.0f;
     double ticksLeft_ = 0.0;
     bool jumps_ = false;
 };
 
-/// Whether a body can go that way for a step or two: no wall before it, and no drop deeper than one
+/// Whether a body can go that way for a step or two: no wall in front, and no drop deeper than one
 /// cube.
 bool isSafe(const Roadmap& roadmap, vec3 position, vec3 heading);
 

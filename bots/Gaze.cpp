@@ -43,7 +43,7 @@ View Gaze::next(const arena::Grid& grid, vec3 eye, View ahead) {
     return glance_;
 }
 
-/// The one of some random directions that reaches furthest.
+/// The direction that reaches furthest, of several random ones.
 View Gaze::openView(const arena::Grid& grid, vec3 eye, View ahead) {
     View best = ahead;
     double furthest = -1.0;

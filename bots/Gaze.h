@@ -7,12 +7,12 @@
 
 namespace drench::bots {
 
-/// Where to look while nobody is in sight: ahead, with a glance to some side now and then.
+/// The view direction while nobody is in sight: ahead, with a glance to a side now and then.
 class Gaze {
   public:
     explicit Gaze(Chance chance);
 
-    /// Where to look from `eye` when the way goes on along `ahead`; once for each snapshot.
+    /// The view from `eye` on a way that goes on along `ahead`; once for each snapshot.
     View next(const arena::Grid& grid, vec3 eye, View ahead);
 
   private:

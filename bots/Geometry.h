@@ -8,12 +8,12 @@
 
 namespace drench::bots {
 
-/// What of a vector lies in the plane of the floor.
+/// The vector with its height set to 0.
 inline vec3 horizontal(vec3 v) {
     return {v.x, 0.0f, v.z};
 }
 
-/// How far apart two points are when seen from above, world units.
+/// The distance of two points seen from above, world units.
 inline float horizontalDistance(vec3 a, vec3 b) {
     return std::hypot(a.x - b.x, a.z - b.z);
 }
@@ -24,8 +24,8 @@ inline vec3 unit(vec3 v) {
     return v;
 }
 
-/// The column, row or depth of the cell that holds a coordinate: -1 before every grid, and also for
-/// what is no number; arena::mostCells beyond every grid.
+/// The column, row or depth index of the cell that holds a coordinate: -1 for a coordinate before
+/// every grid or NaN, arena::mostCells for one beyond every grid.
 inline int cubeIndex(float coordinate) {
     constexpr float beyond = static_cast<float>(arena::mostCells);
     const float index = std::floor(coordinate / arena::cubeEdge);
@@ -42,7 +42,7 @@ inline float middleOfCube(int index) {
     return arena::cubeEdge * (static_cast<float>(index) + 0.5f);
 }
 
-/// The height above the feet's floor at which the centres of standing bodies are taken to be.
+/// World units from the floor up to the centre of a standing body, as bots assume it.
 constexpr float standingHeight = 75.25f;
 
 /// The centre of a body that stands in the middle of the cell of its feet.

@@ -9,24 +9,24 @@ namespace drench::bots {
 
 namespace {
 
-/// Places that are weighed for a goal of one's liking: fewer are more random.
+/// Places weighed for a goal to one's taste: with fewer, goals are more random.
 constexpr int choices = 12;
 
-/// Places of which the one longest out of sight is chosen: fewer are more random.
+/// Places of which the one longest out of sight is chosen: with fewer, goals are more random.
 constexpr int patrolChoices = 24;
 
 /// World units up to which a place counts as seen. All of an open arena is in sight from its
-/// middle, and still nobody is found who stands in a far corner.
+/// middle, but a player in a far corner is not found from there.
 constexpr float nearSight = 400.0f;
 
-/// Cosine of half the angle within which a place counts as seen: narrower than the field of view,
-/// since who comes into sight at its edge is noticed late.
+/// Cosine of half the angle within which a place counts as seen. It is narrower than the field of
+/// view, since a player at its edge is noticed late.
 constexpr float cosineOfView = 0.7f;
 
 /// Places that one look takes in. Three thousand have had their turn after a second.
 constexpr std::size_t placesPerLook = 48;
 
-/// Goals in a row that are better near where somebody was seen.
+/// Goals in a row that are better near the last sighting of somebody.
 constexpr int companyGoals = 2;
 
 } // namespace

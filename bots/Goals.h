@@ -8,21 +8,22 @@
 
 namespace drench::bots {
 
-/// Where to go when nobody is about: now a place that was long out of sight, now one that this
-/// player likes: high, in the middle, far from the last goal, each as much as its taste has it.
+/// Chooses places to go to when nobody is about: either a place long out of sight, or a place to
+/// this player's taste. Tastes weigh height, closeness to the middle and distance from the last
+/// goal.
 class Goals {
   public:
     /// @param curiosity  share of the goals that are places long out of sight
     Goals(const Roadmap& roadmap, double curiosity, Chance chance);
 
-    /// Takes in which places are in sight and near; once for each snapshot. Far ones do not count:
-    /// who stands in the shadow of a corner is only found by going there.
+    /// Notes which places are in sight and near; once for each snapshot. Far places do not count: a
+    /// player in the shadow of a corner is found only from nearby.
     void look(const Roadmap& roadmap, vec3 eye, vec3 direction);
 
-    /// A place to go to next, -1 when the map has none.
+    /// The next place to go to, -1 if the map has none.
     int next(const Roadmap& roadmap);
 
-    /// Somebody was there; the next goals are better near it.
+    /// Notes that somebody was at this position; the next goals are better near it.
     void noteCompany(vec3 position);
 
   private:
@@ -32,7 +33,7 @@ class Goals {
 
     double curiosity_;
 
-    /// Weights of this one's liking.
+    /// The weights of this player's taste.
     double forHeight_;
     double forMiddle_;
     double forChange_;
@@ -41,19 +42,19 @@ class Goals {
     float lowest_ = 0.0f;
     float highest_ = 0.0f;
 
-    /// The goal given out before, -1 where there was none.
+    /// The previous goal, -1 if there was none.
     int before_ = -1;
 
-    /// For each place when it was last in sight, in snapshots.
+    /// For each place the snapshot in which it was last in sight.
     std::vector<long> seenAt_;
     long tick_ = 0;
 
-    /// The place that look() goes on with.
+    /// The place that look() continues with.
     std::size_t nextLook_ = 0;
 
     vec3 company_;
 
-    /// Goals for which the company counts yet.
+    /// The number of goals still to be drawn towards the company.
     int companyCounts_ = 0;
 };
 

@@ -7,22 +7,22 @@ namespace drench::bots {
 
 namespace {
 
-/// Of a movement with least jerk, the fastest moment's speed over the average one.
+/// The peak speed of a movement with least jerk, over its mean speed.
 constexpr double peakOverMean = 1.875;
 
-/// How fast the pursuit of a moving target takes on its speed, and the wobble changes, per tick.
+/// The rates, per tick, at which the pursuit takes on a target's speed and the wobble changes.
 constexpr double pursuitChange = 0.15;
 constexpr double wobbleChange = 0.05;
 
 /// End points scatter across a movement less than along it.
 constexpr double scatterAcross = 0.4;
 
-/// The view must move by more than this many counts within the window to tell the lag, whose
-/// estimate then takes on this share of what was seen.
+/// The view must move by more than the first, in counts, within the window to show the delay. The
+/// estimate then moves towards the observed delay by the second, a share.
 constexpr double tellingMotion = 40.0;
-constexpr double lagChange = 0.1;
+constexpr double delayChange = 0.1;
 
-/// Share of a movement that is done after a share of its time.
+/// The share of a movement that is done after a share of its time.
 double done(double time) {
     return time * time * time * (10.0 + time * (6.0 * time - 15.0));
 }
@@ -59,7 +59,7 @@ void Hand::feel(vec3 direction) {
         const auto nearest = std::min_element(sent_.begin(), sent_.end(), [&](View a, View b) {
             return std::fabs(a.right - felt.right) < std::fabs(b.right - felt.right);
         });
-        lag_ += (static_cast<double>(nearest - sent_.begin()) - lag_) * lagChange;
+        delay_ += (static_cast<double>(nearest - sent_.begin()) - delay_) * delayChange;
     }
     const View shift = {shiftToHold(left->right, right->right, felt.right),
                         shiftToHold(top->down, bottom->down, felt.down)};

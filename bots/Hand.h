@@ -9,27 +9,27 @@
 
 namespace drench::bots {
 
-/// Turns the view as people do: by single smooth movements, each of which ends a little beside
-/// where it was meant to and is corrected by the next one.
+/// Turns the view as people do: by single smooth movements. Each ends a little beside its target,
+/// and the next one corrects it.
 ///
-/// The profile of a movement is that of least jerk (Flash and Hogan, 1985), movements overlap by
-/// adding up (Flash and Henis, 1991), and their ends scatter in proportion to their length (Harris
-/// and Wolpert, 1998).
+/// A movement has the profile of least jerk (Flash and Hogan, 1985), overlapping movements add up
+/// (Flash and Henis, 1991), and their ends scatter in proportion to their length (Harris and
+/// Wolpert, 1998).
 class Hand {
   public:
     Hand(const Skill& skill, Chance chance);
 
-    /// Takes in the view of a snapshot. Call it before move(), once for each.
+    /// Takes in the view of a snapshot. Call it once for each snapshot, before move().
     void feel(vec3 direction);
 
-    /// The view once all counts that were sent have acted.
+    /// The view after all counts sent so far have acted.
     View view() const { return sent_.front(); }
 
-    /// Ticks for which sent counts stayed without effect, from how the view followed them: 0 where
-    /// the next snapshot shows them.
-    double lag() const { return lag_; }
+    /// Ticks until sent counts act, estimated from the views of snapshots: 0 if the next snapshot
+    /// shows their effect.
+    double delay() const { return delay_; }
 
-    /// Counts per tick that are being turned now.
+    /// The present speed of the turn, counts per tick.
     View speed() const { return speed_; }
 
     /// Whole mouse counts.
@@ -38,24 +38,24 @@ class Hand {
         int dy = 0;
     };
 
-    /// Where to turn to.
+    /// A target of the view.
     struct Aim {
         View view;
 
-        /// How fast that moves, in counts per tick.
+        /// The target's own speed, in counts per tick.
         View drift;
 
-        /// Errors within so many counts are let be.
+        /// Errors up to this many counts are not corrected.
         double tolerance = 0.0;
 
-        /// Share of the hand's speed that it is worth, above 0 and up to 1.
+        /// The share of the hand's speed to use, above 0 and up to 1.
         double haste = 1.0;
     };
 
-    /// The next counts on the way there.
+    /// The next counts on the way to the target.
     Counts move(const Aim& aim);
 
-    /// Forgets movements under way and counts on theirs: when another view was set.
+    /// Forgets all movements and counts under way; to be called after the view was set otherwise.
     void letGo();
 
   private:
@@ -65,17 +65,17 @@ class Hand {
         double elapsed;
     };
 
-    /// What of the movements under way is still to come.
+    /// The part of the movements under way that is still to come.
     View remaining() const;
 
     Skill skill_;
     Chance chance_;
 
-    /// The view as of all counts sent up to now, up to a tick ago and so on. A view that lies
-    /// beyond all of them tells that counts were lost or refused.
+    /// The view after all counts sent up to now, up to a tick ago, and so on. If an observed view
+    /// lies beyond all of them, counts were lost or refused.
     std::array<View, 16> sent_{};
     bool feltBefore_ = false;
-    double lag_ = 0.0;
+    double delay_ = 0.0;
 
     std::vector<Movement> movements_;
     double pause_ = 0.0;
@@ -83,7 +83,7 @@ class Hand {
     View wobble_;
     View speed_;
 
-    /// Parts of counts that were not sent yet.
+    /// Fractions of counts not sent yet.
     View carry_;
 };
 

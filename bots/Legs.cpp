@@ -11,7 +11,7 @@ namespace {
 constexpr double eighthOfRadians = std::numbers::pi / 4.0;
 constexpr double eighthTurn = eighthOfRadians * countsPerRadian;
 
-/// Keys are kept while they lead within this of the heading; the nearest ones lead within a
+/// Keys are kept while they lead within this of the heading; the nearest keys lead within a
 /// sixteenth of a turn.
 constexpr double kept = 0.75 * eighthTurn;
 
@@ -31,7 +31,7 @@ void pressForHeading(Controls& controls, vec3 heading, vec3 direction) {
         controls.held[key] = false;
     if (heading.x == 0.0f && heading.z == 0.0f)
         return;
-    // Never an integer: a direction that is none makes this no number, which suits no key.
+    // Kept as a double: if the direction is NaN, so is this, and it matches no key.
     const double eighths = std::round(angleBetween(direction, heading) / eighthOfRadians);
     controls.held[keyIndex::forward] = std::fabs(eighths) <= 1.0;
     controls.held[keyIndex::backward] = std::fabs(eighths) >= 3.0;
@@ -43,7 +43,7 @@ Controls legsOnly(const Steps& steps, vec3 direction) {
     Controls controls;
     if (steps.heading.x == 0.0f && steps.heading.z == 0.0f)
         return controls;
-    // Of a value that is no number, fmax takes the other one.
+    // If one value is NaN, fmax returns the other.
     const auto counts = [](double radians) {
         return static_cast<int>(
             std::lround(std::fmin(std::fmax(radians * countsPerRadian, -legsTurn), legsTurn)));

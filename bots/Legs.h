@@ -7,20 +7,20 @@
 
 namespace drench::bots {
 
-/// The keys that move along a heading under a view direction, the nearest of the eight; no keys for
-/// a zero heading. `direction` is the view as it will be when the keys act.
+/// Presses the keys that move nearest to a heading under a view direction, one of eight ways; no
+/// keys for a zero heading. `direction` is the view at the time when the keys act.
 void pressForHeading(Controls& controls, vec3 heading, vec3 direction);
 
-/// Takes steps and does nothing else: turns the view to the heading and levels it, and goes by
-/// whichever keys suit the view until it is there. `direction` as for pressForHeading.
+/// Controls that follow steps and do nothing else: turn the view level and to the heading, and
+/// meanwhile press the keys that suit the view. `direction` as for pressForHeading.
 Controls legsOnly(const Steps& steps, vec3 direction);
 
-/// Fingers on the four keys that walk. They stay on keys that lead nearly where they should rather
-/// than flicker between two directions.
+/// Fingers on the four walking keys. They stay on keys that lead nearly along the heading, and so
+/// do not flicker between two ways.
 class Legs {
   public:
-    /// Holds in `controls` the keys that lead along `heading`, or none for a zero heading, in a
-    /// view as it will be when they act.
+    /// Holds in `controls` the keys that lead along `heading`, or none for a zero heading. `view`
+    /// is the view at the time when the keys act.
     void press(Controls& controls, vec3 heading, View view);
 
   private:

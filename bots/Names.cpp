@@ -9,7 +9,7 @@ namespace drench::bots {
 
 namespace {
 
-/// At most 11 characters each, which is what the server keeps.
+/// At most 11 characters each, as many as the server keeps.
 constexpr std::array names = {"Puddle",   "Drizzle", "Splash",  "Ripple",  "Sprinkle", "Bubbles",
                               "Brook",    "Misty",   "Dewdrop", "Torrent", "Geyser",   "Squirt",
                               "Soggy",    "Otter",   "Heron",   "Newt",    "Minnow",   "Tadpole",

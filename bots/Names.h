@@ -6,7 +6,8 @@
 
 namespace drench::bots {
 
-/// So many different names, 24 at most, for the players of one room; the same seed gives the same.
+/// The given number of different names, 24 at most, for the players of one room; the same seed
+/// gives the same names.
 std::vector<std::string> namesFor(int players, std::uint64_t seed);
 
 } // namespace drench::bots

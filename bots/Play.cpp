@@ -20,18 +20,18 @@ namespace {
 using client::Time;
 using std::chrono::milliseconds;
 
-/// A player who found the room full asks again after this time, in which somebody may have left.
+/// A player asks a full room again after this time, in which somebody may have left.
 constexpr milliseconds patience{5000};
 
-/// A player who is out for another reason asks again after this time at first, then after twice the
-/// time before.
+/// A player that is out for another reason asks again after this time at first, and then after
+/// twice the previous time.
 constexpr milliseconds shortestRetry{500};
 
-/// Doubling ends here, so that a room that is back is found within seconds.
+/// Doubling ends here, so that a room that comes back is found within seconds.
 constexpr milliseconds longestRetry{8000};
 
-/// World units by which the body that is looked for in cubes is smaller than a player's: rounding
-/// may leave a body a little within a cube.
+/// World units by which the body tested against cubes is smaller than a player's: rounding may
+/// leave a body a little within a cube.
 constexpr float tolerance = 2.0f;
 
 bool canBeThere(const MapManager& map, vec3 position) {
@@ -142,7 +142,7 @@ void Play::join(Seat& seat, Time now) {
         giveUp(seat, now + retryAfter(seat.failures++), problem);
 }
 
-/// Takes what the session has heard and answers it; false when there was nothing.
+/// Takes the session's events and answers them; false if there were none.
 bool Play::takeEvents(Seat& seat, Time now) {
     bool any = false;
     std::optional<Controls> controls;

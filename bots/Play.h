@@ -21,14 +21,14 @@ struct PlayOptions {
     double skill = 0.5;
     std::uint64_t seed = 0;
 
-    /// Players are called this and a number; by names of their own when it is empty.
+    /// Players are named by this and a number; if empty, by names of their own.
     std::string name;
 
     /// Whether to keep the tracks of the first room's players.
     bool keepTracks = false;
 };
 
-/// How a run stands at some moment.
+/// The state of a run at some moment.
 struct Standing {
     std::size_t players = 0;
     std::size_t playing = 0;
@@ -37,8 +37,8 @@ struct Standing {
     std::optional<double> medianRoundTrip;
 };
 
-/// Makes one of two decisions when neither has been sent yet: the later one's keys, the mouse
-/// counts of both, and a jump that either asks for.
+/// Merges two decisions that have not been sent yet: the later one's keys, the mouse counts of
+/// both, and a jump if either asks for one.
 Controls combined(const Controls& earlier, const Controls& later);
 
 /// Bots at play in any number of rooms, in one thread. A bot that is not let in, or is dropped,
@@ -46,7 +46,7 @@ Controls combined(const Controls& earlier, const Controls& later);
 class Play {
   public:
     /// @param roadmap  must outlive the play, and so must its map
-    /// @param note  told in a line, once, of rooms that cannot be played in
+    /// @param note  called once, with one line, for each room that cannot be played in
     Play(const Roadmap& roadmap, std::vector<client::RoomAddress> rooms, const PlayOptions& options,
          std::function<void(const std::string&)> note);
 
@@ -55,10 +55,10 @@ class Play {
     Play(const Play&) = delete;
     Play& operator=(const Play&) = delete;
 
-    /// Waits until there is something to do, but not beyond `until` nor a signal, and does it.
+    /// Waits for something to do until `until` or a signal, and does it.
     void step(client::Time until);
 
-    /// All leave their rooms; nothing more happens.
+    /// Makes all players leave their rooms; nothing happens afterwards.
     void leave();
 
     Standing standing() const;

@@ -19,13 +19,13 @@ using client::Clock;
 using client::Time;
 using std::chrono::milliseconds;
 
-/// From one question to the next; a receipt takes no longer on any line that can be played on.
+/// The time between two questions; a receipt takes less on any line that can be played on.
 constexpr milliseconds askingPeriod{500};
 
-/// Rooms that answer nothing for so long are silent, as they are for those who join.
+/// Rooms that do not answer for this long are silent. Players who join wait as long.
 constexpr milliseconds longestSilence{3000};
 
-/// Where no room answers, all are asked again after this pause.
+/// If no room answers, all are asked again after this pause.
 constexpr milliseconds pause{1000};
 
 /// One room that is being asked.
@@ -36,8 +36,8 @@ struct Asked {
     explicit Asked(const client::RoomAddress& room)
         : socket(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
         const auto* address = reinterpret_cast<const sockaddr*>(&room.address);
-        // Connected, so that the system tells us when nobody listens there. Where that fails, so
-        // does all sending, and the room is silent.
+        // Connected, so that the system reports a closed port. If connecting fails, so does all
+        // sending, and the room is silent.
         static_cast<void>(connect(socket.number, address, sizeof room.address));
     }
 
@@ -56,7 +56,7 @@ struct Asked {
     }
 };
 
-/// Waits for what the silent rooms send; false when a signal has come instead.
+/// Waits for datagrams of the silent rooms; false if a signal has come instead.
 bool hearUntil(std::vector<std::unique_ptr<Asked>>& rooms, Time until) {
     std::vector<pollfd> polled;
     std::vector<Asked*> silent;
@@ -108,7 +108,7 @@ bool awaitRoom(const std::vector<client::RoomAddress>& rooms, const Timekeeper& 
                const std::function<void(const std::string&)>& note) {
     std::vector<std::string> told(rooms.size());
     do {
-        // A run that is short does not have its room answer any sooner.
+        // The end of a short run does not cut the wait: rooms answer no sooner.
         const std::vector<Presence> presences = askRooms(rooms, Clock::now() + longestSilence);
         if (std::count(presences.begin(), presences.end(), Presence::answers) > 0)
             return true;

@@ -10,18 +10,18 @@
 
 namespace drench::bots {
 
-/// What came of asking a room whether it is there.
+/// The answer of a room to the question whether it is there.
 enum class Presence { answers, nobodyListens, silent };
 
-/// Asks all rooms at once, by a keep-alive of nobody: a room answers any datagram with a receipt,
-/// and this one changes nothing there. Asks again every half second, and returns when all have
-/// answered or refused, when the time is over, or when a signal has come. A room that cannot be
-/// asked, for want of a way or of sockets, is silent.
+/// Asks all rooms at once whether they are there, by a keep-alive of no player: a room answers any
+/// datagram with a receipt, and this one changes nothing there. Asks again every half second.
+/// Returns when all have answered or refused, at `until`, or after a signal. A room without a route
+/// or a free socket counts as silent.
 std::vector<Presence> askRooms(const std::vector<client::RoomAddress>& rooms, client::Time until);
 
-/// Asks until one of the rooms answers, for three seconds at least. False when the time is over, or
-/// somebody has asked to stop, before one did.
-/// @param note  told of each room in a line, once, why it does not answer
+/// Asks until one of the rooms answers, for at least three seconds. Returns false if the time ends
+/// or a stop is asked first.
+/// @param note  called with one line for each silent room, once, with the reason
 bool awaitRoom(const std::vector<client::RoomAddress>& rooms, const Timekeeper& timekeeper,
                const std::function<void(const std::string&)>& note);
 

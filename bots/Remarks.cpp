@@ -12,7 +12,8 @@ const char* const complaints[] = {"Twice in a row!", "I am dripping", "Well aime
 const char* const musings[] = {"Nice weather", "Anybody there?", "Who built this place?",
                                "It is quiet here", "My boots squelch"};
 
-/// Ticks between two remarks at least, and after how many somebody says something for its own sake.
+/// The least ticks between two remarks, and ticks of silence after which a player says something
+/// anyway.
 constexpr double shortestSilence = 1300.0;
 constexpr double longestSilence = 3000.0;
 constexpr double boredomFrom = 6000.0;

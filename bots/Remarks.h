@@ -8,16 +8,16 @@
 
 namespace drench::bots {
 
-/// What a player says, rarely: after a success, after being soaked twice in a row, or when it has
-/// been silent for long. A remark fits a chat record.
+/// A player's rare chat: after a success, after two soakings in a row, or after a long silence. A
+/// remark fits a chat record.
 class Remarks {
   public:
     explicit Remarks(Chance chance);
 
-    /// Takes notice of the own points, once for each snapshot.
+    /// Takes notice of the player's own points, once for each snapshot.
     void notePoints(std::int32_t points);
 
-    /// The remark that is due, once.
+    /// The remark that is due; a second call returns nothing.
     std::optional<std::string> take();
 
   private:

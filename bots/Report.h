@@ -31,29 +31,29 @@ struct Report {
     double seconds = 0.0;
     std::vector<std::string> rooms;
 
-    /// The players of a room stand together, the rooms in their order.
+    /// The players of a room are adjacent, and the rooms are in their order.
     std::vector<PlayerReport> players;
 
-    /// How many rooms let a player in.
+    /// The number of rooms that let a player in.
     std::size_t roomsEntered() const;
 
-    /// How many players were let in.
+    /// The number of players that were let in.
     std::size_t playersEntered() const;
 
-    /// Of all players of a room, or of all at all.
+    /// The total of all players, or of the players of a room.
     Tally total() const;
     Tally total(const std::string& room) const;
 
-    /// The room with the longest gaps between snapshots, by the 99th percentile; empty when no
-    /// snapshot was followed by another.
+    /// The room with the longest gaps between snapshots, by the 99th percentile; empty if no room
+    /// sent two snapshots.
     std::string worstRoom() const;
 
     /// The median over the players that know theirs, in milliseconds.
     std::optional<double> medianRoundTrip() const;
 };
 
-/// Writes a table for people: a line for each player who got in, with more than one room a line for
-/// the worst room instead; then their total.
+/// Writes a table for people: a line for each player who got in, or with several rooms a line for
+/// the worst room; then the total of all players.
 void writeTable(std::ostream& out, const Report& report);
 
 /// Writes the same, with every player, as one JSON object for programs.

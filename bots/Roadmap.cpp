@@ -9,7 +9,7 @@ namespace drench::bots {
 
 namespace {
 
-/// Rows of cubes that a body which stands reaches into.
+/// Rows of cubes that a standing body reaches into.
 constexpr int bodyRows = 3;
 
 std::size_t asIndex(int i) {

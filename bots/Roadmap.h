@@ -9,11 +9,11 @@
 
 namespace drench::bots {
 
-/// How to get from one standing place to another.
+/// The way of moving from one standing place to another.
 enum class Gait {
     /// On foot, over edges and down too.
     walk,
-    /// Jump where one stands, then steer: up onto something.
+    /// A jump at the start, then steering: up onto something.
     jump,
     /// A run-up, and a jump just before the edge: over a gap.
     leap
@@ -23,20 +23,20 @@ struct Road {
     int to;
     Gait gait;
 
-    /// How long a Walker took for it, its view already turned.
+    /// The time a Walker took, with its view already turned.
     int ticks;
 };
 
-/// All that bots know of an arena before they have seen anything of a match: its cubes, where one
-/// can stand, and the ways between that a Walker was seen to manage. A person knows as much who has
-/// walked through it alone. Nothing in it tells where anybody is, was, or will return.
+/// All that bots know of an arena before a match: its cubes, its standing places, the roads that a
+/// Walker managed between them, and the eight landings. A person knows as much after a walk through
+/// it alone. It holds no player's position and does not predict at which landing a player returns.
 ///
-/// Shared by all bots of a process, and never changed once chart() has made it.
+/// Shared by all bots of a process, and unchanged after chart() has made it.
 struct Roadmap {
     MapManager* map = nullptr;
 
-    /// The places that roads lead to and from again, their positions over the middles of the cells
-    /// that carry them; `next` are the ends of the roads.
+    /// The places that roads lead to and away from. Their positions are over the middles of the
+    /// cells that carry them; `next` holds the ends of the roads.
     arena::Reach reach;
     arena::Grid grid;
 
@@ -57,26 +57,26 @@ struct Roadmap {
     /// Height of the floor that a place stands on, world units.
     float floorHeight(int index) const { return floorOfRow(place(index).feet.row); }
 
-    /// The place whose feet are in the cell, -1 when there is none.
+    /// The place whose feet are in the cell, -1 if there is none.
     int placeIn(const arena::CellIndex& cell) const;
 
-    /// The place that a body at `position` stands on or is above: the highest below its feet, whose
-    /// cell may only touch the body's rim; -1 when there is none.
+    /// The place that a body at `position` stands on or is above: the highest below its feet. The
+    /// body may touch that place's cell with its rim alone. -1 if there is none.
     int placeBelow(vec3 position) const;
 
-    /// Whether a body with a margin around it can walk straight from one point to another, with all
-    /// of it over places of that row.
+    /// Whether a body with a margin around it can walk straight from one point to another, always
+    /// wholly over places of that row.
     bool isOpen(vec3 from, vec3 to, int row, float margin) const;
 
-    /// Whether a body with a margin around it that moves straight from one point to another, its
-    /// feet in that row, meets no cube.
+    /// Whether a body with a margin around it meets no cube on the straight way from one point to
+    /// another, with its feet in that row.
     bool isClear(vec3 from, vec3 to, int row, float margin) const;
 
-    /// The road that leads from one place straight to another, null when there is none.
+    /// The road from one place straight to another, null if there is none.
     const Road* road(int from, int to) const;
 };
 
-/// How far above a floor the feet of one who stands on it may be.
+/// World units that a standing body's feet may be above the floor.
 constexpr float restingTolerance = 0.6f;
 
 } // namespace drench::bots

@@ -14,18 +14,18 @@ std::size_t asIndex(int i) {
     return static_cast<std::size_t>(i);
 }
 
-/// A place as the quickest way from somewhere passes it.
+/// A place on the quickest way from somewhere.
 struct Stop {
     double ticks = anyTime;
 
-    /// What the place adds, below 0 while nobody has asked.
+    /// The toll of the place; below 0 until it was asked for.
     double toll = -1.0;
     int before = noPlace;
 };
 
-/// The quickest ways from a start (Dijkstra). No road takes less than no time, so the nearest of
-/// the open places cannot be reached any quicker, and the search may end with it: at the goal, if
-/// there is one, or where all that are left take longer than `longest`.
+/// The quickest ways from a start (Dijkstra). No road takes negative time, so the nearest open
+/// place cannot be reached more quickly. The search may end there if it is the goal, or if it and
+/// so all the others take longer than `longest`.
 std::vector<Stop> quickestWays(const Roadmap& roadmap, int start, int goal, double longest,
                                const std::function<double(int place)>& toll) {
     std::vector<Stop> stops(roadmap.roads.size());

@@ -6,22 +6,23 @@
 
 namespace drench::bots {
 
-/// One thing that a scripted player does.
+/// One action of a scripted player.
 struct Action {
     enum class Kind { hold, release, jump, turn, say, leave };
 
-    /// When: on the first snapshot of this number or a later one, counted from 0 on joining.
+    /// The snapshot to act on: the first with this number or a later one, counted from 0 on
+    /// joining.
     std::int64_t tick = 0;
     Kind kind = Kind::leave;
 
-    /// To hold or to release: an index of keyIndex.
+    /// For hold and release: an index of keyIndex.
     int key = 0;
 
     /// Mouse counts.
     int dx = 0;
     int dy = 0;
 
-    /// To say.
+    /// For say.
     std::string text;
 
     bool operator==(const Action&) const = default;
@@ -38,7 +39,7 @@ struct Action {
 ///     at <tick> leave              the last line, if it is there
 ///
 /// Ticks must not decrease. `file` is the name that errors begin with: throws InputError
-/// "file:line: what stands there, what is allowed".
+/// "file:line: <the text found>, <the text allowed>".
 std::vector<Action> readScript(const std::string& text, const std::string& file);
 
 } // namespace drench::bots

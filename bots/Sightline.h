@@ -7,19 +7,19 @@
 
 namespace drench::bots {
 
-/// What lies between an eye and a point, and behind it.
+/// The relation of a point to an eye's view: hidden or not, and what is behind it.
 enum class Sightline {
     /// A cube lies between.
     hidden,
-    /// In sight before the open sky: a shot at it soaks nobody.
+    /// In sight, with open sky behind: a shot at the point soaks nobody.
     beforeSky,
-    /// In sight before a cube.
+    /// In sight, with a cube behind.
     beforeCube
 };
 Sightline sightline(const arena::Grid& grid, vec3 eye, vec3 point);
 
-/// Nine parts of a body, as offsets from its centre, that show what of it can be seen from an eye:
-/// left, middle and right on three heights.
+/// Nine points of a body, as offsets from its centre, that together show which parts of it an eye
+/// can see: left, middle and right on three heights.
 std::array<vec3, 9> bodyParts(vec3 eye, vec3 body);
 
 } // namespace drench::bots

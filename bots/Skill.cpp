@@ -12,7 +12,7 @@ struct Row {
     double best;
 };
 
-// In between it goes straight from one to the other.
+// Levels in between are interpolated linearly.
 constexpr Row rows[] = {
     {&Skill::reaction, 24.0, 9.0},       //
     {&Skill::perceptionDelay, 9.0, 5.0}, //
@@ -28,10 +28,10 @@ constexpr Row rows[] = {
     {&Skill::curiosity, 0.2, 0.65},      //
 };
 
-/// The newly returned are spared for as long as this by the gentle, in ticks: four seconds.
+/// Ticks for which the gentlest players spare a newly returned one: four seconds.
 constexpr double longestMercy = 250.0;
 
-/// Up to the first level players are as gentle as can be, from the second one not at all.
+/// Players up to the first level are fully gentle, from the second level on not at all.
 constexpr double gentlest = 0.5;
 constexpr double merciless = 0.65;
 

@@ -2,18 +2,18 @@
 
 namespace drench::bots {
 
-/// What a level of skill comes down to. Times are in ticks, 62 a second; angles in mouse counts,
-/// 360 a radian.
+/// The parameters that a level of skill gives. Times are in ticks, 62 a second; angles in mouse
+/// counts, 360 a radian.
 struct Skill {
     // Eyes
 
     /// From coming into sight to being noticed, on average.
     double reaction = 0.0;
 
-    /// How late the movements of somebody in sight are taken in.
+    /// The delay with which the movements of a player in sight are taken in.
     double perceptionDelay = 0.0;
 
-    /// How long whoever is out of sight is remembered.
+    /// The time for which a player out of sight is remembered.
     double memory = 0.0;
 
     // Hand
@@ -31,27 +31,30 @@ struct Skill {
     /// Standard deviation of the unsteadiness of a hand at rest.
     double wobble = 0.0;
 
-    /// Share of a target's movement that the hand follows without looking where it is off.
+    /// The share of a target's movement that the hand follows without seeing its own error.
     double pursuit = 0.0;
 
     // Trigger
 
-    /// How far ahead the trigger is pulled when the target is about to be crossed.
+    /// The time by which the trigger is pulled before the view crosses the target.
     double anticipation = 0.0;
 
     // Judgement
 
-    /// Probability of taking cover when two are in sight, and of stepping aside when one is.
+    /// Probability of taking cover with two enemies in sight, and of stepping aside with one.
     double caution = 0.0;
 
-    /// Share of the goals that are places long out of sight: beginners like to be where others are.
+    /// Share of the goals that are places long out of sight. Beginners prefer places where others
+    /// are.
     double curiosity = 0.0;
 
-    /// For how long it does not fire at somebody who has just returned and has not fired itself.
+    /// The time for which it does not fire at a player who has just returned and has not fired
+    /// since.
     double mercy = 0.0;
 };
 
-/// @param level  0 (a beginner) to 1 (the best that hands can do); beyond, as the nearer end
+/// @param level  0 (a beginner) to 1 (the best that hands can do); values beyond count as the
+/// nearer end
 Skill skillOf(double level);
 
 } // namespace drench::bots

@@ -4,9 +4,8 @@
 
 namespace drench::bots {
 
-/// Which way to go and whether to jump: what a Walker or Footwork wants of the legs. The nearest of
-/// the eight directions that keys give will do, whatever the view, unless that is steeper than 40
-/// degrees.
+/// A heading and a jump that a Walker or Footwork asks of the legs. The nearest of the eight
+/// directions that keys give is enough, under any view up to 40 degrees of steepness.
 struct Steps {
     /// Horizontal unit vector, or zero to stand still.
     vec3 heading;

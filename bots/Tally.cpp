@@ -55,7 +55,7 @@ void Scorer::see(const PlayerUpdate& self, std::uint64_t missed, client::Time ar
         const bool died = dead && !last_->dead;
         tally_.deaths += died;
         const float step = distanceVec3(last_->position, self.position);
-        // An unfriendly room may send floats that are no numbers.
+        // A hostile room may send NaN or infinities.
         if (!dead && !last_->dead && std::isfinite(step))
             tally_.distance += step;
         tally_.gaps.add(arrival - last_->arrival);
@@ -69,8 +69,9 @@ void Scorer::see(const PlayerUpdate& self, std::uint64_t missed, client::Time ar
 void Scorer::countSoaks(const PlayerUpdate& self, bool died) {
     const long soaks = long{self.points} - last_->points + died;
     tally_.soaks += soaks;
-    // Points show one snapshot after the shot, so they belong to the burst of the last one; or,
-    // when snapshots are missing, to one that has begun since, or that no snapshot showed.
+    // Points show one snapshot after the shot, so they belong to the burst of the last snapshot. If
+    // snapshots are missing, they may belong to a burst that has begun since, or that no snapshot
+    // showed.
     const bool begins = self.shooting && !last_->shooting;
     const bool unseen = soaks > 0 && !self.shooting && !last_->shooting;
     if (begins || unseen) {

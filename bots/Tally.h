@@ -15,23 +15,24 @@ struct Tally {
     /// Times that the room let it in.
     long joined = 0;
 
-    /// A death is seen from the pose, which lasts for seconds, and points are soaks minus deaths.
-    /// So both come from snapshots and survive the loss of some; notices might get lost themselves,
-    /// and say names only, which need not be anybody's alone.
+    /// Deaths are read from the pose, which lasts for seconds, and points are soaks minus deaths.
+    /// So both come from snapshots and survive the loss of some. Notices might get lost, and only
+    /// hold names, which several players may share.
     long soaks = 0;
     long deaths = 0;
 
-    /// Times that the fire key was held without a break, and how many of them soaked somebody.
+    /// Times that the fire key was held without a break, and the number of them that soaked
+    /// somebody.
     long bursts = 0;
     long burstsThatSoaked = 0;
 
-    /// World units along the way of the living.
+    /// World units walked while alive.
     double distance = 0.0;
 
     std::uint64_t snapshots = 0;
     std::uint64_t snapshotsMissed = 0;
 
-    /// Between the arrivals of one snapshot and the next.
+    /// Gaps between the arrivals of successive snapshots.
     GapHistogram gaps;
 
     /// Milliseconds, the latest estimate; absent while unknown.
@@ -40,7 +41,7 @@ struct Tally {
     /// The share of bursts that soaked somebody; absent without a burst.
     std::optional<double> accuracy() const;
 
-    /// Adds what another player counted, apart from its round trip.
+    /// Adds the counts of another player, but not its round trip.
     void add(const Tally& other);
 };
 
@@ -53,7 +54,7 @@ bool isDead(const PlayerUpdate& player);
 /// Watches one player in its snapshots and keeps its tally.
 class Scorer {
   public:
-    /// The room has let the player in, at whatever place and with whatever points.
+    /// The room has let the player in, at any place and with any points.
     void join();
 
     /// A snapshot came.

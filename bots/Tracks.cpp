@@ -20,7 +20,8 @@ using arena::ImagePoint;
 /// World units between the points of a track: half a cube.
 constexpr float stride = 32.0f;
 
-/// Dark, and apart from each other and from the colours of floors, also for people who see no red.
+/// Dark, and distinct from each other and from the colours of floors, also for people who see no
+/// red.
 constexpr Colour colours[] = {{206, 56, 12}, {24, 24, 28}, {140, 20, 160}, {0, 72, 190}};
 
 /// The share of white in everything below the tracks, which makes it paler than topPicture does.
@@ -70,7 +71,7 @@ void drawDrop(Image& image, ImagePoint centre, double radius, Colour colour) {
     fillDrop(image, centre, radius, colour);
 }
 
-/// Whether the point is above the map; what an unfriendly room says need not be, nor be a number.
+/// Whether the point is above the map. A hostile room may send a point elsewhere, or NaN.
 bool isAbove(const MapManager& map, vec3 point) {
     return point.x >= 0.0f && point.x <= map.width && point.z >= 0.0f && point.z <= map.length;
 }
@@ -103,14 +104,14 @@ void drawSoakings(Image& image, const arena::TopView& view, std::span<const Trac
     }
 }
 
-/// Letters as drawText has them.
+/// The text in the letters that drawText has.
 std::string capitals(std::string text) {
     for (char& letter : text)
         letter = static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
     return text;
 }
 
-/// Where the sample of each track begins, the middles of the first line at 0: as many to a line as
+/// The start of each track's sample, with the middle of the first line at 0: as many to a line as
 /// fit into the width, one at least.
 std::vector<ImagePoint> legendPlaces(std::span<const Track> tracks, int width, int dot) {
     std::vector<ImagePoint> places;

@@ -11,7 +11,8 @@
 
 namespace drench::bots {
 
-/// The way of one player over the ground, and where it was soaked; of a long one the last part.
+/// The path of one player over the ground, and the places of its soakings; the last part of a long
+/// path.
 class Track {
   public:
     explicit Track(std::string name) : name_(std::move(name)) {}
@@ -19,13 +20,13 @@ class Track {
     /// A snapshot with the player came.
     void see(const PlayerUpdate& self);
 
-    /// The player has left; wherever it comes next, it did not walk there.
+    /// The player has left; its path does not connect to its next position.
     void breakOff();
 
     struct Point {
         vec3 position;
 
-        /// Whether the player appeared here; else it came from the point before.
+        /// Whether the player appeared here; otherwise it came from the point before.
         bool appeared = false;
 
         /// Whether it was soaked here.
@@ -44,8 +45,8 @@ class Track {
     std::string name_;
     std::deque<Point> points_;
 
-    /// Where the player was in the last snapshot that showed it alive, unless it died or left
-    /// since.
+    /// The player's position in the last snapshot that showed it alive; absent if it has died or
+    /// left since.
     std::optional<vec3> last_;
 };
 

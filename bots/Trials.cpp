@@ -18,31 +18,32 @@ std::size_t asIndex(int i) {
     return static_cast<std::size_t>(i);
 }
 
-/// How a road is tried.
+/// The conditions of one trial of a road.
 struct Trial {
-    /// Where beside the middle of the place the walker begins, world units.
+    /// World units: the start beside the middle of the place.
     float x = 0.0f;
     float z = 0.0f;
 
-    /// Where it looks, radians.
+    /// Radians: the direction of its view.
     double yaw = 0.0;
     double pitch = 0.0;
 
-    /// Whether it may turn. In a fight it looks elsewhere, and goes by the keys that suit.
+    /// Whether it may turn. In a fight a bot looks elsewhere, and walks with the keys that suit.
     bool turns = true;
 
-    /// How many ticks late its steps act, and how many it is told: over a line it has to guess.
-    int lag = 0;
+    /// Ticks until its steps act, and the delay that the Walker gets: over a real line it is a
+    /// guess.
+    int delay = 0;
     int toldLag = 0;
 };
 
-/// The n-th of a sequence of trials that differ in all respects. Where they begin follows the
+/// The n-th of a sequence of trials that differ in all respects. Their starts follow the
 /// quasirandom R2 sequence (Roberts, "The Unreasonable Effectiveness of Quasirandom Sequences",
 /// 2018), so any number of them is spread evenly.
 Trial trial(int n) {
     // World units: a body is 50 wide, so all of its middle stays over the cell.
     constexpr float farthest = 22.0f;
-    // Radians; a steeper view walks more slowly than bots let it.
+    // Radians; a steeper view walks more slowly, and bots avoid it.
     constexpr double steepest = 0.7;
     // Ticks. A line of 80 ms takes 5.
     constexpr int lags[] = {0, 3, 5, 2, 4};
@@ -51,17 +52,17 @@ Trial trial(int n) {
         const double multiple = n * step;
         return 2.0 * (multiple - std::floor(multiple)) - 1.0;
     };
-    const int lag = lags[asIndex(n) % std::size(lags)];
+    const int delay = lags[asIndex(n) % std::size(lags)];
     return {farthest * static_cast<float>(spread(0.7548776662)),
             farthest * static_cast<float>(spread(0.5698402910)),
             std::numbers::pi * spread(0.6180339887),
             steepest * spread(0.4142135624),
             n % 2 == 0,
-            lag,
-            std::max(0, lag + errors[asIndex(n) % std::size(errors)])};
+            delay,
+            std::max(0, delay + errors[asIndex(n) % std::size(errors)])};
 }
 
-/// Somebody who stands at a place.
+/// A player who stands at a place.
 Player standingAt(MapManager& map, const arena::StandingPlace& place, const Trial& trial) {
     const vec3 centre = place.position + vec3(trial.x, 0.0f, trial.z);
     const double level = std::cos(trial.pitch);
@@ -71,13 +72,13 @@ Player standingAt(MapManager& map, const arena::StandingPlace& place, const Tria
                                 static_cast<float>(std::cos(trial.yaw) * level)));
 }
 
-/// How many ticks a Walker takes from one place to the next; -1 when it does not get there.
+/// Ticks that a Walker takes from one place to the next; -1 if it does not get there.
 int ticksTaken(const Roadmap& roadmap, int from, int to, const Trial& trial) {
-    // Ticks after which a walker will not arrive any more.
+    // Ticks after which the walker has failed.
     constexpr int limit = 120;
     Player player = standingAt(*roadmap.map, roadmap.place(from), trial);
     if (roadmap.map->collides(player.box)) {
-        // Beside the middle may be a wall, but hardly on both sides.
+        // A wall may be beside the middle, but hardly on both sides.
         Trial nearer = trial;
         nearer.x *= 0.3f;
         nearer.z *= 0.3f;
@@ -85,8 +86,8 @@ int ticksTaken(const Roadmap& roadmap, int from, int to, const Trial& trial) {
     }
     Walker walker;
     walker.follow({from, to});
-    std::deque<Controls> underway(asIndex(trial.lag));
-    // The view as it will be when the controls that are underway have acted.
+    std::deque<Controls> underway(asIndex(trial.delay));
+    // The view at the time when the controls under way have acted.
     Player turned = player;
     for (int tick = 0; tick < limit; ++tick) {
         const Steps steps = walker.step(roadmap, player.position, trial.toldLag);

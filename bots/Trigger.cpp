@@ -12,7 +12,7 @@ namespace {
 /// The shortest press, in ticks.
 constexpr int shortestPress = 4;
 
-/// No shot reaches further than this: it marches in steps of one unit.
+/// The longest reach of a shot, which marches in steps of one unit.
 constexpr float range = MapManager::marchReach;
 
 } // namespace
@@ -21,7 +21,7 @@ bool soaks(const MapManager& map, vec3 from, View view, vec3 body) {
     const vec3 direction = directionOf(view);
     const Box box(body, Player::bodySize);
     vec3 entry;
-    // Shots march in small steps; that the body is missed is found much faster.
+    // Shots march in small steps; a missed body is found out much faster.
     if (!Line_AABB(from, from + direction * range, box.min, box.max, entry))
         return false;
     const vec3 hit = map.pointOfIntersection(from, direction);

@@ -24,7 +24,7 @@ View viewAlong(vec3 direction) {
     const double x = static_cast<double>(direction.x);
     const double y = static_cast<double>(direction.y);
     const double z = static_cast<double>(direction.z);
-    // Whoever looks along +z has -x on the right.
+    // A player that looks along +z has -x on the right.
     return {std::atan2(-x, z) * countsPerRadian,
             std::atan2(-y, std::hypot(x, z)) * countsPerRadian};
 }

@@ -7,7 +7,7 @@ namespace drench::bots {
 constexpr double countsPerRadian = Player::countsPerRadian;
 
 /// A direction of view in mouse counts: to the right of +z, all round, and down from the level.
-/// Also the difference of two, or a speed in counts per tick.
+/// Also the difference of two views, or a speed in counts per tick.
 struct View {
     double right = 0.0;
     double down = 0.0;
@@ -20,8 +20,8 @@ struct View {
     double length() const;
 };
 
-/// `right` is at most half a turn either way; the vector need not be of length 1. That of a zero
-/// vector is 0, 0.
+/// The view along a vector of any length; `right` is at most half a turn either way. A zero vector
+/// gives 0, 0.
 View viewAlong(vec3 direction);
 
 /// Unit vector.
@@ -30,7 +30,7 @@ vec3 directionOf(View view);
 /// The shortest turn from one view to another.
 View turnBetween(View from, View to);
 
-/// The view limited to what can be held: the server refuses turns that end nearly vertical.
+/// The view limited to pitches that the server does not refuse.
 View withoutSteepness(View view);
 
 } // namespace drench::bots

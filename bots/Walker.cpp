@@ -26,8 +26,8 @@ constexpr float stillRadius = 6.0f;
 /// Room that a straight way must have beside the body.
 constexpr float leastMargin = 4.0f;
 
-/// A line is followed towards a point of it so far ahead, the nearer the less room there is. Keys
-/// that only nearly suit the heading lead up to 0.41 of that aside.
+/// A line is followed towards a point on it this far ahead; with less room, the point is nearer.
+/// Keys that only nearly suit the heading lead up to 0.41 of that aside.
 struct LookAhead {
     float margin;
     float distance;
@@ -37,40 +37,40 @@ constexpr LookAhead lookAheads[] = {{40.0f, 96.0f}, {16.0f, 40.0f}, {0.0f, 24.0f
 /// A jump is begun within this of the middle, along both axes.
 constexpr float jumpReach = 24.0f;
 
-/// A leap is begun so far past the middle.
+/// A leap is begun this far past the middle.
 constexpr float leapStart = 8.0f;
 
-/// A leap is not begun further past the middle than this, where the edge may come first.
+/// A leap is begun at most this far past the middle: beyond, the edge may come first.
 constexpr float leapLatest = 34.0f;
 
-/// A leap is not begun further beside the line than this.
+/// A leap is begun at most this far beside the line.
 constexpr float leapAside = 16.0f;
 
-/// A body that jumps up moves on when it is no further than this below the place.
+/// A body that jumps up moves on once it is at most this far below the place.
 constexpr float pushHeight = 4.0f;
 
-/// A body that falls is about to land when it is no higher than this.
+/// A body that falls is about to land if it is at most this high.
 constexpr float landingHeight = 40.0f;
 
 /// A jump that shows no effect is asked for again after this.
 constexpr int jumpPatience = 24;
 
-/// A jump that misses this often is given up.
+/// A jump is given up after this many misses.
 constexpr int mostMisses = 3;
 
-/// A body gets on when it is nearer by this than ever before.
+/// A body gets on if it is nearer by this than ever before.
 constexpr float nearerBy = 3.0f;
 
-/// A body that does not get on for so long is stuck: one and a half seconds.
+/// A body that does not get on for this long is stuck: one and a half seconds.
 constexpr int nearerPatience = 93;
 
-/// A body that advances by less in a tick is held up.
+/// A body that advances by less than this in a tick is held up.
 constexpr float heldUpSpeed = 1.0f;
 
-/// A body that is held up for so long is caught on a corner.
+/// A body that is held up for this long is caught on a corner.
 constexpr int heldUpPatience = 3;
 
-/// A body that was caught is free when it is so near its line again.
+/// A caught body is free once it is this near its line again.
 constexpr float backOnLine = 2.0f;
 
 /// Speed of a body that two keys move, in a tick.
@@ -80,8 +80,8 @@ bool isInJumpReach(vec3 way) {
     return std::fabs(way.x) <= jumpReach && std::fabs(way.z) <= jumpReach;
 }
 
-/// The room that a straight way must have which begins so far from the middle of a place. Going to
-/// the middle first would gain nothing where one is nearly there.
+/// The room beside a straight way that begins at `offset` from the middle of a place. Going to the
+/// middle first would gain nothing if the body is nearly there.
 float marginAt(vec3 offset) {
     return horizontal(offset).length() > middleRadius ? leastMargin : 0.0f;
 }
@@ -117,7 +117,7 @@ std::optional<Stretch> Walker::failedStretch() const {
     return Stretch{from_, ahead_.front()};
 }
 
-/// The next place becomes the one that the way comes from.
+/// Makes the next place the start of the way.
 void Walker::advance() {
     from_ = ahead_.front();
     ahead_.erase(ahead_.begin());
@@ -131,15 +131,15 @@ void Walker::advance() {
     sinceNearer_ = -1;
 }
 
-Steps Walker::step(const Roadmap& roadmap, vec3 position, int lag) {
-    const Steps steps = chooseSteps(roadmap, position, lag);
+Steps Walker::step(const Roadmap& roadmap, vec3 position, int delay) {
+    const Steps steps = chooseSteps(roadmap, position, delay);
     std::rotate(headings_.begin(), headings_.end() - 1, headings_.end());
     headings_.front() = steps.heading;
     before_ = position;
     return steps;
 }
 
-Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
+Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int delay) {
     if (isDone())
         return {};
     const int here = roadmap.placeBelow(position);
@@ -147,7 +147,7 @@ Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
     aloft_ = here < 0 || feet - roadmap.floorHeight(here) > restingTolerance;
     if (sinceJump_ >= 0 && before_ && position.y > before_->y + 1.0f)
         tookOff_ = true;
-    const vec3 ahead = foreseen(position, lag);
+    const vec3 ahead = foreseen(position, delay);
     if (!aloft_) {
         const int row = roadmap.place(here).feet.row;
         const bool staysLevel = roadmap.isOpen(position, ahead, row, 0.0f);
@@ -168,14 +168,14 @@ Steps Walker::chooseSteps(const Roadmap& roadmap, vec3 position, int lag) {
     strayed_ = !getsNearer(position, target);
     if (strayed_)
         return {};
-    return straight_ ? stepOnLine(position, ahead, target, lag) : stepOnRoad(roadmap, ahead);
+    return straight_ ? stepOnLine(position, ahead, target, delay) : stepOnRoad(roadmap, ahead);
 }
 
-/// Where the body will be when the steps that are still under way have acted.
-vec3 Walker::foreseen(vec3 position, int lag) const {
+/// The body's position when the steps under way have acted.
+vec3 Walker::foreseen(vec3 position, int delay) const {
     const vec3 moved = position - before_.value_or(position);
     const float speed = std::clamp(horizontal(moved).length(), Player::walkingSpeed, aslantSpeed);
-    const int underWay = std::clamp(lag, 0, longestLag);
+    const int underWay = std::clamp(delay, 0, longestLag);
     for (int i = 0; i < underWay; ++i)
         position += headings_[static_cast<std::size_t>(i)] * speed;
     if (aloft_) {
@@ -186,7 +186,7 @@ vec3 Walker::foreseen(vec3 position, int lag) const {
     return position;
 }
 
-/// Notices where on the route a body that stands is.
+/// Finds the place on the route at which a standing body is.
 void Walker::settle(const Roadmap& roadmap, vec3 position, int here) {
     const bool jumped = std::exchange(tookOff_, false);
     if (jumped) {
@@ -208,8 +208,8 @@ void Walker::settle(const Roadmap& roadmap, vec3 position, int here) {
         cutCorners(roadmap, position, row);
 }
 
-/// Leaves out places of this row that need not be passed, and looks whether the next one can be
-/// walked to straight.
+/// Leaves out places of this row that need not be passed, and checks whether the next one can be
+/// reached straight.
 void Walker::cutCorners(const Roadmap& roadmap, vec3 position, int row) {
     const auto isOpen = [&](int place, float margin) {
         const arena::StandingPlace& target = roadmap.place(place);
@@ -232,8 +232,8 @@ void Walker::cutCorners(const Roadmap& roadmap, vec3 position, int row) {
     }
 }
 
-/// Whether a body that falls is about to land where the next jump begins: asked for in the air, it
-/// comes without a pause.
+/// Whether a falling body is about to land at the start of the next jump. A jump asked for in the
+/// air comes without a pause.
 bool Walker::landsForJump(const Roadmap& roadmap, vec3 position, vec3 ahead, int here) const {
     if (!aloft_ || ahead_.size() < 2 || here != ahead_.front() || !before_ ||
         position.y >= before_->y)
@@ -254,16 +254,16 @@ bool Walker::getsNearer(vec3 position, vec3 target) {
 }
 
 /// Towards a point of the line not far ahead (pure pursuit: Coulter, CMU-RI-TR-92-01, 1992), since
-/// keys that only nearly suit the heading would lead far from the line. A body that is caught on a
-/// corner beside the line goes back to it first.
-Steps Walker::stepOnLine(vec3 position, vec3 ahead, vec3 target, int lag) {
+/// keys that only nearly suit the heading would lead far from the line. A body caught on a corner
+/// beside the line goes back to the line first.
+Steps Walker::stepOnLine(vec3 position, vec3 ahead, vec3 target, int delay) {
     const vec3 way = horizontal(target - lineStart_);
     const vec3 line = unit(way);
     const vec3 offset = horizontal(ahead - lineStart_);
     const float passed = offset.dot(line);
     const vec3 aside = offset - line * passed;
 
-    const vec3 acted = headings_[static_cast<std::size_t>(std::clamp(lag, 0, longestLag - 1))];
+    const vec3 acted = headings_[static_cast<std::size_t>(std::clamp(delay, 0, longestLag - 1))];
     const bool isHeldUp =
         before_ && acted.dot(line) > 0.5f && (position - *before_).dot(line) < heldUpSpeed;
     heldUp_ = isHeldUp ? heldUp_ + 1 : 0;
@@ -286,15 +286,15 @@ Steps Walker::stepOnRoad(const Roadmap& roadmap, vec3 ahead) {
         strayed_ = true;
         return {};
     }
-    // A body that pushes against the face of a cube while it jumps up may slip aside along it.
+    // A body that jumps up and pushes against the face of a cube may slip aside along it.
     if (road->gait == Gait::jump && tookOff_ && ahead.y < end.position.y - pushHeight)
         return {};
     const bool awaitsJump = sinceJump_ >= 0 && ++sinceJump_ <= jumpPatience;
     if (aloft_ || awaitsJump)
         return stepTo(ahead, end.position);
 
-    // Between walls from the middle: keys that only nearly suit the heading may lead a body astray
-    // that slides along them.
+    // A way between walls begins at the middle: keys that only nearly suit the heading may lead a
+    // body astray that slides along the walls.
     const vec3 offset = horizontal(ahead - start.position);
     const float margin = centres_ ? marginAt(offset) : 0.0f;
     centres_ =

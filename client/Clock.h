@@ -4,7 +4,7 @@
 
 namespace drench::client {
 
-/// Every moment is given by the caller, so that a test or a replay can be its own clock.
+/// The caller passes in every moment, so a test or a replay can be its own clock.
 using Clock = std::chrono::steady_clock;
 using Time = Clock::time_point;
 

@@ -17,7 +17,7 @@ void EventQueue::push(Event event) {
 }
 
 void EventQueue::pushAlways(Event event) {
-    // Otherwise a caller who always leaves one event behind would let the taken ones pile up.
+    // Otherwise taken events would pile up if the caller always leaves one behind.
     if (first_ > 0 && events_.size() == events_.capacity()) {
         events_.erase(events_.begin(), events_.begin() + static_cast<std::ptrdiff_t>(first_));
         first_ = 0;

@@ -11,7 +11,7 @@ namespace drench::client {
 /// Events on their way to the caller, the oldest first.
 class EventQueue {
   public:
-    /// Adds an event; drops it when 1024 wait, since nobody seems to take them.
+    /// Adds an event. Drops it if 1024 already wait: the caller does not seem to take them.
     void push(Event event);
 
     /// Adds an event that must not be lost.
@@ -23,7 +23,7 @@ class EventQueue {
   private:
     std::vector<Event> events_;
 
-    /// The events before this one have been taken; they go when the room is needed.
+    /// The index of the oldest event. The taken ones before it are erased when memory is needed.
     std::size_t first_ = 0;
 };
 

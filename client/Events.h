@@ -39,7 +39,8 @@ struct Dropped {
 
 /// The state of all players after one tick.
 struct Snapshot {
-    /// As readRecord() gives it, and so safe to read, even of a hostile room.
+    /// From readRecord(): safe to read even if the room is hostile, but its numbers may be of any
+    /// size.
     UpdateMessage state;
 
     /// Number of the tick, counted from the first snapshot of this session, missed ones included.

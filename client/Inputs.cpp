@@ -12,7 +12,7 @@ namespace drench::client {
 
 namespace {
 
-/// A lost key record, or the release of all keys by a respawn, is felt no longer than this.
+/// The longest time for which a lost key record, or the release of all keys by a respawn, is felt.
 constexpr std::chrono::milliseconds resendKeyAfter(250);
 
 /// At a loss of 5 %, one release in 8,000 is lost with all its copies.

@@ -21,10 +21,10 @@ struct Inputs {
     struct Key {
         bool isDown = false;
 
-        /// How often the release is still to be sent.
+        /// Releases still to be sent.
         int releasesLeft = 0;
 
-        /// When the key is due, if it is down or has releases left.
+        /// The moment of the next send, if the key is down or has releases left.
         Time sendAt;
     };
 
@@ -39,13 +39,14 @@ struct Inputs {
     std::vector<std::string> words;
 
     /// Holds or releases a key, to be sent from `now` on; keyIndex::jump with `down` asks for one
-    /// jump. Other keys than those of keyIndex do nothing.
+    /// jump. Keys outside keyIndex do nothing.
     void setKey(int key, bool down, Time now);
 
     /// Adds mouse counts; sums stop at the ends of what a record can hold.
     void turn(int countsRight, int countsDown);
 
-    /// Adds words: their first 30 bytes, none from a 0 byte on. When 16 wait, more are lost.
+    /// Adds words: at most their first 30 bytes, up to the first 0 byte. Drops them if 16 already
+    /// wait.
     void say(std::string_view text);
 
     /// Whether no jump, mouse counts or words wait.
@@ -54,12 +55,12 @@ struct Inputs {
     /// Forgets jump, mouse counts and words; keys stay.
     void clear();
 
-    /// When the first key is due; Time::max() when none is held or to be released.
+    /// The moment at which the first key is due; Time::max() when none is held or to be released.
     Time keysDueAt() const;
 
-    /// Makes records of player `id` of the inputs that are due: keys in the order of their numbers,
-    /// then the view, then words. Keys are due again a quarter of a second later, a release three
-    /// times in all; the other inputs are gone then.
+    /// Returns the due inputs as records of player `id`: keys in the order of their numbers, then
+    /// the view, then words. A key stays and is due again a quarter of a second later, a release
+    /// until it was sent three times; the other inputs are removed.
     std::vector<InputRecord> takeDue(char id, Time now);
 };
 

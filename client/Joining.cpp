@@ -15,7 +15,7 @@ constexpr milliseconds resendAfter(500);
 /// A room answers within a tick; after six copies it will not.
 constexpr milliseconds answerPatience(3000);
 
-/// How much later than its successors a datagram may come that was overtaken.
+/// An overtaken datagram may come this much later than its successors.
 constexpr milliseconds overtakingPatience(250);
 
 } // namespace

@@ -17,7 +17,7 @@ struct Joining {
     /// Whether any record of the room has come. If so the join record has most likely arrived.
     bool hasHeard = false;
 
-    /// When a refusal came that may be of a second copy.
+    /// The moment of a refusal, which may answer a second copy of the join record.
     std::optional<Time> refused;
 
     std::optional<Time> firstSnapshot;
@@ -28,19 +28,20 @@ struct Joining {
     /// Whether another copy of the join record is to be sent.
     bool isSendDue(Time now) const;
 
-    /// A refusal came. Snapshots reach nobody but players, so it means nothing after the first.
+    /// A refusal came. It is ignored after the first snapshot, since only players get snapshots.
     void takeRefusal(Time now);
 
     /// Whether the room has refused us for certain.
     bool isRefused(Time now) const;
 
-    /// Whether it is no use to wait any longer.
+    /// Whether the time to wait for an answer is over.
     bool isUnanswered(Time now) const;
 
     /// Whether snapshots have come for so long that the acceptance must be lost.
     bool hasMissedAcceptance(Time now) const;
 
-    /// When isSendDue(), isRefused() or isUnanswered() becomes true, if nothing is heard.
+    /// The moment at which isSendDue(), isRefused() or isUnanswered() becomes true if nothing is
+    /// heard.
     Time wakeAt() const;
 
   private:

@@ -8,7 +8,7 @@ namespace drench::client {
 
 namespace {
 
-/// The record that a datagram is, byte for byte, if its code and length are the record's own.
+/// The record in a datagram, byte for byte, if code and length are the record's own.
 template<class Record>
 bool copyRecord(std::string_view datagram, Record& record) {
     if (datagram.size() != sizeof record || datagram[0] != record.type)

@@ -21,6 +21,7 @@ std::optional<RoomAddress> resolve(std::string_view hostAndPort, std::string& pr
     if (colon != std::string_view::npos) {
         const std::string_view digits = hostAndPort.substr(colon + 1);
         const char* const end = digits.data() + digits.size();
+        // Not numberIn() of common/: the client library stands on the game alone.
         const auto [stop, failure] = std::from_chars(digits.data(), end, port);
         if (failure != std::errc() || stop != end || port < 1 || port > 65535) {
             problem = "\"" + std::string(digits) + "\" is no port from 1 to 65535";

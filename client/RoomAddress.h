@@ -7,7 +7,7 @@
 
 namespace drench::client {
 
-/// Where a room is.
+/// The address of a room.
 struct RoomAddress {
     /// As the user named it, with its port: "localhost:5000".
     std::string name;

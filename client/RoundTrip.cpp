@@ -7,13 +7,13 @@ namespace drench::client {
 
 namespace {
 
-/// Milliseconds. A datagram without a receipt for longer is lost: nobody plays on such a line.
+/// Milliseconds. A datagram without a receipt for this long is lost: nobody plays on such a line.
 constexpr double longestRoundTrip = 1000.0;
 
-/// Milliseconds. A receipt may always come so much later than usual: schedulers alone take that.
+/// Milliseconds. Any receipt may come this much later than usual: schedulers alone cause that.
 constexpr double leastPatience = 10.0;
 
-/// The part of the smoothed round trip by which jitter may let a receipt come earlier than usual.
+/// The share of the smoothed round trip by which jitter may let a receipt come earlier than usual.
 constexpr double mostJitter = 0.25;
 
 /// RFC 6298's gain for the round trip.
@@ -46,7 +46,8 @@ void RoundTrip::receipt(Time now) {
     expire(now);
     ++receipts_;
     if (unanswered_ == 0) {
-        // It answers a datagram given up too soon, so the round trip is at least as long as this.
+        // This receipt answers a datagram that was given up too soon, so the round trip is at least
+        // this long.
         const double atLeast = milliseconds(now - newestSend_);
         if (givenUp_ > 0) {
             --givenUp_;
@@ -56,7 +57,8 @@ void RoundTrip::receipt(Time now) {
         return;
     }
     const double age = milliseconds(now - unansweredAt(0));
-    // While the estimate is far off, that error swells the deviation: no measure of jitter then.
+    // While the estimate is far off, its error swells the deviation, which then does not measure
+    // jitter.
     const bool isClearlyLess =
         !smoothed_ || age < *smoothed_ - std::min(deviation_, mostJitter * *smoothed_);
     if (oldestIsCertain_ || unanswered_ == 1 || isClearlyLess)
@@ -98,7 +100,7 @@ void RoundTrip::expire(Time now) {
         giveUpOldest();
 }
 
-/// How long a receipt may take before it is likely lost, in milliseconds.
+/// The time in milliseconds after which a missing receipt is likely lost.
 double RoundTrip::patience() const {
     if (!smoothed_)
         return longestRoundTrip;

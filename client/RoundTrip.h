@@ -10,20 +10,20 @@
 namespace drench::client {
 
 /// Round trip and loss on one line, from the moments of sends and receipts alone. The room answers
-/// every datagram with one receipt, mostly in order, but no receipt tells which datagram it
+/// every datagram with one receipt, mostly in order, but a receipt does not say which datagram it
 /// answers.
 ///
-/// So a certain sample is only the first receipt after a datagram that went out while nothing was
-/// unanswered, or one that finds a single datagram unanswered; these are smoothed as in RFC 6298.
-/// Any other receipt answers the oldest datagram unanswered or, after losses, a later one: its age
-/// is an upper bound, which counts when it is clearly below the estimate (Karn's rule: an ambiguous
-/// answer is no sample). After a pause in sending of about two round trips everything unanswered is
-/// given up as lost, and certain samples return.
+/// A receipt gives a certain sample in two cases: the receipt is the first after a datagram that
+/// was sent while nothing was unanswered, or only one datagram is unanswered. Certain samples are
+/// smoothed as in RFC 6298. Any other receipt answers the oldest unanswered datagram or, after
+/// losses, a later one. The age of the oldest is then an upper bound, and is used if it is clearly
+/// below the estimate (Karn's rule: an ambiguous answer is not a sample). After a pause in sending
+/// of about two round trips all unanswered datagrams count as lost, and certain samples return.
 ///
-/// Limits: while a client sends without such a pause, a longer round trip stays unseen, or is
-/// read as a shorter one and a loss where that fits as well; the next pause puts it right. Under
-/// jitter the estimate lies somewhat below the mean. Round trips of more than a second read as
-/// less.
+/// Limits: while a client sends without such a pause, a longer round trip stays unseen, or is read
+/// as a shorter one with a loss if that fits as well; the next pause corrects this. Under jitter
+/// the estimate lies somewhat below the mean. Round trips of more than a second are read as
+/// shorter.
 class RoundTrip {
   public:
     /// A datagram went out.
@@ -32,11 +32,10 @@ class RoundTrip {
     /// A receipt came in.
     void receipt(Time now);
 
-    /// The host said that nobody listens: nothing unanswered will be answered any more.
+    /// The host said that no socket is bound to the port: no datagram will be answered any more.
     void refused() { giveUpAll(); }
 
-    /// The newest round trip measured and the smoothed one, in milliseconds; nothing before the
-    /// first.
+    /// The newest and the smoothed round trip in milliseconds; nothing before the first sample.
     std::optional<double> latest() const { return latest_; }
     std::optional<double> smoothed() const { return smoothed_; }
 
@@ -46,16 +45,17 @@ class RoundTrip {
     std::uint64_t datagrams() const { return datagrams_; }
     std::uint64_t receipts() const { return receipts_; }
 
-    /// Datagrams that stayed, or are by now likely to stay, without a receipt. Falls again when
-    /// receipts come late.
+    /// Datagrams without a receipt that are unlikely to get one. Falls again when receipts come
+    /// late.
     std::uint64_t lost() const;
 
-    /// lost() among the datagrams whose fate is known, 0 to 1: their loss or that of their
-    /// receipts.
+    /// The share, 0 to 1, of lost() in the datagrams whose fate is known. Either the datagram or
+    /// its receipt was lost.
     double lossShare() const;
 
   private:
-    /// No player sends so many datagrams in a second; beyond it the oldest count as lost sooner.
+    /// More datagrams than a player sends in a second. When the ring is full, the oldest counts as
+    /// lost.
     static constexpr std::size_t capacity = 256;
 
     Time unansweredAt(std::size_t i) const { return sendTimes_[(first_ + i) % capacity]; }
@@ -71,7 +71,7 @@ class RoundTrip {
     std::size_t first_ = 0;
     std::size_t unanswered_ = 0;
 
-    /// Whether nothing was unanswered when the oldest was sent.
+    /// Whether the oldest was sent while nothing else was unanswered.
     bool oldestIsCertain_ = false;
 
     Time newestSend_;

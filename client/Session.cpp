@@ -16,16 +16,16 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-/// A fifth of what the room's patience allows, so that some may get lost.
+/// A fifth of the room's patience, so that some may get lost.
 constexpr seconds keepAliveAfter(1);
 
-/// Without snapshots for this long our identifier may be somebody else's.
+/// After this long without snapshots our identifier may be another player's.
 constexpr seconds trustInIdentifier(1);
 
 /// Longer than a line stalls now and then, shorter than the 5 s after which the room drops us.
 constexpr seconds silencePatience(3);
 
-/// So that a flood cannot hold up the caller.
+/// A limit, so that a flood cannot hold up the caller.
 constexpr int datagramsAtOnce = 256;
 
 /// Enough for the longest record and to see that a datagram is longer.
@@ -132,7 +132,7 @@ void Session::leave(Time now) {
     close();
 }
 
-/// Hands on what waits in the socket, up to a limit. Whether nothing more waits.
+/// Passes on the datagrams that wait in the socket, up to a limit. Returns whether none is left.
 template<class Take>
 bool Session::receive(const Take& take) {
     for (int i = 0; i < datagramsAtOnce && isOpen(); ++i) {
@@ -262,10 +262,10 @@ void Session::close() {
     parts_.id = 0;
 }
 
-/// Whether the datagram went out.
+/// Returns whether the datagram went out.
 bool Session::send(const void* datagram, std::size_t length) {
     Socket::Result result = parts_.socket.send(datagram, length);
-    // That is the answer to an earlier datagram; this one has not been sent yet.
+    // The error answers an earlier datagram; this one has not been sent yet.
     if (result == Socket::Result::nobodyListens) {
         noteNobodyListens();
         result = parts_.socket.send(datagram, length);

@@ -53,21 +53,21 @@ struct Statistics {
 
     std::uint64_t snapshots = 0;
 
-    /// As far as arrivals tell: see TickClock.
+    /// An estimate from the arrivals: see TickClock.
     std::uint64_t snapshotsMissed = 0;
 };
 
 class Session {
   public:
     /// Opens a socket and sends the first join record; Joined, Refused or Unanswered follows. The
-    /// record is sent again while neither receipt nor answer comes; should both copies make a
-    /// player, the second one is sent away. The room keeps the first 11 characters of the name.
-    /// Nothing when the system gives no socket, with the reason in `problem`.
+    /// record is sent again while neither receipt nor answer has come. If both copies make a
+    /// player, the session makes the second player leave. The room keeps the first 11 characters of
+    /// the name. Returns nothing if the system gives no socket, with the reason in `problem`.
     static std::optional<Session> join(const sockaddr_in& room, std::string_view name, Time now,
                                        std::string& problem);
 
-    /// Leaves as leave() does, at the last moment that the session was told. So the session cannot
-    /// see how long ago that was: after a pause in calling service(), call leave() first.
+    /// Leaves as leave() does, at the last moment passed in. That moment may be long ago: after a
+    /// pause in calling service(), call leave() first.
     ~Session();
     Session(Session&& other) noexcept;
 
@@ -77,8 +77,8 @@ class Session {
     /// For poll(): readable when there is something for service() to read. -1 once not open.
     int descriptor() const { return parts_.socket.descriptor(); }
 
-    /// When service() is to be called at the latest, for what is due to be sent and for time-outs;
-    /// a moment in the past when something is to be sent now.
+    /// The latest moment for the next call of service(), by what is due to be sent and by
+    /// time-outs; a moment in the past when something is to be sent now.
     Time wakeAt() const;
 
     /// Receives what has arrived, up to 256 datagrams, and sends what is due: keys, then the view,
@@ -99,32 +99,32 @@ class Session {
     /// Our own slot in a snapshot, or null.
     const PlayerUpdate* self(const UpdateMessage& state) const;
 
-    // Inputs, sent by the next service(). They do nothing while not playing. When no snapshot
-    // has come for a second, or service() was not called for as long and has not caught up yet, we
-    // may be out of the room, and inputs would move the next player under our identifier: then keys
-    // wait for the next snapshot, and jumps, mouse counts and words are lost.
+    // Inputs, sent by the next service(). They do nothing while not playing. After a second without
+    // a snapshot, or a pause of a second in calling service() until it has caught up, we may be out
+    // of the room, and our identifier may be another player's. Then keys wait for the next
+    // snapshot, and jumps, mouse counts and words are lost.
 
-    /// Holds or releases a key. Keys held are sent again now and then, and so is a release, since a
-    /// record may get lost and a respawn releases all keys. keyIndex::jump with `down` asks for one
-    /// jump; it is sent once, and its release never. Other keys than those of keyIndex do nothing.
+    /// Holds or releases a key. Both are sent several times, since a record may get lost and a
+    /// respawn releases all keys: see Inputs. keyIndex::jump with `down` asks for one jump, which
+    /// is sent once; its release is not sent. Keys outside keyIndex do nothing.
     void setKey(int key, bool down);
 
     /// Adds mouse counts, which the next service() sends as one view record. Sums stop at the ends
     /// of what a record can hold.
     void turn(int dx, int dy);
 
-    /// Speaks to everyone; at most 30 bytes are sent, none from a 0 byte on.
+    /// Sends chat to everyone: at most 30 bytes, up to the first 0 byte.
     void say(std::string_view text);
 
-    /// The inputs that the last service() or leave() sent at the moment it was told, in order, for
-    /// predicting what the room makes of them. Copies of keys are among them.
+    /// The inputs that the last service() or leave() sent at the moment passed to it, in order,
+    /// repeated keys included; for predicting their effect in the room.
     const std::vector<InputRecord>& sentInputs() const { return parts_.sentInputs; }
 
-    /// Sends the inputs that are due, tells the room and closes the socket; events not yet taken
-    /// stay. A session that is still joining leaves if the answer has arrived, among the first 256
-    /// datagrams that wait; else the room keeps a player without a client for five seconds, should
-    /// the join reach it. After a second without snapshots, or since the last service(), the room
-    /// is told nothing, since the identifier may be somebody else's.
+    /// Sends the inputs that are due and a leave record, and closes the socket; events not yet
+    /// taken stay. Sends nothing after a second without a snapshot or without service(), since our
+    /// identifier may be another player's by then. While joining, the leave record is sent only if
+    /// the answer is among the first 256 datagrams waiting. Otherwise a join that reaches the room
+    /// makes a player there without a client, for five seconds.
     void leave(Time now);
 
     const Statistics& statistics() const { return parts_.statistics; }
@@ -137,21 +137,22 @@ class Session {
         Socket socket;
         std::string name;
 
-        /// The moment that the session was last told.
+        /// The last moment passed in.
         Time now;
 
-        /// The host said that nobody listens, and nothing has been heard since.
+        /// Whether the host said that no socket is bound to the port, and nothing has come since.
         bool nobodyListens = false;
         Joining joining;
 
-        /// Not 0 while playing. The members from here to the sent inputs are for that time.
+        /// Not 0 while playing. This and the members up to `sentInputs` are meaningful only then.
         char id = 0;
         Time lastSnapshot;
 
-        /// Snapshots that waited in the socket do not show who has our identifier now.
+        /// Whether the latest snapshots may have waited in the socket: another player may have our
+        /// identifier by now.
         bool snapshotsMayBeOld = false;
 
-        /// When the room last got something that keeps us in.
+        /// The moment of the last datagram that keeps us in the room.
         Time lastSign;
         Inputs inputs;
         std::vector<InputRecord> sentInputs;

@@ -16,10 +16,10 @@ class Socket {
         /// Nothing waits to be read.
         nothing,
 
-        /// The host said that nothing is bound to the port, about an earlier datagram.
+        /// The host answered an earlier datagram: no socket is bound to the port.
         nobodyListens,
 
-        /// Another error of the system's.
+        /// The system reported another error.
         failed
     };
 

@@ -8,31 +8,31 @@ namespace drench::client {
 
 namespace {
 
-/// When the median gap differs from the period by more than this factor, the period is wrong.
+/// If the median gap differs from the period by more than this factor, the period is wrong.
 constexpr double grossMismatch = 1.25;
 
 /// Bursts set the median and the mean gap apart by more than this factor.
 constexpr double burstMismatch = 1.25;
 
-/// Milliseconds. A room that cannot pace itself any more ticks faster, but nobody draws so often.
+/// Milliseconds. An overloaded room may tick faster, but nobody draws so often.
 constexpr double shortestPeriod = 1.0;
 
 /// Arrivals that follow within this part of a period belong to a burst: the line was held up, and
 /// its next snapshots may be in time again.
 constexpr double burstGap = 0.5;
 
-/// A lag stays if none of this many arrivals made up for it.
+/// A lag is judged after this many arrivals: it stays if none of them made up for it.
 constexpr std::size_t patientArrivals = 8;
 
-/// A lag that stays is compared with those of so many arrivals before: under a period that is a
+/// A lag that stays is compared with those of this many arrivals before: under a period that is a
 /// little too short, lags grow as well, but slowly.
 constexpr std::size_t arrivalsBefore = 4;
 
 /// The least step, in periods. Less is a late tick in any case.
 constexpr double leastStep = 0.6;
 
-/// How far from a whole number of periods a step may be that votes for missed snapshots. By chance
-/// three in ten late ticks do.
+/// The largest distance from a whole number of periods at which a step votes for missed snapshots.
+/// By chance three in ten late ticks lie within it.
 constexpr double wholeStepTolerance = 0.15;
 
 /// Steps after which a vote has lost most of its weight: a room may be loaded for a while.
@@ -44,7 +44,7 @@ constexpr double lineGain = 0.5;
 /// Ticks from one anchor to the next.
 constexpr std::int64_t anchorDistance = 128;
 
-/// The period so far weighs as much against the slope of the line as so many ticks.
+/// The weight of the present period against the slope of the line, in ticks.
 constexpr double periodInertia = 64.0;
 
 /// The gain of RFC 3550 for jitter.
@@ -82,19 +82,19 @@ std::int64_t TickClock::arrival(Time now) {
         }
     }
 
-    double lag = arrival - due_;
-    if (lag < 0.0) {
-        if (const double tooMany = ticksOf(-lag, period_); tooMany > 0.0) {
-            // The line was drawn too late as a whole, perhaps since a burst was taken for losses.
+    double lateness = arrival - due_;
+    if (lateness < 0.0) {
+        if (const double tooMany = ticksOf(-lateness, period_); tooMany > 0.0) {
+            // The line as a whole was drawn too late, perhaps because a burst was taken for losses.
             if (stepsAreLosses())
                 missed_ -= std::min(missed_, static_cast<std::uint64_t>(tooMany));
-            moveAnchors(lag);
+            moveAnchors(lateness);
         }
-        moveLine(lag);
-        lag = 0.0;
+        moveLine(lateness);
+        lateness = 0.0;
     }
-    jitter_ += jitterGain * (lag - jitter_);
-    keepLag(lag, gap < burstGap * period_);
+    jitter_ += jitterGain * (lateness - jitter_);
+    keepLag(lateness, gap < burstGap * period_);
     if (isCalibrated_) {
         judgeLags();
         measureSlope();
@@ -112,8 +112,8 @@ double TickClock::millisecondsAt(Time now) const {
     return std::chrono::duration<double, std::milli>(now - start_).count();
 }
 
-/// Sets the period by the kept gaps if they are the first, or tell a very different one. Returns
-/// whether it did; then a new line is to be drawn.
+/// Sets the period by the kept gaps if they are the first, or if they show a very different one.
+/// Returns whether it did; then a new line is to be drawn.
 bool TickClock::recalibrate() {
     std::array<double, keptGaps> sorted = gaps_;
     std::sort(sorted.begin(), sorted.end());
@@ -132,20 +132,20 @@ bool TickClock::recalibrate() {
     return true;
 }
 
-/// Later when positive.
+/// Moves the line later if positive.
 void TickClock::moveLine(double milliseconds) {
     due_ += milliseconds;
     for (double& lag : lags_)
         lag -= milliseconds;
 }
 
-void TickClock::keepLag(double lag, bool inBurst) {
+void TickClock::keepLag(double lateness, bool inBurst) {
     if (inBurst) {
-        lags_[newestLag_] = std::min(lags_[newestLag_], lag);
+        lags_[newestLag_] = std::min(lags_[newestLag_], lateness);
         return;
     }
     newestLag_ = (newestLag_ + 1) % keptLags;
-    lags_[newestLag_] = lag;
+    lags_[newestLag_] = lateness;
 }
 
 void TickClock::judgeLags() {
@@ -158,14 +158,14 @@ void TickClock::judgeLags() {
             missed_ += static_cast<std::uint64_t>(ticks);
             step = ticks * period_;
         } else {
-            // No tick came in that time, so it says nothing about the period.
+            // No tick came in that time, so the step says nothing about the period.
             moveAnchors(step);
         }
         due_ += step;
         for (std::size_t i = 0; i < patientArrivals; ++i)
             lags_[(newestLag_ + keptLags - i) % keptLags] -= step;
     }
-    // Over more arrivals, so that the line does not follow a lag that is being judged.
+    // Over more arrivals than are judged, so that the line does not follow a lag under judgement.
     moveLine(lineGain * leastLag(0, keptLags));
 }
 
@@ -175,7 +175,7 @@ void TickClock::vote(bool forLosses) {
     (forLosses ? votesForLosses_ : votesForLateTicks_) += 1.0;
 }
 
-/// Later when positive.
+/// Moves the anchors later if positive.
 void TickClock::moveAnchors(double milliseconds) {
     olderAnchor_.due += milliseconds;
     newerAnchor_.due += milliseconds;

@@ -4,15 +4,15 @@
 
 namespace drench {
 
-/// Chance that every machine and library draws alike: SplitMix64 (Steele, Lea, Flood, "Fast
-/// splittable pseudorandom number generators", 2014), with mappings of its own.
+/// Random draws that are the same on every machine and library: SplitMix64 (Steele, Lea, Flood,
+/// "Fast splittable pseudorandom number generators", 2014), with mappings of its own.
 class Chance {
   public:
     explicit Chance(std::uint64_t seed) : state_(seed) {}
 
     std::uint64_t bits();
 
-    /// From 0 up to, but not, 1; between two numbers.
+    /// share() is from 0 up to, but not, 1; between() is between two numbers.
     double share();
     double between(double low, double high);
 
@@ -24,7 +24,7 @@ class Chance {
     /// Bell-shaped, with mean 0, variance 1 and nothing beyond 6: a sum of twelve shares.
     double bell();
 
-    /// Another source, independent of what this one draws from now on.
+    /// Another source. Its draws are independent of the further draws of this one.
     Chance split() { return Chance(bits()); }
 
   private:

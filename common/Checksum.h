@@ -5,8 +5,8 @@
 
 namespace drench {
 
-/// FNV-1a, 64 bits (Fowler, Noll, Vo): tells damage and change apart from sameness, but keeps
-/// nobody from forging. Go on with `from` to add more bytes to a checksum.
+/// FNV-1a, 64 bits (Fowler, Noll, Vo): detects damage and change, but not forgery. Pass a checksum
+/// as `from` to add more bytes to it.
 constexpr std::uint64_t checksum(std::string_view bytes,
                                  std::uint64_t from = 14695981039346656037u) {
     for (const char byte : bytes)

@@ -13,7 +13,7 @@ namespace drench {
 
 namespace {
 
-/// As shells have it.
+/// The exit status of shells for this.
 constexpr int cannotRun = 127;
 
 int statusOf(int ended) {
@@ -30,7 +30,7 @@ void become(const std::vector<char*>& words, const ChildProcess::Outputs& output
     _exit(cannotRun);
 }
 
-/// What execv() takes, made before the fork: a child of many threads must not allocate.
+/// The arguments of execv(), made before the fork: a child of many threads must not allocate.
 std::vector<char*> argumentsOf(const std::vector<std::string>& words) {
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
@@ -48,10 +48,10 @@ ChildProcess::ChildProcess(const std::function<void()>& main) {
     if (pid_ < 0)
         throw std::runtime_error(std::string("no process: ") + std::strerror(errno));
     if (pid_ == 0) {
-        // An exception must not unwind into what the parent goes on with.
+        // An exception must not unwind into the parent's code.
         [&]() noexcept {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
-            // A parent that ended before that call sends no signal.
+            // If the parent ended before that call, no signal comes.
             if (getppid() == parent)
                 main();
             _exit(1);

@@ -8,22 +8,23 @@
 
 namespace drench {
 
-/// A child process. The destructor ends it, and so does the system when this process ends, however
-/// it does.
+/// A child process. The destructor ends it. If this process ends in any way, the system ends the
+/// child.
 class ChildProcess {
   public:
-    /// Starts a process that goes on with `main`, and ends when that returns. Throws
-    /// std::runtime_error when there is no process to be had.
+    /// Forks a process that runs `main` and then ends. Throws std::runtime_error if the system
+    /// gives no process.
     explicit ChildProcess(const std::function<void()>& main);
 
-    /// Where a program's standard output and standard error go; -1 leaves them as they are here.
+    /// The destinations of a program's standard output and standard error; -1 leaves them as they
+    /// are.
     struct Outputs {
         int output = -1;
         int errors = -1;
     };
 
     /// Starts a program: the first word is its file, the others are its arguments. Its exit status
-    /// is 127 when the file cannot be run.
+    /// is 127 if the file cannot be run.
     ChildProcess(const std::vector<std::string>& words, const Outputs& outputs);
 
     ChildProcess(ChildProcess&& other) noexcept;
@@ -32,13 +33,13 @@ class ChildProcess {
 
     pid_t pid() const { return pid_; }
 
-    /// Sends a signal, unless it has ended.
+    /// Sends a signal, unless the process has ended.
     void signal(int number) const;
 
-    /// The exit status, 128 and the signal's number after a signal; nothing while it runs.
+    /// The exit status, or 128 and the signal's number after a signal; nothing while it runs.
     std::optional<int> status();
 
-    /// Waits for the end, and returns what status() does.
+    /// Waits for the end, and returns status().
     int wait();
 
   private:

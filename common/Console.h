@@ -5,11 +5,11 @@
 
 namespace drench {
 
-/// Tells people how a program gets on: by one line that is rewritten, and by notes that stay.
+/// A program's messages to people: one progress line that is rewritten, and notes that stay.
 class Console {
   public:
-    /// Rewrites its line on standard error, or on standard output when only that is a terminal.
-    /// @param keepOutputClean  standard output is for programs to read
+    /// Rewrites its line on standard error, or on standard output if only that is a terminal.
+    /// @param keepOutputClean  whether standard output must stay readable for programs
     Console(bool quiet, bool keepOutputClean);
 
     /// Clears its line.
@@ -17,10 +17,10 @@ class Console {
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
 
-    /// Whether there is a terminal to rewrite a line on, and somebody who wants it.
+    /// Whether a terminal can show the line, and the user did not ask for quiet.
     bool isLive() const { return terminal_ >= 0; }
 
-    /// Replaces the line; nothing unless isLive().
+    /// Replaces the line; does nothing unless isLive().
     void show(const std::string& line);
     void clear();
 
@@ -34,8 +34,8 @@ class Console {
     bool shown_ = false;
 };
 
-/// Shows on a console how far a long task has come: from its second second on, ten times a second
-/// at most.
+/// Shows the progress of a long task on a console: after the first second, at most ten times a
+/// second.
 class ProgressLine {
   public:
     explicit ProgressLine(Console& console) : console_(console) {}
@@ -45,7 +45,7 @@ class ProgressLine {
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
 
-    /// @param line  how far it is; the seconds that have gone by are added
+    /// @param line  the progress; the seconds since the start are added
     void show(const std::string& line);
 
   private:

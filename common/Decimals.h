@@ -6,7 +6,7 @@
 
 namespace drench {
 
-/// The number with so many digits behind the point: "16.1". What is unknown is "-".
+/// The number with this many digits behind the point: "16.1". An absent value gives "-".
 inline std::string decimals(std::optional<double> value, int digits) {
     if (!value)
         return "-";

@@ -4,8 +4,8 @@
 
 namespace drench {
 
-/// A file, folder or socket that is closed at the end of its scope; nothing where `number` is
-/// negative.
+/// A file, folder or socket that is closed at the end of its scope. A negative `number` stands for
+/// none.
 struct Descriptor {
     int number;
 

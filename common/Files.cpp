@@ -45,9 +45,9 @@ mode_t newFileMode() {
     return 0666 & ~mask;
 }
 
-/// Where a chain of links ends, be there a file or none.
+/// The end of a chain of links; a file may be there or not.
 std::string linkTarget(const std::string& path) {
-    // As many links as Linux follows.
+    // The most links that Linux follows.
     constexpr int mostLinks = 40;
     std::filesystem::path target = path;
     std::error_code noLink;
@@ -60,7 +60,7 @@ std::string linkTarget(const std::string& path) {
     return target.string();
 }
 
-/// The file at a path that is to be written; nothing where it would be new.
+/// The existing file at a path that is to be written; nothing if it would be new.
 std::optional<struct stat> fileToReplace(const std::string& path) {
     struct stat existing {};
     if (stat(path.c_str(), &existing) != 0) {
@@ -73,7 +73,7 @@ std::optional<struct stat> fileToReplace(const std::string& path) {
     return existing;
 }
 
-/// Makes a file beside the one to be replaced, whose name is put into `name`.
+/// Makes a file beside the one to be replaced, and stores its name in `name`.
 int makeTemporaryFile(const std::string& path, const std::string& target, std::string& name) {
     name = target + ".XXXXXX";
     const int made = mkstemp(name.data());
@@ -117,7 +117,7 @@ std::string readFile(const std::string& path) {
 void replaceFile(const std::string& path, const std::string& bytes) {
     const std::optional<struct stat> existing = fileToReplace(path);
     if (existing && isStandardOutput(*existing)) {
-        // Others may write there before and after, also when it is a regular file.
+        // Others may write to standard output before and after, even if it is a regular file.
         if (!writeAll(STDOUT_FILENO, bytes))
             failWithReason(path, "cannot be written");
         return;
@@ -134,7 +134,7 @@ void replaceFile(const std::string& path, const std::string& bytes) {
     const int made = makeTemporaryFile(path, target, temporary);
     const mode_t mode = existing ? existing->st_mode & 07777 : newFileMode();
     bool whole = writeAll(made, bytes) && fchmod(made, mode) == 0 && fsync(made) == 0;
-    // A full disk may only be told of at the close.
+    // A full disk may be reported only at the close.
     whole = close(made) == 0 && whole;
     if (!whole || rename(temporary.c_str(), target.c_str()) != 0) {
         const int reason = errno;

@@ -8,7 +8,7 @@
 
 namespace drench {
 
-/// The number; null where it is unknown.
+/// The number, or null if there is none.
 inline nlohmann::ordered_json jsonOf(std::optional<double> value) {
     return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
 }
@@ -21,7 +21,7 @@ inline nlohmann::ordered_json jsonOf(const GapHistogram& gaps) {
 }
 
 /// Writes the object over several lines, and an end of line. Names of files, hosts and players are
-/// bytes and need not be UTF-8: what is none is replaced.
+/// bytes and need not be UTF-8: invalid bytes are replaced.
 inline void writeJson(std::ostream& out, const nlohmann::ordered_json& json) {
     out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }

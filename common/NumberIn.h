@@ -6,7 +6,7 @@
 
 namespace drench {
 
-/// The number that the whole text is, by std::from_chars; nothing where it is none, or does not
+/// Parses the whole text as a number with std::from_chars; nothing if it is not one or does not
 /// fit.
 template<class Number>
 std::optional<Number> numberIn(std::string_view text) {

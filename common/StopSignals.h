@@ -7,7 +7,7 @@ namespace drench {
 /// Set by the first SIGINT or SIGTERM after listenForSignals().
 inline volatile std::sig_atomic_t stopAsked = 0;
 
-/// From now on the first SIGINT or SIGTERM asks to stop, and a second one ends us.
+/// After this call the first SIGINT or SIGTERM asks to stop, and a second one ends the process.
 inline void listenForSignals() {
     struct sigaction action {};
     action.sa_handler = [](int) { stopAsked = 1; };

@@ -6,18 +6,19 @@
 
 namespace drench {
 
-/// How long a run has gone on, and whether it still does.
+/// The duration of a run, and whether it goes on.
 class Timekeeper {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /// Starts now. @param seconds  how long the run is; 0 is until somebody asks to stop
+    /// Starts now.
+    /// @param seconds  the length of the run; 0 lets it last until a stop is asked for
     explicit Timekeeper(double seconds)
         : end_(seconds > 0.0 ? start_ + std::chrono::duration_cast<Clock::duration>(
                                             std::chrono::duration<double>(seconds))
                              : Clock::time_point::max()) {}
 
-    /// Whether the time is not over and nobody has asked to stop.
+    /// Whether time is left and no stop has been asked for.
     bool goesOn() const { return stopAsked == 0 && Clock::now() < end_; }
 
     Clock::time_point end() const { return end_; }

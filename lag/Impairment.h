@@ -11,29 +11,29 @@ namespace drench::lag {
 using client::Time;
 using Duration = client::Clock::duration;
 
-/// How one direction of a line treats its datagrams. All zero: passes them on at once.
+/// The treatment of datagrams on one direction of a line. With all zero, they pass at once.
 struct Settings {
-    /// How long every datagram takes at least.
+    /// The least delay of every datagram.
     Duration delay{0};
 
     /// The most that is added to the delay, drawn evenly for each datagram. Jitter never reorders:
-    /// a datagram that would overtake the one before waits for it, as in a queue. Where datagrams
+    /// a datagram that would overtake the previous one waits for it, as in a queue. If datagrams
     /// follow each other more closely than the jitter, delays therefore lie above the even draw,
-    /// yet never above delay + jitter.
+    /// but never above delay + jitter.
     Duration jitter{0};
 
     /// The share of datagrams lost, 0 to 1.
     double loss = 0.0;
 
-    /// The mean number of datagrams lost one after the other, at least 1; absent when each is lost
-    /// by a chance of its own, which makes runs of 1 / (1 - loss) on average.
+    /// The mean number of datagrams lost in a row, at least 1. If absent, each datagram is lost by
+    /// a chance of its own, which gives runs of 1 / (1 - loss) on average.
     std::optional<double> meanBurst;
 
-    /// Of the datagrams not lost, the share of which a copy follows right behind.
+    /// Of the datagrams not lost, the share that are followed by a copy at once.
     double duplication = 0.0;
 
     /// Of the datagrams not lost, the share held back by `heldBack` beyond their place in the
-    /// queue, their copies as well. Those behind keep their places, and so overtake if they come
+    /// queue, copies included. Later datagrams keep their places, and so overtake if they come
     /// within that time.
     double reordering = 0.0;
     Duration heldBack = std::chrono::milliseconds(50);
@@ -52,12 +52,8 @@ struct Fate {
     Time due;
 };
 
-/// One direction of one line. Losses follow the two-state model of Gilbert ("Capacity of a
-/// burst-noise channel", 1960) and Elliott ("Estimates of error rates for codes on burst-noise
-/// channels", 1963), with a good state that loses nothing and a bad one that loses everything.
-///
-/// The same settings and seed decide alike on every machine. Each datagram takes the same draws
-/// whatever the settings, so that one seed loses the same datagrams at any delay and jitter.
+/// The same settings and seed give the same decisions on every machine. Each datagram takes the
+/// same draws under any settings, so one seed loses the same datagrams at any delay and jitter.
 class Impairment {
   public:
     /// The loss must not exceed mostLoss() of the mean burst.

@@ -12,10 +12,10 @@ namespace drench::lag {
 
 namespace {
 
-/// So that a flood on one socket cannot keep the others waiting.
+/// A limit, so that a flood on one socket cannot keep the others waiting.
 constexpr int datagramsPerService = 64;
 
-/// No UDP datagram has more bytes.
+/// The most bytes of a UDP datagram.
 constexpr std::size_t largestDatagram = 65535;
 
 const sockaddr* generic(const sockaddr_in& address) {
@@ -52,7 +52,7 @@ Relay::Relay(std::uint16_t port, const sockaddr_in& room, const Settings& up, co
     getsockname(towardsClients_.number, reinterpret_cast<sockaddr*>(&own), &length);
     port_ = ntohs(own.sin_port);
 
-    // Only an address of this machine can be bound to.
+    // Only an address of this machine can be bound.
     sockaddr_in onRoomsHost = room;
     onRoomsHost.sin_port = 0;
     const Descriptor probe(openSocket());
@@ -98,17 +98,17 @@ void Relay::receiveFromClients(Time now) {
                                         reinterpret_cast<sockaddr*>(&from), &size);
         if (length < 0)
             return;
-        const std::shared_ptr<Client> client = clientAt(from, now);
-        if (client)
-            take(Direction::up, client, static_cast<std::size_t>(length), now);
+        const std::shared_ptr<Client> peer = clientAt(from, now);
+        if (peer)
+            take(Direction::up, peer, static_cast<std::size_t>(length), now);
     }
 }
 
-void Relay::receiveFromRoom(const std::shared_ptr<Client>& client, Time now) {
+void Relay::receiveFromRoom(const std::shared_ptr<Client>& peer, Time now) {
     for (int i = 0; i < datagramsPerService; ++i) {
-        const ssize_t length = recv(client->towardsRoom.number, buffer_.data(), buffer_.size(), 0);
+        const ssize_t length = recv(peer->towardsRoom.number, buffer_.data(), buffer_.size(), 0);
         if (length >= 0)
-            take(Direction::down, client, static_cast<std::size_t>(length), now);
+            take(Direction::down, peer, static_cast<std::size_t>(length), now);
         else if (errno == ECONNREFUSED)
             ++refusals_;
         else
@@ -116,12 +116,12 @@ void Relay::receiveFromRoom(const std::shared_ptr<Client>& client, Time now) {
     }
 }
 
-/// The client at this address, a new one if need be; null when it cannot be let through.
+/// The client at this address, a new one if need be; null if it cannot be let through.
 std::shared_ptr<Relay::Client> Relay::clientAt(const sockaddr_in& address, Time now) {
-    for (const std::shared_ptr<Client>& client : clients_) {
-        if (isSame(client->address, address)) {
-            client->lastHeard = now;
-            return client;
+    for (const std::shared_ptr<Client>& peer : clients_) {
+        if (isSame(peer->address, address)) {
+            peer->lastHeard = now;
+            return peer;
         }
     }
     try {
@@ -133,30 +133,30 @@ std::shared_ptr<Relay::Client> Relay::clientAt(const sockaddr_in& address, Time 
     }
 }
 
-/// Throws std::runtime_error when there is no place for another client, or no way to the room.
+/// Throws std::runtime_error if there is no place for another client, or no way to the room.
 std::shared_ptr<Relay::Client> Relay::letThrough(const sockaddr_in& address, Time now) {
     if (clients_.size() >= mostClients)
         throw std::runtime_error(std::to_string(mostClients) +
                                  " clients are here; more are not let through");
-    std::shared_ptr<Client> client(
+    std::shared_ptr<Client> peer(
         new Client{.address = address,
                    .towardsRoom = Descriptor(openSocket()),
                    .up = {.impairment = Impairment(upSettings_, chance_.bits())},
                    .down = {.impairment = Impairment(downSettings_, chance_.bits())},
                    .lastHeard = now});
     // Connected, so that datagrams from elsewhere never reach it.
-    if (connect(client->towardsRoom.number, generic(room_), sizeof room_) != 0)
+    if (connect(peer->towardsRoom.number, generic(room_), sizeof room_) != 0)
         throw std::runtime_error(failed("no way to the room"));
-    polled_.push_back({client->towardsRoom.number, POLLIN, 0});
-    clients_.push_back(client);
+    polled_.push_back({peer->towardsRoom.number, POLLIN, 0});
+    clients_.push_back(peer);
     ++clientsSeen_;
-    return client;
+    return peer;
 }
 
-void Relay::take(Direction direction, const std::shared_ptr<Client>& client, std::size_t length,
+void Relay::take(Direction direction, const std::shared_ptr<Client>& peer, std::size_t length,
                  Time now) {
     Traffic& traffic = trafficOf(direction);
-    Line& line = direction == Direction::up ? client->up : client->down;
+    Line& line = direction == Direction::up ? peer->up : peer->down;
     ++traffic.in;
     ++line.received;
     const Fate fate = line.impairment.decide(now);
@@ -169,7 +169,7 @@ void Relay::take(Direction direction, const std::shared_ptr<Client>& client, std
               .isCopy = copy > 0,
               .number = line.received,
               .arrival = now,
-              .client = client,
+              .peer = peer,
               .bytes = std::string(buffer_.data(), length)});
 }
 
@@ -200,8 +200,7 @@ void Relay::sendDue(Time now) {
             ++traffic.duplicated;
             continue;
         }
-        Line& line =
-            datagram.direction == Direction::up ? datagram.client->up : datagram.client->down;
+        Line& line = datagram.direction == Direction::up ? datagram.peer->up : datagram.peer->down;
         if (datagram.number < line.newestSent)
             ++traffic.reordered;
         else
@@ -210,14 +209,14 @@ void Relay::sendDue(Time now) {
 }
 
 bool Relay::send(const Datagram& datagram) {
-    const Client& client = *datagram.client;
+    const Client& peer = *datagram.peer;
     const std::string& bytes = datagram.bytes;
     if (datagram.direction == Direction::down)
-        return sendto(towardsClients_.number, bytes.data(), bytes.size(), 0,
-                      generic(client.address), sizeof client.address) >= 0;
-    // A refusal is that of an earlier datagram; this one has not been tried yet.
+        return sendto(towardsClients_.number, bytes.data(), bytes.size(), 0, generic(peer.address),
+                      sizeof peer.address) >= 0;
+    // A refusal answers an earlier datagram; this one has not been sent yet.
     for (int tries = 0; tries < 2; ++tries) {
-        if (::send(client.towardsRoom.number, bytes.data(), bytes.size(), 0) >= 0)
+        if (::send(peer.towardsRoom.number, bytes.data(), bytes.size(), 0) >= 0)
             return true;
         if (errno != ECONNREFUSED)
             return false;

@@ -15,40 +15,40 @@
 
 namespace drench::lag {
 
-/// Stands between clients and a room. Clients send to its port; the room sees each client's address
-/// as a port of its own on the relay's host. Datagrams pass byte for byte, whatever their size.
-/// Each client has a line of its own, impaired apart from the others' and apart in each direction;
-/// which draws it gets follows from the seed and from how many clients came before.
+/// A relay between clients and a room. Clients send to its port; the room sees each client as a
+/// port of its own on the relay's host. Datagrams of any size pass byte for byte. Each client has a
+/// line of its own, impaired separately from other lines and in each direction. Its draws follow
+/// from the seed and from the number of clients before it.
 ///
-/// Nothing that a socket reports while it runs ends it: a room that is down refuses datagrams, and
-/// is heard again once it is back.
+/// No socket error ends a running relay: a room that is down refuses datagrams, and is heard again
+/// once it is back.
 class Relay {
   public:
-    /// The most clients at a time. Datagrams of more are dropped, which is noted once.
+    /// The most clients at a time. Datagrams of further clients are dropped, which is noted once.
     static constexpr std::size_t mostClients = 256;
 
     /// A client that sends nothing for this long is forgotten.
     static constexpr std::chrono::minutes longestSilence{1};
 
-    /// The most that waits, in bytes of datagrams and of their keeping; what comes on top is thrown
-    /// away.
+    /// The most bytes of waiting datagrams and of their records. Further datagrams are thrown away.
     static constexpr std::size_t mostBytesWaiting = 16u << 20;
 
     /// Listens on all addresses of this machine; port 0 lets the system choose. Throws
-    /// std::runtime_error where that fails, or where the room is this very port.
-    /// @param note  is told what a host should know
+    /// std::runtime_error if that fails, or if the room is this very port.
+    /// @param note  called with a line about each trouble
     Relay(std::uint16_t port, const sockaddr_in& room, const Settings& up, const Settings& down,
           std::uint64_t seed, std::function<void(const std::string&)> note);
 
     int port() const { return port_; }
 
-    /// When service() has to send next; Time::max() when nothing waits.
+    /// The moment at which service() has to send next; Time::max() if nothing waits.
     Time wakeAt() const;
 
     /// Waits until something has come in, the time is over, or a signal has come.
     void wait(Duration longest);
 
-    /// Takes in what wait() has found, up to 64 datagrams from each socket, and sends what is due.
+    /// Receives up to 64 datagrams from each socket that wait() found readable, and sends the due
+    /// ones.
     void service(Time now);
 
     std::size_t clients() const { return clients_.size(); }
@@ -81,27 +81,27 @@ class Relay {
     struct Datagram {
         Time due;
 
-        /// Puts those that are due at once into the order in which they came.
+        /// Orders datagrams that are due at the same moment, by their arrival.
         std::uint64_t order;
         Direction direction;
         bool isCopy;
 
-        /// Among those of its line, from 1.
+        /// The datagram's number on its line, from 1.
         std::uint64_t number;
         Time arrival;
 
-        /// Lives until its last datagram has gone on.
-        std::shared_ptr<Client> client;
+        /// Kept alive until its last datagram has gone on.
+        std::shared_ptr<Client> peer;
         std::string bytes;
     };
 
     static bool isLater(const Datagram& a, const Datagram& b);
     static std::size_t bytesKept(const Datagram& datagram);
     void receiveFromClients(Time now);
-    void receiveFromRoom(const std::shared_ptr<Client>& client, Time now);
+    void receiveFromRoom(const std::shared_ptr<Client>& peer, Time now);
     std::shared_ptr<Client> clientAt(const sockaddr_in& address, Time now);
     std::shared_ptr<Client> letThrough(const sockaddr_in& address, Time now);
-    void take(Direction direction, const std::shared_ptr<Client>& client, std::size_t length,
+    void take(Direction direction, const std::shared_ptr<Client>& peer, std::size_t length,
               Time now);
     void keep(Datagram datagram);
     void sendDue(Time now);
@@ -118,8 +118,7 @@ class Relay {
     Chance chance_;
     std::function<void(const std::string&)> note_;
 
-    /// The sockets that wait() looks at: the one for clients, then those of `clients_`, in their
-    /// order.
+    /// The sockets of wait(): the one for clients, then those of `clients_` in their order.
     std::vector<pollfd> polled_;
     std::vector<std::shared_ptr<Client>> clients_;
     std::uint64_t clientsSeen_ = 0;
@@ -128,7 +127,7 @@ class Relay {
     std::string noted_;
     std::uint64_t refusals_ = 0;
 
-    /// A heap; the first is due first.
+    /// A heap by due time: the first is due first.
     std::vector<Datagram> queue_;
     std::size_t bytesWaiting_ = 0;
     std::uint64_t datagramsKept_ = 0;

@@ -14,25 +14,25 @@ namespace drench::lag {
 struct Traffic {
     std::uint64_t in = 0;
 
-    /// Those that went on, with the copies.
+    /// Datagrams that went on, copies included.
     std::uint64_t out = 0;
 
-    /// Those that the settings had it lose.
+    /// Datagrams lost on purpose, by the settings.
     std::uint64_t lost = 0;
 
     /// Copies that went on behind their originals.
     std::uint64_t duplicated = 0;
 
-    /// Those that went on after one that had come in later, as in RFC 4737; copies do not count.
+    /// Datagrams that went on after a later arrival, as in RFC 4737; copies do not count.
     std::uint64_t reordered = 0;
 
-    /// Thrown away because too much was waiting already.
+    /// Datagrams thrown away because too many bytes were waiting.
     std::uint64_t overflowed = 0;
 
-    /// Those that the system did not send.
+    /// Datagrams that the system did not send.
     std::uint64_t unsent = 0;
 
-    /// From coming in to going on.
+    /// The times from arrival to departure.
     GapHistogram delays;
 };
 
@@ -44,10 +44,10 @@ struct Report {
     double seconds = 0.0;
     std::uint64_t seed = 0;
 
-    /// All that came, those who fell silent included.
+    /// All clients that came, also those that fell silent.
     std::uint64_t clients = 0;
 
-    /// How often the room's host said that nobody listens there.
+    /// The count of refusals by the room's host: no socket was bound there.
     std::uint64_t refusals = 0;
 
     /// Copies and datagrams that were on their way at the end.
@@ -62,7 +62,7 @@ struct Report {
     Traffic down;
 };
 
-/// Writes a table for people, with a line for each direction, and what else is worth a word.
+/// Writes a table for people, with a line for each direction and one for each other notable event.
 void writeTable(std::ostream& out, const Report& report);
 
 /// Writes the same, with the settings, as one JSON object for programs.

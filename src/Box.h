@@ -12,7 +12,7 @@ struct Box {
     /// Left, right, bottom, top, near, far. Nothing sets them; normalOfAABBCollision() reads them.
     bool faceFlags[6] = {};
 
-    /// A map cube's two numbers: `solid` is non-zero where the cube blocks, `cellValue` is its
+    /// A map cube's two numbers: `solid` is non-zero if the cube blocks, `cellValue` is its
     /// material. Both 0 for a body.
     int solid = 0;
     int cellValue = 0;

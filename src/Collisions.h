@@ -3,7 +3,7 @@
 #include "Box.h"
 #include "Vector.h"
 
-// What touches what. Every box test is inclusive: touching counts.
+// Contact tests. Every box test is inclusive: touching counts.
 
 /// Whether `point` lies on the side of the plane that `normal` points to, or on the plane.
 bool pointIsInSinglePlane(vec3 point, vec3 planePoint, vec3 normal);
@@ -15,8 +15,8 @@ bool intersects(const Box& box, vec3 point);
 bool intersects(const Box& a, const Box& b);
 
 /// One slab of the slab test (Kay and Kajiya, "Ray tracing complex scenes", 1986): narrows the
-/// parameter range [enter, exit] of start + t · dir to where it lies between min and max. A dir
-/// of magnitude below 1e-8 is parallel: then only `start` is tested and the range is left alone. On
+/// parameter range [enter, exit] of start + t · dir to the part between min and max. A dir of
+/// magnitude below 1e-8 is parallel: then only `start` is tested and the range is left alone. On
 /// false the range is left alone too.
 bool Line_AABB_1d(float start, float dir, float min, float max, float& enter, float& exit);
 
@@ -24,9 +24,9 @@ bool Line_AABB_1d(float start, float dir, float min, float max, float& enter, fl
 /// `start` when that lies inside. A miss leaves `hit` alone.
 bool Line_AABB(vec3 start, vec3 end, vec3 min, vec3 max, vec3& hit);
 
-/// Clips the segment by the box's six face planes (Cyrus and Beck, 1978) and says whether what is
-/// left starts at the box. `hitPoint` is that start, written on a miss as well; `hitNormal` is the
-/// outward normal of the last face that moved it, left alone when none did.
+/// Clips the segment by the box's six face planes (Cyrus and Beck, 1978) and returns whether the
+/// clipped segment starts at the box. `hitPoint` becomes that start, on a miss as well; `hitNormal`
+/// becomes the outward normal of the last face that moved it, and stays alone if none did.
 bool intersectsLineAABB(vec3 start, vec3 end, Box box, vec3& hitPoint, vec3& hitNormal);
 
 /// The outward normal of b's last flagged face whose distance to a is below 1e10: not the face of

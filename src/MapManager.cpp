@@ -42,13 +42,13 @@ bool blocks(const Box& cube, vec3 p) {
     return cube.solid != 0 && intersects(cube, p);
 }
 
-// The march stands for a walk of single steps that looks for a cube after each, and finds what that
-// finds, to the bit. It takes many steps at once for two reasons.
+// The march replaces a walk of single steps with a look for a cube after each, and gives the same
+// result to the bit. It takes many steps at once for two reasons.
 //
-// No step needs a look that stays in its cell: cubes fill their cells, so the answer changes only
-// where a coordinate enters another cell or crosses a face of the world (Amanatides and Woo, "A
-// fast voxel traversal algorithm for ray tracing", 1987). A coordinate outside the world names an
-// edge cell, which cannot be hit from there until the coordinate crosses the face of the world.
+// A step that stays in its cell needs no look: cubes fill their cells, so the answer changes only
+// if a coordinate enters another cell or crosses a face of the world (Amanatides and Woo, "A fast
+// voxel traversal algorithm for ray tracing", 1987). A coordinate outside the world names an edge
+// cell, which cannot be hit from there until the coordinate crosses the face of the world.
 //
 // A coordinate is a sum of many steps, rounded after each, and yet many additions are one exact
 // product. Floats of one sign and exponent are evenly spaced, and an addition that stays among them
@@ -85,8 +85,9 @@ float positionAt(const Axis& axis, int n) {
     return axis.position + static_cast<float>(n - axis.from) * axis.stride;
 }
 
-/// The float at which their spacing changes next on the way from x in the direction of `step`: at
-/// the power of two above |x|, or at that below, which is |x| itself where it is one.
+/// The float at which the spacing of floats changes next, on the way from x in the direction of
+/// `step`: the power of two above |x|, or the one below, which is |x| itself if |x| is a power of
+/// two.
 float endOfSpacing(float x, float step) {
     constexpr std::uint32_t mantissa = 0x007fffff;
     const auto bits = std::bit_cast<std::uint32_t>(x);
@@ -94,8 +95,8 @@ float endOfSpacing(float x, float step) {
     return std::bit_cast<float>(awayFromZero ? (bits | mantissa) + 1 : bits & ~mantissa);
 }
 
-/// The next face of a cell, or of the world, in the direction of the step. Of zero nothing needs to
-/// be known on the way up: the spacing of floats ends there.
+/// The next face of a cell, or of the world, in the direction of the step. For a coordinate that
+/// rises to zero no face is needed: the spacing of floats ends there.
 float nextFace(const Axis& axis) {
     if (axis.step > 0.0f)
         return static_cast<float>(axis.cell + 1) * cubeEdge;
@@ -103,8 +104,8 @@ float nextFace(const Axis& axis) {
 }
 
 /// The first step after `from` that reaches or crosses `end`, or the last one of a look if that is
-/// earlier: tiny strides to a far face are more than an int counts. To end a stretch early is
-/// always right, since the next one goes on from the same float.
+/// earlier: tiny strides to a far face are more than an int counts. It is always right to end a
+/// stretch early, since the next stretch goes on from the same float.
 int stepThatReaches(const Axis& axis, float end) {
     constexpr float mostStrides = MapManager::coarseSteps;
     const float strides = std::min((end - axis.position) / axis.stride, mostStrides);
@@ -153,7 +154,7 @@ bool enter(Axis& axis, float position, int n) {
     return true;
 }
 
-/// Begins the next stretch if the last one ends in step n. Where the spacing of floats ends, the
+/// Begins the next stretch if the last one ends in step n. If the spacing of floats ends there, the
 /// first step is an addition of its own. False as in arrive().
 bool goOn(Axis& axis, int n) {
     if (axis.until != n)
@@ -281,7 +282,8 @@ vec3 MapManager::boxToCheckForLineIntersection(vec3 start, vec3 dir) const {
     if (!hasCells())
         return nothingFound;
 
-    // A first look in vain ends where the second one begins: together they are one march.
+    // If the first look finds nothing, it ends where the second one begins: together they are one
+    // march.
     March march = marchThrough(*this, dir);
     int n = firstHit(*this, march, start, coarseSteps + fineSteps);
     if (n < coarseSteps)

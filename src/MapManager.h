@@ -16,19 +16,20 @@ struct MapManager {
     /// through a gap of one: with another edge no arena could be played as it was made.
     static constexpr int cubeEdge = 64;
 
-    /// Steps in which a march looks for its first cube. A shot steps one world unit, so this is
-    /// more than twice the way across an arena of 32 cubes; with fewer, shots end in mid-air.
+    /// The most steps that a march takes to its first cube. A shot steps one world unit, so this is
+    /// more than twice the way across an arena of 32 cubes; with fewer, shots would end in mid-air.
     static constexpr int coarseSteps = 5000;
 
-    /// Steps that a march goes back from its first cube before it looks again. As many units as a
-    /// cube is wide, for a unit step: clients that predict shots count on the cube found from
-    /// there.
+    /// Steps that a march goes back from its first cube before it looks again. For a unit step this
+    /// is the width of a cube; clients that predict shots rely on the cube found from there.
     static constexpr int backOffSteps = 64;
 
-    /// Steps of the second look: one more than were gone back, so that it gets to the first cube.
+    /// Steps of the second look: the back-off and one more, so that the first cube is reached
+    /// again.
     static constexpr int fineSteps = backOffSteps + 1;
 
-    /// The furthest step in which a march finds a cube: a first look in vain goes on as the second.
+    /// The last step that can find a cube. If the first look finds none, the second one goes on
+    /// from its end.
     static constexpr int marchReach = coarseSteps + fineSteps - 1;
 
     int rows = 0;
@@ -41,14 +42,14 @@ struct MapManager {
     float length = 0.0f;
     float cubeSize = 0.0f;
 
-    /// cubes[column][row][depth index], empty cells included: those have `solid` 0, which may
-    /// change at any time. A march takes for granted that each box is where its cell is.
+    /// cubes[column][row][depth index], with a box for every cell. An empty cell has `solid` 0.
+    /// `solid` may change at any time; each box must stay at its cell, since marches rely on that.
     std::vector<std::vector<std::vector<Box>>> cubes;
 
     /// Reads decimal integers: columns, rows, depth, then for each column, row and depth index (the
-    /// last varies fastest) the pair `solid`, `cellValue`. From the first thing that is no number
-    /// on, all cells are empty; a number too large for an int is stored as the limit and ends the
-    /// reading. What follows the last pair is ignored. Appends to `cubes`: call it
+    /// last varies fastest) the pair `solid`, `cellValue`. Anything that is not a number ends the
+    /// reading, and so does a number too large for an int, which is stored as the nearest int; all
+    /// further cells are empty. Text after the last pair is ignored. Appends to `cubes`: call it
     /// once.
     void init(std::string text);
 
@@ -74,9 +75,9 @@ struct MapManager {
 
     /// Marches from `start` in steps of exactly `dir` (neither scaled nor normalised) for up to
     /// `coarseSteps` to the first solid cube, backs off by `backOffSteps` and looks again for
-    /// `fineSteps`. Returns the cell's indices or (-1, -1, -1). The second look starts behind
-    /// `start` when the first cube was nearer than it backs off, and may find another one there.
-    /// The time that it takes grows with the cells on the way, not with the steps.
+    /// `fineSteps`. Returns the cell's indices or (-1, -1, -1). If the first cube is nearer than
+    /// the back-off, the second look starts behind `start` and may find another cube there. The
+    /// running time grows with the cells on the way, not with the steps.
     vec3 boxToCheckForLineIntersection(vec3 start, vec3 dir) const;
 
     /// The point at which the ray from `start` along `dir` enters the cube that the march finds,

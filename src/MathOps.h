@@ -37,7 +37,7 @@ vec4 lerp(vec4 a, vec4 b, float t);
 /// a · (1 - t) + b · t, not normalised, and not over the shorter arc.
 quat lerp(quat a, quat b, float t);
 
-/// lerp, then normalize() of the type: what that leaves alone is returned as it is.
+/// lerp, then normalize() of the type; a vector that normalize() leaves alone is returned as it is.
 vec2 nlerp(vec2 a, vec2 b, float t);
 vec3 nlerp(vec3 a, vec3 b, float t);
 vec4 nlerp(vec4 a, vec4 b, float t);

@@ -45,7 +45,7 @@ constexpr char serverSpeaker = 's';
 /// Slots of an UpdateMessage, and so the most players a room admits.
 constexpr int maxPlayers = 4;
 
-/// An inbound datagram and its sender; as a receipt, an outbound one of all 532 bytes.
+/// An inbound datagram and its sender. The receipt is a whole record of this kind, all 532 bytes.
 struct GenericMessage {
     /// The datagram, cut to 512 bytes and followed by zeros.
     char data[512] = {};
@@ -54,7 +54,8 @@ struct GenericMessage {
 
 static_assert(sizeof(GenericMessage) == 532 && offsetof(GenericMessage, client) == 512);
 
-/// The record that a datagram begins with, whatever its type says; bytes that did not come are 0.
+/// Reads the first bytes of a datagram as a `Record`, without a look at its type. Missing bytes are
+/// 0.
 template<typename Record>
 Record recordIn(const GenericMessage& message) {
     static_assert(std::is_trivially_copyable_v<Record> && sizeof(Record) <= sizeof message.data);
@@ -63,7 +64,8 @@ Record recordIn(const GenericMessage& message) {
     return record;
 }
 
-/// A wish to play. The name ends with a 0; the room keeps what fits, clients may send less or more.
+/// A wish to play. The name ends with a 0. Clients may send fewer or more bytes; the room keeps at
+/// most 11 characters.
 struct JoinMessage {
     char type = messageCode::join;
     char name[12] = {};
@@ -113,7 +115,7 @@ struct KeepAliveMessage {
 
 static_assert(sizeof(KeepAliveMessage) == 2 && offsetof(KeepAliveMessage, id) == 1);
 
-/// The room lets somebody in, under this identifier.
+/// The acceptance of a join, with the identifier of the new player.
 struct AcceptanceMessage {
     char type = messageCode::accepted;
     char id = 0;
@@ -181,8 +183,8 @@ struct UpdateMessage : Message {
 
     UpdateMessage() { type = messageCode::worldState; }
 
-    /// Copies `update`, but not its padding, into the first slot whose id is 0; without one, the
-    /// update is dropped. An update whose own id is 0 leaves its slot looking empty.
+    /// Copies `update`, but not its padding, into the first slot whose id is 0. If no slot is free,
+    /// the update is dropped. An update whose own id is 0 leaves its slot looking empty.
     void add(PlayerUpdate update) {
         for (PlayerUpdate& slot : updates) {
             if (slot.id == 0) {

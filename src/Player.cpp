@@ -62,7 +62,7 @@ void copyName(char (&field)[12], const char* name) {
     field[i] = 0;
 }
 
-/// Puts the body somewhere, neither rising nor falling; `velocity` tells of the last tick still.
+/// Puts the body somewhere, neither rising nor falling; `velocity` keeps the last tick's value.
 void putAt(Player& player, vec3 centre, vec3 lookAt) {
     player.position = centre;
     player.look = lookAt;

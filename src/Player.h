@@ -9,7 +9,7 @@
 
 #include <type_traits>
 
-/// All that a player does between two ticks, as the records of its client tell the room.
+/// A player's inputs between two ticks, as the records of its client give them.
 struct Controls {
     /// Indexed by keyIndex, jump apart.
     bool held[keyIndex::count] = {};
@@ -30,7 +30,7 @@ struct Player {
     static constexpr int spawnPoseCount = 8;
 
     /// Edge lengths of the body along x, y and z in world units. It passes gaps that are one cube
-    /// wide and three high; larger, and passages of arenas close.
+    /// wide and three high; a larger body would not fit through the passages of arenas.
     static constexpr vec3 bodySize{50.0f, 150.0f, 50.0f};
 
     /// World units per tick, forward and backward. There is no time step: the tick rate makes this
@@ -46,35 +46,35 @@ struct Player {
     /// ends.
     static constexpr float takeOffSpeed = 12.0f;
 
-    /// The soaked wait here for their respawn, far outside the world and out of sight. A state has
-    /// no field that says so: its readers must look for this very position.
+    /// Soaked players wait here for their respawn, far outside the world and out of sight. A state
+    /// has no other sign of a soaked player: its readers compare with this very position.
     static constexpr vec3 soakedPlace{-1375.2f, 797.701f, -1280.61f};
 
     /// World units per tick², subtracted in double and stored as float. There is no fastest fall.
-    /// Vertical speeds are its multiples, to the bit, since it is a power of two: with another
-    /// gravity bodies that fall alike would differ by their last bits, and searches through them
+    /// It is a power of two, so vertical speeds are exact multiples of it. With another value,
+    /// bodies that fall alike would differ in their last bits, and searches over their states would
     /// never end.
     static constexpr double gravity = 0.5;
 
-    /// World units per tick: gravity acts up to this vertical speed. It lies above `takeOffSpeed`,
-    /// so that no jump gets there; below it, a jump would rise for ever.
+    /// World units per tick. Gravity acts while the vertical speed is at most this. It lies above
+    /// `takeOffSpeed`: a jump that exceeded it would rise for ever.
     static constexpr float gravityCutOff = 13.0f;
 
     /// Mouse counts in a turn by one radian. Clients scale their mice to it: another number is
     /// another sensitivity for every player.
     static constexpr double countsPerRadian = 360.0;
 
-    /// A view is refused when its x and z both lie within this of zero: from 81.9 degrees up or
-    /// down, or 84.3 along an axis. Nearer to the vertical the strafe vector has no direction.
+    /// A view is refused if its x and z both lie within this of zero: from 81.9 degrees up or down,
+    /// or 84.3 along an axis. Nearer to the vertical the strafe vector has no direction.
     static constexpr double steepView = 0.1;
 
     /// Milliseconds from a soaking to the respawn: long enough to lose the place that was fought
     /// for, short enough to stay in the match. Clients count down from it.
     static constexpr float respawnDelay = 4000.0f;
 
-    /// Milliseconds of silence after which a player is dropped. Clients that have nothing to say
-    /// send a sign of life every second, so several in a row must get lost. With less, bad lines
-    /// drop players.
+    /// Milliseconds of silence after which a player is dropped. Idle clients send a sign of life
+    /// every second, so several in a row must get lost. A shorter limit would drop players on bad
+    /// lines.
     static constexpr float connectionTimeOut = 5000.0f;
 
     /// '1' to '4' for players who joined.
@@ -120,11 +120,11 @@ struct Player {
     float deathTime;
     Client client;
 
-    /// Spawns a player who is heard from now. Keeps at most 11 characters of `name`; null is "".
+    /// Spawns a player, last heard from now. Keeps at most 11 characters of `name`; null is "".
     Player(char id, const char* name);
 
-    /// Spawns a player at a chosen pose, 0 to spawnPoseCount - 1, who is heard from at `now`:
-    /// nothing is left to the clock or to rand().
+    /// Spawns a player at a chosen pose, 0 to spawnPoseCount - 1, last heard from at `now`. Reads
+    /// neither the clock nor rand().
     Player(char id, const char* name, float now, int pose);
 
     /// Identifier '0', name "NO_NAME".
@@ -216,6 +216,6 @@ struct Player {
 
 static_assert(std::is_trivially_copyable_v<Player>);
 
-/// A body in `map` that nobody plays: at rest at `centre`, seeing `lookAt`. Neither the clock nor
-/// rand() is asked, so a client can predict with it and a search can make as many as it wants.
+/// A body in `map` that nobody plays: at rest at `centre`, seeing `lookAt`. Reads neither the clock
+/// nor rand(), so predictions and searches can make any number of them.
 Player bodyAt(MapManager& map, vec3 centre, vec3 lookAt);

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// normalize() leaves a squared length alone that lies within this of zero or one.
+/// normalize() leaves a quaternion alone if its squared length lies within this of zero or one.
 constexpr float squaredLengthTolerance = 1e-5f;
 
 } // namespace
@@ -43,7 +43,7 @@ quat quat::operator*(const quat& b) const {
 }
 
 vec3 quat::operator*(const vec3& v) const {
-    // v as a quaternion without a scalar part; what is left of that after the products is rounding.
+    // v as a quaternion without a scalar part; the products leave only rounding in that part.
     vec3 unit = v;
     unit.normalize();
     const quat turned = *this * (quat(unit.x, unit.y, unit.z, 0.0f) * getConjugate());

@@ -38,7 +38,8 @@ struct Server {
     bool playerIDExists(char id);
 
     /// Admits the sender of a join record under the lowest free identifier, answers it, tells
-    /// everyone, and returns the identifier. It counts nobody: dispatch() keeps the limit.
+    /// everyone, and returns the identifier. Does not check whether the room is full: dispatch()
+    /// does.
     char playerJoin(const GenericMessage* msg);
 
     /// Sends `length` bytes to every player in the order of joining.
@@ -58,7 +59,7 @@ struct Server {
     /// The records in hand, empty between ticks; a member so that its memory is kept.
     std::queue<GenericMessage> records_;
 
-    /// Has one record take effect. A fifth player is refused here.
+    /// Applies one record. Refuses a fifth player.
     void dispatch(const GenericMessage& record);
 
     /// Tells every player in the server's own name; text that the record cannot hold is cut.

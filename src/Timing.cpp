@@ -6,8 +6,9 @@
 
 namespace {
 
-/// Counted from the first reading, since players and the tick loop hold times as floats: from boot
-/// a machine that has been up for days would run rooms at half rate or without any pause.
+/// Counted from the first reading, since players and the tick loop hold times as floats. Times
+/// since boot would make rooms run at half rate or without any pause on a machine that has been up
+/// for days.
 double nanosecondsSinceFirstReading() {
     using Clock = std::chrono::steady_clock;
     static const Clock::time_point firstReading = Clock::now();

@@ -9,7 +9,7 @@ long getCurrentMillisecond();
 /// Whole seconds since the process first read this clock.
 long getCurrentSecond();
 
-/// The sleep of the tick loop: the time left of a tick that began at tickStart when it is now
-/// `now`, truncated to whole milliseconds; zero or less when the tick has overrun. Single precision
-/// throughout: beyond 2^24 ms the result comes in steps of 2 ms, then 4 ms.
+/// The sleep of the tick loop: the whole milliseconds left, at the moment `now`, of a tick that
+/// began at tickStart; zero or less when the tick has overrun. Single precision throughout: beyond
+/// 2^24 ms the result comes in steps of 2 ms, then 4 ms.
 long millisecondsLeftInTick(long tickStart, long now);

@@ -1,6 +1,7 @@
 #include "tools/Arguments.h"
 
 #include "common/Files.h"
+#include "tools/ExitStatus.h"
 
 #include <arpa/inet.h>
 #include <iostream>
@@ -9,7 +10,7 @@ namespace drench {
 
 namespace {
 
-/// Bots take four sockets in each room, which keeps below the usual limit of 1024 descriptors.
+/// Bots take four sockets in each room; this stays below the usual limit of 1024 descriptors.
 constexpr int mostRooms = 250;
 
 } // namespace

@@ -12,15 +12,15 @@
 
 namespace drench {
 
-// What the command lines of drench-bots and drench-lag have in common.
+// Shared by the command lines of drench-bots and drench-lag.
 
-/// No UDP port is higher.
+/// The highest UDP port.
 constexpr int largestPort = 65535;
 
 /// The longest --seconds; some months.
 constexpr double longestRun = 1e7;
 
-/// Accepts numbers of the type from `low` to `high`; not-a-number is none of them.
+/// Accepts numbers of the type from `low` to `high`, and not NaN.
 template<class Number>
 CLI::Validator numberBetween(Number low, Number high) {
     return CLI::Validator(
@@ -37,23 +37,21 @@ CLI::Validator numberBetween(Number low, Number high) {
         "");
 }
 
-/// The room that an argument names, as client::resolve() finds it. Throws InputError with the
-/// argument and the reason where there is none.
+/// The room that an argument names, by client::resolve(). Throws InputError with the argument and
+/// the reason if there is none.
 client::RoomAddress roomAt(const std::string& argument);
 
-/// The rooms at the ports "A-B" of a host, at most 250. Throws InputError where it is no such
-/// range, or where the host names a port as well.
+/// The rooms at the ports "A-B" of a host, at most 250. Throws InputError if that is not a range of
+/// ports, or if the host names a port as well.
 std::vector<client::RoomAddress> roomsAt(const std::string& host, const std::string& ports);
 
-/// Parses the arguments, and lets `settle` look at them and throw CLI::ParseError. Where that ends
-/// the program, after --help or wrong use, returns the exit status.
+/// Parses the arguments and calls `settle`, which may throw CLI::ParseError. Returns the exit
+/// status if the program is to end, after --help or wrong use; otherwise nothing.
 std::optional<int> parseArguments(CLI::App& app, int argc, char** argv,
                                   const std::function<void()>& settle);
 
-/// The exit status when the command line, a file or a port cannot be used.
-constexpr int notUsable = 2;
-
-/// Runs a program whose arguments are read, and tells what it throws in a line on standard error.
+/// Runs a program after its arguments are read, and reports an exception in a line on standard
+/// error.
 int runTool(const std::function<int()>& run);
 
 } // namespace drench

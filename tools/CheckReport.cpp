@@ -16,13 +16,13 @@ namespace {
 using arena::CellIndex;
 using nlohmann::ordered_json;
 
-/// The cube below the feet of who landed.
+/// The cube below the feet of a landed player.
 CellIndex floorOf(const MapManager& map, const arena::Arrival& arrival) {
     const Box& body = arrival.landed.box;
     return arena::cellAt(map, {body.centre.x, body.min.y - 0.5f * arena::cubeEdge, body.centre.z});
 }
 
-/// What the player lands on; a body at an edge may stand on a neighbour of the cube below it.
+/// The floor below a player. A body at an edge may stand on a neighbour of the cube below it.
 std::string floorName(const MapManager& map, const CellIndex& floor) {
     const Box& cube = arena::cell(map, floor.column, floor.row, floor.depth);
     return cube.solid != 0 ? arena::materialName(cube.cellValue) : "an edge";
@@ -33,7 +33,7 @@ std::string cellWords(const CellIndex& cell) {
            std::to_string(cell.depth);
 }
 
-/// A share as a whole percentage that is 0 or 100 only where that is exact.
+/// A share as a whole percentage; 0 and 100 only if exact.
 int percentage(double share) {
     if (share > 0.0 && share < 0.01)
         return 1;

@@ -7,7 +7,7 @@
 
 namespace drench {
 
-/// Writes what a check found for people: figures by subject, then each finding as
+/// Writes the findings of a check for people: figures by subject, then each finding as
 /// "file:line:column: error: words (cell column, row, depth)", then the verdict.
 void writeReport(std::ostream& out, const std::string& file, const MapManager& map,
                  const arena::CheckResult& result);

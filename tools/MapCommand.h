@@ -10,15 +10,13 @@
 
 namespace drench {
 
-// What the subcommands of drench-map share.
+// Shared by the subcommands of drench-map.
 
-constexpr int notReadable = 2;
-
-/// What the subcommand of the command line does; returns the exit status, may throw InputError.
+/// The action of the chosen subcommand; returns the exit status, may throw InputError.
 using Run = std::function<int()>;
 
-/// A subcommand and the files that it names. Copies share the names, so that what runs later knows
-/// what was parsed.
+/// A subcommand and the files that it names. Copies share the names, so an action that runs later
+/// sees the parsed ones.
 struct MapCommand {
     CLI::App* options;
     std::shared_ptr<std::string> file = std::make_shared<std::string>();
@@ -31,8 +29,8 @@ struct MapCommand {
     void addOutput(const char* description);
 };
 
-/// Adds an option that is as many numbers as `numbers` holds, with this character between them.
-/// `form` says how it is written, such as "WxH".
+/// Adds an option of several numbers, one for each element of `numbers`, with this character
+/// between them. `form` describes it, such as "WxH".
 template<class Number, std::size_t count>
 CLI::Option* addNumbers(CLI::App& app, const char* name, std::array<Number, count>& numbers,
                         char separator, const char* form, const char* description) {

@@ -72,7 +72,7 @@ arena::Image pictureOf(MapManager& map, const PictureOptions& options) {
     return arena::eyePicture(map, marks, {x, y, z}, {lookX, lookY, lookZ}, width, height);
 }
 
-/// Programs go by the ending, which must not promise another kind of picture.
+/// Programs choose the format by the file's ending, so it must not promise another one.
 void requirePngName(const std::string& output) {
     std::string ending = std::filesystem::path(output).extension().string();
     std::transform(ending.begin(), ending.end(), ending.begin(),
@@ -114,9 +114,9 @@ void addPicture(CLI::App& app, Run& run) {
             throw CLI::ValidationError("--from", "is for --view iso");
         run = [=] {
             requirePngName(*command.output);
-            arena::ArenaFile arena = arena::readWholeArena(*command.file);
+            arena::ArenaFile loaded = arena::readWholeArena(*command.file);
             writeResult(*command.file, *command.output,
-                        arena::encodePng(pictureOf(arena.text.map, *chosen)));
+                        arena::encodePng(pictureOf(loaded.text.map, *chosen)));
             return 0;
         };
     });

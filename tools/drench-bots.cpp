@@ -30,7 +30,7 @@
 
 using namespace drench;
 
-// The command line of players without people; what they see and do is in bots/.
+// The command line of players without people; their senses and actions are in bots/.
 
 namespace {
 
@@ -43,13 +43,13 @@ constexpr int nobodyGotIn = 1;
 /// Pixels; a smaller picture shows nothing.
 constexpr int smallestSide = 100;
 
-/// The server keeps so many characters of a name.
+/// The characters of a name that the server keeps.
 constexpr std::size_t longestName = sizeof PlayerUpdate::name - 1;
 
 /// A blank and a number fit behind a name of this length.
 constexpr std::size_t longestNumberedName = longestName - 2;
 
-/// How often the live line is rewritten.
+/// The time between two updates of the live line.
 constexpr std::chrono::seconds livePeriod{1};
 
 struct Options {
@@ -111,7 +111,7 @@ int playScript(const Options& options) {
     return run.trouble.empty() ? status : nobodyGotIn;
 }
 
-/// The arena's chart; nothing when somebody asked to stop before it was made.
+/// The arena's chart; nothing if a stop was asked for before it was made.
 std::optional<bots::Roadmap> chartArena(MapManager& map, const Options& options, Console& console) {
     bool told = options.quiet || console.isLive();
     const auto tell = [&](const std::string& line) {
@@ -126,7 +126,7 @@ std::optional<bots::Roadmap> chartArena(MapManager& map, const Options& options,
     return roadmap;
 }
 
-/// Lets the bots play until the time is over or somebody asks to stop, and has them leave.
+/// Lets the bots play until the time is over or a stop is asked for, and makes them leave.
 void playOn(bots::Play& play, const Timekeeper& timekeeper, Console& console) {
     client::Time shown = Clock::now();
     std::uint64_t snapshotsShown = 0;
@@ -149,7 +149,7 @@ int playBots(const Options& options) {
     const std::vector<client::RoomAddress> rooms = options.rooms.empty()
                                                        ? std::vector{roomAt(options.target)}
                                                        : roomsAt(options.target, options.rooms);
-    arena::ArenaFile arena = arena::readWholeArena(options.arena);
+    arena::ArenaFile loaded = arena::readWholeArena(options.arena);
     if (!options.tracks.empty())
         requireWritable(options.tracks);
     Console console(options.quiet, options.json);
@@ -158,7 +158,7 @@ int playBots(const Options& options) {
     std::optional<bots::Roadmap> roadmap;
     Timekeeper timekeeper(options.seconds);
     if (bots::awaitRoom(rooms, timekeeper, note))
-        roadmap = chartArena(arena.text.map, options, console);
+        roadmap = chartArena(loaded.text.map, options, console);
     const bool plays = roadmap.has_value();
     if (!plays)
         roadmap.emplace();
@@ -185,7 +185,7 @@ int playBots(const Options& options) {
     if (!options.tracks.empty()) {
         const auto [width, height] = options.size;
         replaceFile(options.tracks, arena::encodePng(bots::tracksPicture(
-                                        arena.text.map, play.tracks(), width, height)));
+                                        loaded.text.map, play.tracks(), width, height)));
     }
     return status;
 }
@@ -203,7 +203,7 @@ constexpr char scriptHelp[] =
     "Exit status: 0 after playing, 1 when nobody got in anywhere or a script's player was out "
     "before its end, 2 when the command line or a file cannot be used.";
 
-/// The options that others exclude or need.
+/// The options that exclude or need others.
 struct Given {
     CLI::Option* seed = nullptr;
     CLI::Option* tracks = nullptr;
@@ -211,7 +211,7 @@ struct Given {
     CLI::Option* script = nullptr;
     CLI::Option* record = nullptr;
 
-    /// Those that a script has no use for.
+    /// The options that a script does not use.
     std::vector<CLI::Option*> ofBots;
 };
 
@@ -240,7 +240,7 @@ Given addOptions(CLI::App& app, Options& options) {
         option("--seed", options.seed, "The number that their choices follow from", "K")
             ->check(numberBetween(std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max()))
             ->default_str("random");
-    CLI::Option* arena =
+    CLI::Option* arenaFile =
         option("--arena", options.arena,
                "What the server plays, if it is not the arena beside drench-bots: a map text, plan "
                "or voxel file",
@@ -260,11 +260,11 @@ Given addOptions(CLI::App& app, Options& options) {
                           "Instead of bots, one player sends what stands here", "FILE");
     given.record =
         option("--record", options.record, "Write what that player sees of itself, as CSV", "FILE");
-    given.ofBots = {players, skill, given.seed, arena, rooms, given.tracks};
+    given.ofBots = {players, skill, given.seed, arenaFile, rooms, given.tracks};
     return given;
 }
 
-/// Throws where options do not go together.
+/// Throws if options do not go together.
 void settleOptions(const Given& given, Options& options) {
     for (const CLI::Option* ofBots : given.ofBots) {
         if (!given.script->empty() && !ofBots->empty())

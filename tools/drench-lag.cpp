@@ -21,19 +21,19 @@
 
 using namespace drench;
 
-// The command line of a bad line between clients and a room; what it does to datagrams is in lag/.
+// The command line of a bad line between clients and a room; lag/ treats the datagrams.
 
 namespace {
 
 using client::Clock;
 
-/// Milliseconds; a room does not wait for a player as long.
+/// Milliseconds; a room drops a player before that.
 constexpr double longestDelay = 10000.0;
 
 /// The longest mean of datagrams lost one after the other.
 constexpr double longestBurst = 1000.0;
 
-/// How often the live line is rewritten.
+/// The time between two updates of the live line.
 constexpr std::chrono::seconds livePeriod{1};
 
 /// The options of one direction, or of both.
@@ -72,7 +72,7 @@ struct Options {
     bool quiet = false;
 };
 
-/// Accepts a share such as "2%", and turns it into that of one.
+/// Accepts a percentage such as "2%", and turns it into a share from 0 to 1.
 CLI::Validator share() {
     return CLI::Validator(
         [](std::string& text) {
@@ -153,7 +153,7 @@ void addLineOptions(CLI::App& app, const std::string& prefix, Asked& asked) {
     }
 }
 
-/// Throws where an option has been given that would change nothing.
+/// Throws if an option was given that would change nothing.
 void refuseIdleOptions(const Options& options) {
     const Asked* directions[] = {&options.up, &options.down};
     const char* const prefixes[] = {"--up-", "--down-"};
@@ -191,7 +191,7 @@ lag::Duration inMilliseconds(double milliseconds) {
         std::chrono::duration<double, std::milli>(milliseconds));
 }
 
-/// The settings of one direction. Throws where a loss cannot come in bursts as asked.
+/// The settings of one direction. Throws if a loss cannot come in bursts as asked.
 lag::Settings settingsOf(const char* direction, const Asked& one, const Asked& both) {
     const auto chosen = [&](std::optional<double> Asked::*value) {
         return one.*value ? one.*value : both.*value;

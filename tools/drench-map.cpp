@@ -5,6 +5,7 @@
 #include "common/Console.h"
 #include "common/Files.h"
 #include "tools/CheckReport.h"
+#include "tools/ExitStatus.h"
 #include "tools/MapCommand.h"
 #include "tools/PictureCommand.h"
 
@@ -14,9 +15,8 @@
 
 using namespace drench;
 
-// The command line of the arena tools; what can be known of an arena is in arena/. Each subcommand
-// has a function that adds its options, and leaves what it does in `run` when it is the one that is
-// asked for.
+// The command line of the arena tools; arena/ examines the arenas. Each subcommand has a function
+// that adds its options, and that puts its action into `run` if this subcommand was chosen.
 
 namespace {
 
@@ -27,15 +27,15 @@ int checkFile(const std::string& file, bool asJson) {
     arena::MapText text;
     arena::CheckResult result;
     try {
-        arena::ArenaFile arena = arena::readArena(file);
-        text = std::move(arena.text);
+        arena::ArenaFile loaded = arena::readArena(file);
+        text = std::move(loaded.text);
         Console console(false, true);
         ProgressLine progress(console);
         const auto report = [&](const std::string& subject, std::size_t places) {
             progress.show(subject + ": " + std::to_string(places) + " standing places");
         };
-        result = arena.isMapText ? arena::check(text, report)
-                                 : arena::check(text.map, arena.placeOf, report);
+        result = loaded.isMapText ? arena::check(text, report)
+                                  : arena::check(text.map, loaded.placeOf, report);
     } catch (const InputError& error) {
         if (!asJson)
             throw;
@@ -49,7 +49,7 @@ int checkFile(const std::string& file, bool asJson) {
     if (!std::cout.flush())
         throw InputError("the report cannot be written");
     if (!text.map.hasCells())
-        return notReadable;
+        return notUsable;
     return result.playable() ? playable : notPlayable;
 }
 
@@ -110,12 +110,12 @@ void addPlan(CLI::App& app, Run& run) {
         ->default_str("the plan's own, or the file's");
     command.options->callback([=, &run] {
         run = [=] {
-            arena::ArenaFile arena = arena::readWholeArena(*command.file);
-            std::string planName = name->empty() ? arena.name : *name;
+            arena::ArenaFile loaded = arena::readWholeArena(*command.file);
+            std::string planName = name->empty() ? loaded.name : *name;
             if (planName.empty())
                 planName = std::filesystem::path(*command.file).stem().string();
             writeResult(*command.file, *command.output,
-                        arena::writePlan({planName, std::move(arena.text.map)}));
+                        arena::writePlan({planName, std::move(loaded.text.map)}));
             return 0;
         };
     });
@@ -149,10 +149,10 @@ void addExport(CLI::App& app, Run& run) {
     command.addOutput("Voxel file (.vox) to write");
     command.options->callback([=, &run] {
         run = [=] {
-            const arena::ArenaFile arena = arena::readWholeArena(*command.file);
+            const arena::ArenaFile loaded = arena::readWholeArena(*command.file);
             std::string bytes;
             try {
-                bytes = arena::writeVox(arena.text.map);
+                bytes = arena::writeVox(loaded.text.map);
             } catch (const InputError& error) {
                 throw InputError(*command.file + ": " + error.what());
             }
@@ -175,13 +175,13 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : notReadable;
+        return app.exit(error) == 0 ? 0 : notUsable;
     }
 
     try {
         return run();
     } catch (const InputError& error) {
         std::cerr << error.what() << '\n';
-        return notReadable;
+        return notUsable;
     }
 }

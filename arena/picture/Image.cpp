@@ -79,7 +79,7 @@ void blend(Image& image, std::initializer_list<ImagePoint> corners, double margi
     }
 }
 
-/// Positive to the left of the line from a to b, as one sees it, and growing by 1 per pixel.
+/// Pixels from the line from a to b, positive on its left side in the picture.
 double sideOf(ImagePoint p, ImagePoint a, ImagePoint b) {
     const double x = b.x - a.x;
     const double y = b.y - a.y;
@@ -92,7 +92,7 @@ ImagePoint middleOf(int x, int y) {
 
 } // namespace
 
-Image::Image(int width_, int height_, Colour fill) : width(width_), height(height_) {
+Image::Image(int columns, int rows, Colour fill) : width(columns), height(rows) {
     if (std::min(width, height) < 1 || std::max(width, height) > largestSide)
         throw InputError("a picture is 1 to " + std::to_string(largestSide) +
                          " pixels wide and high, not " + std::to_string(width) + " x " +

@@ -23,7 +23,7 @@ struct Image {
     Image() = default;
 
     /// Throws InputError unless both sides are 1 to largestSide.
-    Image(int width_, int height_, Colour fill = {});
+    Image(int columns, int rows, Colour fill = {});
 
     static constexpr int largestSide = 8192;
 
@@ -39,8 +39,8 @@ constexpr Colour white = {255, 255, 255};
 /// From `a` at share 0 to `b` at share 1, each component rounded.
 Colour mixed(Colour a, Colour b, double share);
 
-// Drawing with smooth edges. Everything is clipped to the image; shapes may lie anywhere, and one
-// with a coordinate that is no number is not drawn. Opacity reaches from 0 to 1.
+// Drawing with smooth edges. Everything is clipped to the image. Shapes may lie anywhere; a shape
+// with a NaN coordinate is not drawn. Opacity reaches from 0 to 1.
 
 void fillRectangle(Image& image, ImagePoint topLeft, ImagePoint bottomRight, Colour colour,
                    double opacity = 1.0);

@@ -25,7 +25,7 @@ constexpr double paperShadow = 0.72;
 /// Margin around the arena, as a share of the picture's shorter side.
 constexpr double margin = 0.03;
 
-/// How many rows of the far sides are always shown.
+/// The rows of the far sides that are always shown.
 constexpr int leastWall = 4;
 
 // A spawn's ring and arrow lie on the ground. Lengths are in cells.
@@ -54,10 +54,10 @@ constexpr double arrowOutline = 0.09;
 /// Share of a body's colour that is seen through the cubes before it.
 constexpr double hiddenBody = 0.45;
 
-/// The same of an arrow.
+/// Share of an arrow's colour that is seen through the cubes before it.
 constexpr double hiddenArrow = 0.40;
 
-/// Where the viewer is: 1 for high columns or depths, -1 for low ones.
+/// The viewer's position: 1 for high columns or depths, -1 for low ones.
 struct Side {
     int column;
     int depth;
@@ -83,8 +83,8 @@ Triple turnedTo(Side viewer, const Triple& forSouthEast) {
             forSouthEast[quarterTurn ? 0 : 2] * viewer.depth};
 }
 
-/// Takes away the sides next to the viewer above the floor, and of the others what is higher than
-/// anything between them. Where the arena is too narrow to have anything between, its sides stay.
+/// Removes the sides next to the viewer above the floor, and the parts of the others that are
+/// higher than anything between them. The sides of an arena too narrow for anything between stay.
 void cutAway(Grid& grid, Side viewer) {
     const auto [columns, rows, depth] = grid.cells;
     const auto isSide = [](int index, int count) {
@@ -115,7 +115,7 @@ void cutAway(Grid& grid, Side viewer) {
     }
 }
 
-/// Whether a point of the ground, relative to the spawn, is on its ring or its arrow, which are
+/// Whether a point of the ground, relative to the spawn, is on the spawn's ring or arrow, both
 /// drawn larger by `outline`.
 bool onArrow(const Mark& mark, double x, double z, double outline) {
     const double farthest = arrowTip + 2.0 * outline;
@@ -145,7 +145,7 @@ struct Projection {
     Triple up{};
     Triple forward{};
 
-    /// What the picture's middle shows, along `right` and `up`.
+    /// The point at the picture's middle, along `right` and `up`.
     double middleRight = 0.0;
     double middleUp = 0.0;
 
@@ -154,7 +154,7 @@ struct Projection {
     /// Pixels per cell.
     double scale = 1.0;
 
-    /// From where rays start to the middle; no cube is nearer.
+    /// The distance from the start of rays to the middle; no cube is nearer.
     double distance = 0.0;
 
     ImagePoint project(const Triple& point) const {

@@ -14,7 +14,7 @@ namespace drench::arena {
 struct Mark {
     std::string number;
 
-    /// Below the body's centre.
+    /// The point below the body's centre, on the ground.
     Triple feet{};
 
     /// Height of the head.

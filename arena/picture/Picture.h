@@ -11,9 +11,9 @@
 namespace drench::arena {
 
 // Pictures of arenas. A cube is a cell that blocks, drawn in its material's colour. All throw
-// InputError when the map has no cells or the size is no image's.
+// InputError if the map has no cells or no image can have the size.
 
-/// A spawn as pictures show it: its number, and body and view direction of a player who has landed
+/// A spawn in pictures: its number, and the body and view direction of a player who has landed
 /// there.
 struct SpawnMark {
     int number = 0;
@@ -25,38 +25,39 @@ struct SpawnMark {
 enum class Corner { southEast, southWest, northWest, northEast };
 
 /// Isometric picture from above a corner. The two sides next to the viewer are left out above the
-/// floor, so that border walls do not hide what they enclose. Bodies stand at the spawns, with an
-/// arrow along the view on the ground, faint where cubes are before them, and a numbered pin.
+/// floor, so that border walls do not hide the inside. Bodies stand at the spawns, each with a
+/// numbered pin and an arrow on the ground along its view. Bodies and arrows are faint behind
+/// cubes.
 Image isometricPicture(const MapManager& map, std::span<const SpawnMark> spawns, Corner from,
                        int width, int height);
 
-/// Map from above, north up. Each place of the grid shows its highest floor, by height and whether
-/// it is reached, whatever hangs over it, and in squares within the next two floors below; or that
-/// there is none. `walkable` and `reached` are the cells that feet are in; a floor is such a cell
-/// on top of a cube. Spawns beside the map are left out.
+/// Map from above, north up. Each place of the grid shows its highest floor, coloured by height and
+/// by whether it is reached, whatever hangs over it. Smaller squares within show the next two
+/// floors below. A place without a floor shows that. `walkable` and `reached` are cells of feet; a
+/// floor is such a cell on top of a cube. Spawns beside the map are left out.
 Image topPicture(const MapManager& map, std::span<const SpawnMark> spawns,
                  std::span<const CellIndex> walkable, std::span<const CellIndex> reached, int width,
                  int height);
 
-/// Where a map from above lies in its picture.
+/// The position of a map from above in its picture.
 struct TopView {
-    /// Its north-west corner.
+    /// The map's north-west corner.
     ImagePoint corner;
 
     /// Pixels per cell.
     double scale = 1.0;
 
-    /// The pixel point above a point of the world, world units.
+    /// The pixel point of a point of the world, world units, seen from above.
     ImagePoint above(vec3 point) const;
 };
 
-/// Where topPicture puts the map when it is given the same.
+/// The position at which topPicture draws the map for the same arguments.
 TopView topView(const MapManager& map, std::span<const CellIndex> walkable,
                 std::span<const CellIndex> reached, int width, int height);
 
-/// What an eye at a point sees when it looks towards another, world units, with bodies standing at
-/// the spawns but those that the viewer's own, with the eye in its middle, would overlap. Straight
-/// up and down are seen as if the head had been bent from looking north. Throws InputError when a
+/// The view of an eye at `at` towards `look`, world units. Bodies stand at the spawns, except those
+/// that would overlap the viewer's own body, which has the eye in its middle. A view straight up or
+/// down is turned as if the head had been bent from looking north. Throws InputError if a
 /// coordinate is not finite, the two points are the same, or the eye is in a cube.
 Image eyePicture(const MapManager& map, std::span<const SpawnMark> spawns, vec3 at, vec3 look,
                  int width, int height);

@@ -9,20 +9,21 @@
 
 namespace drench::arena {
 
-/// What a ray brings back, with a number for what it has met.
+/// The light that one ray brings back, and a number for the surface it met.
 struct Sample {
     Light light{};
     std::uint64_t surface = 0;
     bool inSun = false;
 };
 
-/// Finer samples along each side of a pixel, each lit by a part of the sun of its own.
+/// Finer samples along each side of a pixel. Each of them takes its light from another part of the
+/// sun.
 constexpr int fineSide = 4;
 static_assert(fineSide * fineSide == sunParts);
 
-/// Draws takeSample(point, sun), a Sample, once at each corner of the pixels, and more finely
-/// within those whose corners disagree. A pixel's four corners are lit by the four corners of the
-/// sun, so that the soft edge of a shadow counts as a disagreement.
+/// Calls takeSample(point, sun), which returns a Sample, once at each corner of the pixels, and
+/// more finely within pixels whose corners disagree. A pixel's four corners are lit by the four
+/// corners of the sun, so the soft edge of a shadow counts as a disagreement.
 template<class TakeSample>
 void drawSamples(Image& image, TakeSample takeSample) {
     const auto cornersAt = [&](int y) {

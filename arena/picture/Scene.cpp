@@ -10,7 +10,8 @@ namespace drench::arena {
 
 namespace {
 
-/// How far light starts from a face, so that rounding does not put it inside the cube.
+/// The distance from a face at which light starts, so that rounding does not put it inside the
+/// cube.
 constexpr double lift = 1e-4;
 
 /// Half the side of the sun as the tangent of an angle: larger than the true one, for soft shadows.
@@ -31,8 +32,8 @@ constexpr double skyOnSide = 0.82;
 /// The same on faces that look down, which see the ground only.
 constexpr double skyBelow = 0.5;
 
-/// Light that is left in a corner of a face, by how many of the three cells there are cubes. Two
-/// cubes beside the corner hide what the third is.
+/// Light that is left in a corner of a face, by the number of cubes among the three cells there. If
+/// both cells beside the corner are cubes, they hide the third.
 constexpr double cornerLight[] = {1.0, 0.68, 0.48, 0.34};
 
 /// Lightness of a cube differs from its neighbours' by at most this share.
@@ -44,7 +45,7 @@ constexpr double edgeWidth = 0.035;
 /// Share by which a line between two cubes of one plane changes their lightness.
 constexpr double seamStrength = -0.13;
 
-/// The same along an edge behind which there is nothing.
+/// Share by which a line along an edge with nothing behind it changes their lightness.
 constexpr double rimStrength = 0.22;
 
 CellIndex stepped(CellIndex cell, int axis, int step) {
@@ -95,10 +96,10 @@ double lightInCorners(const Scene& scene, const Face& face, double u, double v) 
     return (1.0 - v) * low + v * high;
 }
 
-/// What the lines along a face's four edges add to its lightness: seams between cubes are dark,
-/// rims light, and where another face rises there is no line.
+/// The change of lightness by the lines along a face's four edges: seams between cubes are dark,
+/// rims light, and an edge from which another face rises has no line.
 double edgeLines(const Scene& scene, const Face& face, double u, double v, double pixel) {
-    // Where a line is thinner than a pixel, it is drawn as wide as one, and fainter.
+    // A line thinner than a pixel is drawn one pixel wide, and fainter.
     const double width = std::max(edgeWidth, 0.5 * pixel);
     const double strength = edgeWidth / width;
     double sum = 0.0;
@@ -205,7 +206,7 @@ Shade shade(const Scene& scene, const Ray& ray, const Hit& hit, int sun, double 
         Face face = {hit.cell, stepped(hit.cell, hit.axis, hit.side), {}};
         face.axes[0] = hit.axis == 0 ? 1 : 0;
         face.axes[1] = hit.axis == 2 ? 1 : 2;
-        // Rounding may put the point a little beyond the face, where another cube can lie.
+        // Rounding may put the point a little beyond the face, into another cube.
         const Triple low = asTriple(hit.cell);
         for (std::size_t a = 0; a < 3; ++a)
             point[a] = std::clamp(point[a], low[a] + lift, low[a] + 1.0 - lift);

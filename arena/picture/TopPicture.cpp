@@ -35,7 +35,7 @@ constexpr double squares[] = {0.5, 0.28, 0.14};
 /// them.
 constexpr double contourWidth = 0.04;
 
-/// Cubes between two floors from which on the line gets no wider.
+/// Cubes between two floors beyond which the line gets no wider.
 constexpr int steepest = 4;
 
 /// From one stripe or dot to the next, in pixels.
@@ -44,11 +44,12 @@ constexpr double pixelsPerStripe = 6.0;
 /// The most stripes or dots along a cell; in large cells they are wider instead.
 constexpr double mostPatterns = 3.0;
 
-/// Pixels of a cell's side from which on lines are drawn along edges; below they would be all there
-/// is to see.
+/// Pixels of a cell's side from which on lines are drawn along edges; in smaller cells they would
+/// cover everything.
 constexpr double leastForContours = 4.0;
 
-/// Pixels of a cell's side from which on it is rounded down to whole ones, so that all are alike.
+/// Pixels of a cell's side from which on it is rounded down to whole pixels, so that all cells are
+/// alike.
 constexpr double leastForWholePixels = 5.0;
 
 struct Floor {
@@ -62,7 +63,7 @@ struct Floors {
     int depth = 0;
     std::vector<std::vector<Floor>> places;
 
-    /// Of those that are reached; if there are none, of all.
+    /// The lowest and highest of the reached floors; of all floors if none is reached.
     int lowest = 0;
     int highest = 0;
 
@@ -83,7 +84,8 @@ Floors floorsOf(const MapManager& map, std::span<const CellIndex> walkable,
     const auto add = [&](const CellIndex& feet, bool isReached) {
         const bool inGrid = feet.column >= 0 && feet.column < map.columns && feet.depth >= 0 &&
                             feet.depth < map.depth && feet.row > 0 && feet.row <= map.rows;
-        // A body may stand on a cube's edge with its middle beyond it: no floor is there.
+        // A body may stand on a cube's edge with its middle beside the cube: that cell has no
+        // floor.
         if (!inGrid || map.cubeIsNull(feet.column, feet.row - 1, feet.depth))
             return;
         std::vector<Floor>& place = floors.places[floors.indexOf(feet.column, feet.depth)];
@@ -120,8 +122,8 @@ Colour floorColour(const Floors& floors, int row) {
                        : mixed(middleFloor, highFloor, 2.0 * share - 1.0);
 }
 
-/// What a place looks like at a point within it, in cells from its north-west corner. Patterns
-/// repeat `perCell` times in a cell.
+/// The colour of a place at a point within it, in cells from its north-west corner. Patterns repeat
+/// `perCell` times in a cell.
 Colour patternAt(const Floors& floors, std::span<const Floor> place, double x, double z,
                  double perCell) {
     const auto inCell = [](double value) { return value - std::floor(value); };
@@ -141,7 +143,7 @@ Colour patternAt(const Floors& floors, std::span<const Floor> place, double x, d
     return floorColour(floors, floor.row);
 }
 
-/// Whether a point is on the line along an edge of its place, beyond which it is lower.
+/// Whether a point is on the line along an edge of its place beyond which the floor is lower.
 bool onContour(const Floors& floors, double x, double z, double scale) {
     const int column = static_cast<int>(x);
     const int depth = static_cast<int>(z);
@@ -162,7 +164,7 @@ bool onContour(const Floors& floors, double x, double z, double scale) {
     return false;
 }
 
-/// A line of the key: a small map of one place, and what it means.
+/// A line of the key: a small map of one place, and its meaning.
 struct KeyEntry {
     std::vector<Floor> place;
     std::string words;
@@ -191,7 +193,7 @@ constexpr int scaleWidth = 22;
 /// Room for the numbers of columns above the map.
 constexpr int scaleHeight = 12;
 
-/// The most heights that the key lists; of more it takes some.
+/// The most heights that the key lists; if there are more, it lists some of them.
 constexpr int mostHeights = 8;
 
 std::vector<KeyEntry> keyOf(const Floors& floors) {
@@ -219,7 +221,7 @@ std::vector<KeyEntry> keyOf(const Floors& floors) {
     return key;
 }
 
-/// Where things are on the page, in pixels.
+/// The positions of things on the page, in pixels.
 struct Layout {
     ImagePoint map;
 
@@ -239,7 +241,7 @@ Layout layoutOf(const Floors& floors, std::size_t keyEntries, const Image& image
     Layout layout;
     layout.dot = std::max(1, static_cast<int>(shorter / 450.0));
 
-    // With the key at the right, or below, or without it where the picture is too small for it.
+    // The key is at the right, or below, or left out if the picture is too small for it.
     const double entryWidth = keyEntryWidth * layout.dot;
     const double entryHeight = keyEntryHeight * layout.dot;
     const int columnsBelow = std::max(1, static_cast<int>((image.width - 2.0 * edge) / entryWidth));

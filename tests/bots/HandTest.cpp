@@ -21,8 +21,8 @@ struct Desk {
     Hand hand;
     std::deque<Hand::Counts> underWay;
 
-    Desk(double skill, std::uint64_t seed, std::size_t lag = 0)
-        : hand(bots::skillOf(skill), Chance(seed)), underWay(lag) {
+    Desk(double skill, std::uint64_t seed, std::size_t delay = 0)
+        : hand(bots::skillOf(skill), Chance(seed)), underWay(delay) {
         look({0.0, 0.0});
     }
 
@@ -47,8 +47,9 @@ struct Desk {
 };
 
 /// Ticks until the view stays within some counts of the aim for a while.
-int ticksToSettle(double skill, std::uint64_t seed, View aim, double within, std::size_t lag = 0) {
-    Desk desk(skill, seed, lag);
+int ticksToSettle(double skill, std::uint64_t seed, View aim, double within,
+                  std::size_t delay = 0) {
+    Desk desk(skill, seed, delay);
     int settledFor = 0;
     for (int tick = 1; tick < 2000; ++tick) {
         desk.tick({aim, {}, 3.0});
@@ -59,10 +60,10 @@ int ticksToSettle(double skill, std::uint64_t seed, View aim, double within, std
     return 2000;
 }
 
-double meanTicksToSettle(double skill, View aim, double within, std::size_t lag = 0) {
+double meanTicksToSettle(double skill, View aim, double within, std::size_t delay = 0) {
     double sum = 0.0;
     for (std::uint64_t seed = 1; seed <= 40; ++seed)
-        sum += ticksToSettle(skill, seed, aim, within, lag);
+        sum += ticksToSettle(skill, seed, aim, within, delay);
     return sum / 40.0;
 }
 
@@ -187,11 +188,11 @@ TEST(Hand, DoesNotSwingWhenTheViewFollowsLate) {
 }
 
 TEST(Hand, KnowsTheLagFromHowTheViewFollows) {
-    for (const std::size_t lag : {0u, 3u, 6u}) {
-        Desk desk(0.7, 1, lag);
+    for (const std::size_t delay : {0u, 3u, 6u}) {
+        Desk desk(0.7, 1, delay);
         for (int tick = 0; tick < 400; ++tick)
             desk.tick({{tick % 80 < 40 ? 500.0 : -500.0, 0.0}, {}, 3.0});
-        EXPECT_NEAR(desk.hand.lag(), static_cast<double>(lag), 0.7);
+        EXPECT_NEAR(desk.hand.delay(), static_cast<double>(delay), 0.7);
     }
 }
 

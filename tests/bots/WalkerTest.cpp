@@ -30,7 +30,7 @@ namespace {
 /// How a player follows a walker: how many ticks late, looking where at first, and whether it turns
 /// its view to where it goes.
 struct Manner {
-    int lag = 0;
+    int delay = 0;
     float yaw = 0.0f;
     bool turns = true;
 };
@@ -72,12 +72,12 @@ Journey journeyFrom(vec3 position, const Roadmap& roadmap, const std::vector<int
     constexpr int longest = 4000;
     Player player = playerAt(*roadmap.map, position, manner.yaw);
     Player turned = player;
-    std::deque<Controls> underWay(static_cast<std::size_t>(manner.lag));
+    std::deque<Controls> underWay(static_cast<std::size_t>(manner.delay));
     Walker walker;
     walker.follow(route);
     Journey journey;
     for (; journey.ticks < longest; ++journey.ticks) {
-        const Steps steps = walker.step(roadmap, player.position, manner.lag);
+        const Steps steps = walker.step(roadmap, player.position, manner.delay);
         if (walker.isDone())
             break;
         Controls controls;
@@ -114,9 +114,9 @@ void expectArrivals(const Roadmap& roadmap, const CellIndex& from, const CellInd
     ASSERT_FALSE(route.empty());
     for (const Manner& manner : manners) {
         const Journey made = journey(roadmap, route, manner);
-        EXPECT_TRUE(made.arrived) << "lag " << manner.lag << ", yaw " << manner.yaw << ", ends at "
-                                  << made.end;
-        EXPECT_EQ(roadmap.placeBelow(made.end), route.back()) << "lag " << manner.lag;
+        EXPECT_TRUE(made.arrived) << "delay " << manner.delay << ", yaw " << manner.yaw
+                                  << ", ends at " << made.end;
+        EXPECT_EQ(roadmap.placeBelow(made.end), route.back()) << "delay " << manner.delay;
     }
 }
 
@@ -279,13 +279,13 @@ TEST(Walker, ForeseesWhereItWillBeWhenItsStepsAct) {
     const std::vector<int> route = routeBetween(roadmap, {1, 1, 1}, {8, 1, 1});
     const vec3 end = positionOf(roadmap, route.back());
     // Three steps of 6 units are under way when it is seen 21 units before the end.
-    for (const int lag : {0, 3}) {
+    for (const int delay : {0, 3}) {
         Walker walker;
         walker.follow(route);
         for (const float before : {39.0f, 33.0f, 27.0f})
-            walker.step(roadmap, end - vec3(before, 0.0f, 0.0f), lag);
-        const Steps steps = walker.step(roadmap, end - vec3(21.0f, 0.0f, 0.0f), lag);
-        EXPECT_EQ(steps.heading.length(), lag == 0 ? 1.0f : 0.0f) << lag;
+            walker.step(roadmap, end - vec3(before, 0.0f, 0.0f), delay);
+        const Steps steps = walker.step(roadmap, end - vec3(21.0f, 0.0f, 0.0f), delay);
+        EXPECT_EQ(steps.heading.length(), delay == 0 ? 1.0f : 0.0f) << delay;
     }
 }
 

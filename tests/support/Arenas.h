@@ -7,7 +7,7 @@
 
 // Small worlds for tests, as the text that MapManager::init reads.
 
-/// A world of the given size whose cell (i, j, k) is solid where `solid(i, j, k)` says so.
+/// A world of the given size. Cell (i, j, k) is solid if `solid(i, j, k)` returns true.
 std::string arenaText(int columns, int rows, int depth,
                       const std::function<bool(int, int, int)>& solid);
 
@@ -26,5 +26,5 @@ MapManager corridor(const std::string& cells);
 /// height around it, nothing else.
 std::string emptyCourt();
 
-/// Height of a player's centre when its feet stand a quarter of a unit above such a floor.
+/// Height of a player's centre with its feet a quarter of a unit above such a floor.
 constexpr float standing = 139.25f;

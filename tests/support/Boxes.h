@@ -4,7 +4,7 @@
 
 #include <array>
 
-// Boxes for tests of what touches them.
+// Boxes for contact tests.
 
 inline Box between(vec3 min, vec3 max) {
     Box box;
@@ -15,7 +15,7 @@ inline Box between(vec3 min, vec3 max) {
 
 inline const Box unitBox(vec3(0.5f, 0.5f, 0.5f), 1);
 
-/// No two of its coordinates are alike, nor its edges.
+/// Different in all its coordinates and all its edges.
 inline const Box oblong = between(vec3(10, 20, 30), vec3(12, 24, 38));
 constexpr vec3 oblongMiddle(11, 22, 34);
 

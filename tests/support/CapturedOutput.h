@@ -4,7 +4,7 @@
 #include <sstream>
 #include <string>
 
-/// A string that counts how often it was flushed.
+/// A string stream buffer that counts its flushes.
 struct FlushCounter : std::stringbuf {
     int flushes = 0;
     int sync() override {
@@ -13,7 +13,7 @@ struct FlushCounter : std::stringbuf {
     }
 };
 
-/// Catches what is written to std::cout while it lives.
+/// Catches the output to std::cout while it lives.
 class CapturedOutput {
   public:
     CapturedOutput() : original_(std::cout.rdbuf(&buffer_)) {}

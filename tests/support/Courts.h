@@ -10,8 +10,8 @@ using namespace drench;
 
 // Small arenas with players in them, and a whole one that is quickly explored.
 
-/// A court of cubes with a floor one cube high and border walls to full height, and in it what
-/// `solid` adds.
+/// A court of cubes with a floor one cube high and border walls to full height, and the further
+/// cubes of `solid`.
 inline MapManager court(int columns, int rows, int depth,
                         const std::function<bool(int, int, int)>& solid) {
     return loaded(arenaText(columns, rows, depth, [&](int i, int j, int k) {
@@ -23,7 +23,7 @@ inline bool nothing(int, int, int) {
     return false;
 }
 
-/// Somebody who appears in the middle of a cell, feet a little above its floor.
+/// A player who appears in the middle of a cell, feet a little above its floor.
 inline arena::Arrival arrivalIn(MapManager& map, int column, int row, int depth, int pose = 0) {
     using arena::cubeEdge;
     const auto middle = [](int index) { return cubeEdge * (static_cast<float>(index) + 0.5f); };
@@ -31,7 +31,7 @@ inline arena::Arrival arrivalIn(MapManager& map, int column, int row, int depth,
     return arena::arrive(pose, bodyAt(map, centre, centre + vec3(0.0f, 0.0f, 1.0f)));
 }
 
-/// Whether cell (i, j, k) is solid in the ring arena: 32 × 16 × 32 cubes, solid but for one flat
+/// Whether cell (i, j, k) is solid in the ring arena: 32 × 16 × 32 cubes, solid except for one flat
 /// corridor, two cubes wide, that passes all eight spawns; its floor is the top of row 2. Posts
 /// left and right hide its corners from each other.
 inline bool solidInRing(int i, int j, int k) {

@@ -5,14 +5,14 @@
 #include <cstring>
 #include <string>
 
-// What a client sends, as bytes, and what it reads in return.
+// The datagrams of a client, as bytes, and readers of the server's.
 
 template<typename Record>
 std::string bytesOf(const Record& record) {
     return {reinterpret_cast<const char*>(&record), sizeof record};
 }
 
-/// As long as the name asks for, which may be more than a JoinMessage.
+/// Its length follows from the name and may exceed a JoinMessage.
 inline std::string joinDatagram(const std::string& name) {
     std::string datagram(1, messageCode::join);
     datagram += name;
@@ -32,7 +32,7 @@ inline std::string viewDatagram(char id, int dx, int dy) {
     return bytesOf(ViewMessage{.id = id, .dx = dx, .dy = dy});
 }
 
-/// 32 bytes, whatever the length of the text.
+/// 32 bytes for any length of the text.
 inline std::string chatDatagram(char id, const std::string& text) {
     TalkMessage talk{.id = id};
     text.copy(talk.text, sizeof talk.text);
@@ -51,12 +51,12 @@ inline std::string refusalDatagram() {
     return bytesOf(RefusalMessage());
 }
 
-/// A server notice with this text, as it must arrive.
+/// The bytes of a server notice with this text on arrival.
 inline std::string noticeDatagram(const std::string& text) {
     return chatDatagram(serverSpeaker, text);
 }
 
-/// The record that `datagram` is, if it is one.
+/// Reads `datagram` as a state; false if it is not one.
 inline bool readState(const std::string& datagram, UpdateMessage& state) {
     if (datagram.size() != sizeof state || datagram[0] != messageCode::worldState)
         return false;

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Every test begins at zero, whatever the one before it left.
+/// Every test begins at zero, after any other test.
 struct ClockReset : testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override { ManualClock::now = 0; }
 };

@@ -1,7 +1,8 @@
 #pragma once
 
-/// Stands in for the server's clock wherever it is linked: time passes only when a test says so.
+/// Replaces the server's clock in every test program that links it: time passes only by a test's
+/// order.
 struct ManualClock {
-    /// What getCurrentMillisecond() returns.
+    /// The result of getCurrentMillisecond().
     static long now;
 };

@@ -8,13 +8,13 @@
 
 using namespace drench;
 
-// Pictures are compared as one looks at them: averaged over squares of 2 × 2 pixels, so that an
-// edge that falls a little differently counts for little.
+// Pictures are compared as people see them: averaged over squares of 2 × 2 pixels, so that a
+// slightly shifted edge counts for little.
 
 struct PictureDifference {
     bool sameSize = false;
 
-    /// Of the components, in levels of 0 to 255.
+    /// The mean difference of the components, in levels of 0 to 255.
     double mean = 0.0;
 
     /// Share of the squares in which a component differs by more than clearLevels.
@@ -22,7 +22,7 @@ struct PictureDifference {
 
     static constexpr double clearLevels = 20.0;
 
-    /// Whether they show the same, as far as one can see.
+    /// Whether people see no difference.
     bool negligible() const { return sameSize && mean < 1.0 && clearShare < 0.0005; }
 };
 

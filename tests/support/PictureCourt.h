@@ -82,7 +82,7 @@ inline std::vector<SpawnMark> testSpawns() {
             standingIn(3, 8, 1, 8, {-1, 0, -1}), standingIn(8, 3, 1, 9, {0.3f, 0.5f, -1})};
 }
 
-/// The map with other material where its cubes are so.
+/// The map with this material for the cubes that `where` selects.
 inline MapManager repainted(MapManager map, const std::function<bool(int, int, int)>& where,
                             int to) {
     for (int i = 0; i < map.columns; ++i) {
@@ -119,7 +119,7 @@ struct Found {
     double y = 0.0;
 };
 
-/// How many pixels are so, and where they are on average.
+/// The number of pixels that `isSo` selects, and their mean position.
 inline Found pixels(const Image& image, const std::function<bool(Colour)>& isSo) {
     Found found;
     for (int y = 0; y < image.height; ++y) {
@@ -144,7 +144,7 @@ inline bool isReddish(Colour colour) {
     return colour.red > 60 && colour.red > 3 * colour.green / 2 && colour.red > 3 * colour.blue / 2;
 }
 
-/// What the InputError says, "" if there is none.
+/// The words of the InputError, "" if there is none.
 inline std::string refusal(const std::function<void()>& draw) {
     try {
         draw();

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-/// A folder of a test's own, removed with all that is in it.
+/// A folder of a test's own, removed with its contents.
 struct TemporaryFolder {
     const std::string path;
 

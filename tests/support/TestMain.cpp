@@ -4,7 +4,7 @@
 #include <string_view>
 #include <unistd.h>
 
-// The server ends its process with status 0 on fatal errors. In a test that must not pass for
+// The server ends its process with status 0 on fatal errors. In a test that must not count as
 // success, except in the child processes of death tests, which expect it.
 
 namespace {

@@ -14,7 +14,7 @@ class UdpPeer {
     UdpPeer(const UdpPeer&) = delete;
     UdpPeer& operator=(const UdpPeer&) = delete;
 
-    /// Where the server sends to reach this peer.
+    /// The address at which the server reaches this peer.
     Client address() const;
 
     /// Sends to a port on 127.0.0.1.
@@ -23,7 +23,7 @@ class UdpPeer {
     /// The next datagram, or nothing if none comes within `milliseconds`.
     std::optional<std::string> receive(int milliseconds);
 
-    /// All that has arrived so far.
+    /// All datagrams that have arrived so far.
     std::vector<std::string> received();
 
   private:
