@@ -81,6 +81,7 @@ bool hearUntil(std::vector<std::unique_ptr<Asked>>& rooms, Time until) {
 
 std::vector<Presence> askRooms(const std::vector<client::RoomAddress>& rooms, Time until) {
     std::vector<std::unique_ptr<Asked>> asked;
+    asked.reserve(rooms.size());
     for (const client::RoomAddress& room : rooms)
         asked.push_back(std::make_unique<Asked>(room));
     const auto isSilent = [](const std::unique_ptr<Asked>& room) {
@@ -99,6 +100,7 @@ std::vector<Presence> askRooms(const std::vector<client::RoomAddress>& rooms, Ti
             interrupted = !hearUntil(asked, askAgain);
     }
     std::vector<Presence> presences;
+    presences.reserve(asked.size());
     for (const std::unique_ptr<Asked>& room : asked)
         presences.push_back(room->presence);
     return presences;

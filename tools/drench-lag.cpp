@@ -178,8 +178,10 @@ void refuseIdleOptions(const Options& options) {
         if (!(options.both.*option.value))
             continue;
         if (overridden)
-            throw CLI::ValidationError("--" + name,
-                                       "does nothing beside --up-" + name + " and --down-" + name);
+            throw CLI::ValidationError("--" + name, std::string("does nothing beside --up-")
+                                                        .append(name)
+                                                        .append(" and --down-")
+                                                        .append(name));
         if (idle)
             throw CLI::ValidationError("--" + name,
                                        "does nothing without --" + std::string(option.needed));
