@@ -164,7 +164,7 @@ if [ -n "$chosen" ]; then
     echo "The system chose port $port."
   fi
   if [ "$bots" -gt 0 ]; then
-    echo 'The bots chart the arena first and join in some seconds.'
+    echo 'The bots join in some seconds, the first time once they have charted the arena.'
     build/release/drench-bots "localhost:$port" --arena "$mapdata" --players "$bots" --quiet &
     players_pid=$!
   fi

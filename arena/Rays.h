@@ -14,11 +14,6 @@ namespace drench::arena {
 // Straight lines through the cells of a map. Lengths are in cells, so that the cell (i, j, k)
 // reaches from (i, j, k) to (i + 1, j + 1, k + 1).
 
-/// Whether MapManager::pointOfIntersection returned that a shot meets no cube.
-inline bool isMiss(vec3 hit) {
-    return hit.x < 0.0f;
-}
-
 using Triple = std::array<double, 3>;
 
 double dot(const Triple& a, const Triple& b);

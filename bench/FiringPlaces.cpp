@@ -37,11 +37,11 @@ constexpr float bodyMargin = 20.0f;
 using Target = bool (*)(const Player& shooter, vec3 hit);
 
 bool isFarWall(const Player& shooter, vec3 hit) {
-    return hit.x >= 0.0f && distanceVec3(shooter.getPosition(), hit) > farWallDistance;
+    return !isMiss(hit) && distanceVec3(shooter.getPosition(), hit) > farWallDistance;
 }
 
 bool isSky(const Player&, vec3 hit) {
-    return hit.x < 0.0f;
+    return isMiss(hit);
 }
 
 Player turned(Player player, int dx, int dy) {

@@ -25,7 +25,7 @@ bool soaks(const MapManager& map, vec3 from, View view, vec3 body) {
     if (!Line_AABB(from, from + direction * range, box.min, box.max, entry))
         return false;
     const vec3 hit = map.pointOfIntersection(from, direction);
-    return hit.x >= 0.0f && Line_AABB(from, hit, box.min, box.max, entry);
+    return !isMiss(hit) && Line_AABB(from, hit, box.min, box.max, entry);
 }
 
 bool Trigger::pull(const MapManager& map, vec3 from, vec3 velocity, View view, View speed,

@@ -297,7 +297,7 @@ vec3 MapManager::boxToCheckForLineIntersection(vec3 start, vec3 dir) const {
 
 vec3 MapManager::pointOfIntersection(vec3 start, vec3 dir) const {
     const vec3 cell = boxToCheckForLineIntersection(start, dir);
-    if (cell.x < 0.0f)
+    if (isMiss(cell))
         return nothingFound;
     const Box& cube =
         cubeAt(*this, static_cast<int>(cell.x), static_cast<int>(cell.y), static_cast<int>(cell.z));

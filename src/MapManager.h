@@ -87,3 +87,8 @@ struct MapManager {
     /// Whether the grid holds any cell at all.
     bool hasCells() const { return columns > 0 && rows > 0 && depth > 0; }
 };
+
+/// Whether the answer of a march, cell or point, stands for nothing met: its x is negative.
+inline bool isMiss(vec3 hit) {
+    return hit.x < 0.0f;
+}

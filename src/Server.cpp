@@ -176,7 +176,7 @@ void Server::resolveShots(float now) {
             continue;
         const vec3 hit = shooter.shoot(&mapMan);
         // A shot into the open sky soaks nobody, not even a player right before the shooter.
-        if (hit.x < 0.0f)
+        if (isMiss(hit))
             continue;
         soakPlayersOnSegment(shooter, hit, now);
     }
