@@ -44,6 +44,30 @@ need_tool_libraries() {
   need libpng libpng-dev has_header png.h
 }
 
+# For the window.
+need_window_libraries() {
+  need CLI11 libcli11-dev has_header CLI/CLI.hpp
+  need pkg-config pkg-config command -v pkg-config
+  need SDL2 libsdl2-dev has_library sdl2
+  need epoxy libepoxy-dev has_library epoxy
+  need GLM libglm-dev has_header glm/glm.hpp
+  need 'Dear ImGui' libimgui-dev has_library imgui
+  need FreeType libfreetype-dev has_library freetype2
+  need toml++ libtomlplusplus-dev has_library tomlplusplus
+}
+has_library() { pkg-config --exists "$1"; }
+
+# For the window on a machine without a screen or a graphics card.
+need_window_test_tools() {
+  need xvfb-run xvfb command -v xvfb-run
+  need xauth xauth command -v xauth
+  need xdotool xdotool command -v xdotool
+  need "Mesa's software renderer" libgl1 has_software_renderer
+}
+has_software_renderer() {
+  ldconfig -p | grep -q libGLX_mesa && compgen -G '/usr/lib/*/dri/swrast_dri.so'
+}
+
 # For packages.
 need_package_tools() {
   need file file command -v file

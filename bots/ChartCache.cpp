@@ -4,10 +4,10 @@
 #include "common/Checksum.h"
 #include "common/Descriptor.h"
 #include "common/Files.h"
+#include "common/UserFolders.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/file.h>
@@ -71,13 +71,7 @@ Roadmap chartAnew(MapManager& map, const std::function<bool()>& goesOn,
 } // namespace
 
 std::string chartFolder() {
-    const auto folderIn = [](const char* variable, const char* below) {
-        const char* const value = std::getenv(variable);
-        const std::filesystem::path folder = value ? value : "";
-        return folder.is_absolute() ? (folder / below).string() : std::string();
-    };
-    const std::string folder = folderIn("XDG_CACHE_HOME", "drench");
-    return folder.empty() ? folderIn("HOME", ".cache/drench") : folder;
+    return userFolder("XDG_CACHE_HOME", ".cache");
 }
 
 std::uint64_t programChecksum() {

@@ -47,6 +47,14 @@ if(DRENCH_TOOLS)
                                                  nlohmann_json::nlohmann_json)
 endif()
 
+if(DRENCH_WINDOW)
+  file(GLOB window_tests CONFIGURE_DEPENDS game/*.cpp)
+  add_executable(drench-play-tests ${window_tests})
+  target_link_libraries(drench-play-tests PRIVATE drench-test-support drench-play)
+  target_compile_definitions(drench-play-tests
+                             PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
+endif()
+
 add_executable(drench-timing-tests src/TimingTest.cpp)
 target_link_libraries(drench-timing-tests PRIVATE drench-test-support)
 
@@ -54,6 +62,9 @@ gtest_discover_tests(drench-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120
 if(DRENCH_TOOLS)
   gtest_discover_tests(drench-bot-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
   gtest_discover_tests(drench-lag-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+endif()
+if(DRENCH_WINDOW)
+  gtest_discover_tests(drench-play-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 endif()
 gtest_discover_tests(drench-timing-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 
