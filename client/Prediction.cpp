@@ -185,6 +185,10 @@ std::optional<Prediction::Body> Prediction::body(Time now) const {
     return body;
 }
 
+double Prediction::tickAt(Time now) const {
+    return static_cast<double>(tick_) + line_.ticksSince(milliseconds(now));
+}
+
 const Player* Prediction::explained() const {
     return hypotheses_.empty() ? nullptr : &hypotheses_.front().player;
 }
