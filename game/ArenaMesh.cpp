@@ -9,9 +9,11 @@ namespace drench::game {
 ArenaMesh meshOf(const MapManager& map) {
     ArenaMesh mesh;
     for (const CubeFace& face : visibleFaces(map)) {
-        const arena::Colour colour =
-            arena::colourOf(arena::cell(map, face.cube.column, face.cube.row, face.cube.depth).cellValue);
-        const double light = face.axis == 1 ? (face.side > 0 ? 1.0 : 0.5) : face.axis == 0 ? 0.8 : 0.65;
+        const arena::Colour colour = arena::colourOf(
+            arena::cell(map, face.cube.column, face.cube.row, face.cube.depth).cellValue);
+        const double light = face.axis == 1   ? (face.side > 0 ? 1.0 : 0.5)
+                             : face.axis == 0 ? 0.8
+                                              : 0.65;
         const auto first = static_cast<std::uint32_t>(mesh.vertices.size());
         for (int corner = 0; corner < 4; ++corner) {
             arena::CellIndex at = face.cube;
