@@ -36,7 +36,7 @@ struct LagProcess : ToolProcess {
     /// The port that it says it is listening on, or 0 if it does not say so in time.
     int port() const {
         const std::string words = "drench-lag is listening on port ";
-        for (int i = 0; i < 2000; ++i) {
+        for (int i = 0; i < patience / 10; ++i) {
             for (const std::string& text : {out(), err()}) {
                 if (text.starts_with(words) && text.find('\n') != std::string::npos)
                     return std::stoi(text.substr(words.size()));
@@ -60,7 +60,7 @@ Session joining(int port, const std::string& name) {
 
 /// Plays until the condition holds; false if it does not in time.
 bool playUntil(Session& session, const std::function<bool()>& condition) {
-    const client::Time end = Clock::now() + std::chrono::seconds(10);
+    const client::Time end = Clock::now() + milliseconds(patience);
     while (!condition() && session.isOpen() && Clock::now() < end) {
         client::wait(session, Clock::now());
         session.service(Clock::now());
@@ -136,7 +136,7 @@ TEST(Lag, OutlivesTheRoomAndFindsItAgain) {
     EXPECT_FALSE(ann.isOpen()) << "silence";
 
     server.emplace(std::vector<std::string>{std::to_string(port)}, emptyCourt());
-    ASSERT_TRUE(server->waitForLine("Server is listening on port " + std::to_string(port), 20000));
+    ASSERT_TRUE(server->waitForLine("Server is listening on port " + std::to_string(port)));
     Session bo = joining(lag.port(), "Bo");
     EXPECT_TRUE(playUntil(bo, [&] { return bo.isPlaying(); }));
     lag.signal(SIGINT);
