@@ -441,7 +441,7 @@ TEST(Relay, SaysOnceThatThereAreTooManyClients) {
 
 TEST(Relay, SaysOnceThatThereIsNoWayToTheRoom) {
     sockaddr_in everybody = loopback(5000);
-    everybody.sin_addr.s_addr = htonl(INADDR_BROADCAST);
+    everybody.sin_addr.s_addr = htonl(INADDR_LOOPBACK | IN_CLASSA_HOST);
     std::vector<std::string> notes;
     Relay relay(0, everybody, {}, {}, 1, [&](const std::string& note) { notes.push_back(note); });
     UdpPeer ann;

@@ -157,6 +157,12 @@ TEST_F(Bots, PlayAndLeaveAndTellWhatCameOfIt) {
     const arena::Image tracks = arena::decodePng(readFile(folder.path + "/tracks.png"));
     EXPECT_EQ(tracks.width, 640);
     EXPECT_EQ(tracks.height, 480);
+
+    BotsProcess hardly(
+        inRoom("--players 4 --seconds 0.01 --size 640x480 --tracks " + folder.path + "/none.png"));
+    hardly.status();
+    EXPECT_NE(tracks.pixels, arena::decodePng(readFile(folder.path + "/none.png")).pixels)
+        << "whoever played has left tracks";
 }
 
 TEST_F(Bots, LeavePolitelyWhenInterrupted) {
