@@ -203,11 +203,12 @@ TEST_F(Bots, JoinAgainWhenDropped) {
 TEST_F(Bots, FullRoomIsToldOnce) {
     BotsProcess four(inRoom("--players 4 --name Bot --quiet"));
     ASSERT_TRUE(server.waitForLine("Bot 4 joined", chartTime)) << four.err();
-    BotsProcess more(inRoom("--players 2 --seconds 0.5 --json"));
+    BotsProcess more(inRoom("--players 2 --seconds 0.5 --skill 0 --json"));
     EXPECT_EQ(more.status(), 1);
     EXPECT_EQ(more.err(), room(server) + ": is full; trying again\n");
     const json report = json::parse(more.out());
     EXPECT_EQ(report["playersAsked"], 2);
+    EXPECT_EQ(report["skill"], 0.0);
     EXPECT_EQ(report["playersEntered"], 0);
     EXPECT_EQ(report["roomsEntered"], 0);
 }
@@ -307,7 +308,7 @@ TEST_F(Bots, SameSeedGivesTheSameNames) {
 
 TEST_F(Bots, LineOnATerminalShowsHowItGoes) {
     PseudoTerminal terminal;
-    BotsProcess bots(inRoom("--players 2 --seconds 1.6"), terminal.descriptor());
+    BotsProcess bots(inRoom("--players 2 --seconds 2.6"), terminal.descriptor());
     const std::string shown = terminal.shownToTheEnd();
     EXPECT_EQ(bots.status(), 0);
     EXPECT_NE(shown.find("\rcharting the arena"), std::string::npos) << shown;
@@ -315,6 +316,10 @@ TEST_F(Bots, LineOnATerminalShowsHowItGoes) {
     EXPECT_NE(shown.find("   playing 2 of 2"), std::string::npos) << shown;
     EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;
     EXPECT_EQ(bots.out().find("ticks/s"), std::string::npos) << bots.out();
+    for (const double rate : numbersBefore(" ticks/s", shown)) {
+        EXPECT_GT(rate, 15.0) << "of each player";
+        EXPECT_LT(rate, 80.0) << "of each player";
+    }
 }
 
 TEST_F(Bots, ScriptIsPlayedTickByTick) {
@@ -379,6 +384,7 @@ TEST_F(Bots, WrongUseIsExplainedWithStatusTwo) {
                        {"--players 5", "--players"},
                        {"--players 0", "--players"},
                        {"--skill 1.5", "--skill"},
+                       {"--skill -0.1", "--skill"},
                        {"--seconds -1", "--seconds"},
                        {"--skill nan", "--skill"},
                        {"--seconds inf", "--seconds"},
@@ -408,7 +414,11 @@ TEST_F(Bots, WrongUseIsExplainedWithStatusTwo) {
                        {"--unknown", "--unknown"},
                        {"localhost:5000 localhost:5001", "localhost:5001"},
                    });
-    BotsProcess help("--help");
-    EXPECT_EQ(help.status(), 0);
-    EXPECT_NE(help.out().find("at 150 turn 90 -10"), std::string::npos) << help.out();
+    expectHelp(DRENCH_BOTS, "--help",
+               {"  room HOST[:PORT]=localhost:5000",
+                "  --players N=3               Players in each room, 1 to 4",
+                "  --skill X=0.5               How well they play, 0 to 1",
+                "  --seconds S=0               How long they play; 0 is until Ctrl-C",
+                "  --size WxH=1280x1000        Width and height of that picture",
+                "  at 150 turn 90 -10       mouse counts; positive turns right and down"});
 }

@@ -165,6 +165,14 @@ TEST(Lag, LineOnATerminalShowsHowItGoes) {
     EXPECT_EQ(lag.status(), 0);
     EXPECT_NE(shown.find("\r1 client   up "), std::string::npos) << shown;
     EXPECT_NE(shown.find("/s, lost 0   on their way "), std::string::npos) << shown;
+    // In each line the datagrams of its second alone: twice up, down, and some sixty of these.
+    const std::vector<double> rates = numbersBefore("/s, lost 0", shown);
+    ASSERT_GE(rates.size(), 4u) << shown;
+    for (std::size_t line = 1; line < rates.size() / 2; ++line) {
+        EXPECT_LT(rates[2 * line], 30.0) << shown;
+        EXPECT_GT(rates[2 * line + 1], 15.0) << shown;
+        EXPECT_LT(rates[2 * line + 1], 100.0) << shown;
+    }
     EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;
 }
 
@@ -208,9 +216,11 @@ TEST(Lag, WrongUseIsExplainedWithStatusTwo) {
             {"0 --seconds inf", "--seconds: inf is no number"},
             {"0 --unknown", "--unknown"},
         });
-    LagProcess help("--help");
-    EXPECT_EQ(help.status(), 0);
-    EXPECT_NE(help.out().find("--reorder-by MS"), std::string::npos) << help.out();
+    expectHelp(DRENCH_LAG, "--help",
+               {"  room HOST[:PORT]=localhost:5000",
+                "  --seconds S=0               How long; 0 is until Ctrl-C",
+                "  --seed K=random             What chance follows from", "Both directions:",
+                "  --reorder-by MS             How long they are held back; 50 unless said"});
 }
 
 TEST(Lag, OptionForBothCanServeTheDirectionThatHasANeedOfIt) {

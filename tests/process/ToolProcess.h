@@ -52,6 +52,26 @@ class ToolProcess {
     ChildProcess process_;
 };
 
+/// The numbers that stand right before these words, in the order of their places.
+inline std::vector<double> numbersBefore(const std::string& words, const std::string& text) {
+    std::vector<double> numbers;
+    for (std::size_t at = 0; (at = text.find(words, at)) != std::string::npos; ++at) {
+        const std::size_t begin = text.find_last_not_of("0123456789.", at - 1) + 1;
+        numbers.push_back(std::stod(text.substr(begin, at - begin)));
+    }
+    return numbers;
+}
+
+/// The help of a program has all these lines.
+inline void expectHelp(const std::string& executable, const std::string& arguments,
+                       const std::vector<std::string>& lines) {
+    ToolProcess help(executable, arguments);
+    EXPECT_EQ(help.status(), 0);
+    EXPECT_EQ(help.err(), "");
+    for (const std::string& line : lines)
+        EXPECT_NE(help.out().find("\n" + line + "\n"), std::string::npos) << line << help.out();
+}
+
 /// Each of these arguments ends the program at once, with status 2, nothing on standard output, and
 /// the words beside them on standard error.
 inline void expectWrongUse(const std::string& executable,
