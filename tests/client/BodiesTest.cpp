@@ -1,4 +1,4 @@
-#include "game/Bodies.h"
+#include "client/Bodies.h"
 #include "src/Player.h"
 #include "tests/client/SessionLine.h"
 #include "tests/support/Arenas.h"
@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <variant>
 
-using drench::game::Bodies;
+using drench::client::Bodies;
 
 namespace {
 
