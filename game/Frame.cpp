@@ -23,6 +23,12 @@ Camera overview(const MapManager& map) {
     return camera;
 }
 
+/// Frames a second. A driver that draws with the processor draws none that the screen cannot show.
+double frameRate(const Settings& settings, const Window& window) {
+    const double limit = settings.frameLimit > 0 ? settings.frameLimit : window.screenRate();
+    return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
+}
+
 FigurePose poseOf(const PlayerUpdate& player) {
     FigurePose pose;
     pose.id = player.id;
@@ -40,8 +46,7 @@ FigurePose poseOf(const PlayerUpdate& player) {
 Frame::Frame(Window& window, client::Session session, MapManager& map, const ArenaMesh& mesh,
              Settings settings)
     : window_(window), session_(std::move(session)), settings_(std::move(settings)),
-      renderer_(mesh),
-      pacing_(settings_.frameLimit > 0 ? settings_.frameLimit : window.screenRate()), bodies_(map),
+      renderer_(mesh), pacing_(frameRate(settings_, window)), bodies_(map),
       opened_(client::Clock::now()) {
     held_.setToggledFire(settings_.toggleFire);
     scene_.camera = overview(map);
