@@ -14,7 +14,7 @@ window there. Closing the window ends all of it. With HOST it joins the room the
   --arena FILE  what is played: a map text, a plan or a voxel file (docs/arena.md); The Dry Fountain
                 unless named
   --bots N      0 to 3 bots, default 3; for a room on this machine
-  --skill X     how well they play, 0 to 1, default 0.4
+  --skill X     how well they play, 0 to 1, default 0.3
   --help        this
 The compiler is that of CXX, where it is set.
 USAGE
@@ -29,7 +29,7 @@ room=
 name=
 arena=
 bots=3
-skill=0.4
+skill=0.3
 of_own_room=
 while [ $# -gt 0 ]; do
   case $1 in
@@ -39,7 +39,7 @@ while [ $# -gt 0 ]; do
       ;;
     --name)
       [ -n "${2-}" ] || misused '--name: says no name'
-      [ "$(LC_ALL=C; printf %s "${#2}")" -le 11 ] || misused "--name $2: longer than 11 bytes"
+      [ "$(printf %s "$2" | wc -c)" -le 11 ] || misused "--name $2: longer than 11 bytes"
       name=$2
       shift 2
       ;;
@@ -55,7 +55,7 @@ while [ $# -gt 0 ]; do
       shift 2
       ;;
     --skill)
-      [[ ${2-} =~ ^(0|1|0?\.[0-9]+|0\.|1\.0*)$ ]] || misused "--skill ${2-}: not 0 to 1"
+      [[ ${2-} =~ ^(0|1|0?\.[0-9]+|1\.0+)$ ]] || misused "--skill ${2-}: not 0 to 1"
       skill=$2
       of_own_room=$1
       shift 2
@@ -106,12 +106,12 @@ if [ -n "$room" ]; then
 fi
 
 log=$(mktemp)
-host_pid=
+room_pid=
 window_pid=
 stop() {
   trap - EXIT
   # shellcheck disable=SC2086  # either may not have been started yet
-  kill $window_pid $host_pid || true
+  kill $window_pid $room_pid || true
   wait
   rm -f "$log"
 } 2>/dev/null
@@ -119,13 +119,28 @@ trap stop EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM HUP
 
-# ./run.sh hosts the room, without bots: it may be full before we are in.
-hosting=(0)
-[ -z "$arena" ] || hosting+=(--arena "$arena")
-./run.sh "${hosting[@]}" >"$log" 2>&1 &
-host_pid=$!
+hosting=(0 --skill "$skill")
+[ "$bots" -eq 0 ] || hosting+=(--bots "$bots")
+if [ -n "$arena" ]; then
+  hosting+=(--arena "$arena")
+  echo "Checking $arena; this takes some ten seconds ..."
+fi
+./run.sh "${hosting[@]}" >"$log" &
+room_pid=$!
 port=
-while [ -z "$port" ] && kill -0 "$host_pid" 2>/dev/null; do
+while [ -z "$port" ]; do
+  sleep 0.05
   port=$(sed -n 's/^The system chose port \([0-9]*\)\.$/\1/p' "$log")
-  [ -n "$port" ] || sleep 0.05
+  if [ -z "$port" ] && ! kill -0 "$room_pid" 2>/dev/null; then
+    status=0
+    wait "$room_pid" || status=$?
+    cat "$log" >&2
+    exit "$status"
+  fi
 done
+
+build/release/drench "localhost:$port" "${window[@]}" &
+window_pid=$!
+status=0
+wait "$window_pid" || status=$?
+exit $status
