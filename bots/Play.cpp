@@ -2,6 +2,7 @@
 
 #include "bots/Ending.h"
 #include "bots/Names.h"
+#include "client/Records.h"
 #include "src/Player.h"
 
 #include <algorithm>
@@ -209,7 +210,7 @@ void Play::giveUp(Seat& seat, Time again, const std::string& trouble) {
 
 void Play::tellOfOtherArena(const Seat& seat, const PlayerUpdate& self) {
     bool& told = told_[seat.room].otherArena;
-    if (told || isDead(self) || canBeThere(*roadmap_.map, self.position))
+    if (told || client::isSoaked(self) || canBeThere(*roadmap_.map, self.position))
         return;
     told = true;
     note_(rooms_[seat.room].name + ": plays an arena that the bots do not know: " + seat.name +

@@ -1,6 +1,7 @@
 #include "bots/ScriptedPlayer.h"
 
 #include "bots/Ending.h"
+#include "client/Records.h"
 #include "client/Session.h"
 
 #include <charconv>
@@ -25,7 +26,7 @@ std::string recordOf(std::int64_t tick, const PlayerUpdate& self) {
         append(line, triple.z);
     }
     return line + ',' + std::to_string(self.points) + ',' + (self.shooting ? '1' : '0') + ',' +
-           (isDead(self) ? '0' : '1') + '\n';
+           (client::isSoaked(self) ? '0' : '1') + '\n';
 }
 
 void act(client::Session& session, const Action& action, client::Time now) {

@@ -1,7 +1,7 @@
 #include "bots/Tally.h"
 
+#include "client/Records.h"
 #include "src/Collisions.h"
-#include "src/Player.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,12 +34,6 @@ std::optional<double> upperMedian(std::vector<double> values) {
     return *middle;
 }
 
-bool isDead(const PlayerUpdate& player) {
-    constexpr vec3 there = Player::soakedPlace;
-    return player.position.x == there.x && player.position.y == there.y &&
-           player.position.z == there.z;
-}
-
 void Scorer::join() {
     ++tally_.joined;
     missedBefore_ = tally_.snapshotsMissed;
@@ -50,7 +44,7 @@ void Scorer::join() {
 void Scorer::see(const PlayerUpdate& self, std::uint64_t missed, client::Time arrival) {
     ++tally_.snapshots;
     tally_.snapshotsMissed = missedBefore_ + missed;
-    const bool dead = isDead(self);
+    const bool dead = client::isSoaked(self);
     if (last_) {
         const bool died = dead && !last_->dead;
         tally_.deaths += died;

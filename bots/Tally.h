@@ -48,9 +48,6 @@ struct Tally {
 /// The middle value, the upper one of two; absent when there is none.
 std::optional<double> upperMedian(std::vector<double> values);
 
-/// Whether a player in a snapshot waits for its respawn.
-bool isDead(const PlayerUpdate& player);
-
 /// Watches one player in its snapshots and keeps its tally.
 class Scorer {
   public:

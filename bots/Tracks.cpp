@@ -2,7 +2,7 @@
 
 #include "arena/Reach.h"
 #include "arena/picture/Picture.h"
-#include "bots/Tally.h"
+#include "client/Records.h"
 #include "src/Collisions.h"
 
 #include <algorithm>
@@ -144,7 +144,7 @@ void drawLegend(Image& image, std::span<const Track> tracks, std::span<const Ima
 } // namespace
 
 void Track::see(const PlayerUpdate& self) {
-    if (isDead(self)) {
+    if (client::isSoaked(self)) {
         if (last_)
             add({*last_, false, true});
         last_.reset();

@@ -1,5 +1,7 @@
 #include "client/Records.h"
 
+#include "src/Player.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -84,6 +86,12 @@ const PlayerUpdate* playerWith(const UpdateMessage& state, char id) {
         std::find_if(std::begin(state.updates), std::end(state.updates),
                      [id](const PlayerUpdate& player) { return id != 0 && player.id == id; });
     return slot == std::end(state.updates) ? nullptr : slot;
+}
+
+bool isSoaked(const PlayerUpdate& player) {
+    constexpr vec3 there = Player::soakedPlace;
+    return player.position.x == there.x && player.position.y == there.y &&
+           player.position.z == there.z;
 }
 
 } // namespace drench::client

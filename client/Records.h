@@ -45,4 +45,7 @@ bool isPlayerId(char id);
 /// The first slot with this identifier, or null if there is none or the identifier is 0.
 const PlayerUpdate* playerWith(const UpdateMessage& state, char id);
 
+/// Whether a state shows the player soaked, waiting for its respawn.
+bool isSoaked(const PlayerUpdate& player);
+
 } // namespace drench::client

@@ -1,7 +1,6 @@
 #include "game/Settings.h"
 
 #include "client/Records.h"
-#include "game/SettingValues.h"
 #include "game/Text.h"
 
 #include <algorithm>

@@ -2,7 +2,6 @@
 
 #include "common/Files.h"
 #include "common/UserFolders.h"
-#include "game/SettingValues.h"
 
 #include <filesystem>
 #include <sstream>

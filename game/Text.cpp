@@ -63,13 +63,6 @@ bool isValid(char32_t number, std::size_t length) {
            (number < 0xD800 || number > 0xDFFF);
 }
 
-std::string_view withoutOuterBlanks(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(' ') + 1 - first);
-}
-
 } // namespace
 
 std::size_t characterLength(std::string_view text, std::size_t at) {
@@ -108,6 +101,13 @@ std::string drawable(std::string_view text) {
         at += std::max<std::size_t>(length, 1);
     }
     return drawn;
+}
+
+std::string_view withoutOuterBlanks(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(' ') + 1 - first);
 }
 
 std::string drawableName(std::string_view name) {

@@ -21,6 +21,8 @@ std::string_view wholeCharacters(std::string_view text, std::size_t mostBytes);
 /// writing direction. At most three times as long.
 std::string drawable(std::string_view text);
 
+std::string_view withoutOuterBlanks(std::string_view text);
+
 /// A player's name as it is drawn, without blanks at its ends; "(no name)" if nothing is left.
 std::string drawableName(std::string_view name);
 

@@ -145,3 +145,14 @@ TEST(States, AreSearchedForAnIdentifier) {
     EXPECT_EQ(client::playerWith(state, '2'), nullptr);
     EXPECT_EQ(client::playerWith(state, '\0'), nullptr) << "the empty slots have it";
 }
+
+TEST(Records, SoakedPlayerIsOneAtThePlaceOfTheSoaked) {
+    PlayerUpdate player;
+    player.position = {-1375.2f, 797.701f, -1280.61f};
+    EXPECT_TRUE(client::isSoaked(player));
+    for (float vec3::*axis : {&vec3::x, &vec3::y, &vec3::z}) {
+        PlayerUpdate beside = player;
+        beside.position.*axis += 0.01f;
+        EXPECT_FALSE(client::isSoaked(beside));
+    }
+}
