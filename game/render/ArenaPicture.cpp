@@ -15,17 +15,31 @@ uniform mat4 toClip;
 layout(location = 0) in vec3 position;
 layout(location = 1) in vec4 colour;
 out vec3 light;
+out vec3 grid;
+const vec3 halves[6] = vec3[6](vec3(0.5, 0.0, 0.0), vec3(-0.5, 0.0, 0.0), vec3(0.0, 0.5, 0.0),
+                               vec3(0.0, -0.5, 0.0), vec3(0.0, 0.0, 0.5), vec3(0.0, 0.0, -0.5));
 void main() {
     gl_Position = toClip * vec4(position, 1.0);
     light = colour.rgb;
+    grid = position / 64.0 + halves[int(colour.a * 255.0 + 0.5)];
 }
 )";
 
 constexpr char fragmentSource[] = R"(
 in vec3 light;
+in vec3 grid;
 out vec4 result;
+uniform float pixel;
 void main() {
-    result = vec4(hazed(light, 1.0 / gl_FragCoord.w), 1.0);
+    float ahead = 1.0 / gl_FragCoord.w;
+    vec3 off = abs(fract(grid) - 0.5);
+    float inwards = 0.5 - max(max(off.x, off.y), off.z);
+    float wide = ahead * pixel;
+    float width = max(0.016, 0.5 * wide);
+    float line = clamp(0.5 + (width - inwards) / wide, 0.0, 1.0) * (0.016 / width);
+    vec3 cube = floor(grid);
+    float tint = fract(dot(cube, vec3(0.6180339, 0.7548777, 0.5698403)) * 7.31);
+    result = vec4(hazed(light * (0.97 + 0.06 * tint - 0.10 * line), ahead), 1.0);
 }
 )";
 
@@ -48,6 +62,7 @@ void ArenaPicture::draw(const Camera& camera, float aspect) const {
     program_.use();
     const glm::mat4 toClip = projectionMatrix(camera, aspect) * viewMatrix(camera);
     glUniformMatrix4fv(program_.uniform("toClip"), 1, GL_FALSE, glm::value_ptr(toClip));
+    glUniform1f(program_.uniform("pixel"), 1.0f / 640.0f / 64.0f);
     array_.bind();
     glDrawElements(GL_TRIANGLES, count_, GL_UNSIGNED_INT, nullptr);
 }
