@@ -32,11 +32,6 @@ constexpr double gentleDrift = 1.0 / 20.0;
 constexpr double firmDrift = 1.0 / 2.0;
 constexpr double clockJump = 30.0;
 
-bool isSoaked(const PlayerUpdate& player) {
-    return player.position.x == Player::soakedPlace.x &&
-           player.position.y == Player::soakedPlace.y && player.position.z == Player::soakedPlace.z;
-}
-
 bool hasLeapt(const PlayerUpdate& from, const PlayerUpdate& to, std::int64_t ticks) {
     return isSoaked(from) != isSoaked(to) ||
            !((to.position - from.position).length() <= leastLeap * static_cast<float>(ticks));

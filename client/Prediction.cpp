@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <utility>
 #include <variant>
 
@@ -49,10 +48,6 @@ constexpr Milliseconds usualRoundTrip = 30.0;
 
 /// World units. How far a body may be from a spawn pose's column to have started there, a tick.
 constexpr float wanderPerTick = 10.0f;
-
-bool isSoaked(const PlayerUpdate& seen) {
-    return std::memcmp(&seen.position, &Player::soakedPlace, sizeof seen.position) == 0;
-}
 
 int playersIn(const UpdateMessage& state) {
     return static_cast<int>(std::count_if(std::begin(state.updates), std::end(state.updates),

@@ -23,10 +23,11 @@ std::optional<client::Prediction::Body> Bodies::own(client::Time now) const {
 
 std::vector<PlayerUpdate> Bodies::others(client::Time now, bool ahead) {
     const client::ArrivalLine& line = prediction_.line();
-    const double target = prediction_.tickAt(now) +
-                          (ahead ? line.delay() / line.period()
-                                 : -client::interpolationDelay(
-                                       line.lateness(), line.latenessSpread(), line.period()));
+    const double target =
+        prediction_.tickAt(now) +
+        (ahead
+             ? line.delay() / line.period()
+             : -client::interpolationDelay(line.lateness(), line.latenessSpread(), line.period()));
     if (ahead != wasAhead_)
         drawnTick_ = {};
     wasAhead_ = ahead;

@@ -1,7 +1,7 @@
 #include "game/Frame.h"
 
 #include "bots/Ending.h"
-#include "game/OwnView.h"
+#include "client/Records.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,21 +10,46 @@ namespace drench::game {
 
 namespace {
 
-/// Counts of the view for each count of the mouse.
-constexpr double sensitivity = 0.5;
+double secondsBetween(client::Time from, client::Time to) {
+    return std::chrono::duration<double>(to - from).count();
+}
 
-/// Degrees from left to right in a wide picture.
-constexpr float fieldOfView = 90.0f;
+/// Above a corner of the arena, seeing all of it: for whoever has no body yet.
+Camera overview(const MapManager& map) {
+    Camera camera;
+    const glm::vec3 middle = glm::vec3(map.width, 0.4f * map.height, map.length) * 0.5f;
+    camera.eye = middle + glm::vec3(0.55f * map.width, 1.3f * map.height, 0.7f * map.length);
+    camera.direction = middle - camera.eye;
+    return camera;
+}
+
+/// Frames a second. A driver that draws with the processor draws none that the screen cannot show.
+double frameRate(const Settings& settings, const Window& window) {
+    const double limit = settings.frameLimit > 0 ? settings.frameLimit : window.screenRate();
+    return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
+}
+
+FigurePose poseOf(const PlayerUpdate& player) {
+    FigurePose pose;
+    pose.id = player.id;
+    pose.position = onScreen(player.position);
+    pose.direction = onScreen(player.direction);
+    pose.rotation = {player.rotation.w, player.rotation.x, player.rotation.y, player.rotation.z};
+    pose.shooting = player.shooting;
+    pose.soaked = client::isSoaked(player);
+    pose.colour = player.id - '1';
+    return pose;
+}
 
 } // namespace
 
-Frame::Frame(Window& window, client::Session session, const MapManager& map, double frameLimit)
-    : window_(window), session_(std::move(session)), renderer_(meshOf(map)),
-      pacing_(frameLimit > 0.0 ? frameLimit : window.screenRate()) {
-    scene_.camera.eye =
-        glm::vec3(map.width, 1.5f * map.height, map.length) * glm::vec3(0.5f, 1.0f, 1.2f);
-    scene_.camera.direction = {0.0f, -0.7f, -1.0f};
-    scene_.camera.fieldOfView = fieldOfViewFrom(fieldOfView);
+Frame::Frame(Window& window, client::Session session, MapManager& map, const ArenaMesh& mesh,
+             Settings settings)
+    : window_(window), session_(std::move(session)), settings_(std::move(settings)),
+      renderer_(mesh), pacing_(frameRate(settings_, window)), bodies_(map),
+      opened_(client::Clock::now()) {
+    held_.setToggledFire(settings_.toggleFire);
+    scene_.camera = overview(map);
 }
 
 void Frame::run() {
@@ -33,8 +58,8 @@ void Frame::run() {
     pacing_.begin(begin);
     takeInputs();
     serviceRoom(begin);
-    const PixelSize size = window_.size();
-    renderer_.draw(scene_, size.width, size.height);
+    compose(begin);
+    drawAgain();
     window_.show();
     times_.add(client::Clock::now() - begin);
 }
@@ -65,14 +90,15 @@ void Frame::takeInputs() {
     for (const WindowEvents::Press& each : events.presses)
         press(each);
     if (capture_.holdsMouse())
-        turning_.moveMouse(events.mouseX, events.mouseY, sensitivity, {});
+        turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
+                           {settings_.invertX, settings_.invertY});
     if (events.focus) {
         capture_.setFocus(*events.focus);
         if (*events.focus)
             held_.gainFocus();
-        else
-            for (const ActionChange& ended : held_.loseFocus())
-                session_.setKey(*roomKey(ended.action), false);
+        for (const ActionChange& ended :
+             *events.focus ? std::vector<ActionChange>{} : held_.loseFocus())
+            act(ended);
     }
     window_.captureMouse(capture_.holdsMouse());
     const ViewCounts counts = turning_.take();
@@ -85,20 +111,24 @@ void Frame::press(const WindowEvents::Press& press) {
         capture_.release();
     if (press.down && press.input.device == Input::Device::mouse && capture_.click())
         return;
-    const std::optional<ActionChange> change = held_.press(bindings_, press.input, press.down);
-    if (!change)
-        return;
-    if (const std::optional<int> key = roomKey(change->action))
-        session_.setKey(*key, change->held);
+    if (const auto change = held_.press(settings_.bindings, press.input, press.down))
+        act(*change);
+}
+
+void Frame::act(const ActionChange& change) {
+    if (const std::optional<int> key = roomKey(change.action))
+        session_.setKey(*key, change.held);
 }
 
 void Frame::serviceRoom(client::Time now) {
     session_.service(now);
+    bodies_.serviced(session_, now);
     while (const std::optional<client::Event> event = session_.nextEvent())
-        take(*event);
+        take(*event, now);
 }
 
-void Frame::take(const client::Event& event) {
+void Frame::take(const client::Event& event, client::Time now) {
+    match_.take(event, now);
     if (trouble_.empty())
         trouble_ = bots::endingBy(event);
     if (std::holds_alternative<client::Joined>(event))
@@ -106,10 +136,26 @@ void Frame::take(const client::Event& event) {
     const auto* snapshot = std::get_if<client::Snapshot>(&event);
     if (!snapshot)
         return;
-    if (const PlayerUpdate* self = session_.self(snapshot->state))
-        look(scene_.camera, *self);
+    bodies_.take(*snapshot, session_);
     for (; acted_ < script_.size() && script_[acted_].tick <= snapshot->tick; ++acted_)
         act(script_[acted_]);
+}
+
+void Frame::compose(client::Time now) {
+    scene_.time = secondsBetween(opened_, now);
+    scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
+    // While soaked, the eye stays where it was.
+    if (const std::optional<client::Prediction::Body> body = bodies_.own(now)) {
+        scene_.camera.eye = onScreen(body->eye);
+        scene_.camera.direction = onScreen(body->player.direction);
+    }
+    scene_.figures.clear();
+    for (const PlayerUpdate& player : bodies_.others(now, settings_.showWhereShotsMeet)) {
+        FigurePose pose = poseOf(player);
+        if (const MatchPlayer* known = match_.player(player.id))
+            pose.name = known->name;
+        scene_.figures.push_back(std::move(pose));
+    }
 }
 
 void Frame::act(const bots::Action& action) {

@@ -3,10 +3,13 @@
 #include "bots/Script.h"
 #include "client/Session.h"
 #include "common/GapHistogram.h"
+#include "game/Bodies.h"
 #include "game/Capture.h"
 #include "game/HeldActions.h"
+#include "game/Match.h"
 #include "game/Pacing.h"
 #include "game/Scene.h"
+#include "game/Settings.h"
 #include "game/Turning.h"
 #include "game/Window.h"
 #include "game/render/Renderer.h"
@@ -21,7 +24,9 @@ namespace drench::game {
 class Frame {
   public:
     /// @param session  joining or playing
-    Frame(Window& window, client::Session session, const MapManager& map, double frameLimit);
+    /// @param map  the room's arena, and its surface; the map must outlive this
+    Frame(Window& window, client::Session session, MapManager& map, const ArenaMesh& mesh,
+          Settings settings);
 
     /// Lets these inputs go to the room besides one's own.
     void playScript(std::vector<bots::Action> script) { script_ = std::move(script); }
@@ -41,7 +46,7 @@ class Frame {
     /// How long frames took from their first event to their last pixel.
     const GapHistogram& times() const { return times_; }
 
-    /// Draws the last frame once more, leaving it in the back buffer.
+    /// Draws the last frame once more, for a picture of it, without showing it.
     void drawAgain() const;
 
   private:
@@ -49,15 +54,17 @@ class Frame {
     void takeInputs();
     void press(const WindowEvents::Press& press);
     void serviceRoom(client::Time now);
-    void take(const client::Event& event);
+    void take(const client::Event& event, client::Time now);
+    void act(const ActionChange& change);
     void act(const bots::Action& action);
+    void compose(client::Time now);
 
     Window& window_;
     client::Session session_;
+    Settings settings_;
     Renderer renderer_;
     Pacing pacing_;
 
-    Bindings bindings_;
     HeldActions held_;
     Turning turning_;
     Capture capture_;
@@ -65,6 +72,9 @@ class Frame {
     std::vector<bots::Action> script_;
     std::size_t acted_ = 0;
 
+    Match match_;
+    Bodies bodies_;
+    client::Time opened_;
     Scene scene_;
     std::string trouble_;
     bool hasJoined_ = false;

@@ -2,6 +2,7 @@
 
 #include "arena/picture/Image.h"
 #include "common/CommandLine.h"
+#include "game/Settings.h"
 #include "src/FilePath.h"
 #include "src/Messages.h"
 
@@ -13,8 +14,6 @@ namespace {
 
 /// Pixels; in a smaller window nothing can be read.
 constexpr int smallestSide = 100;
-
-constexpr double mostFramesPerSecond = 1000.0;
 
 /// The characters of a name that the server keeps.
 constexpr std::size_t longestName = sizeof PlayerUpdate::name - 1;
@@ -39,8 +38,8 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
         return app.add_option(name, value, description)->type_name(type);
     };
     option("room", options.room, "Where to play", "HOST[:PORT]")->capture_default_str();
-    option("--name", options.name, "Your name, at most 11 characters", "NAME")
-        ->capture_default_str();
+    option("--name", options.name, "Your name, at most 11 bytes", "NAME")
+        ->default_str("that of the settings");
     option("--arena", options.arena,
            "What the room plays, if it is not the arena beside drench: a map text, plan or voxel "
            "file",
@@ -58,14 +57,14 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
         ->default_str("1280x720");
     option("--fps-limit", options.frameLimit, "The most frames a second; 0 for the screen's own",
            "N")
-        ->check(numberBetween(0.0, mostFramesPerSecond))
-        ->capture_default_str();
+        ->check(numberBetween(frameLimitLimits.least, frameLimitLimits.most))
+        ->default_str("that of the settings");
     app.add_flag("--frame-times", options.frameTimes, "Say at the end how long frames took");
     return parseArguments(app, argc, argv, [&] {
         options.size = {size[0], size[1]};
         if (options.name.size() > longestName)
             throw CLI::ValidationError("--name", options.name + " has more than " +
-                                                     std::to_string(longestName) + " characters");
+                                                     std::to_string(longestName) + " bytes");
     });
 }
 

@@ -10,7 +10,9 @@ namespace drench::game {
 /// What the command line of the window asks for.
 struct Options {
     std::string room = "localhost:5000";
-    std::string name = "Player";
+
+    /// Empty for the name of the settings.
+    std::string name;
 
     /// The arena file that the room plays.
     std::string arena;
@@ -26,8 +28,8 @@ struct Options {
 
     PixelSize size;
 
-    /// The most frames a second; 0 for the screen's own.
-    double frameLimit = 0.0;
+    /// The most frames a second, 0 for the screen's own; nothing for those of the settings.
+    std::optional<int> frameLimit;
 
     /// Whether to say at the end how long frames took.
     bool frameTimes = false;

@@ -8,8 +8,10 @@
 #include "common/Timekeeper.h"
 #include "game/Frame.h"
 #include "game/Options.h"
+#include "game/SettingsFile.h"
 #include "game/render/Screenshot.h"
 
+#include <future>
 #include <iostream>
 
 using namespace drench;
@@ -27,6 +29,16 @@ void sayFrameTimes(const GapHistogram& times) {
               << decimals(times.longest(), 1) << " ms\n";
 }
 
+Settings readOwnSettings() {
+    const std::string file = settingsFile();
+    if (file.empty())
+        return {};
+    ReadSettings read = readSettings(file);
+    for (const std::string& problem : read.problems)
+        std::cerr << problem << '\n';
+    return read.settings;
+}
+
 int play(const Options& options) {
     std::string problem;
     const std::optional<client::RoomAddress> room = client::resolve(options.room, problem);
@@ -39,14 +51,23 @@ int play(const Options& options) {
         script = bots::readScript(readFile(options.script), options.script);
     if (!options.screenshot.empty())
         requireWritable(options.screenshot);
+    Settings settings = readOwnSettings();
+    if (!options.name.empty())
+        settings.name = options.name;
+    if (options.frameLimit)
+        settings.frameLimit = *options.frameLimit;
 
     listenForSignals();
+    // The surface takes some tenths of a second, and so does opening the window.
+    std::future<ArenaMesh> mesh =
+        std::async(std::launch::async, [&] { return meshOf(arena.text.map); });
     Window window("Drench", options.size);
+    const ArenaMesh surface = mesh.get();
     std::optional<client::Session> session =
-        client::Session::join(room->address, options.name, client::Clock::now(), problem);
+        client::Session::join(room->address, settings.name, client::Clock::now(), problem);
     if (!session)
         throw InputError(room->name + ": " + problem);
-    Frame frame(window, std::move(*session), arena.text.map, options.frameLimit);
+    Frame frame(window, std::move(*session), arena.text.map, surface, settings);
     frame.playScript(std::move(script));
     const Timekeeper timekeeper(options.seconds);
     while (frame.goesOn() && timekeeper.goesOn())
