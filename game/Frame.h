@@ -3,7 +3,7 @@
 #include "bots/Script.h"
 #include "client/Session.h"
 #include "common/GapHistogram.h"
-#include "game/Bodies.h"
+#include "client/Bodies.h"
 #include "game/Capture.h"
 #include "game/HeldActions.h"
 #include "game/Match.h"
@@ -73,7 +73,7 @@ class Frame {
     std::size_t acted_ = 0;
 
     Match match_;
-    Bodies bodies_;
+    client::Bodies bodies_;
     client::Time opened_;
     Scene scene_;
     std::string trouble_;
