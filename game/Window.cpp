@@ -88,6 +88,14 @@ void Window::captureMouse(bool captured) {
     SDL_FlushEvent(SDL_MOUSEMOTION);
 }
 
+void Window::fillScreen(bool full) {
+    SDL_SetWindowFullscreen(window_.get(), full ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
+}
+
+void Window::waitForScreen(bool waits) {
+    SDL_GL_SetSwapInterval(waits ? 1 : 0);
+}
+
 void Window::show() {
     SDL_GL_SwapWindow(window_.get());
 }

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <deque>
+
+namespace drench::game {
+
+/// How long the latest frames took, for a graph.
+class FrameTimes {
+  public:
+    static constexpr std::size_t most = 240;
+
+    struct Times {
+        /// Milliseconds from the beginning of the frame before, and of work in it.
+        float interval = 0.0f;
+        float work = 0.0f;
+    };
+
+    void add(Times times) {
+        if (latest_.size() == most)
+            latest_.pop_front();
+        latest_.push_back(times);
+    }
+
+    /// The oldest first.
+    const std::deque<Times>& latest() const { return latest_; }
+
+  private:
+    std::deque<Times> latest_;
+};
+
+} // namespace drench::game
