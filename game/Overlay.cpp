@@ -113,7 +113,8 @@ void Overlay::drawMatch(const View& view, const Visit& visit, const Settings& se
     HudView hud;
     hud.now = view.now;
     hud.palette = palette;
-    hud.hasCrosshair = isOpen && match.self() && !match.self()->soakedSince;
+    hud.hasCrosshair =
+        isOpen && !showsTable_ && match.self() && !match.self()->soakedSince;
     if (size.y > 0.0f)
         hud.labels = labelsOf(*view.scene, grid_, size.x / size.y);
     hud.warnings = warnings_;

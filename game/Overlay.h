@@ -1,10 +1,11 @@
 #pragma once
 
 #include "arena/Rays.h"
-#include "game/Bodies.h"
+#include "client/Bodies.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
 #include "game/RoomList.h"
+#include "game/Scene.h"
 #include "game/Settings.h"
 #include "game/Visit.h"
 #include "game/Window.h"
@@ -44,7 +45,7 @@ class Overlay {
         const Scene* scene = nullptr;
 
         /// Null outside of a match.
-        const Bodies* bodies = nullptr;
+        const client::Bodies* bodies = nullptr;
         const FrameTimes* frames = nullptr;
         double frameBudget = 0.0;
         double screenRate = 0.0;

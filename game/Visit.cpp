@@ -81,7 +81,7 @@ void Visit::service(Time now, const Listener& listener) {
         listener.take(*event, *session_);
     }
     if (session_->isPlaying())
-        line_.add(now, countsOf(*session_, lastSnapshot_));
+        line_.add(now, countsOf(*session_, frame_, lastSnapshot_));
     if (!session_->isOpen())
         session_.reset();
 }

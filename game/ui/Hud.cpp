@@ -54,6 +54,8 @@ class Pen {
         ImU32 colour = shade::white;
     };
 
+    /// A player of a notice, who may have been unknown when it came.
+    Part partOf(const Named& named) const;
     float widthOf(const Part& part) const;
     void write(ImVec2 place, const Part& part, float opacity) const;
     void pill(float top, bool atRight, const std::vector<Part>& parts, float opacity) const;
@@ -77,6 +79,14 @@ constexpr float pillHeight = 30.0f;
 constexpr float pillPadding = 13.0f;
 constexpr float partGap = 8.0f;
 constexpr float margin = 18.0f;
+
+Pen::Part Pen::partOf(const Named& named) const {
+    const auto hasName = [&](const MatchPlayer& each) { return each.name == named.name; };
+    const auto& players = match_.players();
+    if (named.id || std::count_if(players.begin(), players.end(), hasName) != 1)
+        return {named.name, named.id};
+    return {named.name, std::find_if(players.begin(), players.end(), hasName)->id};
+}
 
 float Pen::widthOf(const Part& part) const {
     const float mark = part.id ? px(2.0f * markRadius + markGap) : 0.0f;
@@ -176,17 +186,17 @@ void Pen::notices() const {
         switch (notice->kind) {
         case MatchNotice::Kind::soaking:
             pill(top, true,
-                 {{notice->who.name, notice->who.id},
+                 {partOf(notice->who),
                   {"soaked", 0, shade::water},
-                  {notice->whom.name, notice->whom.id}},
+                  partOf(notice->whom)},
                  opacity);
             break;
         case MatchNotice::Kind::joined:
-            pill(top, true, {{notice->who.name, notice->who.id}, {"joined", 0, shade::pale}},
+            pill(top, true, {partOf(notice->who), {"joined", 0, shade::pale}},
                  opacity);
             break;
         case MatchNotice::Kind::left:
-            pill(top, true, {{notice->who.name, notice->who.id}, {"left", 0, shade::pale}},
+            pill(top, true, {partOf(notice->who), {"left", 0, shade::pale}},
                  opacity);
             break;
         case MatchNotice::Kind::other:
