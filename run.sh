@@ -6,12 +6,13 @@ cd "$(dirname "$0")"
 
 usage() {
   cat <<'USAGE'
-usage: ./run.sh [port] [--arena FILE] [--bots N]
+usage: ./run.sh [port] [--arena FILE] [--bots N [--skill X]]
 Builds the server where needed and starts a room, which Ctrl-C ends.
   port          0 to 65535, default 5000; for 0 the system chooses one, and you are told
   --arena FILE  play there instead of in The Dry Fountain: a map text, a plan or a voxel file,
                 checked first (docs/arena.md)
   --bots N      1 to 4 bots play along (docs/bots.md)
+  --skill X     how well they play, 0 to 1, default 0.5
   --help        this
 The compiler is that of CXX, where it is set.
 USAGE
@@ -24,6 +25,7 @@ misused() {
 
 port=
 bots=0
+skill=0.5
 arena=
 while [ $# -gt 0 ]; do
   case $1 in
@@ -34,6 +36,11 @@ while [ $# -gt 0 ]; do
     --bots)
       [[ ${2-} =~ ^[1-4]$ ]] || misused "--bots ${2-}: not 1 to 4"
       bots=$2
+      shift 2
+      ;;
+    --skill)
+      [[ ${2-} =~ ^(0|1|0?\.[0-9]+|1\.0+)$ ]] || misused "--skill ${2-}: not 0 to 1"
+      skill=$2
       shift 2
       ;;
     --arena)
@@ -165,7 +172,8 @@ if [ -n "$chosen" ]; then
   fi
   if [ "$bots" -gt 0 ]; then
     echo 'The bots join in some seconds, the first time once they have charted the arena.'
-    build/release/drench-bots "localhost:$port" --arena "$mapdata" --players "$bots" --quiet &
+    build/release/drench-bots "localhost:$port" --arena "$mapdata" --players "$bots" --skill "$skill" \
+      --quiet &
     players_pid=$!
   fi
 fi

@@ -44,9 +44,8 @@ need_tool_libraries() {
   need libpng libpng-dev has_header png.h
 }
 
-# For the window.
+# For the window, beside those of the tools.
 need_window_libraries() {
-  need CLI11 libcli11-dev has_header CLI/CLI.hpp
   need pkg-config pkg-config command -v pkg-config
   need SDL2 libsdl2-dev has_library sdl2
   need epoxy libepoxy-dev has_library epoxy

@@ -56,6 +56,22 @@ void Inputs::say(std::string_view text) {
         words.emplace_back(untilZero(text).substr(0, sizeof TalkMessage::text));
 }
 
+void Inputs::sendAgain(const InputRecord& lost, Time now) {
+    if (const auto* view = std::get_if<ViewMessage>(&lost))
+        turn(view->dx, view->dy);
+    const auto* const record = std::get_if<KeyMessage>(&lost);
+    if (!record || record->key < 0 || record->key >= keyIndex::count)
+        return;
+    if (record->key == keyIndex::jump) {
+        jump = true;
+        return;
+    }
+    Key& key = keys[static_cast<std::size_t>(record->key)];
+    key.sendAt = now;
+    if (!key.isDown)
+        key.releasesLeft = std::max(key.releasesLeft, 1);
+}
+
 bool Inputs::isEmpty() const {
     return !jump && dx == 0 && dy == 0 && words.empty();
 }

@@ -49,6 +49,10 @@ struct Inputs {
     /// wait.
     void say(std::string_view text);
 
+    /// Makes a lost record good: its key's present state is due at `now`, its jump is asked for, or
+    /// its mouse counts are added. Words are dropped.
+    void sendAgain(const InputRecord& lost, Time now);
+
     /// Whether no jump, mouse counts or words wait.
     bool isEmpty() const;
 

@@ -118,6 +118,11 @@ void Session::say(std::string_view text) {
         parts_.inputs.say(text);
 }
 
+void Session::sendAgain(const InputRecord& lost) {
+    if (isPlaying())
+        parts_.inputs.sendAgain(lost, parts_.now);
+}
+
 void Session::leave(Time now) {
     if (!isOpen())
         return;

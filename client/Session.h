@@ -116,6 +116,10 @@ class Session {
     /// Sends chat to everyone: at most 30 bytes, up to the first 0 byte.
     void say(std::string_view text);
 
+    /// Makes an input good that got lost, with the next service(): tells how its key is now, asks
+    /// for its jump or adds its mouse counts again. Words are not sent again.
+    void sendAgain(const InputRecord& lost);
+
     /// The inputs that the last service() or leave() sent at the moment passed to it, in order,
     /// repeated keys included; for predicting their effect in the room.
     const std::vector<InputRecord>& sentInputs() const { return parts_.sentInputs; }

@@ -30,6 +30,11 @@ if(DRENCH_TOOLS)
   add_test(NAME Scripts.RunStartsTheRoomAskedFor
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/scripts/run.sh ${PROJECT_BINARY_DIR})
   set_tests_properties(Scripts.RunStartsTheRoomAskedFor PROPERTIES TIMEOUT 300)
+  if(DRENCH_WINDOW)
+    add_test(NAME Scripts.PlayOpensTheWindowInTheRoomAskedFor
+             COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/scripts/play.sh ${PROJECT_BINARY_DIR})
+    set_tests_properties(Scripts.PlayOpensTheWindowInTheRoomAskedFor PROPERTIES TIMEOUT 300)
+  endif()
   add_test(NAME Deploy.RoomLivesUnderItsServiceUnit
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/service.sh ${PROJECT_BINARY_DIR}
                    ${PROJECT_BINARY_DIR}/drench-confined)

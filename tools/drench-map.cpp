@@ -3,9 +3,9 @@
 #include "arena/NewPlan.h"
 #include "arena/Plan.h"
 #include "common/Console.h"
+#include "common/ExitStatus.h"
 #include "common/Files.h"
 #include "tools/CheckReport.h"
-#include "tools/ExitStatus.h"
 #include "tools/MapCommand.h"
 #include "tools/PictureCommand.h"
 

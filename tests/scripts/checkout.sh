@@ -7,7 +7,7 @@ folder=$(mktemp -d)
 chmod 755 "$folder"
 checkout=$folder/drench
 mkdir "$checkout" "$folder/bin" "$folder/elsewhere"
-cp -r "$source_tree"/{run.sh,test.sh,fuzz.sh,CMakePresets.json,.ci,Resources} "$checkout"
+cp -r "$source_tree"/{run.sh,play.sh,test.sh,fuzz.sh,CMakePresets.json,.ci,Resources} "$checkout"
 unset CXX CI
 export PATH=$folder/bin:$PATH
 
@@ -31,7 +31,7 @@ if [ "\$1" = --preset ]; then
   fi
 else
   echo '[ 50%] Building half of it'
-  for program in drench-server drench-map drench-bots; do
+  for program in drench-server drench-map drench-bots drench; do
     [ -e "build/\$3/\$program" ] || cp "$build/\$program" "build/\$3" 2>/dev/null || true
   done
   echo '[100%] Built target all'

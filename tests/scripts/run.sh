@@ -55,7 +55,7 @@ for help in --help -h; do
   expect "$help succeeds" [ "$(status_of ./run.sh $help)" -eq 0 ]
   expect "$help names the options" says "$folder/said" '--arena FILE'
 done
-for wrong in 65536 x '5000 5001' '--bots 5' '--bots' '--arena'; do
+for wrong in 65536 x '5000 5001' '--bots 5' '--bots' '--skill 1.5' '--skill' '--arena'; do
   # shellcheck disable=SC2086  # words
   expect "$wrong is refused" [ "$(status_of ./run.sh $wrong)" -eq 2 ]
   expect "it is said that $wrong is wrong" says "$folder/said" "${wrong##* }"
@@ -123,10 +123,11 @@ cp "\$3" "$folder/bots.arena"
 echo "\$*" >"$folder/bots.arguments"
 exec sleep 60
 BOTS
-start 0 --bots 3 --arena "$court"
+start 0 --bots 3 --skill 0.25 --arena "$court"
 expect 'bots join' within 10 test -s "$folder/bots.arguments"
 expect 'bots join the very room' says "$folder/bots.arguments" "localhost:$port --arena"
 expect 'as many bots join as were asked for' says "$folder/bots.arguments" '--players 3'
+expect 'bots play as well as asked for' says "$folder/bots.arguments" '--skill 0.25'
 expect 'bots know the arena that is played' cmp -s "$court" "$folder/bots.arena"
 stop
 

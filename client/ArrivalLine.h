@@ -1,0 +1,66 @@
+#pragma once
+
+#include "client/Explanation.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace drench::client {
+
+/// When snapshots are due, and how long records take to act, learnt from snapshots whose ticks and
+/// records are known.
+class ArrivalLine {
+  public:
+    /// The snapshot of tick `tick` came. Earlier ones are renumbered first if the snapshot before
+    /// it was of another tick than believed.
+    void arrival(std::int64_t tick, std::int64_t tickBefore, Milliseconds at, Milliseconds period);
+
+    bool hasArrivals() const { return count_ > 0; }
+
+    /// When the newest snapshot was due: the earliest of the recent arrivals, carried on to it. A
+    /// few late arrivals leave it alone; after a stall of the room it follows at once when the last
+    /// early arrival is forgotten.
+    Milliseconds due() const { return due_; }
+    Milliseconds period() const { return period_; }
+
+    /// The mean delay of arrivals behind due(), and its standard deviation.
+    Milliseconds lateness() const { return lateness_; }
+    Milliseconds latenessSpread() const;
+
+    /// The moment `fraction` ticks after the newest, gently corrected, for drawing: a step of due()
+    /// shows as a small change of speed.
+    double ticksSince(Milliseconds now) const { return (now - drawnDue_) / period_; }
+
+    /// A record sent at `sentAt` acted in the newest tick.
+    void acted(Milliseconds sentAt);
+
+    /// A first guess of delay(): the round trip.
+    void guessDelay(Milliseconds roundTrip) { delay_ = roundTrip; }
+
+    /// From the sending of a record to the due moment of the first tick in which it can act.
+    Milliseconds delay() const { return delay_; }
+
+    /// The standard deviation of that, apart from the wait for the tick.
+    Milliseconds spread() const;
+
+  private:
+    static constexpr std::size_t kept = 16;
+
+    struct Arrival {
+        std::int64_t tick;
+        Milliseconds at;
+    };
+
+    std::array<Arrival, kept> arrivals_ = {};
+    std::size_t count_ = 0;
+    Milliseconds due_ = 0.0;
+    Milliseconds drawnDue_ = 0.0;
+    Milliseconds period_ = 16.4;
+    Milliseconds delay_ = 0.0;
+    double variance_ = 50.0;
+    Milliseconds lateness_ = 0.0;
+    double latenessVariance_ = 4.0;
+};
+
+} // namespace drench::client

@@ -1,0 +1,89 @@
+#include "game/ArenaMesh.h"
+
+#include "arena/Materials.h"
+#include "game/ArenaFaces.h"
+#include "game/ArenaLight.h"
+#include "game/SunShadows.h"
+
+namespace drench::game {
+
+namespace {
+
+using arena::Light;
+
+/// The light at a point of a face between its corners.
+Light between(const CornerLight& corners, glm::dvec2 point) {
+    const Light low = arena::mixed(corners[0], corners[1], point.x);
+    const Light high = arena::mixed(corners[3], corners[2], point.x);
+    return arena::mixed(low, high, point.y);
+}
+
+/// Adds the faces of one map, each lit, one after the other.
+class Builder {
+  public:
+    explicit Builder(const MapManager& map) : map_(map) {}
+
+    void add(const CubeFace& face, const SunnyFace& sunny, double slope,
+             const CornerLight& ambient) {
+        const Box& cube = arena::cell(map_, face.cube.column, face.cube.row, face.cube.depth);
+        const Light material = arena::lightOf(arena::colourOf(cube.cellValue));
+        const auto addAll = [&](const std::vector<Polygon>& polygons, double sun) {
+            for (const Polygon& polygon : polygons) {
+                const auto base = static_cast<std::uint32_t>(mesh_.vertices.size());
+                for (const glm::dvec2 point : polygon) {
+                    Light light = exposed(arena::sum(between(ambient, point), sunLight, sun));
+                    for (std::size_t c = 0; c < 3; ++c)
+                        light[c] *= material[c];
+                    addVertex(face, point, arena::colourFrom(light));
+                }
+                addFan(base, static_cast<std::uint32_t>(polygon.size()), face.side > 0);
+            }
+        };
+        addAll(sunny.lit, slope);
+        addAll(sunny.shaded, 0.0);
+    }
+
+    ArenaMesh take() { return std::move(mesh_); }
+
+  private:
+    void addVertex(const CubeFace& face, glm::dvec2 point, arena::Colour colour) {
+        glm::dvec3 at(face.cube.column, face.cube.row, face.cube.depth);
+        at[face.axis] += face.side > 0 ? 1.0 : 0.0;
+        at[firstAlong(face.axis)] += point.x;
+        at[secondAlong(face.axis)] += point.y;
+        mesh_.vertices.push_back({glm::vec3(at * double(arena::cubeEdge)),
+                                  {colour.red, colour.green, colour.blue},
+                                  static_cast<std::uint8_t>(2 * face.axis + (face.side > 0))});
+    }
+
+    void addFan(std::uint32_t base, std::uint32_t count, bool towardsNormal) {
+        for (std::uint32_t i = 1; i + 1 < count; ++i) {
+            mesh_.indices.push_back(base);
+            mesh_.indices.push_back(base + (towardsNormal ? i : i + 1));
+            mesh_.indices.push_back(base + (towardsNormal ? i + 1 : i));
+        }
+    }
+
+    const MapManager& map_;
+    ArenaMesh mesh_;
+};
+
+} // namespace
+
+ArenaMesh meshOf(const MapManager& map) {
+    const std::vector<CubeFace> faces = visibleFaces(map);
+    const SunShadows shadows(map, towardsSun);
+    std::vector<SunnyFace> sunny;
+    std::vector<double> shares;
+    for (const CubeFace& face : faces) {
+        sunny.push_back(shadows.on(face));
+        shares.push_back(sunny.back().share() * shadows.slope(face));
+    }
+    const std::vector<CornerLight> ambient = ambientLight(map, faces, shares);
+    Builder builder(map);
+    for (std::size_t i = 0; i < faces.size(); ++i)
+        builder.add(faces[i], sunny[i], shadows.slope(faces[i]), ambient[i]);
+    return builder.take();
+}
+
+} // namespace drench::game

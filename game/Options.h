@@ -1,0 +1,42 @@
+#pragma once
+
+#include "game/Window.h"
+
+#include <optional>
+#include <string>
+
+namespace drench::game {
+
+/// What the command line of the window asks for.
+struct Options {
+    std::string room = "localhost:5000";
+
+    /// Empty for the name of the settings.
+    std::string name;
+
+    /// The arena file that the room plays.
+    std::string arena;
+
+    /// How long to play; 0 until the window is closed.
+    double seconds = 0.0;
+
+    /// A picture of the last frame is written there; empty for none.
+    std::string screenshot;
+
+    /// Inputs to send as drench-bots does; empty for none.
+    std::string script;
+
+    PixelSize size;
+
+    /// The most frames a second, 0 for the screen's own; nothing for those of the settings.
+    std::optional<int> frameLimit;
+
+    /// Whether to say at the end how long frames took.
+    bool frameTimes = false;
+};
+
+/// Reads the command line. Returns the exit status if the program is to end, after --help or wrong
+/// use.
+std::optional<int> readOptions(int argc, char** argv, Options& options);
+
+} // namespace drench::game

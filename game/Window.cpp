@@ -1,0 +1,95 @@
+#include "game/Window.h"
+
+#include "common/Files.h"
+
+#include <cstdlib>
+#include <epoxy/gl.h>
+#include <string_view>
+
+namespace drench::game {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& what) {
+    throw InputError(what + ": " + SDL_GetError());
+}
+
+bool isSoftware(std::string_view renderer) {
+    for (const std::string_view name : {"llvmpipe", "softpipe", "swrast", "SWR"}) {
+        if (renderer.find(name) != std::string_view::npos)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+Window::Library::Library() {
+    // Ctrl-C is the program's own.
+    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+    // Counts as the mouse gives them, whatever the desktop does to its pointer.
+    SDL_SetHint(SDL_HINT_MOUSE_RELATIVE_SCALING, "0");
+    SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
+    // Of SDL's drivers only those that somebody can see, unless the user names another.
+    SDL_SetHint(SDL_HINT_VIDEODRIVER, std::getenv("WAYLAND_DISPLAY") ? "x11,wayland" : "x11");
+    if (SDL_Init(SDL_INIT_VIDEO) != 0)
+        fail("there is no display to open a window on");
+}
+
+Window::Window(const std::string& title, PixelSize size) {
+    SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
+    SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
+    SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
+    SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 24);
+    SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+    window_.reset(SDL_CreateWindow(
+        title.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, size.width, size.height,
+        SDL_WINDOW_OPENGL | SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI));
+    if (!window_)
+        fail("no window with OpenGL can be opened");
+    context_.reset(SDL_GL_CreateContext(window_.get()));
+    if (!context_)
+        fail("the graphics driver offers no OpenGL 3.3");
+    const auto* renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+    drawsInSoftware_ = renderer && isSoftware(renderer);
+    SDL_GL_SetSwapInterval(1);
+}
+
+PixelSize Window::size() const {
+    PixelSize size;
+    SDL_GL_GetDrawableSize(window_.get(), &size.width, &size.height);
+    return size;
+}
+
+double Window::screenRate() const {
+    constexpr double usualRate = 60.0;
+    SDL_DisplayMode mode;
+    const int display = SDL_GetWindowDisplayIndex(window_.get());
+    const bool known = display >= 0 && SDL_GetCurrentDisplayMode(display, &mode) == 0;
+    return known && mode.refresh_rate > 0 ? mode.refresh_rate : usualRate;
+}
+
+WindowEvents Window::takeEvents() {
+    WindowEvents events;
+    SDL_Event event;
+    while (SDL_PollEvent(&event) != 0)
+        add(events, event);
+    if (!mouseIsCaptured_)
+        events.mouseX = events.mouseY = 0;
+    return events;
+}
+
+void Window::captureMouse(bool captured) {
+    if (captured == mouseIsCaptured_)
+        return;
+    mouseIsCaptured_ = captured;
+    SDL_SetRelativeMouseMode(captured ? SDL_TRUE : SDL_FALSE);
+    SDL_PumpEvents();
+    SDL_FlushEvent(SDL_MOUSEMOTION);
+}
+
+void Window::show() {
+    SDL_GL_SwapWindow(window_.get());
+}
+
+} // namespace drench::game

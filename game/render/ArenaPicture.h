@@ -1,0 +1,24 @@
+#pragma once
+
+#include "game/ArenaMesh.h"
+#include "game/Camera.h"
+#include "game/render/Buffers.h"
+#include "game/render/Program.h"
+
+namespace drench::game {
+
+/// The arena, with the haze of distance.
+class ArenaPicture {
+  public:
+    explicit ArenaPicture(const ArenaMesh& mesh);
+    void draw(const Camera& camera, float aspect) const;
+
+  private:
+    Program program_;
+    VertexArray array_;
+    Buffer vertices_;
+    Buffer indices_;
+    GLsizei count_;
+};
+
+} // namespace drench::game

@@ -1,0 +1,180 @@
+#include "tests/client/PredictedLine.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+using namespace drench;
+using namespace drench::client;
+
+namespace {
+
+Clock::duration milliseconds(double count) {
+    return std::chrono::duration_cast<Clock::duration>(
+        std::chrono::duration<double, std::milli>(count));
+}
+
+/// Milliseconds: from tick to tick.
+constexpr double shortestTick = 16.2;
+constexpr double longestTick = 16.8;
+constexpr double period = (shortestTick + longestTick) / 2.0;
+
+/// Milliseconds: now and then a tick of a loaded room is late by up to this.
+constexpr double latestTick = 20.0;
+constexpr double lateTickShare = 0.002;
+
+constexpr double viewEvery = 8.0;
+constexpr double keyEvery = 500.0;
+constexpr char id = '1';
+
+} // namespace
+
+PredictedLine::PredictedLine(const std::string& mapText, const Settings& settings)
+    : truth(id, "Ann", 0.0f, static_cast<int>(settings.seed % Player::spawnPoseCount)),
+      prediction(map_), now(Time() + std::chrono::hours(1)), settings_(settings),
+      up_(settings.line, settings.seed), down_(settings.line, settings.seed + 1000),
+      chance_(settings.seed + 2000), nextTick_(now), nextView_(now), nextKey_(now) {
+    map_.init(mapText);
+    truth.setMapMan(&map_);
+}
+
+void PredictedLine::sendKey(int key, bool isDown) {
+    KeyMessage record;
+    record.id = id;
+    record.key = static_cast<signed char>(key);
+    record.down = static_cast<char>(isDown);
+    send(record);
+}
+
+void PredictedLine::sendView(int dx, int dy) {
+    ViewMessage record;
+    record.id = id;
+    record.dx = dx;
+    record.dy = dy;
+    send(record);
+}
+
+void PredictedLine::send(const InputRecord& record) {
+    prediction.sent({record}, now);
+    const lag::Fate fate = up_.decide(now);
+    for (int copy = 0; copy < fate.copies; ++copy)
+        ups_.push_back({fate.due, record, sent_});
+    if (const auto body = prediction.body(now))
+        predicted_[sent_] = body->player.position;
+    ++sent_;
+}
+
+void PredictedLine::pass(double duration) {
+    const Time end = now + milliseconds(duration);
+    for (;;) {
+        Time next = std::min(end, nextTick_);
+        if (!ups_.empty())
+            next = std::min(next, ups_.front().at);
+        if (!downs_.empty())
+            next = std::min(next, downs_.front().at);
+        now = next;
+        if (!ups_.empty() && ups_.front().at == now) {
+            const Up up = ups_.front();
+            ups_.pop_front();
+            acted_[up.number] = tick + 1;
+            if (truth.dead)
+                continue;
+            if (const auto* view = std::get_if<ViewMessage>(&up.record))
+                truth.rotateView(view->dx, view->dy);
+            else if (const auto* key = std::get_if<KeyMessage>(&up.record))
+                truth.setKey(key->key, key->down != 0);
+        } else if (!downs_.empty() && downs_.front().at == now) {
+            const UpdateMessage state = downs_.front().state;
+            downs_.pop_front();
+            take(state);
+        } else if (nextTick_ == now) {
+            playTick();
+        } else {
+            return;
+        }
+    }
+}
+
+void PredictedLine::playTick() {
+    ++tick;
+    if (truth.dead && now >= respawn_) {
+        truth.dead = false;
+        truth.spawnAt(chance_.below(Player::spawnPoseCount));
+    } else if (!truth.dead && movesNext) {
+        truth.update(0.0f);
+    }
+    movesNext = true;
+    places_[tick] = truth.position;
+    UpdateMessage state;
+    state.add(truth.getPlayerUpdate());
+    const lag::Fate fate = down_.decide(now);
+    for (int copy = 0; copy < fate.copies && snapshotsToLose == 0; ++copy)
+        downs_.push_back({fate.due, state});
+    snapshotsToLose = std::max(0, snapshotsToLose - 1);
+    if (isSoaking_ && !truth.dead) {
+        truth.die(0.0f);
+        respawn_ = now + milliseconds(Player::respawnDelay);
+    }
+    isSoaking_ = false;
+    const double late = chance_.happens(lateTickShare) ? chance_.between(0.0, latestTick) : 0.0;
+    nextTick_ = now + milliseconds(chance_.between(shortestTick, longestTick) + late);
+}
+
+void PredictedLine::take(const UpdateMessage& state) {
+    hasJoined_ = true;
+    const double roundTrip =
+        2.0 * std::chrono::duration<double, std::milli>(settings_.line.delay).count();
+    matches.push_back(prediction.take({state, 0, now}, id, roundTrip, period));
+    for (const InputRecord& lost : prediction.takeLost()) {
+        if (!settings_.sendsAgain)
+            continue;
+        if (const auto* view = std::get_if<ViewMessage>(&lost)) {
+            lostRight_ += view->dx;
+            lostDown_ += view->dy;
+        } else if (const auto* key = std::get_if<KeyMessage>(&lost)) {
+            sendKey(key->key, key->key == keyIndex::jump || keys_[key->key]);
+        }
+    }
+}
+
+void PredictedLine::playAtRandom(double seconds) {
+    const Time end = now + milliseconds(seconds * 1000.0);
+    nextView_ = std::max(nextView_, now);
+    nextKey_ = std::max(nextKey_, now);
+    while (now < end) {
+        const Time next = std::min(nextView_, nextKey_);
+        pass(std::chrono::duration<double, std::milli>(next - now).count());
+        if (!hasJoined_) {
+            nextView_ += milliseconds(viewEvery);
+            nextKey_ = std::max(nextKey_, nextView_);
+        } else if (next == nextView_) {
+            nextView_ += milliseconds(chance_.between(0.95, 1.05) * viewEvery);
+            if (chance_.happens(0.03))
+                turning_ = chance_.happens(0.3) ? 0.0 : chance_.between(-20.0, 20.0);
+            const int dx = static_cast<int>(turning_ + chance_.between(-2.0, 2.0)) + lostRight_;
+            const int dy = static_cast<int>(chance_.between(-2.0, 2.0) - 0.02 * pitch_) + lostDown_;
+            lostRight_ = 0;
+            lostDown_ = 0;
+            pitch_ += dy;
+            if (dx != 0 || dy != 0)
+                sendView(dx, dy);
+        } else {
+            nextKey_ += milliseconds(-std::log(1.0 - chance_.share()) * keyEvery);
+            const int key = chance_.below(keyIndex::count);
+            keys_[key] = key != keyIndex::jump && !keys_[key];
+            sendKey(key, key == keyIndex::jump || keys_[key]);
+        }
+    }
+}
+
+std::vector<float> PredictedLine::errors() const {
+    std::vector<float> errors;
+    for (const auto& [number, place] : predicted_) {
+        const auto acted = acted_.find(number);
+        const auto then = acted == acted_.end() ? places_.end() : places_.find(acted->second);
+        if (then != places_.end())
+            errors.push_back((then->second - place).length());
+    }
+    std::sort(errors.begin(), errors.end());
+    return errors;
+}

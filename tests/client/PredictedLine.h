@@ -1,0 +1,103 @@
+#pragma once
+
+#include "client/Prediction.h"
+#include "common/Chance.h"
+#include "lag/Impairment.h"
+#include "src/MapManager.h"
+#include "src/Player.h"
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+/// A player in a room of its own, a bad line between the two, and a Prediction at the player's end.
+/// Time is passed by hand; the room's player is moved as the server moves it.
+class PredictedLine {
+    /// Before `prediction`, which keeps it.
+    MapManager map_;
+
+  public:
+    struct Settings {
+        drench::lag::Settings line;
+        std::uint64_t seed = 1;
+
+        /// Whether what the prediction finds lost is sent again.
+        bool sendsAgain = true;
+    };
+
+    PredictedLine(const std::string& mapText, const Settings& settings);
+
+    /// Sends a record at this moment.
+    void sendKey(int key, bool isDown);
+    void sendView(int dx, int dy);
+
+    /// Lets time pass in the room and on the line.
+    void pass(double milliseconds);
+
+    /// Plays random keys, twice a second, and views, 125 times a second.
+    void playAtRandom(double seconds);
+
+    /// Soaks the player after the next tick; it returns four seconds later.
+    void soak() { isSoaking_ = true; }
+
+    /// The room's player.
+    Player truth;
+
+    drench::client::Prediction prediction;
+    drench::client::Time now;
+
+    /// The room's ticks so far.
+    std::int64_t tick = 0;
+
+    /// Snapshots that are thrown away instead of being sent.
+    int snapshotsToLose = 0;
+
+    /// Whether a tick moves the player; a player sits one out when another is removed.
+    bool movesNext = true;
+
+    /// What the newest snapshot taken was explained as, and its age in ticks when all have come.
+    std::vector<drench::client::Prediction::Match> matches;
+
+    /// Where the body was predicted to be in the tick that takes a record, minus where it was, for
+    /// each record sent at random that acted.
+    std::vector<float> errors() const;
+
+  private:
+    struct Up {
+        drench::client::Time at;
+        drench::client::InputRecord record;
+        std::uint64_t number;
+    };
+    struct Down {
+        drench::client::Time at;
+        UpdateMessage state;
+    };
+
+    void send(const drench::client::InputRecord& record);
+    void playTick();
+    void take(const UpdateMessage& state);
+
+    Settings settings_;
+    drench::lag::Impairment up_;
+    drench::lag::Impairment down_;
+    drench::Chance chance_;
+    std::deque<Up> ups_;
+    std::deque<Down> downs_;
+    drench::client::Time nextTick_;
+    drench::client::Time nextView_;
+    drench::client::Time nextKey_;
+    drench::client::Time respawn_;
+    bool isSoaking_ = false;
+    bool hasJoined_ = false;
+    bool keys_[keyIndex::count] = {};
+    int lostRight_ = 0;
+    int lostDown_ = 0;
+    double turning_ = 0.0;
+    int pitch_ = 0;
+    std::uint64_t sent_ = 0;
+    std::map<std::int64_t, vec3> places_;
+    std::map<std::uint64_t, std::int64_t> acted_;
+    std::map<std::uint64_t, vec3> predicted_;
+};
