@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <deque>
 
 namespace drench::game {
@@ -19,6 +20,15 @@ class FrameTimes {
         if (latest_.size() == most)
             latest_.pop_front();
         latest_.push_back(times);
+    }
+
+    /// The longest work of the latest tenth of them, in milliseconds.
+    double longestWork() const {
+        float longest = 0.0f;
+        const std::size_t begin = latest_.size() - latest_.size() / 10;
+        for (std::size_t i = begin; i < latest_.size(); ++i)
+            longest = std::max(longest, latest_[i].work);
+        return longest;
     }
 
     /// The oldest first.

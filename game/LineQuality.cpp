@@ -78,14 +78,15 @@ std::string LineQuality::words() const {
     const double lost = std::max(lossShare(), missedShare());
     if (lost > badShare)
         return "bad line: " + decimals(100.0 * lost, 0) + " % lost";
-    if (counts.roundTrip > slowRoundTrip)
+    if (counts.roundTrip - counts.frame > slowRoundTrip)
         return "slow line: " + decimals(counts.roundTrip, 0) + " ms there and back";
-    if (counts.jitter > unevenJitter)
+    if (counts.jitter - counts.frame > unevenJitter)
         return "uneven line: " + decimals(counts.jitter, 0) + " ms more or less";
     return "";
 }
 
-LineQuality::Counts countsOf(const client::Session& session, client::Time lastSnapshot) {
+LineQuality::Counts countsOf(const client::Session& session, double frame,
+                             client::Time lastSnapshot) {
     const client::RoundTrip& trip = session.roundTrip();
     const client::Statistics& statistics = session.statistics();
     return {trip.datagrams(),
@@ -94,6 +95,7 @@ LineQuality::Counts countsOf(const client::Session& session, client::Time lastSn
             statistics.snapshotsMissed,
             trip.smoothed().value_or(0.0),
             session.tickClock().jitter(),
+            frame,
             lastSnapshot};
 }
 

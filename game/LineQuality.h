@@ -22,6 +22,9 @@ class LineQuality {
         /// Milliseconds; 0 where unknown.
         double roundTrip = 0.0;
         double jitter = 0.0;
+
+        /// What our own frames take, since what comes meanwhile is heard that much later.
+        double frame = 0.0;
         Time lastSnapshot;
     };
 
@@ -48,6 +51,7 @@ class LineQuality {
 };
 
 /// The counts of a session that plays.
-LineQuality::Counts countsOf(const client::Session& session, client::Time lastSnapshot);
+LineQuality::Counts countsOf(const client::Session& session, double frame,
+                             client::Time lastSnapshot);
 
 } // namespace drench::game

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "arena/Rays.h"
-#include "game/Bodies.h"
+#include "client/Bodies.h"
+#include "game/Captions.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
 #include "game/RoomList.h"
+#include "game/Scene.h"
 #include "game/Settings.h"
 #include "game/Visit.h"
 #include "game/Window.h"
@@ -44,8 +46,11 @@ class Overlay {
         const Scene* scene = nullptr;
 
         /// Null outside of a match.
-        const Bodies* bodies = nullptr;
+        const client::Bodies* bodies = nullptr;
         const FrameTimes* frames = nullptr;
+
+        /// The sounds of the moment in words; null for none.
+        const std::vector<Captions::Line>* captions = nullptr;
         double frameBudget = 0.0;
         double screenRate = 0.0;
     };

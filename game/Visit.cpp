@@ -81,7 +81,7 @@ void Visit::service(Time now, const Listener& listener) {
         listener.take(*event, *session_);
     }
     if (session_->isPlaying())
-        line_.add(now, countsOf(*session_, lastSnapshot_));
+        line_.add(now, countsOf(*session_, frame_, lastSnapshot_));
     if (!session_->isOpen())
         session_.reset();
 }
@@ -139,8 +139,8 @@ Visit::Time Visit::wakeAt(Time now) const {
 }
 
 void Visit::addDescriptors(std::vector<int>& descriptors) const {
-    for (const int each : {session_ ? session_->descriptor() : -1,
-                           hosted_ ? hosted_->descriptor() : -1}) {
+    for (const int each :
+         {session_ ? session_->descriptor() : -1, hosted_ ? hosted_->descriptor() : -1}) {
         if (each >= 0)
             descriptors.push_back(each);
     }

@@ -42,6 +42,9 @@ class Visit {
         std::function<void(const client::Event&, client::Session&)> take;
     };
 
+    /// How long frames take, in milliseconds: see LineQuality::Counts.
+    void setFrameTime(double frame) { frame_ = frame; }
+
     /// Hears and sends, and does what is due.
     void service(Time now, const Listener& listener);
 
@@ -85,6 +88,7 @@ class Visit {
     std::optional<Resolving> resolving_;
     std::optional<client::Session> session_;
     Time lastSnapshot_{};
+    double frame_ = 0.0;
     bool hasEntered_ = false;
 };
 

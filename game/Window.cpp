@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <epoxy/gl.h>
 #include <string_view>
+#include <utility>
 
 namespace drench::game {
 
@@ -89,6 +90,8 @@ void Window::captureMouse(bool captured) {
 }
 
 void Window::fillScreen(bool full) {
+    if (std::exchange(fillsScreen_, full) == full)
+        return;
     SDL_SetWindowFullscreen(window_.get(), full ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
 }
 

@@ -71,6 +71,7 @@ class Window {
     std::unique_ptr<void, Close> context_;
     bool drawsInSoftware_ = false;
     bool mouseIsCaptured_ = false;
+    bool fillsScreen_ = false;
 };
 
 } // namespace drench::game

@@ -48,7 +48,10 @@ void Interface::begin(double interfaceScale) {
     SDL_GetWindowSize(window_, &width, &height);
     SDL_GL_GetDrawableSize(window_, &drawnWidth, &drawnHeight);
     density_ = width > 0 ? static_cast<float>(drawnWidth) / static_cast<float>(width) : 1.0f;
-    const float scale = interfaceScaleFor(drawnWidth, drawnHeight, interfaceScale) / density_;
+    // A slider that sets the scale must not move under the hand.
+    if (!ImGui::IsAnyItemActive())
+        wantedScale_ = interfaceScale;
+    const float scale = interfaceScaleFor(drawnWidth, drawnHeight, wantedScale_) / density_;
     if (scale != theme_.scale || !theme_.fonts.text)
         rescale(scale);
     ImGui_ImplOpenGL3_NewFrame();

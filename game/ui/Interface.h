@@ -44,6 +44,9 @@ class Interface {
     SDL_Window* window_;
     Theme theme_;
 
+    /// As the player set it, when no control was in use.
+    double wantedScale_ = 1.0;
+
     /// Pixels of the framebuffer for each one of the window.
     float density_ = 1.0f;
 };

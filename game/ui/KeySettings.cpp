@@ -34,8 +34,9 @@ bool KeySettings::take(Bindings& bindings, const Input& input) {
 bool KeySettings::draw(const Theme& theme, Bindings& bindings) {
     for (const Action action : shownActions) {
         ImGui::PushID(static_cast<int>(action));
-        const float width = beginRow(theme, actionWords(action).c_str());
-        drawKeys(theme, bindings, action, width);
+        const Row row = beginRow(theme, actionWords(action).c_str());
+        drawKeys(theme, bindings, action, row.width);
+        endRow(row);
         ImGui::PopID();
     }
     ImGui::Spacing();
@@ -66,7 +67,7 @@ void KeySettings::drawKeys(const Theme& theme, const Bindings& bindings, Action 
     const auto put = [&](const Waiting& press, const std::string& words) {
         const std::string shown = waiting_ == press ? "press a key" : words;
         place(shown);
-        drawKey(theme, press, shown);
+        drawKey(press, shown);
     };
     for (const Input& input : bindings.inputsOf(action)) {
         if (input == escape) {
@@ -82,7 +83,7 @@ void KeySettings::drawKeys(const Theme& theme, const Bindings& bindings, Action 
         put({action, std::nullopt}, "+");
 }
 
-void KeySettings::drawKey(const Theme&, const Waiting& press, const std::string& words) {
+void KeySettings::drawKey(const Waiting& press, const std::string& words) {
     const bool isWaitedFor = waiting_ == press;
     if (isWaitedFor) {
         ImGui::PushStyleColor(ImGuiCol_Button, shade::warm);

@@ -4,6 +4,7 @@
 #include "game/ui/Theme.h"
 
 #include <optional>
+#include <string>
 
 namespace drench::game {
 
@@ -33,7 +34,7 @@ class KeySettings {
     };
 
     void drawKeys(const Theme& theme, const Bindings& bindings, Action action, float width);
-    void drawKey(const Theme& theme, const Waiting& press, const std::string& words);
+    void drawKey(const Waiting& press, const std::string& words);
 
     std::optional<Waiting> waiting_;
 };

@@ -13,11 +13,11 @@ namespace {
 constexpr float pageWidth = 720.0f;
 constexpr float pageHeight = 560.0f;
 
-constexpr const char* tabs[] = {"Controls", "Keys", "Picture", "Sound", "Help with seeing"};
+constexpr const char* tabs[] = {"Controls", "Keys", "Picture", "Sound", "Seeing"};
 
 bool drawControls(const Theme& theme, Settings& settings) {
-    bool changed = sliderRow(theme, "Mouse speed", settings.sensitivity, sensitivityLimits, "%.2f",
-                             1.0, true);
+    bool changed =
+        sliderRow(theme, "Mouse speed", settings.sensitivity, sensitivityLimits, "%.2f", 1.0, true);
     changed |= switchRow(theme, "Left and right swapped", settings.invertX);
     changed |= switchRow(theme, "Up and down swapped", settings.invertY,
                          "Mouse forward looks down, as in an aeroplane.");
@@ -32,9 +32,9 @@ bool drawControls(const Theme& theme, Settings& settings) {
 
 bool drawFrameLimit(const Theme& theme, Settings& settings, double screenRate) {
     constexpr std::array<int, 6> limits = {0, 30, 60, 90, 144, 240};
-    const float width = beginRow(theme, "Most frames a second",
-                                 settings.vsync ? "The screen's rate ends them too." : nullptr);
-    ImGui::SetNextItemWidth(width);
+    const Row row = beginRow(theme, "Most frames a second",
+                             settings.vsync ? "And no more than the screen shows." : nullptr);
+    ImGui::SetNextItemWidth(row.width);
     const auto words = [&](int limit) {
         return limit > 0 ? std::to_string(limit)
                          : "as the screen: " + std::to_string(static_cast<int>(screenRate + 0.5));
@@ -49,19 +49,19 @@ bool drawFrameLimit(const Theme& theme, Settings& settings, double screenRate) {
         }
         ImGui::EndCombo();
     }
+    endRow(row);
     return changed;
 }
 
 bool drawPicture(const Theme& theme, Settings& settings, double screenRate) {
-    bool changed = sliderRow(theme, "Field of view", settings.fieldOfView, fieldOfViewLimits,
-                             "%.0f\xC2\xB0");
+    bool changed =
+        sliderRow(theme, "Field of view", settings.fieldOfView, fieldOfViewLimits, "%.0f\xC2\xB0");
     changed |= switchRow(theme, "Full screen", settings.fullScreen);
     changed |= switchRow(theme, "Wait for the screen (vsync)", settings.vsync,
                          "No torn picture, but a little later.");
     changed |= drawFrameLimit(theme, settings, screenRate);
-    changed |= sliderRow(theme, "Sharpness of the picture", settings.renderScale,
-                         renderScaleLimits, "%.0f %%", 100.0, false,
-                         "Less is faster. Text stays sharp.");
+    changed |= sliderRow(theme, "Sharpness of the picture", settings.renderScale, renderScaleLimits,
+                         "%.0f %%", 100.0, false, "Less is faster. Text stays sharp.");
     changed |= sliderRow(theme, "Size of text and controls", settings.interfaceScale,
                          interfaceScaleLimits, "%.0f %%", 100.0);
     return changed;
@@ -80,8 +80,8 @@ bool drawSound(const Theme& theme, Settings& settings) {
 bool drawSeeing(const Theme& theme, Settings& settings) {
     bool changed = switchRow(theme, "Colours for the colour-blind", settings.colourBlind,
                              "Everybody has a shape of their own too.");
-    changed |= switchRow(theme, "Less motion", settings.lessMotion,
-                         "Nothing sways, kicks or bobs.");
+    changed |=
+        switchRow(theme, "Less motion", settings.lessMotion, "Nothing sways, kicks or bobs.");
     changed |= switchRow(theme, "Captions", settings.captions,
                          "Names what is heard and where it comes from.");
     changed |= sliderRow(theme, "Size of text and controls", settings.interfaceScale,
@@ -106,15 +106,15 @@ SettingsPage::Outcome SettingsPage::draw(const Theme& theme, Settings& settings,
     ImGui::BeginChild("rows", {0.0f, -foot - theme.px(6.0f)});
     outcome.changed = drawTab(theme, settings, screenRate);
     ImGui::EndChild();
+    const float footTop = ImGui::GetCursorPosY();
     if (wideButton(theme, "Done", true, 140.0f))
         outcome.closed = true;
-    ImGui::SameLine(0.0f, theme.px(16.0f));
-    ImGui::BeginGroup();
+    const char* const remark = tab_ == 1
+                                   ? "Click a key, then press the new one. Backspace takes it away."
+                                   : "Changes act and are kept at once.";
     const float middle = 0.5f * (theme.px(40.0f) - ImGui::GetTextLineHeight());
-    ImGui::SetCursorPosY(ImGui::GetCursorPosY() + middle);
-    paleText(tab_ == 1 ? "Click a key, then press the new one. Backspace takes it away."
-                       : "Changes act and are kept at once.");
-    ImGui::EndGroup();
+    ImGui::SetCursorPos({ImGui::GetCursorPosX() + theme.px(160.0f), footTop + middle});
+    paleText(remark);
     return outcome;
 }
 

@@ -14,7 +14,7 @@ namespace drench::game {
 namespace {
 
 constexpr float pageWidth = 860.0f;
-constexpr float pageHeight = 470.0f;
+constexpr float pageHeight = 440.0f;
 
 /// The left column's share: name and what needs no room.
 constexpr float leftShare = 0.42f;

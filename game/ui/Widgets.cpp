@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 namespace drench::game {
 
@@ -20,6 +21,20 @@ constexpr ImGuiWindowFlags pageFlags = ImGuiWindowFlags_NoTitleBar | ImGuiWindow
 /// The largest number of the library's sliders that is whole in a float is far above ours.
 float asFloat(double value) {
     return static_cast<float>(value);
+}
+
+/// A slider of this size with its knob at a share of the way.
+void drawTrack(const Theme& theme, ImVec2 from, ImVec2 size, float share, ImU32 knob) {
+    ImDrawList& list = *ImGui::GetWindowDrawList();
+    const float radius = theme.px(8.0f);
+    const float half = theme.px(2.5f);
+    const float y = from.y + 0.5f * size.y;
+    const float begin = from.x + radius;
+    const float end = from.x + size.x - radius;
+    const float x = begin + share * (end - begin);
+    list.AddRectFilled({begin, y - half}, {end, y + half}, IM_COL32(120, 190, 245, 60), half);
+    list.AddRectFilled({begin, y - half}, {x, y + half}, shade::water, half);
+    list.AddCircleFilled({x, y}, radius, knob, 24);
 }
 
 } // namespace
@@ -78,7 +93,7 @@ bool wideButton(const Theme& theme, const char* words, bool isWarm, float width)
     return isPressed;
 }
 
-float beginRow(const Theme& theme, const char* words, const char* hint) {
+Row beginRow(const Theme& theme, const char* words, const char* hint) {
     const float left = ImGui::GetCursorPosX();
     const float width = ImGui::GetContentRegionAvail().x;
     const float right = left + width;
@@ -97,12 +112,18 @@ float beginRow(const Theme& theme, const char* words, const char* hint) {
     // A control stands in the row's middle, so below the top where the hint made it higher.
     const float spare = bottom - top - ImGui::GetFrameHeightWithSpacing();
     ImGui::SetCursorPos({control, top + std::max(0.5f * spare, 0.0f)});
-    return right - control;
+    return {right - control, top, hint != nullptr};
+}
+
+void endRow(const Row& row) {
+    const float least = row.top + ImGui::GetFrameHeightWithSpacing() +
+                        (row.hasHint ? ImGui::GetTextLineHeight() : 0.0f);
+    ImGui::SetCursorPosY(std::max(ImGui::GetCursorPosY(), least));
 }
 
 bool switchRow(const Theme& theme, const char* words, bool& value, const char* hint) {
-    const float top = ImGui::GetCursorPosY();
-    const float width = beginRow(theme, words, hint);
+    const Row row = beginRow(theme, words, hint);
+    const float width = row.width;
     const float height = ImGui::GetFrameHeight();
     const float wide = 1.75f * height;
     ImGui::SetCursorPosX(ImGui::GetCursorPosX() + width - wide);
@@ -124,24 +145,41 @@ bool switchRow(const Theme& theme, const char* words, bool& value, const char* h
                        radius);
     const float knob = value ? end.x - radius : begin.x + radius;
     list.AddCircleFilled({knob, begin.y + radius}, radius - theme.px(3.0f), shade::white, 24);
-    // The next row begins below the words too.
-    const float used = ImGui::GetCursorPosY();
-    const float least = top + ImGui::GetFrameHeightWithSpacing() +
-                        (hint ? ImGui::GetTextLineHeight() : 0.0f);
-    ImGui::SetCursorPosY(std::max(used, least));
+    endRow(row);
     return isPressed;
 }
 
 bool sliderRow(const Theme& theme, const char* words, double& value, Limits<double> limits,
                const char* format, double factor, bool isLogarithmic, const char* hint) {
-    const float width = beginRow(theme, words, hint);
-    ImGui::SetNextItemWidth(width);
+    const Row row = beginRow(theme, words, hint);
+    const float width = row.width;
+    const float numberWidth = theme.px(58.0f);
+    const float left = ImGui::GetCursorPosX();
+    const ImVec2 from = ImGui::GetCursorScreenPos();
+    const float height = ImGui::GetFrameHeight();
     float shown = asFloat(value * factor);
+    // The library's slider moves the value, and is drawn as a thin track.
+    ImGui::PushStyleVar(ImGuiStyleVar_Alpha, 0.0f);
     ImGui::PushID(words);
+    ImGui::SetNextItemWidth(width - numberWidth);
+    const float least = asFloat(limits.least * factor);
+    const float most = asFloat(limits.most * factor);
     const bool isChanged = ImGui::SliderFloat(
-        "##value", &shown, asFloat(limits.least * factor), asFloat(limits.most * factor), format,
+        "##value", &shown, least, most, format,
         ImGuiSliderFlags_AlwaysClamp | (isLogarithmic ? ImGuiSliderFlags_Logarithmic : 0));
     ImGui::PopID();
+    ImGui::PopStyleVar();
+    const bool isActive = ImGui::IsItemActive();
+    const bool isHovered = ImGui::IsItemHovered() || ImGui::IsItemFocused();
+    const float share = isLogarithmic ? std::log(shown / least) / std::log(most / least)
+                                      : (shown - least) / (most - least);
+    drawTrack(theme, from, {width - numberWidth, height}, std::clamp(share, 0.0f, 1.0f),
+              isActive ? shade::warm : (isHovered ? shade::white : shade::water));
+    char number[32];
+    std::snprintf(number, sizeof number, format, static_cast<double>(shown));
+    ImGui::SameLine(left + width - ImGui::CalcTextSize(number).x);
+    ImGui::TextUnformatted(number);
+    endRow(row);
     if (isChanged)
         value = static_cast<double>(shown) / factor;
     return isChanged;

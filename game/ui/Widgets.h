@@ -49,9 +49,17 @@ bool sliderRow(const Theme& theme, const char* words, double& value, Limits<doub
                const char* format, double factor = 1.0, bool isLogarithmic = false,
                const char* hint = nullptr);
 
-/// Begins a row of another kind, with the cursor at the control's place, which is as wide as the
-/// returned number of pixels.
-float beginRow(const Theme& theme, const char* words, const char* hint = nullptr);
+/// A row of another kind, with the cursor at the control's place.
+struct Row {
+    /// Pixels for the control.
+    float width;
+    float top;
+    bool hasHint;
+};
+Row beginRow(const Theme& theme, const char* words, const char* hint = nullptr);
+
+/// To be called after the row's control.
+void endRow(const Row& row);
 
 /// Buttons side by side of which one is chosen; as wide as `width` pixels in sum.
 bool choice(const Theme& theme, const char* id, const char* const* words, int count, int& chosen,
