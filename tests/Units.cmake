@@ -41,6 +41,11 @@ if(DRENCH_TOOLS)
                                                      ${room_on_a_manual_clock})
   target_link_libraries(drench-bot-figures PRIVATE drench-test-support drench-room drench-bot-parts)
 
+  # Figures of shots at what a window draws: cmake --build build/release --target drench-lead-figures
+  add_executable(drench-lead-figures EXCLUDE_FROM_ALL figures/LeadFigures.cpp bots/BotMatch.cpp
+                                                      ${room_on_a_manual_clock})
+  target_link_libraries(drench-lead-figures PRIVATE drench-test-support drench-room drench-bot-parts)
+
   file(GLOB lag_tests CONFIGURE_DEPENDS lag/*.cpp)
   add_executable(drench-lag-tests ${lag_tests})
   target_link_libraries(drench-lag-tests PRIVATE drench-test-support drench-lag-parts
