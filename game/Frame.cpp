@@ -1,7 +1,7 @@
 #include "game/Frame.h"
 
 #include "bots/Ending.h"
-#include "client/Records.h"
+#include "game/Figures.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,6 +9,9 @@
 namespace drench::game {
 
 namespace {
+
+/// Where the drops of water fly follows from it.
+constexpr std::uint64_t dropSeed = 1;
 
 double secondsBetween(client::Time from, client::Time to) {
     return std::chrono::duration<double>(to - from).count();
@@ -29,24 +32,12 @@ double frameRate(const Settings& settings, const Window& window) {
     return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
 }
 
-FigurePose poseOf(const PlayerUpdate& player) {
-    FigurePose pose;
-    pose.id = player.id;
-    pose.position = onScreen(player.position);
-    pose.direction = onScreen(player.direction);
-    pose.rotation = {player.rotation.w, player.rotation.x, player.rotation.y, player.rotation.z};
-    pose.shooting = player.shooting;
-    pose.soaked = client::isSoaked(player);
-    pose.colour = player.id - '1';
-    return pose;
-}
-
 } // namespace
 
 Frame::Frame(Window& window, client::Session session, MapManager& map, const ArenaMesh& mesh,
              Settings settings)
     : window_(window), session_(std::move(session)), settings_(std::move(settings)),
-      renderer_(mesh), pacing_(frameRate(settings_, window)), bodies_(map),
+      renderer_(mesh), pacing_(frameRate(settings_, window)), bodies_(map), staging_(map, dropSeed),
       opened_(client::Clock::now()) {
     held_.setToggledFire(settings_.toggleFire);
     scene_.camera = overview(map);
@@ -64,7 +55,7 @@ void Frame::run() {
     times_.add(client::Clock::now() - begin);
 }
 
-void Frame::drawAgain() const {
+void Frame::drawAgain() {
     const PixelSize size = window_.size();
     renderer_.draw(scene_, size.width, size.height);
 }
@@ -142,20 +133,30 @@ void Frame::take(const client::Event& event, client::Time now) {
 }
 
 void Frame::compose(client::Time now) {
-    scene_.time = secondsBetween(opened_, now);
+    const double time = secondsBetween(opened_, now);
+    const auto seconds = static_cast<float>(time - scene_.time);
+    scene_.time = time;
     scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
+    std::optional<OwnBody> own;
     // While soaked, the eye stays where it was.
     if (const std::optional<client::Prediction::Body> body = bodies_.own(now)) {
         scene_.camera.eye = onScreen(body->eye);
         scene_.camera.direction = onScreen(body->player.direction);
+        own = {session_.id(), scene_.camera.eye, scene_.camera.direction,
+               body->player.isShooting()};
     }
-    scene_.figures.clear();
-    for (const PlayerUpdate& player : bodies_.others(now, settings_.showWhereShotsMeet)) {
-        FigurePose pose = poseOf(player);
-        if (const MatchPlayer* known = match_.player(player.id))
-            pose.name = known->name;
-        scene_.figures.push_back(std::move(pose));
+    staging_.show(scene_, own, bodies_.others(now, settings_.showWhereShotsMeet), seconds,
+                  settings_.lessMotion);
+    for (FigurePose& figure : scene_.figures) {
+        if (const MatchPlayer* known = match_.player(figure.id))
+            figure.name = known->name;
     }
+    scene_.names = namesInSight(staging_.grid(), scene_.camera.eye, scene_.figures);
+    scene_.soaked.reset();
+    if (const MatchPlayer* self = match_.self(); self && self->soakedSince)
+        scene_.soaked =
+            SoakedOverlay{static_cast<float>(secondsBetween(*self->soakedSince, now)),
+                          static_cast<float>(secondsUntilReturn(*self, now)), self->soakedBy};
 }
 
 void Frame::act(const bots::Action& action) {

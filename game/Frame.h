@@ -10,6 +10,7 @@
 #include "game/Pacing.h"
 #include "game/Scene.h"
 #include "game/Settings.h"
+#include "game/Staging.h"
 #include "game/Turning.h"
 #include "game/Window.h"
 #include "game/render/Renderer.h"
@@ -47,7 +48,7 @@ class Frame {
     const GapHistogram& times() const { return times_; }
 
     /// Draws the last frame once more, for a picture of it, without showing it.
-    void drawAgain() const;
+    void drawAgain();
 
   private:
     void waitUntilDue();
@@ -74,6 +75,7 @@ class Frame {
 
     Match match_;
     Bodies bodies_;
+    Staging staging_;
     client::Time opened_;
     Scene scene_;
     std::string trouble_;
