@@ -6,11 +6,10 @@ namespace drench::game {
 
 namespace {
 
-/// In the order of the tracks that bots leave on maps, and in their hues, a little brighter for a
-/// world of light and shadow. They differ for people who see no red, too.
+/// The hues of the players' marks, darker for a world of light and shadow.
 constexpr std::array<Livery, liveryCount> liveries = {{
     {{242, 92, 30}, Headgear::fin},
-    {{58, 60, 70}, Headgear::hat},
+    {{236, 180, 34}, Headgear::hat},
     {{170, 52, 206}, Headgear::eyes},
     {{22, 108, 236}, Headgear::cone},
 }};

@@ -10,9 +10,9 @@ using Shape = PlayerMark::Shape;
 
 constexpr Shape shapes[] = {Shape::circle, Shape::triangle, Shape::square, Shape::diamond};
 
-/// All light enough to be read on dark glass.
+/// The hues of the liveries, light enough to be read on dark glass.
 constexpr arena::Colour usualColours[] = {
-    {255, 116, 84}, {255, 208, 70}, {190, 150, 255}, {92, 226, 160}};
+    {255, 122, 72}, {255, 208, 70}, {205, 140, 255}, {110, 170, 255}};
 
 /// Orange, sky blue, yellow and reddish purple of Okabe and Ito, "Color universal design", 2008.
 constexpr arena::Colour colourBlindColours[] = {
