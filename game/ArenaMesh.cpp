@@ -5,6 +5,8 @@
 #include "game/ArenaLight.h"
 #include "game/SunShadows.h"
 
+#include <cmath>
+
 namespace drench::game {
 
 namespace {
@@ -18,6 +20,16 @@ Light between(const CornerLight& corners, glm::dvec2 point) {
     return arena::mixed(low, high, point.y);
 }
 
+/// Cubes of one material are not all alike: the lightness of a cube, 1 in the middle.
+double tintOf(const arena::CellIndex& cube) {
+    constexpr double range = 0.07;
+    // Multiples of irrational numbers: neighbours differ, and no pattern shows.
+    const double turns =
+        cube.column * 0.6180339887 + cube.row * 0.7548776662 + cube.depth * 0.5698402910;
+    const double mixed = turns * 7.31;
+    return 1.0 + range * (mixed - std::floor(mixed) - 0.5);
+}
+
 /// Adds the faces of one map, each lit, one after the other.
 class Builder {
   public:
@@ -26,7 +38,8 @@ class Builder {
     void add(const CubeFace& face, const SunnyFace& sunny, double slope,
              const CornerLight& ambient) {
         const Box& cube = arena::cell(map_, face.cube.column, face.cube.row, face.cube.depth);
-        const Light material = arena::lightOf(arena::colourOf(cube.cellValue));
+        const Light material =
+            arena::scaled(arena::lightOf(arena::colourOf(cube.cellValue)), tintOf(face.cube));
         const auto addAll = [&](const std::vector<Polygon>& polygons, double sun) {
             for (const Polygon& polygon : polygons) {
                 const auto base = static_cast<std::uint32_t>(mesh_.vertices.size());

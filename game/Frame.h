@@ -1,9 +1,9 @@
 #pragma once
 
 #include "bots/Script.h"
+#include "client/Bodies.h"
 #include "client/Session.h"
 #include "common/GapHistogram.h"
-#include "client/Bodies.h"
 #include "game/Capture.h"
 #include "game/HeldActions.h"
 #include "game/Match.h"

@@ -1,5 +1,6 @@
 #include "game/render/ArenaPicture.h"
 
+#include "arena/Map.h"
 #include "game/render/Haze.h"
 
 #include <cstddef>
@@ -15,42 +16,42 @@ uniform mat4 toClip;
 layout(location = 0) in vec3 position;
 layout(location = 1) in vec4 colour;
 out vec3 light;
-out vec3 grid;
-const vec3 halves[6] = vec3[6](vec3(0.5, 0.0, 0.0), vec3(-0.5, 0.0, 0.0), vec3(0.0, 0.5, 0.0),
-                               vec3(0.0, -0.5, 0.0), vec3(0.0, 0.0, 0.5), vec3(0.0, 0.0, -0.5));
+out vec2 cells;
 void main() {
     gl_Position = toClip * vec4(position, 1.0);
     light = colour.rgb;
-    grid = position / 64.0 + halves[int(colour.a * 255.0 + 0.5)];
+    float axis = floor(colour.a * 127.5 + 0.25);
+    cells = (axis < 0.5 ? position.yz : axis < 1.5 ? position.zx : position.xy) / 64.0;
 }
 )";
 
+// A thin line along the edges of each cube gives walls of one colour their depth. Lines thinner
+// than a pixel are drawn one pixel wide, and fainter.
 constexpr char fragmentSource[] = R"(
 in vec3 light;
-in vec3 grid;
+in vec2 cells;
 out vec4 result;
-uniform float pixel;
+uniform float cellsPerPixel;
 void main() {
+    const float halfLine = 0.016;
     float ahead = 1.0 / gl_FragCoord.w;
-    vec3 off = abs(fract(grid) - 0.5);
-    float inwards = 0.5 - max(max(off.x, off.y), off.z);
-    float wide = ahead * pixel;
-    float width = max(0.016, 0.5 * wide);
-    float line = clamp(0.5 + (width - inwards) / wide, 0.0, 1.0) * (0.016 / width);
-    vec3 cube = floor(grid);
-    float tint = fract(dot(cube, vec3(0.6180339, 0.7548777, 0.5698403)) * 7.31);
-    result = vec4(hazed(light * (0.97 + 0.06 * tint - 0.10 * line), ahead), 1.0);
+    vec2 fromMiddle = abs(fract(cells) - 0.5);
+    float inwards = 0.5 - max(fromMiddle.x, fromMiddle.y);
+    float pixel = ahead * cellsPerPixel;
+    float width = max(halfLine, 0.5 * pixel);
+    float line = clamp(0.5 + (width - inwards) / pixel, 0.0, 1.0) * (halfLine / width);
+    result = vec4(hazed(light * (1.0 - 0.1 * line), ahead), 1.0);
 }
 )";
 
 } // namespace
 
 ArenaPicture::ArenaPicture(const ArenaMesh& mesh)
-    : program_("the arena", vertexSource, (std::string(hazeSource) + fragmentSource).c_str()),
-      count_(static_cast<GLsizei>(mesh.indices.size())) {
+    : chunks_(mesh),
+      program_("the arena", vertexSource, (std::string(hazeSource) + fragmentSource).c_str()) {
     array_.bind();
     vertices_.fill(GL_ARRAY_BUFFER, mesh.vertices, GL_STATIC_DRAW);
-    indices_.fill(GL_ELEMENT_ARRAY_BUFFER, mesh.indices, GL_STATIC_DRAW);
+    indices_.fill(GL_ELEMENT_ARRAY_BUFFER, chunks_.indices(), GL_STATIC_DRAW);
     glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(MeshVertex), nullptr);
     glVertexAttribPointer(1, 4, GL_UNSIGNED_BYTE, GL_TRUE, sizeof(MeshVertex),
                           reinterpret_cast<const void*>(offsetof(MeshVertex, colour)));
@@ -58,13 +59,22 @@ ArenaPicture::ArenaPicture(const ArenaMesh& mesh)
     glEnableVertexAttribArray(1);
 }
 
-void ArenaPicture::draw(const Camera& camera, float aspect) const {
+void ArenaPicture::draw(const Camera& camera, float aspect, int height) const {
     program_.use();
     const glm::mat4 toClip = projectionMatrix(camera, aspect) * viewMatrix(camera);
     glUniformMatrix4fv(program_.uniform("toClip"), 1, GL_FALSE, glm::value_ptr(toClip));
-    glUniform1f(program_.uniform("pixel"), 1.0f / 640.0f / 64.0f);
+    glUniform1f(program_.uniform("cellsPerPixel"), pixelSize(camera, height) / arena::cubeEdge);
     array_.bind();
-    glDrawElements(GL_TRIANGLES, count_, GL_UNSIGNED_INT, nullptr);
+    std::vector<Chunks::Run> runs;
+    chunks_.visible(toClip, camera.eye, runs);
+    std::vector<GLsizei> counts;
+    std::vector<const void*> firsts;
+    for (const Chunks::Run& run : runs) {
+        counts.push_back(static_cast<GLsizei>(run.count));
+        firsts.push_back(reinterpret_cast<const void*>(run.first * sizeof(std::uint32_t)));
+    }
+    glMultiDrawElements(GL_TRIANGLES, counts.data(), GL_UNSIGNED_INT, firsts.data(),
+                        static_cast<GLsizei>(counts.size()));
 }
 
 } // namespace drench::game

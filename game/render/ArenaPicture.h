@@ -3,6 +3,7 @@
 #include "game/ArenaMesh.h"
 #include "game/Camera.h"
 #include "game/render/Buffers.h"
+#include "game/render/Chunks.h"
 #include "game/render/Program.h"
 
 namespace drench::game {
@@ -11,14 +12,16 @@ namespace drench::game {
 class ArenaPicture {
   public:
     explicit ArenaPicture(const ArenaMesh& mesh);
-    void draw(const Camera& camera, float aspect) const;
+
+    /// @param height  of the picture in pixels
+    void draw(const Camera& camera, float aspect, int height) const;
 
   private:
+    Chunks chunks_;
     Program program_;
     VertexArray array_;
     Buffer vertices_;
     Buffer indices_;
-    GLsizei count_;
 };
 
 } // namespace drench::game

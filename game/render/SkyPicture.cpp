@@ -41,8 +41,7 @@ void SkyPicture::draw(const Camera& camera, float aspect) const {
     // Seen from the middle of the world, a point is a direction.
     Camera middle = camera;
     middle.eye = glm::vec3(0.0f);
-    const glm::mat4 toWorld =
-        glm::inverse(projectionMatrix(middle, aspect) * viewMatrix(middle));
+    const glm::mat4 toWorld = glm::inverse(projectionMatrix(middle, aspect) * viewMatrix(middle));
     program_.use();
     glUniformMatrix4fv(program_.uniform("toWorld"), 1, GL_FALSE, glm::value_ptr(toWorld));
     array_.bind();
