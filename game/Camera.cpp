@@ -13,10 +13,6 @@ glm::mat4 projectionMatrix(const Camera& camera, float aspect) {
     return glm::perspective(camera.fieldOfView, aspect, nearPlane, farPlane);
 }
 
-float pixelSize(const Camera& camera, int height) {
-    return 2.0f * std::tan(camera.fieldOfView / 2.0f) / static_cast<float>(height);
-}
-
 float fieldOfViewFrom(float degrees) {
     constexpr float heightOverWidth = 9.0f / 16.0f;
     return 2.0f * std::atan(std::tan(glm::radians(degrees) / 2.0f) * heightOverWidth);

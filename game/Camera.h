@@ -37,9 +37,6 @@ glm::mat4 viewMatrix(const Camera& camera);
 /// From what the eye sees to OpenGL's clip space. `aspect` is the picture's width over its height.
 glm::mat4 projectionMatrix(const Camera& camera, float aspect);
 
-/// World units across a pixel in the middle of the picture, for each world unit that it lies ahead.
-float pixelSize(const Camera& camera, int height);
-
 /// The field of view from edge to edge in radians, down, of a picture of shape 16:9 that shows
 /// `degrees` from left to right: the number that players set. Other shapes show more or less at
 /// the sides.

@@ -1,6 +1,5 @@
 #include "game/render/ArenaPicture.h"
 
-#include "arena/Map.h"
 #include "game/render/Haze.h"
 
 #include <cstddef>
@@ -15,32 +14,36 @@ constexpr char vertexSource[] = R"(
 uniform mat4 toClip;
 layout(location = 0) in vec3 position;
 layout(location = 1) in vec4 colour;
+layout(location = 2) in vec2 place;
+layout(location = 3) in vec4 edges;
 out vec3 light;
-out vec2 cells;
+out vec2 onFace;
+flat out vec4 edgeLight;
 void main() {
     gl_Position = toClip * vec4(position, 1.0);
     light = colour.rgb;
-    float axis = floor(colour.a * 127.5 + 0.25);
-    cells = (axis < 0.5 ? position.yz : axis < 1.5 ? position.zx : position.xy) / 64.0;
+    onFace = place;
+    // Both low edges, then both high ones.
+    edgeLight = (max(edges, 0.0) * 0.11 + min(edges, 0.0) * 0.09).xzyw;
 }
 )";
 
-// A thin line along the edges of each cube gives walls of one colour their depth. Lines thinner
-// than a pixel are drawn one pixel wide, and fainter.
+// Thin lines along the edges of each cube give walls of one colour their depth. Lines thinner than
+// a pixel are drawn one pixel wide, and fainter.
 constexpr char fragmentSource[] = R"(
 in vec3 light;
-in vec2 cells;
+in vec2 onFace;
+flat in vec4 edgeLight;
 out vec4 result;
-uniform float cellsPerPixel;
 void main() {
-    const float halfLine = 0.016;
-    float ahead = 1.0 / gl_FragCoord.w;
-    vec2 fromMiddle = abs(fract(cells) - 0.5);
-    float inwards = 0.5 - max(fromMiddle.x, fromMiddle.y);
-    float pixel = ahead * cellsPerPixel;
-    float width = max(halfLine, 0.5 * pixel);
-    float line = clamp(0.5 + (width - inwards) / pixel, 0.0, 1.0) * (halfLine / width);
-    result = vec4(hazed(light * (1.0 - 0.1 * line), ahead), 1.0);
+    const float halfLine = 0.018;
+    vec2 pixel = fwidth(onFace) + 1e-5;
+    vec2 width = max(vec2(halfLine), 0.5 * pixel);
+    vec2 faint = halfLine / width;
+    vec4 inwards = vec4(onFace, 1.0 - onFace);
+    vec4 lines = clamp(0.5 + (width.xyxy - inwards) / pixel.xyxy, 0.0, 1.0);
+    float change = dot(lines * faint.xyxy, edgeLight);
+    result = vec4(hazed(light * (1.0 + change), 1.0 / gl_FragCoord.w), 1.0);
 }
 )";
 
@@ -55,15 +58,18 @@ ArenaPicture::ArenaPicture(const ArenaMesh& mesh)
     glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(MeshVertex), nullptr);
     glVertexAttribPointer(1, 4, GL_UNSIGNED_BYTE, GL_TRUE, sizeof(MeshVertex),
                           reinterpret_cast<const void*>(offsetof(MeshVertex, colour)));
-    glEnableVertexAttribArray(0);
-    glEnableVertexAttribArray(1);
+    glVertexAttribPointer(2, 2, GL_FLOAT, GL_FALSE, sizeof(MeshVertex),
+                          reinterpret_cast<const void*>(offsetof(MeshVertex, across)));
+    glVertexAttribPointer(3, 4, GL_BYTE, GL_FALSE, sizeof(MeshVertex),
+                          reinterpret_cast<const void*>(offsetof(MeshVertex, edges)));
+    for (const GLuint attribute : {0u, 1u, 2u, 3u})
+        glEnableVertexAttribArray(attribute);
 }
 
-void ArenaPicture::draw(const Camera& camera, float aspect, int height) const {
+void ArenaPicture::draw(const Camera& camera, float aspect) const {
     program_.use();
     const glm::mat4 toClip = projectionMatrix(camera, aspect) * viewMatrix(camera);
     glUniformMatrix4fv(program_.uniform("toClip"), 1, GL_FALSE, glm::value_ptr(toClip));
-    glUniform1f(program_.uniform("cellsPerPixel"), pixelSize(camera, height) / arena::cubeEdge);
     array_.bind();
     std::vector<Chunks::Run> runs;
     chunks_.visible(toClip, camera.eye, runs);

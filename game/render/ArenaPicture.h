@@ -12,9 +12,7 @@ namespace drench::game {
 class ArenaPicture {
   public:
     explicit ArenaPicture(const ArenaMesh& mesh);
-
-    /// @param height  of the picture in pixels
-    void draw(const Camera& camera, float aspect, int height) const;
+    void draw(const Camera& camera, float aspect) const;
 
   private:
     Chunks chunks_;

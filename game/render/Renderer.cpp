@@ -14,8 +14,8 @@ void Renderer::draw(const Scene& scene, int width, int height) const {
     // The sky covers all that the arena leaves open.
     glClear(GL_DEPTH_BUFFER_BIT);
     const float aspect = static_cast<float>(width) / static_cast<float>(height);
-    arena_.draw(scene.camera, aspect, height);
-    sky_.draw(scene.camera, aspect);
+    arena_.draw(scene.camera, aspect);
+    sky_.draw(scene.camera, aspect, scene.time);
 }
 
 } // namespace drench::game

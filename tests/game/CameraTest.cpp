@@ -36,12 +36,6 @@ TEST(Camera, ShowsItsFieldOfViewFromEdgeToEdge) {
         << "a picture of another shape shows as much above and below";
 }
 
-TEST(Camera, APixelInTheMiddleCoversItsPartOfTheHeight) {
-    Camera camera;
-    camera.fieldOfView = glm::radians(90.0f);
-    EXPECT_NEAR(pixelSize(camera, 500), 2.0f / 500.0f, 1e-6f);
-}
-
 TEST(Camera, KeepsDepthsApartFromHalfABodyToTheEndOfTheLargestArena) {
     const Camera camera;
     EXPECT_GT(inPicture(camera, 1.0f, {0.0f, 0.0f, 8.0f}).z, -1.0f);
