@@ -1,5 +1,6 @@
 #pragma once
 
+#include "game/ArenaChunks.h"
 #include "game/ArenaMesh.h"
 #include "game/Camera.h"
 #include "game/render/Buffers.h"
@@ -14,11 +15,11 @@ class ArenaPicture {
     void draw(const Camera& camera, float aspect) const;
 
   private:
+    ArenaChunks chunks_;
     Program program_;
     VertexArray array_;
     Buffer vertices_;
     Buffer indices_;
-    GLsizei count_;
 };
 
 } // namespace drench::game

@@ -16,7 +16,7 @@ void Renderer::draw(const Scene& scene, int width, int height) {
     const float aspect = static_cast<float>(width) / static_cast<float>(height);
     arena_.draw(scene.camera, aspect);
     figures_.drawFigures(scene, aspect);
-    sky_.draw(scene.camera, aspect);
+    sky_.draw(scene.camera, aspect, scene.time);
     water_.drawWater(scene, aspect);
     figures_.drawGun(scene, aspect);
     water_.drawSoaking(scene, aspect);
