@@ -82,7 +82,6 @@ void FigurePicture::drawGun(const Scene& scene, float aspect) {
         return;
     solids_.vertices.clear();
     addGunInHands(solids_, *scene.gun, scene.camera);
-    glClear(GL_DEPTH_BUFFER_BIT);
     Camera camera = scene.camera;
     camera.fieldOfView = gunFieldOfView;
     draw(camera, aspect);
