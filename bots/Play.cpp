@@ -62,8 +62,8 @@ Controls combined(const Controls& earlier, const Controls& later) {
 
 Play::Play(const Roadmap& roadmap, std::vector<client::RoomAddress> rooms,
            const PlayOptions& options, std::function<void(const std::string&)> note)
-    : roadmap_(roadmap), rooms_(std::move(rooms)), skill_(options.skill), note_(std::move(note)),
-      epoll_(epoll_create1(EPOLL_CLOEXEC)), told_(rooms_.size()) {
+    : roadmap_(roadmap), rooms_(std::move(rooms)), skill_(options.skill), sight_(options.sight),
+      note_(std::move(note)), epoll_(epoll_create1(EPOLL_CLOEXEC)), told_(rooms_.size()) {
     if (epoll_ < 0)
         throw std::runtime_error(std::string("no epoll instance: ") + std::strerror(errno));
     Chance chance(options.seed);
@@ -124,9 +124,11 @@ void Play::serve(Seat& seat, Time now) {
     if (!seat.session)
         return;
     // A datagram that arrives while the controls are sent would not wake us later.
-    do
+    do {
         seat.session->service(now);
-    while (takeEvents(seat, now) && seat.session);
+        if (seat.bodies)
+            seat.bodies->serviced(*seat.session, now);
+    } while (takeEvents(seat, now) && seat.session);
 }
 
 void Play::join(Seat& seat, Time now) {
@@ -152,6 +154,8 @@ bool Play::takeEvents(Seat& seat, Time now) {
         if (std::get_if<client::Joined>(&*event)) {
             seat.scorer.join();
             seat.bot.emplace(roadmap_, skill_, seat.chance.bits());
+            if (sight_ != Sight::newest)
+                seat.bodies.emplace(*roadmap_.map);
             if (seat.failures > 0)
                 told_[seat.room].trouble.clear();
             seat.failures = 0;
@@ -192,13 +196,32 @@ void Play::see(Seat& seat, const client::Snapshot& snapshot, std::optional<Contr
     if (seat.track)
         seat.track->see(*self);
     tellOfOtherArena(seat, *self);
-    const Controls decided = seat.bot->decide(snapshot.state, self->id);
+    const Controls decided = seat.bot->decide(sightOf(seat, snapshot), self->id);
     controls = controls ? combined(*controls, decided) : decided;
+}
+
+/// The state by which the bot decides.
+UpdateMessage Play::sightOf(Seat& seat, const client::Snapshot& snapshot) const {
+    if (!seat.bodies)
+        return snapshot.state;
+    seat.bodies->take(snapshot, *seat.session);
+    PlayerUpdate self = *seat.session->self(snapshot.state);
+    if (const auto body = seat.bodies->own(snapshot.arrival)) {
+        self.position = body->player.position;
+        self.direction = body->player.direction;
+        self.rotation = body->player.rotation;
+    }
+    UpdateMessage sight;
+    sight.add(self);
+    for (const PlayerUpdate& other : seat.bodies->others(snapshot.arrival, sight_ == Sight::ahead))
+        sight.add(other);
+    return sight;
 }
 
 void Play::giveUp(Seat& seat, Time again, const std::string& trouble) {
     seat.session.reset();
     seat.bot.reset();
+    seat.bodies.reset();
     if (seat.track)
         seat.track->breakOff();
     seat.nextJoin = again;

@@ -5,6 +5,7 @@
 #include "bots/Roadmap.h"
 #include "bots/Tally.h"
 #include "bots/Tracks.h"
+#include "client/Bodies.h"
 #include "client/RoomAddress.h"
 #include "client/Session.h"
 #include "common/Chance.h"
@@ -16,6 +17,16 @@
 
 namespace drench::bots {
 
+/// What bots take for the state of the room.
+enum class Sight {
+    /// The newest snapshot.
+    newest,
+    /// What a window shows: oneself predicted, the others smoothly between snapshots.
+    drawn,
+    /// The same, but the others where they will be when a shot fired now acts.
+    ahead
+};
+
 struct PlayOptions {
     int playersPerRoom = 3;
     double skill = 0.5;
@@ -23,6 +34,8 @@ struct PlayOptions {
 
     /// Players are named by this and a number; if empty, by names of their own.
     std::string name;
+
+    Sight sight = Sight::newest;
 
     /// Whether to keep the tracks of the first room's players.
     bool keepTracks = false;
@@ -74,6 +87,9 @@ class Play {
         Chance chance;
         std::optional<client::Session> session = std::nullopt;
         std::optional<Bot> bot = std::nullopt;
+
+        /// Unless it goes by the newest snapshot.
+        std::optional<client::Bodies> bodies = std::nullopt;
         Scorer scorer = {};
         Track* track = nullptr;
         client::Time nextJoin = {};
@@ -90,6 +106,7 @@ class Play {
     void join(Seat& seat, client::Time now);
     bool takeEvents(Seat& seat, client::Time now);
     void see(Seat& seat, const client::Snapshot& snapshot, std::optional<Controls>& controls);
+    UpdateMessage sightOf(Seat& seat, const client::Snapshot& snapshot) const;
     static void send(Seat& seat, const Controls& controls);
     void giveUp(Seat& seat, client::Time again, const std::string& trouble);
     void tellOfOtherArena(const Seat& seat, const PlayerUpdate& self);
@@ -97,6 +114,7 @@ class Play {
     const Roadmap& roadmap_;
     std::vector<client::RoomAddress> rooms_;
     double skill_;
+    Sight sight_;
     std::function<void(const std::string&)> note_;
     int epoll_;
     std::vector<Seat> seats_;

@@ -31,17 +31,17 @@ constexpr int bounces = 3;
 constexpr double bounceShare = 0.7;
 
 /// How far from the middle of a face the rays of its quarters start, in cells.
-constexpr double quarterOffset = 0.27;
+constexpr double quarterOffset = 0.4;
 
 /// The distance from a face at which rays start, so that rounding does not put them into the cube.
 constexpr double lift = 1e-4;
 
 /// Light between the walls, which no sky and no bounce would bring into deep yards: a ray that
 /// meets a face far away brings more of it. It makes corners dark and yet all shade fit to play in.
-constexpr Light fillLight = {0.33, 0.36, 0.43};
+constexpr Light fillLight = {0.29, 0.32, 0.38};
 
 /// Cells after which a ray brings all of it.
-constexpr double fillReach = 5.0;
+constexpr double fillReach = 7.0;
 
 /// The share of it on faces that look along x, up, along z, and down, so that the sides of a cube
 /// in the shade can be told apart.
@@ -206,10 +206,9 @@ std::vector<CornerLight> shared(const MapManager& map, const std::vector<CubeFac
 } // namespace
 
 Light exposed(const Light& light) {
-    constexpr double exposure = 1.3;
     Light shown{};
     for (std::size_t c = 0; c < 3; ++c)
-        shown[c] = 1.02 * (1.0 - std::exp(-exposure * light[c]));
+        shown[c] = mostShown * (1.0 - std::exp(-exposure * light[c]));
     return shown;
 }
 

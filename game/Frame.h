@@ -1,9 +1,9 @@
 #pragma once
 
 #include "bots/Script.h"
+#include "client/Bodies.h"
 #include "client/Session.h"
 #include "common/GapHistogram.h"
-#include "game/Bodies.h"
 #include "game/Capture.h"
 #include "game/HeldActions.h"
 #include "game/Match.h"
@@ -74,7 +74,7 @@ class Frame {
     std::size_t acted_ = 0;
 
     Match match_;
-    Bodies bodies_;
+    client::Bodies bodies_;
     Staging staging_;
     client::Time opened_;
     Scene scene_;

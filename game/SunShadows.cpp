@@ -8,10 +8,25 @@ namespace drench::game {
 namespace {
 
 /// Shapes of a smaller area, in faces, are nothing but rounding.
-constexpr double sliver = 1e-7;
+constexpr double sliver = 1e-6;
 
 double cross(glm::dvec2 a, glm::dvec2 b) {
     return a.x * b.y - a.y * b.x;
+}
+
+/// The polygon without corners that turn no way: cuts through corners leave them.
+Polygon cleaned(Polygon polygon) {
+    for (std::size_t i = 0; i < polygon.size() && polygon.size() > 2;) {
+        const glm::dvec2 before = polygon[(i + polygon.size() - 1) % polygon.size()];
+        const glm::dvec2 after = polygon[(i + 1) % polygon.size()];
+        if (cross(polygon[i] - before, after - polygon[i]) < sliver) {
+            polygon.erase(polygon.begin() + static_cast<std::ptrdiff_t>(i));
+            i = 0;
+        } else {
+            ++i;
+        }
+    }
+    return polygon;
 }
 
 /// The part of a convex polygon on the left of the line from `a` to `b`, or on its right.
@@ -31,6 +46,7 @@ Polygon clipped(const Polygon& polygon, glm::dvec2 a, glm::dvec2 b, bool left) {
         if ((start > 0.0 && end < 0.0) || (start < 0.0 && end > 0.0))
             kept.push_back(from + (to - from) * (start / (start - end)));
     }
+    kept = cleaned(std::move(kept));
     return areaOf(kept) > sliver ? kept : Polygon{};
 }
 

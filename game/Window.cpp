@@ -2,6 +2,7 @@
 
 #include "common/Files.h"
 
+#include <cstdlib>
 #include <epoxy/gl.h>
 #include <string_view>
 
@@ -29,6 +30,8 @@ Window::Library::Library() {
     // Counts as the mouse gives them, whatever the desktop does to its pointer.
     SDL_SetHint(SDL_HINT_MOUSE_RELATIVE_SCALING, "0");
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
+    // Of SDL's drivers only those that somebody can see, unless the user names another.
+    SDL_SetHint(SDL_HINT_VIDEODRIVER, std::getenv("WAYLAND_DISPLAY") ? "x11,wayland" : "x11");
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         fail("there is no display to open a window on");
 }

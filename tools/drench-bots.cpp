@@ -23,6 +23,7 @@
 #include <iomanip>
 #include <iostream>
 #include <limits>
+#include <map>
 #include <random>
 #include <sstream>
 #include <string>
@@ -58,6 +59,7 @@ struct Options {
     std::string arena = getResourcePath("mapdata");
     int players = 3;
     double skill = 0.5;
+    std::string sight = "newest";
     double seconds = 0.0;
     std::uint64_t seed = 0;
     std::string name;
@@ -68,6 +70,14 @@ struct Options {
     bool json = false;
     bool quiet = false;
 };
+
+const std::map<std::string, bots::Sight> sights = {
+    {"newest", bots::Sight::newest}, {"drawn", bots::Sight::drawn}, {"ahead", bots::Sight::ahead}};
+
+/// The problem with a word that is no sight; empty if it is one.
+std::string oneOfSights(const std::string& word) {
+    return sights.contains(word) ? "" : word + " is not newest, drawn or ahead";
+}
 
 std::string liveLine(const bots::Standing& now, std::uint64_t snapshotsBefore, double seconds) {
     std::ostringstream line;
@@ -167,6 +177,7 @@ int playBots(const Options& options) {
                      .skill = options.skill,
                      .seed = options.seed,
                      .name = options.name,
+                     .sight = sights.at(options.sight),
                      .keepTracks = !options.tracks.empty()},
                     note);
     if (plays) {
@@ -233,6 +244,13 @@ Given addOptions(CLI::App& app, Options& options) {
     CLI::Option* skill = option("--skill", options.skill, "How well they play, 0 to 1", "X")
                              ->check(numberBetween(0.0, 1.0))
                              ->capture_default_str();
+    CLI::Option* sight =
+        option("--sight", options.sight,
+               "What they go by: the newest snapshot; drawn, as a window shows it; or ahead, the "
+               "others where a shot fired now meets them",
+               "newest|drawn|ahead")
+            ->check(oneOfSights)
+            ->capture_default_str();
     option("--seconds", options.seconds, "How long they play; 0 is until Ctrl-C", "S")
         ->check(numberBetween(0.0, longestRun))
         ->capture_default_str();
@@ -260,7 +278,7 @@ Given addOptions(CLI::App& app, Options& options) {
                           "Instead of bots, one player sends what stands here", "FILE");
     given.record =
         option("--record", options.record, "Write what that player sees of itself, as CSV", "FILE");
-    given.ofBots = {players, skill, given.seed, arenaFile, rooms, given.tracks};
+    given.ofBots = {players, skill, sight, given.seed, arenaFile, rooms, given.tracks};
     return given;
 }
 

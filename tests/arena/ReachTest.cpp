@@ -3,6 +3,7 @@
 #include "tests/support/Courts.h"
 
 #include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <random>
 #include <set>
@@ -282,6 +283,42 @@ TEST(Reach, SpawnThatIsNotClearIsNotExplored) {
         explore(map, {arrivalIn(map, 3, 3, 3), arrivalIn(map, 1, 1, 1, 1)}, Pace::ordinary);
     EXPECT_EQ(reach.landings[0], -1);
     EXPECT_GE(reach.landings[1], 0);
+}
+
+/// From one float before the wall, the undone step of a run ends on the wall, where a body hangs.
+/// It comes free by rounding again and again, and would climb the wall, by luck that no player has.
+TEST(Reach, BodyThatRoundingLeftTouchingACubeIsNotFollowed) {
+    MapManager map = court(7, 9, 5, [](int i, int, int) { return i == 2; });
+    for (const float height : {139.25f, 400.0f}) {
+        const vec3 besideTheWall(std::nextafter(103.0f, 0.0f), height, 160.0f);
+        Player player = bodyAt(map, besideTheWall, besideTheWall + vec3(1.0f, 0.0f, 0.0f));
+        const Arrival arrival = arena::arrive(0, player);
+        player.setKey(keyIndex::forward, true);
+        player.update(0.0f);
+        ASSERT_TRUE(map.collides(player.box)) << "it hangs";
+
+        const Reach reach = explore(map, {arrival}, Pace::ordinary);
+        EXPECT_EQ(reach.places.size(), 3u);
+        for (const StandingPlace& place : reach.places) {
+            EXPECT_EQ(place.feet.column, 1);
+            EXPECT_EQ(place.feet.row, 1);
+        }
+    }
+}
+
+TEST(Reach, LandingThatNeverSettlesLeadsNowhere) {
+    MapManager map = court(7, 9, 5, nothing);
+    map.cubes[2][6][2].solid = 1;
+    Arrival arrival = arrivalIn(map, 1, 1, 2);
+    // It touches the cube's side in mid-air and cannot move any more.
+    const vec3 onTheSide(103.0f, 400.0f, 160.0f);
+    arrival.landed = bodyAt(map, onTheSide, onTheSide + vec3(0.0f, 0.0f, 1.0f));
+    ASSERT_TRUE(map.collides(arrival.landed.box));
+    const Reach reach = explore(map, {arrival}, Pace::ordinary);
+    EXPECT_TRUE(reaches(reach, {4, 1, 2})) << "the spawned body goes its way";
+    const int hanging = placeAt(reach, {1, 5, 2});
+    for (const StandingPlace& place : reach.places)
+        EXPECT_FALSE(std::binary_search(place.next.begin(), place.next.end(), hanging));
 }
 
 TEST(Reach, StandingPlacesStand) {

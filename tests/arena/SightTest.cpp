@@ -97,6 +97,15 @@ TEST(Sight, RoofedHallLosesNoShotInTheSkyAnOpenOneDoes) {
     EXPECT_LT(share, 0.5) << "whoever looks down meets the floor";
 }
 
+TEST(Sight, ShotsAreCountedInAllDirectionsThatCanBeLookedAlong) {
+    // On a tower one cube wide all shots are lost but the three steepest of 64. None of them is too
+    // steep to look along, though thirteen have hardly any x or hardly any z.
+    const MapManager map = onlySolid(9, 9, 9, 4, 4, 4);
+    arena::Reach reach;
+    reach.places.push_back({{4, 5, 4}, {288.0f, 320.0f + 75.25f, 288.0f}, {}});
+    EXPECT_EQ(arena::lookAround(map, {}, reach).openSky, 61.0 / 64.0);
+}
+
 TEST(Sight, PlaceThatCoversTwoSpawnsIsASniperPlaceUnlessAThirdOneSeesIt) {
     // Spawns 0 and 1 in niches of the southern wall, both seen from the yard's middle.
     MapManager map =

@@ -174,6 +174,22 @@ TEST(Play, BotsWalkTurnJumpAndSoak) {
     }
 }
 
+TEST(Play, BotsFightByWhatAWindowShowsToo) {
+    for (const bots::Sight sight : {bots::Sight::drawn, bots::Sight::ahead}) {
+        Match match;
+        bots::PlayOptions options = four();
+        options.sight = sight;
+        const auto play = match.play({match.room.address("here")}, options);
+        match.enter(*play);
+        std::vector<Player>& players = match.room.room.server.players;
+        ASSERT_EQ(players.size(), 4u);
+        for (int i = 0; i < 4000 && play->standing().soaks < 3; ++i)
+            match.tick(*play);
+        EXPECT_GE(play->standing().soaks, 3);
+        EXPECT_EQ(play->standing().playing, 4u);
+    }
+}
+
 TEST(Play, EverySnapshotCountsWhenSeveralWait) {
     Match match;
     const auto play = match.play({match.room.address("here")}, four());

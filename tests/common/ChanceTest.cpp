@@ -60,6 +60,13 @@ TEST(Chance, HappensAsOftenAsItsProbabilitySays) {
     EXPECT_NEAR(happened, 30000, 600);
 }
 
+TEST(Chance, WhatHasNoChanceNeverHappensNotEvenAtTheLowestShare) {
+    Chance drawn(4);
+    Chance again(4);
+    for (int i = 0; i < 100; ++i)
+        EXPECT_FALSE(again.happens(drawn.share())) << "a share below its own";
+}
+
 TEST(Chance, BellHasMeanZeroAndVarianceOne) {
     Chance chance(5);
     constexpr int draws = 100000;

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -66,6 +67,44 @@ TEST(ChildProcess, MovesOnWithoutEnding) {
     EXPECT_EQ(second.status(), std::nullopt);
     second.signal(SIGKILL);
     EXPECT_EQ(second.wait(), 128 + SIGKILL);
+    EXPECT_EQ(first.wait(), -1) << "there is none any more";
+    EXPECT_EQ(first.status(), std::nullopt);
+}
+
+TEST(ChildProcess, OutputsMayGoToDescriptorZero) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/both";
+    ChildProcess first([&path] {
+        dup2(open(path.c_str(), O_WRONLY | O_CREAT, 0600), STDIN_FILENO);
+        _exit(shell("echo out; echo err >&2", {STDIN_FILENO, STDIN_FILENO}).wait());
+    });
+    EXPECT_EQ(first.wait(), 0);
+    EXPECT_EQ(readFile(path), "out\nerr\n");
+}
+
+TEST(ChildProcess, EndsWithItsParent) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    const Descriptor reading(ends[0]);
+    {
+        const Descriptor writing(ends[1]);
+        ChildProcess parent([&writing] {
+            const ChildProcess sleeper([&writing] {
+                const char ready = '.';
+                EXPECT_EQ(write(writing.number, &ready, 1), 1);
+                sleep(100);
+            });
+            sleep(100);
+        });
+        char ready;
+        ASSERT_EQ(read(reading.number, &ready, 1), 1);
+        parent.signal(SIGKILL);
+        EXPECT_EQ(parent.wait(), 128 + SIGKILL);
+    }
+    pollfd polled = {reading.number, POLLIN, 0};
+    ASSERT_EQ(poll(&polled, 1, 20000), 1) << "somebody still holds the other end";
+    char nothing;
+    EXPECT_EQ(read(reading.number, &nothing, 1), 0);
 }
 
 TEST(ChildProcess, CanGoOnWithAFunction) {

@@ -1,12 +1,18 @@
 #include "common/Files.h"
+#include "common/ChildProcess.h"
+#include "common/Descriptor.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <set>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace drench;
@@ -86,6 +92,39 @@ struct RedirectedOutput {
     int original;
 };
 
+/// While it lives, a signal every two milliseconds interrupts system calls that wait.
+struct Interruptions {
+    Interruptions() {
+        struct sigaction action {};
+        action.sa_handler = [](int) {};
+        sigaction(SIGALRM, &action, &handler);
+        const itimerval often{{0, 2000}, {0, 2000}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+    }
+    Interruptions(const Interruptions&) = delete;
+    Interruptions& operator=(const Interruptions&) = delete;
+    ~Interruptions() {
+        const itimerval never{};
+        setitimer(ITIMER_REAL, &never, nullptr);
+        sigaction(SIGALRM, &handler, nullptr);
+    }
+
+  private:
+    struct sigaction handler {};
+};
+
+void waitABit() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+}
+
+/// More than a pipe holds, each part different.
+std::string manyBytes() {
+    std::string bytes;
+    for (int i = 0; i < 100000; ++i)
+        bytes += std::to_string(i) + " ";
+    return bytes;
+}
+
 } // namespace
 
 TEST(FilesReading, GivesTheBytesAsTheyStand) {
@@ -95,6 +134,39 @@ TEST(FilesReading, GivesTheBytesAsTheyStand) {
     const std::string large(300001, 'x');
     EXPECT_EQ(readFile(folder.write("large", large)), large);
     EXPECT_EQ(readFile("/dev/null"), "");
+}
+
+TEST(FilesReading, GoesOnAfterInterruptions) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/pipe";
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const std::string bytes = manyBytes();
+    ChildProcess writer([&] {
+        const Descriptor pipe(open(path.c_str(), O_WRONLY));
+        waitABit();
+        const std::size_t half = bytes.size() / 2;
+        const bool first = write(pipe.number, bytes.data(), half) == ssize_t(half);
+        waitABit();
+        const std::size_t rest = bytes.size() - half;
+        _exit(first && write(pipe.number, bytes.data() + half, rest) == ssize_t(rest) ? 0 : 1);
+    });
+    const Descriptor early(open(path.c_str(), O_RDONLY | O_NONBLOCK));
+    pollfd polled = {early.number, POLLIN, 0};
+    ASSERT_EQ(poll(&polled, 1, 20000), 1) << "opening is not to be interrupted";
+    const Interruptions interruptions;
+    EXPECT_EQ(readFile(path), bytes);
+    EXPECT_EQ(writer.wait(), 0);
+}
+
+TEST(FilesReading, StandardInputMayBeClosed) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "bytes");
+    ChildProcess reader([&] {
+        close(STDIN_FILENO);
+        const bool isRead = readFile(path) == "bytes";
+        _exit(isRead && fcntl(STDIN_FILENO, F_GETFD) == -1 ? 0 : 1);
+    });
+    EXPECT_EQ(reader.wait(), 0) << "the file, as descriptor 0, is read and closed";
 }
 
 TEST(FilesReading, SaysWhatCannotBeReadAndWhy) {
@@ -231,6 +303,27 @@ TEST(FilesWriting, LinkToItselfIsRefused) {
 TEST(FilesWriting, DevicesAreWrittenInto) {
     replaceFile("/dev/null", binary);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST(FilesWriting, GoesOnAfterInterruptions) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/pipe";
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const std::string bytes = manyBytes();
+    ChildProcess reader([&] {
+        const Descriptor pipe(open(path.c_str(), O_RDONLY));
+        std::string read;
+        char block[100000];
+        for (ssize_t count; (count = ::read(pipe.number, block, sizeof block)) > 0; waitABit())
+            read.append(block, static_cast<std::size_t>(count));
+        _exit(read == bytes ? 0 : 1);
+    });
+    {
+        const Descriptor early(open(path.c_str(), O_WRONLY));
+        const Interruptions interruptions;
+        replaceFile(path, bytes);
+    }
+    EXPECT_EQ(reader.wait(), 0);
 }
 
 TEST(FilesWriting, StandardOutputIsWrittenIntoAlsoWhenItIsAFile) {

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <list>
 #include <memory>
 #include <stdexcept>
+#include <sys/socket.h>
 #include <unistd.h>
 
 using namespace drench;
@@ -19,6 +21,26 @@ using lag::Time;
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
+
+namespace {
+
+/// What the next calls of send() fail with, and how many of them.
+struct {
+    int reason = 0;
+    int left = 0;
+} failingSends;
+
+} // namespace
+
+/// Stands in for the C library's: its failures on a connected socket cannot be had at will.
+extern "C" ssize_t send(int descriptor, const void* bytes, std::size_t size, int flags) {
+    if (failingSends.left > 0) {
+        --failingSends.left;
+        errno = failingSends.reason;
+        return -1;
+    }
+    return sendto(descriptor, bytes, size, flags, nullptr, 0);
+}
 
 namespace {
 
@@ -334,6 +356,44 @@ TEST(Relay, OutlivesARoomThatIsDownForAWhile) {
     EXPECT_EQ(line.notes.size(), 0u);
 }
 
+TEST(Relay, RefusalDuringASendIsOfAnEarlierDatagram) {
+    Line line;
+    line.portInRoom(line.ann, start);
+    failingSends = {ECONNREFUSED, 1};
+    ASSERT_TRUE(line.send(line.ann, "tried again", start));
+    EXPECT_EQ(line.room->hear(1).at(0).bytes, "tried again");
+    EXPECT_EQ(line.relay.refusals(), 1u);
+    EXPECT_EQ(line.relay.up().out, 2u);
+    EXPECT_EQ(line.relay.up().unsent, 0u);
+}
+
+TEST(Relay, DatagramRefusedTwiceIsGivenUp) {
+    Line line;
+    line.portInRoom(line.ann, start);
+    failingSends = {ECONNREFUSED, 2};
+    ASSERT_TRUE(line.send(line.ann, "given up", start));
+    EXPECT_EQ(failingSends.left, 0);
+    EXPECT_EQ(line.relay.refusals(), 2u);
+    EXPECT_EQ(line.relay.up().out, 1u);
+    EXPECT_EQ(line.relay.up().unsent, 1u);
+    EXPECT_EQ(line.relay.up().delays.count(), 1u);
+    EXPECT_EQ(line.relay.waiting(), 0u);
+    ASSERT_TRUE(line.send(line.ann, "the next one", start));
+    EXPECT_EQ(line.room->hear(1).at(0).bytes, "the next one");
+}
+
+TEST(Relay, DatagramThatTheSystemDoesNotSendIsCountedAndNotTriedAgain) {
+    Line line;
+    line.portInRoom(line.ann, start);
+    failingSends = {ENETUNREACH, 1};
+    ASSERT_TRUE(line.send(line.ann, "no way", start));
+    EXPECT_EQ(failingSends.left, 0);
+    EXPECT_EQ(line.relay.up().unsent, 1u);
+    EXPECT_EQ(line.relay.up().out, 1u);
+    EXPECT_EQ(line.relay.refusals(), 0u);
+    EXPECT_EQ(line.relay.down().unsent, 0u);
+}
+
 TEST(Relay, ForgetsWhoIsSilentForAMinute) {
     Line line;
     const int ann = line.portInRoom(line.ann, start);
@@ -377,6 +437,23 @@ TEST(Relay, SaysOnceThatThereAreTooManyClients) {
     EXPECT_EQ(line.relay.clients(), Relay::mostClients);
     EXPECT_EQ(line.notes,
               std::vector<std::string>{"256 clients are here; more are not let through"});
+}
+
+TEST(Relay, SaysOnceThatThereIsNoWayToTheRoom) {
+    sockaddr_in everybody = loopback(5000);
+    everybody.sin_addr.s_addr = htonl(INADDR_LOOPBACK | IN_CLASSA_HOST);
+    std::vector<std::string> notes;
+    Relay relay(0, everybody, {}, {}, 1, [&](const std::string& note) { notes.push_back(note); });
+    UdpPeer ann;
+    for (int i = 0; i < 3; ++i) {
+        ann.send("hello", relay.port());
+        relay.wait(seconds(5));
+        relay.service(start);
+    }
+    EXPECT_EQ(notes, std::vector<std::string>{"no way to the room: Permission denied"});
+    EXPECT_EQ(relay.clients(), 0u);
+    EXPECT_EQ(relay.clientsSeen(), 0u);
+    EXPECT_EQ(relay.up().in, 0u);
 }
 
 TEST(Relay, KeepsNoMoreWaitingThanItSays) {

@@ -73,6 +73,12 @@ TEST(TrafficReport, TableTellsTheUnusualOnlyWhenItHappened) {
         << text;
 }
 
+TEST(TrafficReport, OneUnusualEventIsEnoughForALine) {
+    Report report = someReport();
+    report.waiting = 1;
+    EXPECT_TRUE(table(report).ends_with("\n1 still on their way\n")) << table(report);
+}
+
 TEST(TrafficReport, JsonHasEverything) {
     Report report = someReport();
     report.refusals = 5;

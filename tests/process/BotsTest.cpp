@@ -68,6 +68,9 @@ class Bots : public testing::Test {
     }
 };
 
+/// A player who just falls silent is dropped after five seconds only; one who leaves, at once.
+constexpr int politely = 4000;
+
 /// A room tells of a joining a little before the player hears of it.
 void letAcceptanceArrive() {
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
@@ -126,7 +129,7 @@ TEST_F(Bots, PlayAndLeaveAndTellWhatCameOfIt) {
     for (const char* name : {"Bot 1", "Bot 2", "Bot 3", "Bot 4"})
         EXPECT_TRUE(server.waitForLine(std::string(name) + " joined", chartTime)) << name;
     for (const char* name : {"Bot 1", "Bot 2", "Bot 3", "Bot 4"})
-        EXPECT_TRUE(server.waitForLine(std::string(name) + " disconnected", 3000)) << name;
+        EXPECT_TRUE(server.waitForLine(std::string(name) + " disconnected", politely)) << name;
 
     const json report = json::parse(bots.out());
     EXPECT_EQ(report["seed"], 1);
@@ -154,6 +157,12 @@ TEST_F(Bots, PlayAndLeaveAndTellWhatCameOfIt) {
     const arena::Image tracks = arena::decodePng(readFile(folder.path + "/tracks.png"));
     EXPECT_EQ(tracks.width, 640);
     EXPECT_EQ(tracks.height, 480);
+
+    BotsProcess hardly(
+        inRoom("--players 4 --seconds 0.01 --size 640x480 --tracks " + folder.path + "/none.png"));
+    hardly.status();
+    EXPECT_NE(tracks.pixels, arena::decodePng(readFile(folder.path + "/none.png")).pixels)
+        << "whoever played has left tracks";
 }
 
 TEST_F(Bots, LeavePolitelyWhenInterrupted) {
@@ -162,9 +171,8 @@ TEST_F(Bots, LeavePolitelyWhenInterrupted) {
     ASSERT_TRUE(server.waitForLine("Bot 2 joined", chartTime)) << bots.err();
     letAcceptanceArrive();
     bots.signal(SIGINT);
-    // A player who just falls silent is dropped after five seconds only.
-    EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
-    EXPECT_TRUE(server.waitForLine("Bot 2 disconnected", 3000));
+    EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", politely));
+    EXPECT_TRUE(server.waitForLine("Bot 2 disconnected", politely));
     EXPECT_EQ(bots.status(), 0);
     EXPECT_EQ(bots.out().substr(0, 10), "2 players ");
     EXPECT_NE(bots.out().find("\ntotal "), std::string::npos) << bots.out();
@@ -175,7 +183,7 @@ TEST_F(Bots, LeavePolitelyWhenTerminated) {
     ASSERT_TRUE(server.waitForLine("Bot 1 joined", chartTime)) << bots.err();
     letAcceptanceArrive();
     bots.signal(SIGTERM);
-    EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
+    EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", politely));
     EXPECT_EQ(bots.status(), 0);
     EXPECT_EQ(bots.out() + bots.err(), "");
 }
@@ -185,7 +193,7 @@ TEST_F(Bots, JoinAgainWhenDropped) {
     ASSERT_TRUE(server.waitForLine("Bot 1 joined", chartTime)) << bots.err();
     UdpPeer stranger;
     stranger.send("d1", server.port());
-    EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", 3000));
+    EXPECT_TRUE(server.waitForLine("Bot 1 disconnected", politely));
     EXPECT_TRUE(server.waitForLine("Bot 1 joined", chartTime));
     bots.signal(SIGINT);
     EXPECT_EQ(bots.status(), 0);
@@ -195,11 +203,12 @@ TEST_F(Bots, JoinAgainWhenDropped) {
 TEST_F(Bots, FullRoomIsToldOnce) {
     BotsProcess four(inRoom("--players 4 --name Bot --quiet"));
     ASSERT_TRUE(server.waitForLine("Bot 4 joined", chartTime)) << four.err();
-    BotsProcess more(inRoom("--players 2 --seconds 0.5 --json"));
+    BotsProcess more(inRoom("--players 2 --seconds 0.5 --skill 0 --json"));
     EXPECT_EQ(more.status(), 1);
     EXPECT_EQ(more.err(), room(server) + ": is full; trying again\n");
     const json report = json::parse(more.out());
     EXPECT_EQ(report["playersAsked"], 2);
+    EXPECT_EQ(report["skill"], 0.0);
     EXPECT_EQ(report["playersEntered"], 0);
     EXPECT_EQ(report["roomsEntered"], 0);
 }
@@ -259,7 +268,7 @@ TEST_F(Bots, ManyRoomsArePlayedInAtOnce) {
     for (ServerProcess* room : {&server, &other}) {
         EXPECT_TRUE(room->waitForLine("Bot 1 joined", chartTime));
         EXPECT_TRUE(room->waitForLine("Bot 2 joined", chartTime));
-        EXPECT_TRUE(room->waitForLine("Bot 1 disconnected", 3000));
+        EXPECT_TRUE(room->waitForLine("Bot 1 disconnected", politely));
     }
     const json report = json::parse(bots.out());
     EXPECT_EQ(report["roomsAsked"], last - first + 1);
@@ -291,7 +300,7 @@ TEST_F(Bots, SameSeedGivesTheSameNames) {
         EXPECT_EQ(bots.status(), 0);
         // Somebody who was let in just now may not know it yet, and is dropped after five seconds.
         for (int i = 0; i < 3; ++i)
-            EXPECT_TRUE(server.line(8000).value_or("nothing").ends_with(" disconnected"));
+            EXPECT_TRUE(server.line().value_or("nothing").ends_with(" disconnected"));
     }
     EXPECT_EQ(joined[0], joined[1]);
     EXPECT_NE(joined[0].find(" joined\n"), std::string::npos) << joined[0];
@@ -299,7 +308,7 @@ TEST_F(Bots, SameSeedGivesTheSameNames) {
 
 TEST_F(Bots, LineOnATerminalShowsHowItGoes) {
     PseudoTerminal terminal;
-    BotsProcess bots(inRoom("--players 2 --seconds 1.6"), terminal.descriptor());
+    BotsProcess bots(inRoom("--players 2 --seconds 2.6"), terminal.descriptor());
     const std::string shown = terminal.shownToTheEnd();
     EXPECT_EQ(bots.status(), 0);
     EXPECT_NE(shown.find("\rcharting the arena"), std::string::npos) << shown;
@@ -307,6 +316,10 @@ TEST_F(Bots, LineOnATerminalShowsHowItGoes) {
     EXPECT_NE(shown.find("   playing 2 of 2"), std::string::npos) << shown;
     EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;
     EXPECT_EQ(bots.out().find("ticks/s"), std::string::npos) << bots.out();
+    for (const double rate : numbersBefore(" ticks/s", shown)) {
+        EXPECT_GT(rate, 15.0) << "of each player";
+        EXPECT_LT(rate, 80.0) << "of each player";
+    }
 }
 
 TEST_F(Bots, ScriptIsPlayedTickByTick) {
@@ -320,7 +333,7 @@ TEST_F(Bots, ScriptIsPlayedTickByTick) {
                      folder.path + "/walk.csv");
     ASSERT_EQ(bots.status(), 0) << bots.err();
     EXPECT_TRUE(flat.waitForLine("Walker joined", chartTime));
-    EXPECT_TRUE(flat.waitForLine("Walker disconnected", 3000));
+    EXPECT_TRUE(flat.waitForLine("Walker disconnected", politely));
 
     const std::vector<RecordLine> record = readRecord(readFile(folder.path + "/walk.csv"));
     ASSERT_GT(record.size(), 100u);
@@ -343,7 +356,7 @@ TEST_F(Bots, ScriptWithoutLeavingPlaysUntilItsTimeIsOver) {
     BotsProcess bots(room(server) + " --seconds 0.5 --script " + script);
     EXPECT_EQ(bots.status(), 0) << bots.err();
     EXPECT_TRUE(server.waitForLine("Script joined", chartTime));
-    EXPECT_TRUE(server.waitForLine("Script disconnected", 3000));
+    EXPECT_TRUE(server.waitForLine("Script disconnected", politely));
     EXPECT_EQ(bots.out().substr(0, 9), "1 player ");
 }
 
@@ -371,6 +384,7 @@ TEST_F(Bots, WrongUseIsExplainedWithStatusTwo) {
                        {"--players 5", "--players"},
                        {"--players 0", "--players"},
                        {"--skill 1.5", "--skill"},
+                       {"--skill -0.1", "--skill"},
                        {"--seconds -1", "--seconds"},
                        {"--skill nan", "--skill"},
                        {"--seconds inf", "--seconds"},
@@ -400,7 +414,11 @@ TEST_F(Bots, WrongUseIsExplainedWithStatusTwo) {
                        {"--unknown", "--unknown"},
                        {"localhost:5000 localhost:5001", "localhost:5001"},
                    });
-    BotsProcess help("--help");
-    EXPECT_EQ(help.status(), 0);
-    EXPECT_NE(help.out().find("at 150 turn 90 -10"), std::string::npos) << help.out();
+    expectHelp(DRENCH_BOTS, "--help",
+               {"  room HOST[:PORT]=localhost:5000",
+                "  --players N=3               Players in each room, 1 to 4",
+                "  --skill X=0.5               How well they play, 0 to 1",
+                "  --seconds S=0               How long they play; 0 is until Ctrl-C",
+                "  --size WxH=1280x1000        Width and height of that picture",
+                "  at 150 turn 90 -10       mouse counts; positive turns right and down"});
 }

@@ -39,7 +39,7 @@ struct Player {
     }
 
     /// Plays until the condition holds; false if it does not in time.
-    bool playUntil(const std::function<bool()>& condition, int timeLimit = 5000) {
+    bool playUntil(const std::function<bool()>& condition, int timeLimit = patience) {
         const client::Time end = Clock::now() + milliseconds(timeLimit);
         while (!condition()) {
             if (Clock::now() > end)
@@ -58,7 +58,7 @@ struct Player {
 
     void play(int time) {
         const client::Time end = Clock::now() + milliseconds(time);
-        playUntil([&] { return Clock::now() >= end; }, 2 * time);
+        playUntil([&] { return Clock::now() >= end; }, time + patience);
     }
 
     bool plays() {

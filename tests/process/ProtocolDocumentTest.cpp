@@ -31,9 +31,10 @@ struct Conversation {
     ProtocolDocument::Values
     expect(const std::string& name,
            const std::function<bool(const ProtocolDocument::Values&)>& wanted = {}) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        const auto deadline =
+            std::chrono::steady_clock::now() + std::chrono::milliseconds(patience);
         while (std::chrono::steady_clock::now() < deadline) {
-            const auto datagram = peer.receive(5000);
+            const auto datagram = peer.receive(patience);
             if (!datagram)
                 break;
             const Record& record = document.recordOf(*datagram);
@@ -41,7 +42,7 @@ struct Conversation {
             if (record.name == name && (!wanted || wanted(values)))
                 return values;
         }
-        throw std::runtime_error("no " + name + " within five seconds");
+        throw std::runtime_error("no " + name + " in time");
     }
 };
 
@@ -158,7 +159,7 @@ TEST(ProtocolDocument, DumpIsWhatTheServerAnswers) {
         } else {
             std::optional<std::string> datagram;
             do {
-                datagram = talk.peer.receive(5000);
+                datagram = talk.peer.receive(patience);
                 ASSERT_TRUE(datagram.has_value()) << "no " << dumped.title;
             } while (*datagram != dumped.bytes);
         }

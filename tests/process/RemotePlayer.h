@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/process/ServerProcess.h"
 #include "tests/support/Datagrams.h"
 #include "tests/support/UdpPeer.h"
 
@@ -23,13 +24,13 @@ class RemotePlayer {
     /// Listens until a datagram satisfies `wanted` and returns it, or nothing in time. Everything
     /// heard on the way is kept in `heard`, states only as `state`.
     std::optional<std::string> waitFor(const std::function<bool(const std::string&)>& wanted,
-                                       int milliseconds = 5000);
+                                       int milliseconds = patience);
 
-    bool waitForDatagram(const std::string& datagram, int milliseconds = 5000);
+    bool waitForDatagram(const std::string& datagram, int milliseconds = patience);
 
     /// Listens until a new state satisfies `wanted`; sends a keep-alive every second meanwhile.
     bool waitForState(const std::function<bool(const UpdateMessage&)>& wanted,
-                      int milliseconds = 5000);
+                      int milliseconds = patience);
 
     /// A player in the last state heard, or null.
     const PlayerUpdate* seen(char id) const;

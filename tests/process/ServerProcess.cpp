@@ -72,7 +72,7 @@ ServerProcess ServerProcess::listening(const std::string& map) {
         const int port = freePort();
         ServerProcess server({std::to_string(port)}, map);
         // Another process may have taken the port in between.
-        if (server.waitForLine("Server is listening on port " + std::to_string(port), 20000)) {
+        if (server.waitForLine("Server is listening on port " + std::to_string(port))) {
             server.port_ = port;
             return server;
         }
@@ -132,13 +132,13 @@ bool ServerProcess::waitForLine(const std::string& text, int milliseconds) {
 }
 
 std::string ServerProcess::restOfOutput() {
-    while (readSome(10000)) {
+    while (readSome(patience)) {
     }
     return std::exchange(unread_, {});
 }
 
 std::optional<int> ServerProcess::exitStatus() {
-    const auto deadline = Clock::now() + std::chrono::seconds(5);
+    const auto deadline = Clock::now() + std::chrono::milliseconds(patience);
     while (isRunning() && Clock::now() < deadline)
         usleep(2000);
     return process_->status();

@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+/// Milliseconds in which whatever is waited for comes, also where ten others want each processor.
+constexpr int patience = 20000;
+
 /// The real server, started as a host starts it: a copy of the executable in a temporary folder of
 /// its own, with its own Resources/mapdata, its standard output read through a pipe. Destruction
 /// ends it, removes the folder and fails the test if it wrote to standard error, where sanitizers
@@ -32,15 +35,15 @@ class ServerProcess {
 
     /// The next line of standard output without its end, or nothing within `milliseconds`. At the
     /// end of the output a last line without an end counts.
-    std::optional<std::string> line(int milliseconds = 5000);
+    std::optional<std::string> line(int milliseconds = patience);
 
     /// Waits for a line that equals `text`, skipping others; false if none comes in time.
-    bool waitForLine(const std::string& text, int milliseconds = 5000);
+    bool waitForLine(const std::string& text, int milliseconds = patience);
 
     /// All output until the process ends, joined as it was written.
     std::string restOfOutput();
 
-    /// The exit status, once the process has ended by itself; nothing within five seconds.
+    /// The exit status, once the process has ended by itself; nothing if it does not in time.
     std::optional<int> exitStatus();
 
     bool isRunning();

@@ -3,13 +3,12 @@
 #include "common/ChildProcess.h"
 #include "common/Descriptor.h"
 #include "common/Files.h"
+#include "tests/support/PseudoTerminal.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <unistd.h>
@@ -53,34 +52,25 @@ class ToolProcess {
     ChildProcess process_;
 };
 
-/// A terminal that a program can be given, and what it has shown there.
-class PseudoTerminal {
-  public:
-    PseudoTerminal() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-        EXPECT_EQ(grantpt(master_.number), 0);
-        EXPECT_EQ(unlockpt(master_.number), 0);
-        ours_.emplace(open(ptsname(master_.number), O_RDWR | O_NOCTTY | O_CLOEXEC));
-        EXPECT_GE(ours_->number, 0);
+/// The numbers that stand right before these words, in the order of their places.
+inline std::vector<double> numbersBefore(const std::string& words, const std::string& text) {
+    std::vector<double> numbers;
+    for (std::size_t at = 0; (at = text.find(words, at)) != std::string::npos; ++at) {
+        const std::size_t begin = text.find_last_not_of("0123456789.", at - 1) + 1;
+        numbers.push_back(std::stod(text.substr(begin, at - begin)));
     }
+    return numbers;
+}
 
-    /// For the program, until shownToTheEnd() is called.
-    int descriptor() const { return ours_->number; }
-
-    /// All that is written until the program ends. Only then has all of it come: a terminal hands
-    /// on what is written a little later, and its writer waits while nobody reads.
-    std::string shownToTheEnd() {
-        ours_.reset();
-        std::string text;
-        char block[4096];
-        for (ssize_t length; (length = read(master_.number, block, sizeof block)) > 0;)
-            text.append(block, static_cast<std::size_t>(length));
-        return text;
-    }
-
-  private:
-    Descriptor master_;
-    std::optional<Descriptor> ours_;
-};
+/// The help of a program has all these lines.
+inline void expectHelp(const std::string& executable, const std::string& arguments,
+                       const std::vector<std::string>& lines) {
+    ToolProcess help(executable, arguments);
+    EXPECT_EQ(help.status(), 0);
+    EXPECT_EQ(help.err(), "");
+    for (const std::string& line : lines)
+        EXPECT_NE(help.out().find("\n" + line + "\n"), std::string::npos) << line << help.out();
+}
 
 /// Each of these arguments ends the program at once, with status 2, nothing on standard output, and
 /// the words beside them on standard error.

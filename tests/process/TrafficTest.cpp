@@ -25,23 +25,25 @@ TEST(Receipts, EveryDatagramOfAnyCodeAndSizeGetsExactlyOne) {
         "f",  "",           std::string(600, 'z'),   std::string(512, '\0')};
     for (const std::string& datagram : datagrams) {
         stranger.send(datagram, server.port());
-        EXPECT_EQ(stranger.receive(5000), receiptBytes());
+        EXPECT_EQ(stranger.receive(patience), receiptBytes());
     }
     EXPECT_EQ(stranger.receive(100), std::nullopt);
 }
 
-TEST(Receipts, JoinGetsItsReceiptThenItsAnswerThenTheNoticeThenStates) {
+TEST(Receipts, JoinGetsItsAnswerThenTheNoticeThenStatesAndOneReceipt) {
     const ServerProcess server = ServerProcess::listening(emptyCourt());
-    UdpPeer peer;
-    peer.send(joinDatagram("Ann"), server.port());
-    EXPECT_EQ(peer.receive(5000), receiptBytes());
-    EXPECT_EQ(peer.receive(5000), "s1");
-    EXPECT_EQ(peer.receive(5000), noticeDatagram("Ann joined"));
-    UpdateMessage state;
-    ASSERT_TRUE(readState(peer.receive(5000).value_or(""), state));
-    EXPECT_EQ(state.updates[0].id, '1');
-    EXPECT_STREQ(state.updates[0].name, "Ann");
-    EXPECT_EQ(state.updates[1].id, 0);
+    RemotePlayer ann(server.port());
+    ASSERT_EQ(ann.join("Ann"), '1');
+    ASSERT_TRUE(ann.waitFor(
+        [](const std::string& datagram) { return datagram[0] == messageCode::worldState; }));
+    EXPECT_EQ(ann.heard, (std::vector<std::string>{"s1", noticeDatagram("Ann joined")}));
+    EXPECT_EQ(ann.state.updates[0].id, '1');
+    EXPECT_STREQ(ann.state.updates[0].name, "Ann");
+    EXPECT_EQ(ann.state.updates[1].id, 0);
+    // Nearly always the receipt comes first; but its thread may be held up after the queueing.
+    if (ann.receipts == 0)
+        ann.waitFor(isReceipt);
+    EXPECT_EQ(ann.receipts, 1);
 }
 
 TEST(Receipts, BurstFromManySendersIsAnsweredOnceEach) {
@@ -50,7 +52,7 @@ TEST(Receipts, BurstFromManySendersIsAnsweredOnceEach) {
     for (UdpPeer& peer : peers)
         peer.send("x1", server.port());
     for (UdpPeer& peer : peers) {
-        EXPECT_EQ(peer.receive(5000), receiptBytes());
+        EXPECT_EQ(peer.receive(patience), receiptBytes());
         EXPECT_EQ(peer.receive(20), std::nullopt);
     }
 }
@@ -71,7 +73,7 @@ TEST(Datagrams, ShortOnesAreFollowedByZerosAndNotByTheOneBefore) {
         player.waitForState([](const UpdateMessage& state) { return state.updates[0].shooting; }));
     UdpPeer stranger;
     stranger.send(std::string(512, '\x01'), server.port());
-    ASSERT_TRUE(stranger.receive(5000).has_value());
+    ASSERT_TRUE(stranger.receive(patience).has_value());
     player.send(keyDatagram(id, keyIndex::shoot, true).substr(0, 3));
     EXPECT_TRUE(player.waitForState([](const UpdateMessage& state) {
         return !state.updates[0].shooting;
@@ -104,7 +106,7 @@ TEST(Silence, DropsAPlayerAfterFiveSecondsAndTellsTheOthers) {
         [](const UpdateMessage& state) {
             return state.updates[0].id == '2' && state.updates[1].id == 0;
         },
-        15000));
+        patience));
     const auto silence = std::chrono::steady_clock::now() - lastWord;
     EXPECT_GE(silence, std::chrono::milliseconds(4900));
     EXPECT_LE(silence, std::chrono::milliseconds(9000));

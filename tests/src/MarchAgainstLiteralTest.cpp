@@ -21,6 +21,10 @@ constexpr int thinning = 25;
 constexpr int thinning = 1;
 #endif
 
+/// Twenty times as many rays as it took to notice the most hidden of the slips that were tried:
+/// docs/maintaining.md. The quickest families get more.
+constexpr int manyRays = 20'000;
+
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float largest = std::numeric_limits<float>::max();
@@ -229,13 +233,13 @@ float oddFloat(Dice& dice) {
 TEST(MarchAgainstLiteral, UnitStepsThroughTheDefaultArena) {
     const MapManager map = loaded(fileStringContents(DRENCH_MAPDATA));
     Dice dice(1);
-    expectAgreement(map, 300'000, 0.6, [&] { return Ray{dice.pointIn(map), dice.unitVector()}; });
+    expectAgreement(map, manyRays, 0.6, [&] { return Ray{dice.pointIn(map), dice.unitVector()}; });
 }
 
 TEST(MarchAgainstLiteral, StepsOfAllLengthsThroughADenseGrid) {
     Dice dice(2);
     const MapManager map = walledWorld(dice, 9, 7, 8, 35);
-    expectAgreement(map, 2'700'000, 0.8, [&] {
+    expectAgreement(map, 5 * manyRays, 0.8, [&] {
         const float length = std::ldexp(dice.between(1.0f, 2.0f), dice.between(-4, 7));
         return Ray{dice.pointIn(map), dice.unitVector() * length};
     });
@@ -244,7 +248,7 @@ TEST(MarchAgainstLiteral, StepsOfAllLengthsThroughADenseGrid) {
 TEST(MarchAgainstLiteral, LongWaysThroughASparseGrid) {
     Dice dice(3);
     const MapManager map = walledWorld(dice, 20, 17, 18, 4);
-    expectAgreement(map, 200'000, 0.8, [&] {
+    expectAgreement(map, manyRays, 0.8, [&] {
         return Ray{dice.pointIn(map), dice.unitVector() * dice.between(0.3f, 8.0f)};
     });
 }
@@ -252,7 +256,7 @@ TEST(MarchAgainstLiteral, LongWaysThroughASparseGrid) {
 TEST(MarchAgainstLiteral, EachCoordinateOfItsOwnKind) {
     Dice dice(4);
     const MapManager map = randomWorld(dice, 12, 5, 16, 60);
-    expectAgreement(map, 200'000, 0.4, [&] {
+    expectAgreement(map, manyRays, 0.4, [&] {
         return mixedRay(map, [&](int cells) { return anyMoving(dice, cells); });
     });
 }
@@ -260,14 +264,14 @@ TEST(MarchAgainstLiteral, EachCoordinateOfItsOwnKind) {
 TEST(MarchAgainstLiteral, OnFacesAndEdgesAndAFloatBesideThem) {
     Dice dice(5);
     const MapManager map = randomWorld(dice, 6, 6, 6, 70);
-    expectAgreement(map, 150'000, 0.4,
+    expectAgreement(map, manyRays, 0.4,
                     [&] { return mixedRay(map, [&](int cells) { return onFace(dice, cells); }); });
 }
 
 TEST(MarchAgainstLiteral, DiagonalsFromCornerToCorner) {
     Dice dice(6);
     const MapManager map = walledWorld(dice, 8, 8, 8, 10);
-    expectAgreement(map, 400'000, 0.8, [&] {
+    expectAgreement(map, manyRays, 0.8, [&] {
         const float step = dice.oneOf({1.0f, 0.5f, 0.1f, 1.0f / 3.0f, 7.0f, 64.0f});
         const auto moving = [&](int cells) {
             const float corner = edge * static_cast<float>(dice.between(0, cells));
@@ -280,7 +284,7 @@ TEST(MarchAgainstLiteral, DiagonalsFromCornerToCorner) {
 TEST(MarchAgainstLiteral, StepsThatAreRoundedToAFewSpacings) {
     Dice dice(7);
     const MapManager map = randomWorld(dice, 16, 16, 16, 50);
-    expectAgreement(map, 450'000, 0.4, [&] {
+    expectAgreement(map, 5 * manyRays, 0.4, [&] {
         return mixedRay(map, [&](int cells) { return roundedSteps(dice, cells, false); });
     });
 }
@@ -288,7 +292,7 @@ TEST(MarchAgainstLiteral, StepsThatAreRoundedToAFewSpacings) {
 TEST(MarchAgainstLiteral, StepsThatEndHalfwayBetweenFloats) {
     Dice dice(8);
     const MapManager map = randomWorld(dice, 16, 16, 16, 50);
-    expectAgreement(map, 450'000, 0.4, [&] {
+    expectAgreement(map, 5 * manyRays, 0.4, [&] {
         return mixedRay(map, [&](int cells) { return roundedSteps(dice, cells, true); });
     });
 }
@@ -296,7 +300,7 @@ TEST(MarchAgainstLiteral, StepsThatEndHalfwayBetweenFloats) {
 TEST(MarchAgainstLiteral, TinyStepsFromEveryMagnitude) {
     Dice dice(9);
     const MapManager map = randomWorld(dice, 6, 5, 4, 85);
-    expectAgreement(map, 200'000, 0.3, [&] {
+    expectAgreement(map, 5 * manyRays, 0.3, [&] {
         const auto moving = [&](int) {
             return Moving{std::fabs(dice.ofExponent(-149, 8)), dice.ofExponent(-149, -1)};
         };
@@ -307,7 +311,7 @@ TEST(MarchAgainstLiteral, TinyStepsFromEveryMagnitude) {
 TEST(MarchAgainstLiteral, StepsOfAFewBitsNearZero) {
     Dice dice(20);
     const MapManager map = randomWorld(dice, 4, 3, 3, 50);
-    expectAgreement(map, 60'000, 0.2, [&] {
+    expectAgreement(map, manyRays, 0.2, [&] {
         const auto moving = [&](int) {
             const float step = dice.eitherSign(
                 std::ldexp(static_cast<float>(dice.between(1, 7)), dice.between(-32, -20)));
@@ -333,7 +337,7 @@ TEST(MarchAgainstLiteral, FacesFurtherAwayThanAnIntCounts) {
 TEST(MarchAgainstLiteral, WallsAsFarAsTheTwoLooksReach) {
     Dice dice(10);
     const MapManager map = corridor("...................................#....");
-    expectAgreement(map, 60'000, 0.4, [&] {
+    expectAgreement(map, manyRays, 0.4, [&] {
         const float step = dice.between(0.01f, 0.44f);
         const int steps = dice.oneIn(2) ? dice.between(4990, 5010) : dice.between(5055, 5070);
         const float from = 35 * edge - step * static_cast<float>(steps);
@@ -345,7 +349,7 @@ TEST(MarchAgainstLiteral, WallsAsFarAsTheTwoLooksReach) {
 TEST(MarchAgainstLiteral, WallsSoNearThatTheBackOffReachesBehindTheShooter) {
     Dice dice(11);
     const MapManager map = corridor("#.#..#.##...#.#");
-    expectAgreement(map, 3'200'000, 0.8, [&] {
+    expectAgreement(map, 5 * manyRays, 0.8, [&] {
         const float step = dice.ofExponent(-4, 5);
         const float from = edge * static_cast<float>(dice.between(0, 15)) -
                            step * static_cast<float>(dice.between(0, 63));
@@ -357,7 +361,7 @@ TEST(MarchAgainstLiteral, WallsSoNearThatTheBackOffReachesBehindTheShooter) {
 TEST(MarchAgainstLiteral, FromOutsideTheWorld) {
     Dice dice(12);
     const MapManager map = randomWorld(dice, 7, 6, 5, 60);
-    expectAgreement(map, 200'000, 0.2, [&] {
+    expectAgreement(map, manyRays, 0.2, [&] {
         const vec3 dir = dice.unitVector() * dice.between(0.5f, 40.0f);
         return Ray{dice.pointIn(map) - dir * dice.between(-5.0f, 300.0f), dir};
     });
@@ -366,7 +370,7 @@ TEST(MarchAgainstLiteral, FromOutsideTheWorld) {
 TEST(MarchAgainstLiteral, FromJustOutsideTheWorld) {
     Dice dice(13);
     const MapManager map = randomWorld(dice, 3, 4, 5, 60);
-    expectAgreement(map, 60'000, 0.2, [&] {
+    expectAgreement(map, 3 * manyRays, 0.2, [&] {
         const auto moving = [&](int cells) {
             const float face = dice.oneIn(2) ? 0.0f : edge * static_cast<float>(cells);
             const float beside = dice.ofExponent(-149, 5);
@@ -380,7 +384,7 @@ TEST(MarchAgainstLiteral, FromJustOutsideTheWorld) {
 TEST(MarchAgainstLiteral, OddFloats) {
     Dice dice(14);
     const MapManager map = randomWorld(dice, 3, 4, 5, 90);
-    expectAgreement(map, 60'000, 0.05, [&] {
+    expectAgreement(map, manyRays, 0.05, [&] {
         const auto moving = [&](int cells) {
             const float from = dice.oneIn(3) ? oddFloat(dice) : anywhere(dice, cells).from;
             return Moving{from, oddFloat(dice)};
@@ -392,7 +396,7 @@ TEST(MarchAgainstLiteral, OddFloats) {
 TEST(MarchAgainstLiteral, AnyBits) {
     Dice dice(15);
     const MapManager map = randomWorld(dice, 3, 4, 5, 90);
-    expectAgreement(map, 60'000, 0.05, [&] {
+    expectAgreement(map, manyRays, 0.05, [&] {
         const auto moving = [&](int cells) {
             const float from = dice.oneIn(4) ? dice.anyBits() : anywhere(dice, cells).from;
             return Moving{from, dice.anyBits()};
@@ -405,7 +409,7 @@ TEST(MarchAgainstLiteral, OneCell) {
     for (const bool solid : {false, true}) {
         Dice dice(16);
         const MapManager map = solid ? onlySolid(1, 1, 1, 0, 0, 0) : withoutSolids(1, 1, 1);
-        expectAgreement(map, solid ? 50'000 : 5'000, solid ? 0.2 : 0.0, [&] {
+        expectAgreement(map, solid ? manyRays : 5'000, solid ? 0.2 : 0.0, [&] {
             return mixedRay(map, [&](int cells) { return anyMoving(dice, cells); });
         });
     }
@@ -415,7 +419,7 @@ TEST(MarchAgainstLiteral, NothingSolidAndAllSolid) {
     for (const bool solid : {false, true}) {
         Dice dice(17);
         const MapManager map = randomWorld(dice, 4, 3, 5, solid ? 100 : 0);
-        expectAgreement(map, solid ? 80'000 : 5'000, solid ? 0.3 : 0.0, [&] {
+        expectAgreement(map, solid ? manyRays : 5'000, solid ? 0.3 : 0.0, [&] {
             return mixedRay(map, [&](int cells) { return anyMoving(dice, cells); });
         });
     }
@@ -432,14 +436,14 @@ TEST(MarchAgainstLiteral, ThousandsOfCellsInARow) {
                        ? Moving{dice.between(0.0f, edge), dice.ofExponent(-20, -8)}
                        : Moving{dice.between(-edge, edge * (cells + 1)), dice.ofExponent(-1, 6)};
         };
-        expectAgreement(map, 60'000, 0.5, [&] { return mixedRay(map, moving); });
+        expectAgreement(map, manyRays, 0.5, [&] { return mixedRay(map, moving); });
     }
 }
 
 TEST(MarchAgainstLiteral, CubesThatChangeBetweenCalls) {
     Dice dice(19);
     MapManager map = walledWorld(dice, 5, 6, 7, 40);
-    expectAgreement(map, 1'200'000, 0.7, [&] {
+    expectAgreement(map, 5 * manyRays, 0.7, [&] {
         Box& cube = map.cubes[static_cast<size_t>(dice.between(1, 3))][static_cast<size_t>(
             dice.between(1, 4))][static_cast<size_t>(dice.between(1, 5))];
         cube.solid = dice.oneIn(2) ? 0 : dice.between(-3, 3);

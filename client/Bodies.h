@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace drench::game {
+namespace drench::client {
 
 /// Where everybody is at a moment of drawing: oneself predicted, the others between snapshots.
 class Bodies {
@@ -18,26 +18,26 @@ class Bodies {
 
     /// To be called after each Session::service(now): hears what was sent, and has the session send
     /// again what was found lost before.
-    void serviced(client::Session& session, client::Time now);
+    void serviced(Session& session, Time now);
 
     /// The session handed out a snapshot.
-    void take(const client::Snapshot& snapshot, const client::Session& session);
+    void take(const Snapshot& snapshot, const Session& session);
 
     /// One's own body as drawn at `now`; nothing while soaked and before the first snapshot.
-    std::optional<client::Prediction::Body> own(client::Time now) const;
+    std::optional<Prediction::Body> own(Time now) const;
 
     /// The others as drawn at `now`: a little behind the newest snapshot, or, `ahead`, where they
     /// will be when a shot fired now acts in the room.
-    std::vector<PlayerUpdate> others(client::Time now, bool ahead);
+    std::vector<PlayerUpdate> others(Time now, bool ahead);
 
-    const client::Prediction& prediction() const { return prediction_; }
+    const Prediction& prediction() const { return prediction_; }
 
   private:
-    client::Prediction prediction_;
-    client::Interpolation others_;
-    client::DrawnTick drawnTick_;
+    Prediction prediction_;
+    Interpolation others_;
+    DrawnTick drawnTick_;
     bool wasAhead_ = false;
     char id_ = 0;
 };
 
-} // namespace drench::game
+} // namespace drench::client

@@ -1,33 +1,32 @@
-#include "game/Bodies.h"
+#include "client/Bodies.h"
 
 #include <algorithm>
 #include <chrono>
 
-namespace drench::game {
+namespace drench::client {
 
-void Bodies::serviced(client::Session& session, client::Time now) {
+void Bodies::serviced(Session& session, Time now) {
     prediction_.sent(session.sentInputs(), now);
-    for (const client::InputRecord& lost : prediction_.takeLost())
+    for (const InputRecord& lost : prediction_.takeLost())
         session.sendAgain(lost);
 }
 
-void Bodies::take(const client::Snapshot& snapshot, const client::Session& session) {
+void Bodies::take(const Snapshot& snapshot, const Session& session) {
     id_ = session.id();
     prediction_.take(snapshot, id_, session.roundTrip().smoothed(), session.tickClock().period());
     others_.take(snapshot.state, prediction_.tick(), snapshot.arrival);
 }
 
-std::optional<client::Prediction::Body> Bodies::own(client::Time now) const {
+std::optional<Prediction::Body> Bodies::own(Time now) const {
     return prediction_.body(now);
 }
 
-std::vector<PlayerUpdate> Bodies::others(client::Time now, bool ahead) {
-    const client::ArrivalLine& line = prediction_.line();
+std::vector<PlayerUpdate> Bodies::others(Time now, bool ahead) {
+    const ArrivalLine& line = prediction_.line();
     const double target =
         prediction_.tickAt(now) +
-        (ahead
-             ? line.delay() / line.period()
-             : -client::interpolationDelay(line.lateness(), line.latenessSpread(), line.period()));
+        (ahead ? line.delay() / line.period()
+               : -interpolationDelay(line.lateness(), line.latenessSpread(), line.period()));
     if (ahead != wasAhead_)
         drawnTick_ = {};
     wasAhead_ = ahead;
@@ -37,4 +36,4 @@ std::vector<PlayerUpdate> Bodies::others(client::Time now, bool ahead) {
     return players;
 }
 
-} // namespace drench::game
+} // namespace drench::client

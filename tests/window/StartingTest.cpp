@@ -1,0 +1,99 @@
+#include "arena/picture/Png.h"
+#include "tests/support/Arenas.h"
+#include "tests/window/Desk.h"
+
+#include <set>
+
+namespace {
+
+/// The window's program, run to its end.
+struct Ending {
+    int status;
+    std::string said;
+};
+
+Ending run(const std::string& display, const std::string& arguments) {
+    const TemporaryFolder folder;
+    ToolProcess window("/usr/bin/env", windowCommand(display, folder.path, arguments));
+    const int status = window.status();
+    return {status, window.err()};
+}
+
+std::string address(int port) {
+    return "localhost:" + std::to_string(port);
+}
+
+std::size_t linesIn(const std::string& text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+} // namespace
+
+TEST(WindowStarting, WithoutADisplayOneLineSaysSo) {
+    for (const char* display : {"", ":4711"}) {
+        const Ending window = run(display, "localhost:1");
+        EXPECT_EQ(window.status, 2);
+        EXPECT_NE(window.said.find("there is no display"), std::string::npos) << window.said;
+        EXPECT_EQ(linesIn(window.said), 1u) << window.said;
+    }
+}
+
+TEST(WindowStarting, WithAnOldOpenGlOneLineSaysSo) {
+    const Display display;
+    const Ending window = run(display.name + " MESA_GL_VERSION_OVERRIDE=2.1", "localhost:1");
+    EXPECT_EQ(window.status, 2);
+    EXPECT_NE(window.said.find("no OpenGL 3.3"), std::string::npos) << window.said;
+    EXPECT_EQ(linesIn(window.said), 1u) << window.said;
+}
+
+TEST(WindowStarting, WhereNobodyListensOneLineSaysSo) {
+    const Display display;
+    const std::string room = address(freePort());
+    const Ending window = run(display.name, room);
+    EXPECT_EQ(window.status, 1);
+    EXPECT_EQ(window.said, room + " nobody listens there\n");
+}
+
+TEST(WindowStarting, InAFullRoomOneLineSaysSo) {
+    const Display display;
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    std::vector<std::unique_ptr<RemotePlayer>> players;
+    for (const char* name : {"Bob", "Cid", "Dee", "Eve"}) {
+        players.push_back(std::make_unique<RemotePlayer>(server.port()));
+        ASSERT_NE(players.back()->join(name), 0);
+    }
+    const Ending window = run(display.name, address(server.port()));
+    EXPECT_EQ(window.status, 1);
+    EXPECT_EQ(window.said, address(server.port()) + " is full\n");
+}
+
+TEST(WindowStarting, ABadArenaIsNamedWithItsPlace) {
+    const TemporaryFolder folder;
+    const std::string arena = folder.write("short", "2 2 2\n 1 1\n");
+    const Ending window = run("", "localhost:1 --arena " + arena);
+    EXPECT_EQ(window.status, 2);
+    EXPECT_EQ(window.said.find(arena), 0u) << window.said;
+    EXPECT_EQ(linesIn(window.said), 1u) << window.said;
+}
+
+TEST(WindowStarting, HelpAndWrongUseNeedNoDisplay) {
+    EXPECT_EQ(run("", "--help").status, 0);
+    const Ending wrong = run("", "--seconds -1");
+    EXPECT_EQ(wrong.status, 2);
+    EXPECT_NE(wrong.said.find("--seconds: -1 is no number from 0"), std::string::npos)
+        << wrong.said;
+}
+
+TEST(WindowStarting, AScreenshotShowsTheArena) {
+    const TemporaryFolder folder;
+    const std::string file = folder.path + "/picture.png";
+    Desk desk("--seconds 2 --size 320x180 --screenshot " + file);
+    EXPECT_EQ(desk.window.status(), 0) << desk.window.err();
+    const arena::Image picture = arena::decodePng(readFile(file));
+    EXPECT_EQ(picture.width, 320);
+    EXPECT_EQ(picture.height, 180);
+    std::set<std::array<int, 3>> colours;
+    for (const arena::Colour& pixel : picture.pixels)
+        colours.insert({pixel.red, pixel.green, pixel.blue});
+    EXPECT_GT(colours.size(), 20u) << "light, haze and sky";
+}
