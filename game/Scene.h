@@ -58,6 +58,9 @@ struct Jet {
     /// Along the straight line.
     float length = 0.0f;
 
+    /// Thickness, as a share of the usual one; less for a nozzle right before the eye.
+    float width = 1.0f;
+
     /// Whether the water ends in the air.
     bool intoSky = false;
 
