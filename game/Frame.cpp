@@ -101,11 +101,12 @@ void Frame::waitUntilDue() {
     std::vector<int> descriptors;
     client::Time now = client::Clock::now();
     overlay_.service(visit_, settings_, now);
-    while (now < pacing_.due()) {
+    const client::Time end = pacing_.waitEnd(now);
+    while (now < end) {
         descriptors.clear();
         visit_.addDescriptors(descriptors);
         overlay_.addDescriptors(descriptors);
-        sleepOnSockets(descriptors, now, std::min(pacing_.due(), visit_.wakeAt(now)));
+        sleepOnSockets(descriptors, now, std::min(end, visit_.wakeAt(now)));
         now = client::Clock::now();
         serviceRoom(now);
         overlay_.service(visit_, settings_, now);

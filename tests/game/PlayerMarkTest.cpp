@@ -1,0 +1,44 @@
+#include "game/PlayerMark.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+using namespace drench;
+using namespace drench::game;
+
+namespace {
+
+/// The share of light, 0 to 1, as the eye weighs colours (ITU-R BT.709).
+double lightnessOf(const arena::Colour& colour) {
+    return (0.2126 * colour.red + 0.7152 * colour.green + 0.0722 * colour.blue) / 255.0;
+}
+
+double distance(const arena::Colour& a, const arena::Colour& b) {
+    return std::hypot(a.red - b.red, a.green - b.green, a.blue - b.blue);
+}
+
+} // namespace
+
+TEST(PlayerMark, PlayersDifferInShapeAndInColour) {
+    for (const Palette palette : {Palette::usual, Palette::colourBlind}) {
+        for (char a = '1'; a <= '4'; ++a) {
+            const PlayerMark mark = markOf(a, palette);
+            EXPECT_GT(lightnessOf(mark.colour), 0.4) << "to be read on dark glass";
+            for (char b = '1'; b < a; ++b) {
+                EXPECT_NE(mark.shape, markOf(b, palette).shape);
+                EXPECT_GT(distance(mark.colour, markOf(b, palette).colour), 70.0);
+            }
+        }
+    }
+}
+
+TEST(PlayerMark, ShapesStayWhenColoursChange) {
+    for (char id = '1'; id <= '4'; ++id)
+        EXPECT_EQ(markOf(id, Palette::usual).shape, markOf(id, Palette::colourBlind).shape);
+}
+
+TEST(PlayerMark, NobodysIsWhite) {
+    const arena::Colour white{255, 255, 255};
+    for (const char id : {'\0', 's', '0', '5', '\xFF'})
+        EXPECT_EQ(markOf(id, Palette::usual).colour, white);
+}
