@@ -89,6 +89,12 @@ TEST_F(Line, ALongWayAndAnUnevenOneAreSaid) {
     EXPECT_EQ(quality.words(), "uneven line: 30 ms more or less");
 }
 
+TEST_F(Line, ABadMomentIsNoBadLine) {
+    pass(6, {});
+    pass(4, {.roundTrip = 400.0, .jitter = 90.0});
+    EXPECT_EQ(quality.words(), "");
+}
+
 TEST_F(Line, WhatSlowFramesAddIsNoFaultOfTheLine) {
     pass(6, {.roundTrip = 180.0, .jitter = 60.0, .frame = 60.0});
     EXPECT_EQ(quality.words(), "");
