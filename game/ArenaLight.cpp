@@ -38,7 +38,7 @@ constexpr double lift = 1e-4;
 
 /// Light between the walls, which no sky and no bounce would bring into deep yards: a ray that
 /// meets a face far away brings more of it. It makes corners dark and yet all shade fit to play in.
-constexpr Light fillLight = {0.40, 0.44, 0.52};
+constexpr Light fillLight = {0.29, 0.32, 0.38};
 
 /// Cells after which a ray brings all of it.
 constexpr double fillReach = 7.0;
@@ -206,10 +206,9 @@ std::vector<CornerLight> shared(const MapManager& map, const std::vector<CubeFac
 } // namespace
 
 Light exposed(const Light& light) {
-    constexpr double exposure = 1.3;
     Light shown{};
     for (std::size_t c = 0; c < 3; ++c)
-        shown[c] = 1.02 * (1.0 - std::exp(-exposure * light[c]));
+        shown[c] = mostShown * (1.0 - std::exp(-exposure * light[c]));
     return shown;
 }
 

@@ -15,14 +15,17 @@ constexpr arena::Triple towardsSun = {0.30, 0.90, 0.40};
 constexpr arena::Light sunLight = {1.46, 1.22, 0.84};
 
 /// Light of the sky, bluish and so the shadows, on a face that sees nothing else.
-constexpr arena::Light skyLight = {0.50, 0.60, 0.80};
+constexpr arena::Light skyLight = {0.42, 0.51, 0.70};
 
 /// Light that reaches the corners of a face from everywhere but the sun: from the sky, and from
 /// other faces. The corners lie at (0, 0), (1, 0), (1, 1) and (0, 1) along the face's first and
 /// second axis.
 using CornerLight = std::array<arena::Light, 4>;
 
-/// What is shown of light: all of a little, and less of more, so that nothing is too bright.
+/// What is shown of light: all of a little, and less of more, so that nothing is too bright. It is
+/// mostShown · (1 - exp(-exposure · light)).
+constexpr double exposure = 1.3;
+constexpr double mostShown = 1.02;
 arena::Light exposed(const arena::Light& light);
 
 /// The light from sky and faces at the corners of visible faces, by rays and three bounces.

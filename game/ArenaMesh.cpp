@@ -5,6 +5,8 @@
 #include "game/ArenaLight.h"
 #include "game/SunShadows.h"
 
+#include <cmath>
+
 namespace drench::game {
 
 namespace {
@@ -18,6 +20,39 @@ Light between(const CornerLight& corners, glm::dvec2 point) {
     return arena::mixed(low, high, point.y);
 }
 
+/// Cubes of one material are not all alike: the lightness of a cube, 1 in the middle.
+double tintOf(const arena::CellIndex& cube) {
+    constexpr double range = 0.07;
+    // Multiples of irrational numbers: neighbours differ, and no pattern shows.
+    const double turns =
+        cube.column * 0.6180339887 + cube.row * 0.7548776662 + cube.depth * 0.5698402910;
+    const double mixed = turns * 7.31;
+    return 1.0 + range * (mixed - std::floor(mixed) - 0.5);
+}
+
+/// Of the four edges of a face: low and high along its first axis, low and high along its second.
+std::array<EdgeKind, 4> edgesOf(const MapManager& map, const CubeFace& face) {
+    const auto isCube = [&](arena::CellIndex cell, int axis, int step) {
+        arena::indexAlong(cell, axis) += step;
+        const bool inMap = !map.outOfBounds(vec3(static_cast<float>(cell.column) + 0.5f,
+                                                 static_cast<float>(cell.row) + 0.5f,
+                                                 static_cast<float>(cell.depth) + 0.5f) *
+                                            arena::cubeEdge);
+        return inMap && !map.cubeIsNull(cell.column, cell.row, cell.depth);
+    };
+    arena::CellIndex front = face.cube;
+    arena::indexAlong(front, face.axis) += face.side;
+    std::array<EdgeKind, 4> edges{};
+    for (std::size_t edge = 0; edge < 4; ++edge) {
+        const int axis = edge < 2 ? firstAlong(face.axis) : secondAlong(face.axis);
+        const int step = edge % 2 == 0 ? -1 : 1;
+        edges[edge] = isCube(front, axis, step)       ? EdgeKind::foot
+                      : isCube(face.cube, axis, step) ? EdgeKind::seam
+                                                      : EdgeKind::rim;
+    }
+    return edges;
+}
+
 /// Adds the faces of one map, each lit, one after the other.
 class Builder {
   public:
@@ -26,7 +61,9 @@ class Builder {
     void add(const CubeFace& face, const SunnyFace& sunny, double slope,
              const CornerLight& ambient) {
         const Box& cube = arena::cell(map_, face.cube.column, face.cube.row, face.cube.depth);
-        const Light material = arena::lightOf(arena::colourOf(cube.cellValue));
+        const Light material =
+            arena::scaled(arena::lightOf(arena::colourOf(cube.cellValue)), tintOf(face.cube));
+        const std::array<EdgeKind, 4> edges = edgesOf(map_, face);
         const auto addAll = [&](const std::vector<Polygon>& polygons, double sun) {
             for (const Polygon& polygon : polygons) {
                 const auto base = static_cast<std::uint32_t>(mesh_.vertices.size());
@@ -34,7 +71,7 @@ class Builder {
                     Light light = exposed(arena::sum(between(ambient, point), sunLight, sun));
                     for (std::size_t c = 0; c < 3; ++c)
                         light[c] *= material[c];
-                    addVertex(face, point, arena::colourFrom(light));
+                    addVertex(face, point, arena::colourFrom(light), edges);
                 }
                 addFan(base, static_cast<std::uint32_t>(polygon.size()), face.side > 0);
             }
@@ -46,14 +83,18 @@ class Builder {
     ArenaMesh take() { return std::move(mesh_); }
 
   private:
-    void addVertex(const CubeFace& face, glm::dvec2 point, arena::Colour colour) {
+    void addVertex(const CubeFace& face, glm::dvec2 point, arena::Colour colour,
+                   const std::array<EdgeKind, 4>& edges) {
         glm::dvec3 at(face.cube.column, face.cube.row, face.cube.depth);
         at[face.axis] += face.side > 0 ? 1.0 : 0.0;
         at[firstAlong(face.axis)] += point.x;
         at[secondAlong(face.axis)] += point.y;
         mesh_.vertices.push_back({glm::vec3(at * double(arena::cubeEdge)),
                                   {colour.red, colour.green, colour.blue},
-                                  static_cast<std::uint8_t>(2 * face.axis + (face.side > 0))});
+                                  static_cast<std::uint8_t>(2 * face.axis + (face.side > 0)),
+                                  static_cast<float>(point.x),
+                                  static_cast<float>(point.y),
+                                  edges});
     }
 
     void addFan(std::uint32_t base, std::uint32_t count, bool towardsNormal) {

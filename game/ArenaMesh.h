@@ -9,6 +9,18 @@
 
 namespace drench::game {
 
+/// What lies beyond an edge of a cube's face.
+enum class EdgeKind : std::int8_t {
+    /// Another face rises from it.
+    foot = 0,
+
+    /// Nothing: the edge catches the light.
+    rim = 1,
+
+    /// A face of the next cube in the same plane.
+    seam = -1
+};
+
 /// A corner of the arena's surface.
 struct MeshVertex {
     /// World units.
@@ -19,9 +31,13 @@ struct MeshVertex {
 
     /// The surface's normal: 2 · axis, and 1 more for the side of rising coordinates.
     std::uint8_t facing = 0;
-};
 
-static_assert(sizeof(MeshVertex) == 16);
+    /// The place on the cube's face, in cells from its low corner along the face's first and second
+    /// axis, and what the four edges of the face are.
+    float across = 0.0f;
+    float along = 0.0f;
+    std::array<EdgeKind, 4> edges{};
+};
 
 /// Triangles, counter-clockwise as seen from outside of the cubes.
 struct ArenaMesh {

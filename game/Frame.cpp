@@ -1,7 +1,7 @@
 #include "game/Frame.h"
 
-#include "client/Records.h"
 #include "common/Files.h"
+#include "game/Figures.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,6 +9,9 @@
 namespace drench::game {
 
 namespace {
+
+/// Where the drops of water fly follows from it.
+constexpr std::uint64_t dropSeed = 1;
 
 double secondsBetween(client::Time from, client::Time to) {
     return std::chrono::duration<double>(to - from).count();
@@ -27,18 +30,6 @@ Camera overview(const MapManager& map) {
 double frameRate(const Settings& settings, const Window& window) {
     const double limit = settings.frameLimit > 0 ? settings.frameLimit : window.screenRate();
     return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
-}
-
-FigurePose poseOf(const PlayerUpdate& player) {
-    FigurePose pose;
-    pose.id = player.id;
-    pose.position = onScreen(player.position);
-    pose.direction = onScreen(player.direction);
-    pose.rotation = {player.rotation.w, player.rotation.x, player.rotation.y, player.rotation.z};
-    pose.shooting = player.shooting;
-    pose.soaked = client::isSoaked(player);
-    pose.colour = player.id - '1';
-    return pose;
 }
 
 /// From the last change of a setting until all are kept, so that a slider writes one file.
@@ -60,8 +51,8 @@ bool isLasting(const std::string& room) {
 Frame::Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings settings,
              KeepSettings keep)
     : window_(window), map_(map), settings_(std::move(settings)), keep_(std::move(keep)),
-      renderer_(mesh), overlay_(window, map), pacing_(frameRate(settings_, window)),
-      opened_(client::Clock::now()), begin_(opened_) {
+      renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
+      staging_(map, dropSeed), opened_(client::Clock::now()), begin_(opened_) {
     scene_.camera = overview(map);
     if (settings_.fullScreen)
         window_.fillScreen(true);
@@ -89,7 +80,7 @@ void Frame::run() {
         keepSettings();
 }
 
-void Frame::drawAgain() const {
+void Frame::drawAgain() {
     const PixelSize size = window_.size();
     renderer_.draw(scene_, size.width, size.height);
     overlay_.drawAgain();
@@ -201,26 +192,46 @@ void Frame::take(const client::Event& event, client::Session& session, client::T
 }
 
 void Frame::compose(client::Time now) {
-    scene_.time = secondsBetween(opened_, now);
-    scene_.figures.clear();
+    const double time = secondsBetween(opened_, now);
+    const auto seconds = static_cast<float>(time - scene_.time);
+    scene_.time = time;
+    scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
     if (visit_.screens().place() == Screens::Place::start) {
         bodies_.reset();
         scene_.camera = overview(map_);
     }
-    scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
-    if (visit_.screens().place() != Screens::Place::match || !bodies_)
-        return;
-    // While soaked, the eye stays where it was.
-    if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
-        scene_.camera.eye = onScreen(body->eye);
-        scene_.camera.direction = onScreen(body->player.direction);
+    const bool isPlaying = visit_.screens().place() == Screens::Place::match && bodies_;
+    std::optional<OwnBody> own;
+    std::vector<PlayerUpdate> others;
+    if (isPlaying) {
+        // While soaked, the eye stays where it was.
+        if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
+            scene_.camera.eye = onScreen(body->eye);
+            scene_.camera.direction = onScreen(body->player.direction);
+            own = {visit_.match().ownId(), scene_.camera.eye, scene_.camera.direction,
+                   body->player.isShooting()};
+        }
+        others = bodies_->others(now, settings_.showWhereShotsMeet);
     }
-    for (const PlayerUpdate& player : bodies_->others(now, settings_.showWhereShotsMeet)) {
-        FigurePose pose = poseOf(player);
-        if (const MatchPlayer* known = visit_.match().player(player.id))
-            pose.name = known->name;
-        scene_.figures.push_back(std::move(pose));
+    staging_.show(scene_, own, others, seconds, settings_.lessMotion);
+    nameFigures();
+    scene_.soaked.reset();
+    if (const MatchPlayer* self = visit_.match().self(); isPlaying && self && self->soakedSince)
+        scene_.soaked =
+            SoakedOverlay{static_cast<float>(secondsBetween(*self->soakedSince, now)),
+                          static_cast<float>(secondsUntilReturn(*self, now)), self->soakedBy};
+}
+
+void Frame::nameFigures() {
+    const Palette palette = settings_.colourBlind ? Palette::colourBlind : Palette::usual;
+    for (FigurePose& figure : scene_.figures) {
+        figure.palette = palette;
+        if (const MatchPlayer* known = visit_.match().player(figure.id))
+            figure.name = known->name;
     }
+    if (scene_.gun)
+        scene_.gun->palette = palette;
+    scene_.names = namesInSight(staging_.grid(), scene_.camera.eye, scene_.figures);
 }
 
 void Frame::drawOverlay(client::Time now) {

@@ -10,6 +10,7 @@
 #include "game/Pacing.h"
 #include "game/Scene.h"
 #include "game/Settings.h"
+#include "game/Staging.h"
 #include "game/Turning.h"
 #include "game/Visit.h"
 #include "game/Window.h"
@@ -52,7 +53,7 @@ class Frame {
     const GapHistogram& times() const { return times_; }
 
     /// Draws the last frame once more, for a picture of it, without showing it.
-    void drawAgain() const;
+    void drawAgain();
 
   private:
     void waitUntilDue();
@@ -65,6 +66,7 @@ class Frame {
     void act(const ActionChange& change);
     void act(const bots::Action& action, client::Session& session);
     void compose(client::Time now);
+    void nameFigures();
     void drawOverlay(client::Time now);
     void applySettings();
     void keepSettings();
@@ -88,6 +90,7 @@ class Frame {
 
     Visit visit_;
     std::optional<client::Bodies> bodies_;
+    Staging staging_;
     client::Time opened_;
     client::Time begin_;
     Scene scene_;

@@ -42,7 +42,8 @@ std::uint64_t growth(std::uint64_t before, std::uint64_t now) {
     return now > before ? now - before : 0;
 }
 
-/// The least of these times without what our frames added, since a single bad moment is no bad line.
+/// The least of these times without what our frames added, since a single bad moment is no bad
+/// line.
 template<class Samples, class Counts>
 double leastOf(const Samples& samples, double Counts::*time) {
     double least = std::numeric_limits<double>::infinity();

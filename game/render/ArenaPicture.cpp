@@ -14,57 +14,73 @@ constexpr char vertexSource[] = R"(
 uniform mat4 toClip;
 layout(location = 0) in vec3 position;
 layout(location = 1) in vec4 colour;
+layout(location = 2) in vec2 place;
+layout(location = 3) in vec4 edges;
 out vec3 light;
-out vec3 grid;
-const vec3 halves[6] = vec3[6](vec3(0.5, 0.0, 0.0), vec3(-0.5, 0.0, 0.0), vec3(0.0, 0.5, 0.0),
-                               vec3(0.0, -0.5, 0.0), vec3(0.0, 0.0, 0.5), vec3(0.0, 0.0, -0.5));
+out vec2 onFace;
+flat out vec4 edgeLight;
 void main() {
     gl_Position = toClip * vec4(position, 1.0);
     light = colour.rgb;
-    grid = position / 64.0 + halves[int(colour.a * 255.0 + 0.5)];
+    onFace = place;
+    // Both low edges, then both high ones.
+    edgeLight = (max(edges, 0.0) * 0.11 + min(edges, 0.0) * 0.09).xzyw;
 }
 )";
 
+// Thin lines along the edges of each cube give walls of one colour their depth. Lines thinner than
+// a pixel are drawn one pixel wide, and fainter.
 constexpr char fragmentSource[] = R"(
 in vec3 light;
-in vec3 grid;
+in vec2 onFace;
+flat in vec4 edgeLight;
 out vec4 result;
-uniform float pixel;
 void main() {
-    float ahead = 1.0 / gl_FragCoord.w;
-    vec3 off = abs(fract(grid) - 0.5);
-    float inwards = 0.5 - max(max(off.x, off.y), off.z);
-    float wide = ahead * pixel;
-    float width = max(0.016, 0.5 * wide);
-    float line = clamp(0.5 + (width - inwards) / wide, 0.0, 1.0) * (0.016 / width);
-    vec3 cube = floor(grid);
-    float tint = fract(dot(cube, vec3(0.6180339, 0.7548777, 0.5698403)) * 7.31);
-    result = vec4(hazed(light * (0.97 + 0.06 * tint - 0.10 * line), ahead), 1.0);
+    const float halfLine = 0.018;
+    vec2 pixel = fwidth(onFace) + 1e-5;
+    vec2 width = max(vec2(halfLine), 0.5 * pixel);
+    vec2 faint = halfLine / width;
+    vec4 inwards = vec4(onFace, 1.0 - onFace);
+    vec4 lines = clamp(0.5 + (width.xyxy - inwards) / pixel.xyxy, 0.0, 1.0);
+    float change = dot(lines * faint.xyxy, edgeLight);
+    result = vec4(hazed(light * (1.0 + change), 1.0 / gl_FragCoord.w), 1.0);
 }
 )";
 
 } // namespace
 
 ArenaPicture::ArenaPicture(const ArenaMesh& mesh)
-    : program_("the arena", vertexSource, (std::string(hazeSource) + fragmentSource).c_str()),
-      count_(static_cast<GLsizei>(mesh.indices.size())) {
+    : chunks_(mesh),
+      program_("the arena", vertexSource, (std::string(hazeSource) + fragmentSource).c_str()) {
     array_.bind();
     vertices_.fill(GL_ARRAY_BUFFER, mesh.vertices, GL_STATIC_DRAW);
-    indices_.fill(GL_ELEMENT_ARRAY_BUFFER, mesh.indices, GL_STATIC_DRAW);
+    indices_.fill(GL_ELEMENT_ARRAY_BUFFER, chunks_.indices(), GL_STATIC_DRAW);
     glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(MeshVertex), nullptr);
     glVertexAttribPointer(1, 4, GL_UNSIGNED_BYTE, GL_TRUE, sizeof(MeshVertex),
                           reinterpret_cast<const void*>(offsetof(MeshVertex, colour)));
-    glEnableVertexAttribArray(0);
-    glEnableVertexAttribArray(1);
+    glVertexAttribPointer(2, 2, GL_FLOAT, GL_FALSE, sizeof(MeshVertex),
+                          reinterpret_cast<const void*>(offsetof(MeshVertex, across)));
+    glVertexAttribPointer(3, 4, GL_BYTE, GL_FALSE, sizeof(MeshVertex),
+                          reinterpret_cast<const void*>(offsetof(MeshVertex, edges)));
+    for (const GLuint attribute : {0u, 1u, 2u, 3u})
+        glEnableVertexAttribArray(attribute);
 }
 
 void ArenaPicture::draw(const Camera& camera, float aspect) const {
     program_.use();
     const glm::mat4 toClip = projectionMatrix(camera, aspect) * viewMatrix(camera);
     glUniformMatrix4fv(program_.uniform("toClip"), 1, GL_FALSE, glm::value_ptr(toClip));
-    glUniform1f(program_.uniform("pixel"), 1.0f / 640.0f / 64.0f);
     array_.bind();
-    glDrawElements(GL_TRIANGLES, count_, GL_UNSIGNED_INT, nullptr);
+    std::vector<Chunks::Run> runs;
+    chunks_.visible(toClip, camera.eye, runs);
+    std::vector<GLsizei> counts;
+    std::vector<const void*> firsts;
+    for (const Chunks::Run& run : runs) {
+        counts.push_back(static_cast<GLsizei>(run.count));
+        firsts.push_back(reinterpret_cast<const void*>(run.first * sizeof(std::uint32_t)));
+    }
+    glMultiDrawElements(GL_TRIANGLES, counts.data(), GL_UNSIGNED_INT, firsts.data(),
+                        static_cast<GLsizei>(counts.size()));
 }
 
 } // namespace drench::game

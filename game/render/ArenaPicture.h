@@ -3,6 +3,7 @@
 #include "game/ArenaMesh.h"
 #include "game/Camera.h"
 #include "game/render/Buffers.h"
+#include "game/render/Chunks.h"
 #include "game/render/Program.h"
 
 namespace drench::game {
@@ -14,11 +15,11 @@ class ArenaPicture {
     void draw(const Camera& camera, float aspect) const;
 
   private:
+    Chunks chunks_;
     Program program_;
     VertexArray array_;
     Buffer vertices_;
     Buffer indices_;
-    GLsizei count_;
 };
 
 } // namespace drench::game

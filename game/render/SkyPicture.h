@@ -10,7 +10,9 @@ namespace drench::game {
 class SkyPicture {
   public:
     SkyPicture();
-    void draw(const Camera& camera, float aspect) const;
+
+    /// @param time  seconds, by which clouds drift
+    void draw(const Camera& camera, float aspect, double time) const;
 
   private:
     Program program_;
