@@ -37,7 +37,8 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
                             const char* type) {
         return app.add_option(name, value, description)->type_name(type);
     };
-    option("room", options.room, "Where to play", "HOST[:PORT]")->capture_default_str();
+    option("room", options.room, "Where to play; without one you choose on the screen",
+           "HOST[:PORT]");
     option("--name", options.name, "Your name, at most 11 bytes", "NAME")
         ->default_str("that of the settings");
     option("--arena", options.arena,
