@@ -223,12 +223,13 @@ void Frame::compose(client::Time now) {
 }
 
 void Frame::drawOverlay(client::Time now) {
-    const Overlay::View view = {now,
-                                &scene_,
-                                bodies_ ? &*bodies_ : nullptr,
-                                &latestTimes_,
-                                1000.0 / pacing_.rate(),
-                                window_.screenRate()};
+    Overlay::View view;
+    view.now = now;
+    view.scene = &scene_;
+    view.bodies = bodies_ ? &*bodies_ : nullptr;
+    view.frames = &latestTimes_;
+    view.frameBudget = 1000.0 / pacing_.rate();
+    view.screenRate = window_.screenRate();
     if (!overlay_.draw(view, visit_, settings_))
         return;
     applySettings();

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "bots/Script.h"
-#include "common/GapHistogram.h"
 #include "client/Bodies.h"
+#include "common/GapHistogram.h"
 #include "game/Capture.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
@@ -22,8 +22,8 @@
 
 namespace drench::game {
 
-/// All that lasts from frame to frame, and the frame itself: from the window's events and the room's
-/// snapshots to the picture.
+/// All that lasts from frame to frame, and the frame itself: from the window's events and the
+/// room's snapshots to the picture.
 class Frame {
   public:
     /// Called with the settings when the player has changed them; may throw InputError.

@@ -34,8 +34,8 @@ std::optional<int> freePort() {
 
 std::unique_ptr<ChildProcess> startQuietly(const std::vector<std::string>& words) {
     const Descriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
-    return std::make_unique<ChildProcess>(
-        words, ChildProcess::Outputs{nowhere.number, nowhere.number});
+    return std::make_unique<ChildProcess>(words,
+                                          ChildProcess::Outputs{nowhere.number, nowhere.number});
 }
 
 bool isProgram(const std::string& file) {
@@ -85,8 +85,8 @@ void HostedRoom::service(Time now) {
         probe_.reset();
         state_ = State::open;
         players_ = startQuietly({folder_ + "/drench-bots", address_, "--arena",
-                                 folder_ + "/Resources/mapdata", "--players",
-                                 std::to_string(bots_), "--quiet"});
+                                 folder_ + "/Resources/mapdata", "--players", std::to_string(bots_),
+                                 "--quiet"});
     } else if (now - begin_ > patience) {
         fail("the room on this machine does not answer");
     }

@@ -53,8 +53,8 @@ std::vector<Label> labelsOf(const Scene& scene, const arena::Grid& grid, float a
         const std::optional<glm::vec2> place =
             inPicture(clipFromWorld, figure.position + glm::vec3(0.0f, labelHeight, 0.0f));
         if (place && isSeen(grid, scene.camera.eye, figure.position))
-            labels.push_back({*place, figure.name, figure.id,
-                              glm::distance(scene.camera.eye, figure.position)});
+            labels.push_back(
+                {*place, figure.name, figure.id, glm::distance(scene.camera.eye, figure.position)});
     }
     std::sort(labels.begin(), labels.end(),
               [](const Label& a, const Label& b) { return a.distance > b.distance; });

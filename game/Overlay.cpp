@@ -84,8 +84,7 @@ void Overlay::act(const ActionChange& change, Visit& visit) {
 
 void Overlay::service(const Visit& visit, const Settings& settings, client::Time now) {
     const bool areShown = visit.screens().place() == Place::start;
-    const std::vector<std::string> wanted =
-        areShown ? settings.rooms : std::vector<std::string>();
+    const std::vector<std::string> wanted = areShown ? settings.rooms : std::vector<std::string>();
     if (wanted != shownRooms_) {
         shownRooms_ = wanted;
         rooms_.show(wanted);
@@ -108,15 +107,15 @@ void Overlay::drawMatch(const View& view, const Visit& visit, const Settings& se
     const Palette palette = paletteOf(settings);
     const Match& match = visit.match();
     const ImVec2 size = ImGui::GetIO().DisplaySize;
-    const bool isOpen = visit.screens().panel() == Panel::none ||
-                        visit.screens().panel() == Panel::chat;
+    const bool isOpen =
+        visit.screens().panel() == Panel::none || visit.screens().panel() == Panel::chat;
     HudView hud;
     hud.now = view.now;
     hud.palette = palette;
-    hud.hasCrosshair =
-        isOpen && !showsTable_ && match.self() && !match.self()->soakedSince;
+    hud.hasCrosshair = isOpen && !showsTable_ && match.self() && !match.self()->soakedSince;
     if (size.y > 0.0f)
         hud.labels = labelsOf(*view.scene, grid_, size.x / size.y);
+    hud.captions = view.captions;
     hud.warnings = warnings_;
     if (std::string words = visit.line().words(); !words.empty())
         hud.warnings.push_back(std::move(words));
@@ -151,8 +150,7 @@ bool Overlay::drawPanel(const View& view, Visit& visit, Settings& settings) {
     const Theme& theme = interface_.theme();
     Screens& screens = visit.screens();
     if (screens.panel() == Panel::settings) {
-        const SettingsPage::Outcome outcome =
-            settingsPage_.draw(theme, settings, view.screenRate);
+        const SettingsPage::Outcome outcome = settingsPage_.draw(theme, settings, view.screenRate);
         if (outcome.closed)
             screens.closePanel();
         return outcome.changed;

@@ -2,6 +2,7 @@
 
 #include "arena/Rays.h"
 #include "client/Bodies.h"
+#include "game/Captions.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
 #include "game/RoomList.h"
@@ -47,6 +48,9 @@ class Overlay {
         /// Null outside of a match.
         const client::Bodies* bodies = nullptr;
         const FrameTimes* frames = nullptr;
+
+        /// The sounds of the moment in words; null for none.
+        const std::vector<Captions::Line>* captions = nullptr;
         double frameBudget = 0.0;
         double screenRate = 0.0;
     };

@@ -139,8 +139,8 @@ Visit::Time Visit::wakeAt(Time now) const {
 }
 
 void Visit::addDescriptors(std::vector<int>& descriptors) const {
-    for (const int each : {session_ ? session_->descriptor() : -1,
-                           hosted_ ? hosted_->descriptor() : -1}) {
+    for (const int each :
+         {session_ ? session_->descriptor() : -1, hosted_ ? hosted_->descriptor() : -1}) {
         if (each >= 0)
             descriptors.push_back(each);
     }

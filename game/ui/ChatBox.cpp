@@ -28,8 +28,7 @@ constexpr double blink = 0.53;
 
 float opacityOf(const SaidLine& line, client::Time now, bool isOpen) {
     const double age = std::chrono::duration<double>(now - line.moment).count();
-    return isOpen ? 1.0f
-                  : static_cast<float>(std::clamp((saidSeconds - age) / saidFade, 0.0, 1.0));
+    return isOpen ? 1.0f : static_cast<float>(std::clamp((saidSeconds - age) / saidFade, 0.0, 1.0));
 }
 
 std::string clipboard() {

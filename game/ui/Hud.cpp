@@ -186,18 +186,13 @@ void Pen::notices() const {
         switch (notice->kind) {
         case MatchNotice::Kind::soaking:
             pill(top, true,
-                 {partOf(notice->who),
-                  {"soaked", 0, shade::water},
-                  partOf(notice->whom)},
-                 opacity);
+                 {partOf(notice->who), {"soaked", 0, shade::water}, partOf(notice->whom)}, opacity);
             break;
         case MatchNotice::Kind::joined:
-            pill(top, true, {partOf(notice->who), {"joined", 0, shade::pale}},
-                 opacity);
+            pill(top, true, {partOf(notice->who), {"joined", 0, shade::pale}}, opacity);
             break;
         case MatchNotice::Kind::left:
-            pill(top, true, {partOf(notice->who), {"left", 0, shade::pale}},
-                 opacity);
+            pill(top, true, {partOf(notice->who), {"left", 0, shade::pale}}, opacity);
             break;
         case MatchNotice::Kind::other:
             pill(top, true, {{notice->words, 0, shade::pale}}, opacity);
@@ -251,29 +246,18 @@ void Pen::soaked() const {
 }
 
 void Pen::captions() const {
+    if (!view_.captions)
+        return;
     float bottom = size_.y - px(margin);
-    for (const Caption& caption : view_.captions) {
-        const ImVec2 text = sizeOf(theme_.fonts.text, caption.words);
-        const float arrow = caption.bearing ? px(26.0f) : 0.0f;
-        const float width = text.x + arrow + px(2.0f * pillPadding);
+    for (const Captions::Line& line : *view_.captions) {
+        const ImVec2 text = sizeOf(theme_.fonts.text, line.words);
+        const float width = text.x + px(2.0f * pillPadding);
         const float left = std::round(0.5f * (size_.x - width));
         const float top = bottom - px(pillHeight);
-        drawGlass(list_, theme_, {left, top}, {left + width, bottom}, caption.opacity);
-        if (caption.bearing) {
-            const float x = std::sin(*caption.bearing);
-            const float y = -std::cos(*caption.bearing);
-            const ImVec2 at = {left + px(pillPadding + 7.0f), top + px(0.5f * pillHeight)};
-            const float length = px(8.0f);
-            const float half = px(5.0f);
-            list_.AddTriangleFilled(
-                {at.x + length * x, at.y + length * y},
-                {at.x - half * x - half * y, at.y - half * y + half * x},
-                {at.x - half * x + half * y, at.y - half * y - half * x},
-                faded(shade::warm, caption.opacity));
-        }
+        drawGlass(list_, theme_, {left, top}, {left + width, bottom});
         drawText(list_, theme_.fonts.text,
-                 {left + px(pillPadding) + arrow, top + 0.5f * (px(pillHeight) - text.y)},
-                 faded(shade::white, caption.opacity), caption.words);
+                 {left + px(pillPadding), top + 0.5f * (px(pillHeight) - text.y)}, shade::white,
+                 line.words);
         bottom -= px(pillHeight + 6.0f);
     }
 }

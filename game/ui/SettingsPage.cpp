@@ -16,8 +16,8 @@ constexpr float pageHeight = 560.0f;
 constexpr const char* tabs[] = {"Controls", "Keys", "Picture", "Sound", "Seeing"};
 
 bool drawControls(const Theme& theme, Settings& settings) {
-    bool changed = sliderRow(theme, "Mouse speed", settings.sensitivity, sensitivityLimits, "%.2f",
-                             1.0, true);
+    bool changed =
+        sliderRow(theme, "Mouse speed", settings.sensitivity, sensitivityLimits, "%.2f", 1.0, true);
     changed |= switchRow(theme, "Left and right swapped", settings.invertX);
     changed |= switchRow(theme, "Up and down swapped", settings.invertY,
                          "Mouse forward looks down, as in an aeroplane.");
@@ -54,15 +54,14 @@ bool drawFrameLimit(const Theme& theme, Settings& settings, double screenRate) {
 }
 
 bool drawPicture(const Theme& theme, Settings& settings, double screenRate) {
-    bool changed = sliderRow(theme, "Field of view", settings.fieldOfView, fieldOfViewLimits,
-                             "%.0f\xC2\xB0");
+    bool changed =
+        sliderRow(theme, "Field of view", settings.fieldOfView, fieldOfViewLimits, "%.0f\xC2\xB0");
     changed |= switchRow(theme, "Full screen", settings.fullScreen);
     changed |= switchRow(theme, "Wait for the screen (vsync)", settings.vsync,
                          "No torn picture, but a little later.");
     changed |= drawFrameLimit(theme, settings, screenRate);
-    changed |= sliderRow(theme, "Sharpness of the picture", settings.renderScale,
-                         renderScaleLimits, "%.0f %%", 100.0, false,
-                         "Less is faster. Text stays sharp.");
+    changed |= sliderRow(theme, "Sharpness of the picture", settings.renderScale, renderScaleLimits,
+                         "%.0f %%", 100.0, false, "Less is faster. Text stays sharp.");
     changed |= sliderRow(theme, "Size of text and controls", settings.interfaceScale,
                          interfaceScaleLimits, "%.0f %%", 100.0);
     return changed;
@@ -81,8 +80,8 @@ bool drawSound(const Theme& theme, Settings& settings) {
 bool drawSeeing(const Theme& theme, Settings& settings) {
     bool changed = switchRow(theme, "Colours for the colour-blind", settings.colourBlind,
                              "Everybody has a shape of their own too.");
-    changed |= switchRow(theme, "Less motion", settings.lessMotion,
-                         "Nothing sways, kicks or bobs.");
+    changed |=
+        switchRow(theme, "Less motion", settings.lessMotion, "Nothing sways, kicks or bobs.");
     changed |= switchRow(theme, "Captions", settings.captions,
                          "Names what is heard and where it comes from.");
     changed |= sliderRow(theme, "Size of text and controls", settings.interfaceScale,

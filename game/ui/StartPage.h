@@ -27,8 +27,7 @@ class StartPage {
 
   private:
     void drawName(const Theme& theme, Settings& settings, Outcome& outcome);
-    void drawRooms(const Theme& theme, Settings& settings, const RoomList& rooms,
-                   Outcome& outcome);
+    void drawRooms(const Theme& theme, Settings& settings, const RoomList& rooms, Outcome& outcome);
     void drawAddress(const Theme& theme, Outcome& outcome);
 
     std::string address_;
