@@ -14,10 +14,19 @@ constexpr std::array<Livery, liveryCount> liveries = {{
     {{22, 108, 236}, Headgear::cone, {190, 96, 44}},
 }};
 
+/// Orange, sky blue, yellow and reddish purple of Okabe and Ito, "Color universal design", 2008.
+constexpr std::array<Livery, liveryCount> colourBlindLiveries = {{
+    {{230, 159, 0}, Headgear::fin},
+    {{86, 180, 233}, Headgear::hat},
+    {{240, 228, 66}, Headgear::eyes},
+    {{204, 121, 167}, Headgear::cone},
+}};
+
 } // namespace
 
-const Livery& liveryOf(int index) {
-    return liveries[static_cast<std::size_t>(index) % liveries.size()];
+const Livery& liveryOf(int index, Palette palette) {
+    const auto& all = palette == Palette::usual ? liveries : colourBlindLiveries;
+    return all[static_cast<std::size_t>(index) % all.size()];
 }
 
 } // namespace drench::game

@@ -60,7 +60,8 @@ if(DRENCH_WINDOW)
   add_executable(drench-play-tests ${window_tests})
   target_link_libraries(drench-play-tests PRIVATE drench-test-support drench-play)
   target_compile_definitions(drench-play-tests
-                             PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
+                             PRIVATE DRENCH_ARENAS="${PROJECT_SOURCE_DIR}/arenas"
+                                     DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
 endif()
 
 add_executable(drench-timing-tests src/TimingTest.cpp)
