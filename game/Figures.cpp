@@ -271,4 +271,29 @@ float sunOn(const arena::Grid& grid, vec3 position) {
     return lit;
 }
 
+namespace {
+
+bool isHidden(const arena::Grid& grid, vec3 eye, vec3 point) {
+    const vec3 way = point - eye;
+    const std::optional<arena::Hit> hit =
+        arena::trace(grid, arena::rayAlong({eye.x, eye.y, eye.z}, {way.x, way.y, way.z}));
+    return hit && hit->distance < 1.0;
+}
+
+} // namespace
+
+std::vector<NameLabel> namesInSight(const arena::Grid& grid, vec3 eye,
+                                    std::span<const FigurePose> figures) {
+    constexpr vec3 head{0.0f, 45.0f, 0.0f};
+    std::vector<NameLabel> labels;
+    for (const FigurePose& figure : figures) {
+        if (figure.soaked ||
+            (isHidden(grid, eye, figure.position + head) && isHidden(grid, eye, figure.position)))
+            continue;
+        labels.push_back({figure.position + vec3(0.0f, top + 12.0f, 0.0f), figure.name,
+                          figure.colour, glm::distance(eye, figure.position)});
+    }
+    return labels;
+}
+
 } // namespace drench::game

@@ -16,10 +16,10 @@ constexpr std::array<Livery, liveryCount> liveries = {{
 
 /// Orange, sky blue, yellow and reddish purple of Okabe and Ito, "Color universal design", 2008.
 constexpr std::array<Livery, liveryCount> colourBlindLiveries = {{
-    {{230, 159, 0}, Headgear::fin},
-    {{86, 180, 233}, Headgear::hat},
-    {{240, 228, 66}, Headgear::eyes},
-    {{204, 121, 167}, Headgear::cone},
+    {{230, 159, 0}, Headgear::fin, {96, 60, 36}},
+    {{86, 180, 233}, Headgear::hat, {226, 178, 88}},
+    {{240, 228, 66}, Headgear::eyes, {62, 44, 40}},
+    {{204, 121, 167}, Headgear::cone, {190, 96, 44}},
 }};
 
 } // namespace

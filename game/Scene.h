@@ -44,6 +44,19 @@ struct FigurePose {
     float sun = 1.0f;
 };
 
+/// A name above a figure's head, for a figure in sight.
+struct NameLabel {
+    /// The middle of the text's lower edge.
+    glm::vec3 place{0.0f};
+    std::string name;
+
+    /// Index of the player's colour.
+    int colour = 0;
+
+    /// From the eye.
+    float distance = 0.0f;
+};
+
 /// A stream of water: a curve of the second order (Bézier) from the nozzle to where the water
 /// lands.
 struct Jet {
@@ -129,6 +142,7 @@ struct SoakedOverlay {
 struct Scene {
     Camera camera;
     std::vector<FigurePose> figures;
+    std::vector<NameLabel> names;
     std::vector<Jet> jets;
     std::vector<Drop> drops;
     std::vector<Patch> splashes;
