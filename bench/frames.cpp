@@ -69,7 +69,7 @@ int draw(const Options& options) {
     const double made = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
     std::cout << mesh.indices.size() / 3 << " triangles, " << mesh.vertices.size()
               << " vertices, made in " << decimals(made, 0) << " ms\n";
-    const Renderer renderer(mesh);
+    Renderer renderer(mesh);
     Scene scene;
     scene.camera.fieldOfView = fieldOfViewFrom(90.0f);
     const PixelSize size = window.size();

@@ -1,7 +1,6 @@
 #include "game/Frame.h"
 
-#include "bots/Ending.h"
-#include "client/Records.h"
+#include "common/Files.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,6 +8,9 @@
 namespace drench::game {
 
 namespace {
+
+/// Where the drops of water fly follows from it.
+constexpr std::uint64_t dropSeed = 1;
 
 double secondsBetween(client::Time from, client::Time to) {
     return std::chrono::duration<double>(to - from).count();
@@ -29,56 +31,74 @@ double frameRate(const Settings& settings, const Window& window) {
     return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
 }
 
-FigurePose poseOf(const PlayerUpdate& player) {
-    FigurePose pose;
-    pose.id = player.id;
-    pose.position = onScreen(player.position);
-    pose.direction = onScreen(player.direction);
-    pose.rotation = {player.rotation.w, player.rotation.x, player.rotation.y, player.rotation.z};
-    pose.shooting = player.shooting;
-    pose.soaked = client::isSoaked(player);
-    pose.colour = player.id - '1';
-    return pose;
+/// From the last change of a setting until all are kept, so that a slider writes one file.
+constexpr std::chrono::milliseconds keepPause{700};
+
+/// Systems choose ports from here on; such a room is not there another time.
+constexpr int firstPassingPort = 32768;
+
+/// Whether the room may be there another time.
+bool isLasting(const std::string& room) {
+    const std::size_t colon = room.rfind(':');
+    const bool isHere = room.starts_with("localhost:") || room.starts_with("127.");
+    return !isHere || colon == std::string::npos ||
+           std::atoi(room.c_str() + colon + 1) < firstPassingPort;
 }
 
 } // namespace
 
-Frame::Frame(Window& window, client::Session session, MapManager& map, const ArenaMesh& mesh,
-             Settings settings)
-    : window_(window), session_(std::move(session)), settings_(std::move(settings)),
-      renderer_(mesh), pacing_(frameRate(settings_, window)), bodies_(map),
-      opened_(client::Clock::now()) {
-    held_.setToggledFire(settings_.toggleFire);
+Frame::Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings settings,
+             KeepSettings keep)
+    : window_(window), map_(map), settings_(std::move(settings)), keep_(std::move(keep)),
+      renderer_(mesh), overlay_(window, map), pacing_(frameRate(settings_, window)),
+      staging_(map, dropSeed), opened_(client::Clock::now()), begin_(opened_) {
     scene_.camera = overview(map);
+    if (settings_.fullScreen)
+        window_.fillScreen(true);
+    applySettings();
 }
 
 void Frame::run() {
     waitUntilDue();
     const client::Time begin = client::Clock::now();
+    const client::Time before = std::exchange(begin_, begin);
     pacing_.begin(begin);
     takeInputs();
     serviceRoom(begin);
     compose(begin);
-    drawAgain();
-    window_.show();
-    times_.add(client::Clock::now() - begin);
-}
-
-void Frame::drawAgain() const {
     const PixelSize size = window_.size();
     renderer_.draw(scene_, size.width, size.height);
+    drawOverlay(begin);
+    window_.show();
+    const client::Time end = client::Clock::now();
+    times_.add(end - begin);
+    latestTimes_.add({static_cast<float>(1000.0 * secondsBetween(before, begin)),
+                      static_cast<float>(1000.0 * secondsBetween(begin, end))});
+    visit_.setFrameTime(latestTimes_.longestWork());
+    if (changed_ && (begin - *changed_ > keepPause || !goesOn()))
+        keepSettings();
+}
+
+void Frame::drawAgain() {
+    const PixelSize size = window_.size();
+    renderer_.draw(scene_, size.width, size.height);
+    overlay_.drawAgain();
 }
 
 void Frame::waitUntilDue() {
     // The room is heard whenever something comes, so that its arrivals are known to the
     // microsecond however long frames are.
+    std::vector<int> descriptors;
     client::Time now = client::Clock::now();
+    overlay_.service(visit_, settings_, now);
     while (now < pacing_.due()) {
-        sleepOnSocket(session_.descriptor(), now, std::min(pacing_.due(), session_.wakeAt()));
+        descriptors.clear();
+        visit_.addDescriptors(descriptors);
+        overlay_.addDescriptors(descriptors);
+        sleepOnSockets(descriptors, now, std::min(pacing_.due(), visit_.wakeAt(now)));
         now = client::Clock::now();
         serviceRoom(now);
-        if (!session_.isOpen())
-            return;
+        overlay_.service(visit_, settings_, now);
     }
 }
 
@@ -87,28 +107,44 @@ void Frame::takeInputs() {
     isClosed_ = isClosed_ || events.closed;
     if (events.visible)
         pacing_.rest(!*events.visible);
-    for (const WindowEvents::Press& each : events.presses)
+    for (const WindowEvents::Press& each : overlay_.take(events, visit_, settings_))
         press(each);
+    if (events.focus)
+        takeFocus(*events.focus);
+    const bool gameHasInput = visit_.screens().gameHasInput();
+    if (gameHadInput_ && !gameHasInput)
+        releaseAll();
+    gameHadInput_ = gameHasInput;
+    // Whoever writes a line of chat still looks around.
+    capture_.setMenu(!gameHasInput && visit_.screens().panel() != Screens::Panel::chat);
+    pacing_.calm(visit_.screens().isCalm() || !isFocused_);
     if (capture_.holdsMouse())
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
                            {settings_.invertX, settings_.invertY});
-    if (events.focus) {
-        capture_.setFocus(*events.focus);
-        if (*events.focus)
-            held_.gainFocus();
-        for (const ActionChange& ended :
-             *events.focus ? std::vector<ActionChange>{} : held_.loseFocus())
-            act(ended);
-    }
     window_.captureMouse(capture_.holdsMouse());
     const ViewCounts counts = turning_.take();
-    if (counts != ViewCounts{})
-        session_.turn(counts.dx, counts.dy);
+    if (counts != ViewCounts{} && visit_.session())
+        visit_.session()->turn(counts.dx, counts.dy);
+}
+
+void Frame::takeFocus(bool focused) {
+    capture_.setFocus(focused);
+    isFocused_ = focused;
+    if (focused) {
+        held_.gainFocus();
+    } else {
+        for (const ActionChange& ended : held_.loseFocus())
+            act(ended);
+    }
+}
+
+void Frame::releaseAll() {
+    for (const ActionChange& ended : held_.releaseAll())
+        act(ended);
+    turning_.forget();
 }
 
 void Frame::press(const WindowEvents::Press& press) {
-    if (press.down && press.input == escape)
-        capture_.release();
     if (press.down && press.input.device == Input::Device::mouse && capture_.click())
         return;
     if (const auto change = held_.press(settings_.bindings, press.input, press.down))
@@ -116,63 +152,123 @@ void Frame::press(const WindowEvents::Press& press) {
 }
 
 void Frame::act(const ActionChange& change) {
-    if (const std::optional<int> key = roomKey(change.action))
-        session_.setKey(*key, change.held);
+    const std::optional<int> key = roomKey(change.action);
+    if (key && visit_.session())
+        visit_.session()->setKey(*key, change.held);
+    if (change.action == Action::fullScreen && change.held) {
+        settings_.fullScreen = !settings_.fullScreen;
+        applySettings();
+        changed_ = begin_;
+    }
+    overlay_.act(change, visit_);
 }
 
 void Frame::serviceRoom(client::Time now) {
-    session_.service(now);
-    bodies_.serviced(session_, now);
-    while (const std::optional<client::Event> event = session_.nextEvent())
-        take(*event, now);
+    visit_.service(now, {[&](client::Session& session) {
+                             if (bodies_)
+                                 bodies_->serviced(session, now);
+                         },
+                         [&](const client::Event& event, client::Session& session) {
+                             take(event, session, now);
+                         }});
 }
 
-void Frame::take(const client::Event& event, client::Time now) {
-    match_.take(event, now);
-    if (trouble_.empty())
-        trouble_ = bots::endingBy(event);
-    if (std::holds_alternative<client::Joined>(event))
-        hasJoined_ = true;
+void Frame::take(const client::Event& event, client::Session& session, client::Time now) {
+    if (std::holds_alternative<client::Joined>(event)) {
+        bodies_.emplace(map_);
+        if (!visit_.isHosting() && isLasting(visit_.screens().room())) {
+            rememberRoom(settings_, visit_.screens().room());
+            changed_ = now;
+        }
+    }
     const auto* snapshot = std::get_if<client::Snapshot>(&event);
-    if (!snapshot)
+    if (!snapshot || !bodies_)
         return;
-    bodies_.take(*snapshot, session_);
+    bodies_->take(*snapshot, session);
     for (; acted_ < script_.size() && script_[acted_].tick <= snapshot->tick; ++acted_)
-        act(script_[acted_]);
+        act(script_[acted_], session);
 }
 
 void Frame::compose(client::Time now) {
-    scene_.time = secondsBetween(opened_, now);
+    const double time = secondsBetween(opened_, now);
+    const auto seconds = static_cast<float>(time - scene_.time);
+    scene_.time = time;
+    scene_.soaked.reset();
+    if (visit_.screens().place() == Screens::Place::start) {
+        bodies_.reset();
+        scene_.camera = overview(map_);
+    }
     scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
+    if (visit_.screens().place() != Screens::Place::match || !bodies_) {
+        staging_.show(scene_, std::nullopt, {}, seconds, settings_.lessMotion);
+        return;
+    }
+    std::optional<OwnBody> own;
     // While soaked, the eye stays where it was.
-    if (const std::optional<client::Prediction::Body> body = bodies_.own(now)) {
+    if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
         scene_.camera.eye = onScreen(body->eye);
         scene_.camera.direction = onScreen(body->player.direction);
+        own = {visit_.match().ownId(), scene_.camera.eye, scene_.camera.direction,
+               body->player.isShooting()};
     }
-    scene_.figures.clear();
-    for (const PlayerUpdate& player : bodies_.others(now, settings_.showWhereShotsMeet)) {
-        FigurePose pose = poseOf(player);
-        if (const MatchPlayer* known = match_.player(player.id))
-            pose.name = known->name;
-        scene_.figures.push_back(std::move(pose));
+    staging_.show(scene_, own, bodies_->others(now, settings_.showWhereShotsMeet), seconds,
+                  settings_.lessMotion);
+    for (FigurePose& figure : scene_.figures) {
+        if (const MatchPlayer* known = visit_.match().player(figure.id))
+            figure.name = known->name;
+    }
+    if (const MatchPlayer* self = visit_.match().self(); self && self->soakedSince)
+        scene_.soaked =
+            SoakedOverlay{static_cast<float>(secondsBetween(*self->soakedSince, now)),
+                          static_cast<float>(secondsUntilReturn(*self, now)), self->soakedBy};
+}
+
+void Frame::drawOverlay(client::Time now) {
+    Overlay::View view;
+    view.now = now;
+    view.scene = &scene_;
+    view.bodies = bodies_ ? &*bodies_ : nullptr;
+    view.frames = &latestTimes_;
+    view.frameBudget = 1000.0 / pacing_.rate();
+    view.screenRate = window_.screenRate();
+    if (!overlay_.draw(view, visit_, settings_))
+        return;
+    applySettings();
+    changed_ = now;
+}
+
+void Frame::applySettings() {
+    pacing_.setRate(frameRate(settings_, window_));
+    window_.fillScreen(settings_.fullScreen);
+    window_.waitForScreen(settings_.vsync);
+    if (const auto ended = held_.setToggledFire(settings_.toggleFire))
+        act(*ended);
+}
+
+void Frame::keepSettings() {
+    changed_.reset();
+    try {
+        keep_(settings_);
+    } catch (const InputError& error) {
+        overlay_.warn(error.what());
     }
 }
 
-void Frame::act(const bots::Action& action) {
+void Frame::act(const bots::Action& action, client::Session& session) {
     using Kind = bots::Action::Kind;
     switch (action.kind) {
     case Kind::hold:
     case Kind::release:
-        session_.setKey(action.key, action.kind == Kind::hold);
+        session.setKey(action.key, action.kind == Kind::hold);
         break;
     case Kind::jump:
-        session_.setKey(keyIndex::jump, true);
+        session.setKey(keyIndex::jump, true);
         break;
     case Kind::turn:
-        session_.turn(action.dx, action.dy);
+        session.turn(action.dx, action.dy);
         break;
     case Kind::say:
-        session_.say(action.text);
+        session.say(action.text);
         break;
     case Kind::leave:
         isClosed_ = true;

@@ -27,6 +27,9 @@ struct FigurePose {
 
     /// Steps taken so far, for the legs; two make a whole swing.
     float walkPhase = 0.0f;
+
+    /// How far the legs swing, from 0, standing, to 1, at full speed.
+    float stride = 0.0f;
     bool inAir = false;
     bool shooting = false;
     bool soaked = false;
@@ -34,12 +37,29 @@ struct FigurePose {
 
     /// Index of the player's colour and shape, 0 to 3.
     int colour = 0;
+
+    /// The share of the sun's light that gets there.
+    float sun = 1.0f;
 };
 
-/// Water on its way from a nozzle to where it lands.
+/// A stream of water: a curve of the second order (Bézier) from the nozzle to where the water
+/// lands.
 struct Jet {
     glm::vec3 from{0.0f};
+
+    /// The point that the curve bends towards.
+    glm::vec3 over{0.0f};
     glm::vec3 to{0.0f};
+
+    /// The part of the curve that has water, from 0 at the nozzle to 1 at the end.
+    float tail = 0.0f;
+    float front = 1.0f;
+
+    /// Along the straight line.
+    float length = 0.0f;
+
+    /// Whether the water ends in the air.
+    bool intoSky = false;
 
     /// The identifier of who fires it.
     char whose = 0;
@@ -48,20 +68,32 @@ struct Jet {
 struct Drop {
     glm::vec3 place{0.0f};
 
+    /// How far it goes in a second.
+    glm::vec3 velocity{0.0f};
+
     /// Radius.
     float size = 0.0f;
+
+    /// 1 when new, 0 when gone.
+    float left = 1.0f;
 };
 
-/// A wet spot on the face of a cube.
-struct Splash {
+/// A dark patch with soft edges on the face of a cube: wet, or the shadow of a body.
+struct Patch {
     glm::vec3 place{0.0f};
 
-    /// Unit normal of the face.
-    glm::vec3 normal{0.0f, 1.0f, 0.0f};
+    /// The face's normal points along this axis, to this side: see CubeFace.
+    int axis = 1;
+    int side = 1;
     float radius = 0.0f;
 
+    /// How far the face reaches from `place`, down and up along its first and second axis; never
+    /// beyond the edge of what is solid, nor the radius.
+    glm::vec2 low{0.0f};
+    glm::vec2 high{0.0f};
+
     /// 1 just after the water came, 0 when dry.
-    float wetness = 0.0f;
+    float strength = 0.0f;
 };
 
 /// One's own hands and water gun.
@@ -73,6 +105,9 @@ struct OwnGun {
     float kick = 0.0f;
     bool shooting = false;
     int colour = 0;
+
+    /// The share of the sun's light that gets there.
+    float sun = 1.0f;
 };
 
 /// What oneself sees while soaked.
@@ -90,7 +125,8 @@ struct Scene {
     std::vector<FigurePose> figures;
     std::vector<Jet> jets;
     std::vector<Drop> drops;
-    std::vector<Splash> splashes;
+    std::vector<Patch> splashes;
+    std::vector<Patch> shadows;
 
     /// Nothing while one plays no part: soaked, or looking on.
     std::optional<OwnGun> gun;

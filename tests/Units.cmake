@@ -34,12 +34,18 @@ if(DRENCH_TOOLS)
   target_link_libraries(drench-bot-tests PRIVATE drench-test-support drench-room drench-bot-parts
                                                  nlohmann_json::nlohmann_json)
   target_compile_definitions(drench-bot-tests
-                             PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
+                             PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata"
+                                     DRENCH_ARENAS="${PROJECT_SOURCE_DIR}/arenas")
 
   # Figures of how bots play, made on demand: cmake --build build/release --target drench-bot-figures
   add_executable(drench-bot-figures EXCLUDE_FROM_ALL figures/BotFigures.cpp bots/BotMatch.cpp
                                                      ${room_on_a_manual_clock})
   target_link_libraries(drench-bot-figures PRIVATE drench-test-support drench-room drench-bot-parts)
+
+  # Figures of shots at what a window draws: cmake --build build/release --target drench-lead-figures
+  add_executable(drench-lead-figures EXCLUDE_FROM_ALL figures/LeadFigures.cpp bots/BotMatch.cpp
+                                                      ${room_on_a_manual_clock})
+  target_link_libraries(drench-lead-figures PRIVATE drench-test-support drench-room drench-bot-parts)
 
   file(GLOB lag_tests CONFIGURE_DEPENDS lag/*.cpp)
   add_executable(drench-lag-tests ${lag_tests})

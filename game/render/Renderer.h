@@ -3,7 +3,9 @@
 #include "game/ArenaMesh.h"
 #include "game/Scene.h"
 #include "game/render/ArenaPicture.h"
+#include "game/render/FigurePicture.h"
 #include "game/render/SkyPicture.h"
+#include "game/render/WaterPicture.h"
 
 namespace drench::game {
 
@@ -13,11 +15,13 @@ class Renderer {
     explicit Renderer(const ArenaMesh& arena);
 
     /// @param width,height  of the framebuffer in pixels
-    void draw(const Scene& scene, int width, int height) const;
+    void draw(const Scene& scene, int width, int height);
 
   private:
     ArenaPicture arena_;
     SkyPicture sky_;
+    FigurePicture figures_;
+    WaterPicture water_;
 };
 
 } // namespace drench::game

@@ -1,0 +1,272 @@
+#include "game/Figures.h"
+
+#include "game/ArenaLight.h"
+#include "game/Camera.h"
+#include "game/Liveries.h"
+
+#include <algorithm>
+#include <cmath>
+#include <glm/geometric.hpp>
+#include <glm/gtc/constants.hpp>
+#include <glm/gtc/matrix_transform.hpp>
+
+namespace drench::game {
+
+namespace {
+
+using arena::Colour;
+using glm::mat4;
+using glm::vec3;
+
+// A figure's local space: x to its left, y up, z ahead, from the middle of the body. Its parts add
+// up to the body's height from the soles at -75 to the top of its headgear at 75.
+constexpr float sole = -75.0f;
+constexpr float hip = -30.0f;
+constexpr float shoulder = 12.0f;
+constexpr float chin = 18.0f;
+constexpr float crown = 52.0f;
+constexpr float top = 75.0f;
+
+constexpr float thigh = 21.0f;
+constexpr float legWidth = 14.0f;
+constexpr float legApart = 9.0f;
+
+/// The gun's grip turns up and down about this point, on the right.
+constexpr vec3 gunPivot{-9.0f, 5.0f, 2.0f};
+constexpr vec3 gunAhead{0.0f, -2.0f, 5.0f};
+
+/// Radians that a leg swings to each side of the vertical at full stride.
+constexpr float swing = 0.62f;
+
+/// A head nods less than its eyes look up.
+constexpr float nod = 0.55f;
+
+constexpr Colour skin{244, 196, 156};
+constexpr Colour white{250, 250, 250};
+constexpr Colour dark{44, 44, 54};
+constexpr Colour shoe{240, 240, 236};
+constexpr Colour cheek{244, 152, 132};
+
+struct Angles {
+    float yaw;
+    float pitch;
+};
+
+Angles anglesOf(vec3 direction) {
+    const float level = std::hypot(direction.x, direction.z);
+    if (level == 0.0f && direction.y == 0.0f)
+        return {0.0f, 0.0f};
+    return {std::atan2(direction.x, direction.z), std::atan2(direction.y, level)};
+}
+
+mat4 turned(const mat4& place, vec3 about, vec3 axis, float angle) {
+    return glm::translate(glm::rotate(glm::translate(place, about), angle, axis), -about);
+}
+
+constexpr vec3 leftward{1.0f, 0.0f, 0.0f};
+constexpr vec3 upward{0.0f, 1.0f, 0.0f};
+
+mat4 placeOf(const FigurePose& pose) {
+    return glm::rotate(glm::translate(mat4(1.0f), pose.position), anglesOf(pose.direction).yaw,
+                       upward);
+}
+
+mat4 gunPlace(const mat4& body, float pitch) {
+    return glm::translate(turned(body, gunPivot, leftward, -pitch), gunPivot + gunAhead);
+}
+
+/// The bend of a leg: forward at the hip, back at the knee.
+struct Bend {
+    float hip = 0.0f;
+    float knee = 0.0f;
+};
+
+/// @param side  1 for the left leg, -1 for the right one
+Bend bendOf(const FigurePose& pose, float side) {
+    if (pose.inAir)
+        return side > 0.0f ? Bend{1.15f, 1.75f} : Bend{0.6f, 1.7f};
+    const float angle = pose.walkPhase * glm::pi<float>();
+    const float forward = side * std::sin(angle);
+    // The knee bends while its leg comes forward.
+    const float comes = std::max(0.0f, side * std::cos(angle));
+    return {pose.stride * swing * forward, pose.stride * 0.95f * comes};
+}
+
+void addLeg(Solids& solids, const mat4& body, float side, Bend bend, Colour shorts) {
+    const vec3 joint(side * legApart, hip, 0.0f);
+    const mat4 upper = turned(body, joint, leftward, -bend.hip);
+    const float half = 0.5f * legWidth;
+    addBlock(solids, upper, joint + vec3(-half, -thigh, -half), joint + vec3(half, 3.0f, half),
+             shorts);
+    const vec3 knee = joint - vec3(0.0f, thigh, 0.0f);
+    const mat4 lower = turned(upper, knee, leftward, bend.knee);
+    const float slim = half - 1.0f;
+    addBlock(solids, lower, {knee.x - slim, sole + 8.0f, -slim},
+             {knee.x + slim, knee.y + 2.0f, slim}, skin);
+    addBlock(solids, lower, {knee.x - half, sole, -half}, {knee.x + half, sole + 9.0f, half + 5.0f},
+             shoe);
+}
+
+/// Adds both legs, and returns how far the body has sunk between them: the lower foot stands on the
+/// ground.
+float addLegs(Solids& solids, const mat4& body, const FigurePose& pose, Colour shorts) {
+    const std::size_t first = solids.vertices.size();
+    for (const float side : {1.0f, -1.0f})
+        addLeg(solids, body, side, bendOf(pose, side), shorts);
+    if (pose.inAir)
+        return 0.0f;
+    float lowest = pose.position.y;
+    for (std::size_t i = first; i < solids.vertices.size(); ++i)
+        lowest = std::min(lowest, solids.vertices[i].position.y);
+    const float sunk = lowest - (pose.position.y + sole);
+    for (std::size_t i = first; i < solids.vertices.size(); ++i)
+        solids.vertices[i].position.y -= sunk;
+    return sunk;
+}
+
+void addTorso(Solids& solids, const mat4& body, Colour colour) {
+    addBlock(solids, body, {-17.0f, hip - 2.0f, -10.0f}, {17.0f, hip + 9.0f, 10.0f},
+             darker(colour, 0.55f));
+    addBlock(solids, body, {-18.0f, hip + 8.0f, -10.5f}, {18.0f, chin, 10.5f}, colour);
+    addBlock(solids, body, {-18.3f, -8.0f, -10.8f}, {18.3f, -1.0f, 10.8f}, white);
+    // The tank on the back.
+    for (const float side : {-7.0f, 7.0f})
+        addTube(solids, glm::rotate(body, -glm::half_pi<float>(), leftward), {side, 15.5f, -20.0f},
+                33.0f, 6.2f, 6.2f, side < 0.0f ? Colour{120, 214, 236} : Colour{150, 226, 242});
+}
+
+void addHeadgear(Solids& solids, const mat4& head, const Livery& livery) {
+    const Colour colour = livery.colour;
+    const Colour shade = darker(colour, 0.6f);
+    switch (livery.headgear) {
+    case Headgear::fin:
+        addBlock(solids, head, {-17.0f, crown - 7.0f, -16.5f}, {17.0f, crown + 2.0f, 16.5f}, shade);
+        addBlock(solids, head, {-3.5f, crown, -18.0f}, {3.5f, top - 11.0f, 13.0f}, colour);
+        addBlock(solids, head, {-3.5f, top - 12.0f, -18.0f}, {3.5f, top - 5.0f, 5.0f}, colour);
+        addBlock(solids, head, {-3.5f, top - 6.0f, -18.0f}, {3.5f, top, -4.0f}, colour);
+        break;
+    case Headgear::hat:
+        addBlock(solids, head, {-24.5f, crown - 1.0f, -24.5f}, {24.5f, crown + 3.0f, 24.5f},
+                 colour);
+        addBlock(solids, head, {-15.0f, crown + 3.0f, -15.0f}, {15.0f, crown + 8.0f, 15.0f},
+                 {252, 210, 60});
+        addBlock(solids, head, {-15.0f, crown + 8.0f, -15.0f}, {15.0f, top - 2.0f, 15.0f}, colour);
+        break;
+    case Headgear::eyes:
+        addBlock(solids, head, {-17.0f, crown - 7.0f, -16.5f}, {17.0f, crown + 3.0f, 16.5f},
+                 colour);
+        for (const float side : {-10.0f, 10.0f}) {
+            addBlock(solids, head, {side - 7.5f, crown, -6.0f}, {side + 7.5f, top - 3.0f, 9.0f},
+                     colour);
+            addBlock(solids, head, {side - 5.0f, crown + 6.0f, 8.0f},
+                     {side + 5.0f, top - 6.0f, 10.5f}, white);
+            addBlock(solids, head, {side - 2.0f, crown + 8.0f, 9.0f},
+                     {side + 2.0f, top - 9.0f, 11.5f}, dark);
+        }
+        break;
+    case Headgear::cone:
+        addBlock(solids, head, {-17.0f, crown - 6.0f, -16.5f}, {17.0f, crown + 1.0f, 16.5f}, shade);
+        addTube(solids, glm::rotate(head, -glm::half_pi<float>(), leftward), {0.0f, 0.0f, crown},
+                12.0f, 14.0f, 7.5f, colour);
+        addTube(solids, glm::rotate(head, -glm::half_pi<float>(), leftward),
+                {0.0f, 0.0f, crown + 11.0f}, 8.0f, 8.2f, 2.5f, white);
+        addBlock(solids, head, {-4.0f, top - 7.0f, -4.0f}, {4.0f, top, 4.0f}, {252, 210, 60});
+        break;
+    }
+}
+
+void addHead(Solids& solids, const mat4& body, const FigurePose& pose, float pitch,
+             const Livery& livery) {
+    // Tilting about its middle, a head with its gear would rise above the body's top.
+    const float tilt = std::clamp(nod * pitch, -0.35f, 0.35f);
+    const vec3 neck(0.0f, chin, 0.0f);
+    const mat4 head = turned(body, neck, leftward, -tilt);
+    addBlock(solids, head, {-16.0f, chin, -15.5f}, {16.0f, crown - 1.0f, 15.5f}, skin);
+    const float eyes = chin + 19.0f;
+    for (const float side : {-7.5f, 7.5f}) {
+        addBlock(solids, head, {side - 4.5f, eyes - 5.0f, 15.0f}, {side + 4.5f, eyes + 6.0f, 16.2f},
+                 white);
+        addBlock(solids, head, {side - 2.5f, eyes - 3.0f + 5.0f * tilt, 16.0f},
+                 {side + 2.5f, eyes + 3.5f + 5.0f * tilt, 16.9f}, dark);
+        addBlock(solids, head, {side * 1.6f - 2.5f, chin + 8.5f, 15.0f},
+                 {side * 1.6f + 2.5f, chin + 11.5f, 15.8f}, cheek);
+    }
+    // Everybody smiles, and whoever fires laughs.
+    constexpr Colour lips{142, 48, 48};
+    const float mouth = pose.shooting ? 6.0f : 2.5f;
+    addBlock(solids, head, {-5.5f, chin + 8.0f - mouth, 15.0f}, {5.5f, chin + 8.0f, 16.0f}, lips);
+    for (const float side : {-6.5f, 6.5f})
+        addBlock(solids, head, {side - 1.5f, chin + 7.0f, 15.0f},
+                 {side + 1.5f, chin + 10.0f, 16.0f}, lips);
+    addHeadgear(solids, head, livery);
+}
+
+void addArms(Solids& solids, const mat4& body, const mat4& gun, Colour colour) {
+    const mat4 toBody = glm::inverse(body) * gun;
+    struct Arm {
+        vec3 shoulder;
+        vec3 hand;
+    };
+    const Arm arms[] = {{{-21.0f, shoulder, 0.0f}, {0.0f, -5.0f, 3.0f}},
+                        {{21.0f, shoulder, 0.0f}, {1.5f, -2.5f, 21.0f}}};
+    for (const Arm& arm : arms) {
+        const vec3 hand(toBody * glm::vec4(arm.hand, 1.0f));
+        const vec3 elbow =
+            0.5f * (arm.shoulder + hand) + vec3(std::copysign(3.0f, arm.shoulder.x), -8.0f, 0.0f);
+        addLimb(solids, body, arm.shoulder + vec3(0.0f, 3.0f, 0.0f), elbow, 9.0f, colour);
+        addLimb(solids, body, elbow, hand, 8.0f, skin);
+        addBlock(solids, gun, arm.hand - vec3(4.5f), arm.hand + vec3(4.5f), skin);
+    }
+}
+
+} // namespace
+
+void addGun(Solids& solids, const mat4& place, Colour colour) {
+    const Colour shade = darker(colour, 0.62f);
+    // Grip, body with a keel, tank, pump, barrel and nozzle.
+    addBlock(solids, place, {-1.8f, -9.0f, -2.5f}, {1.8f, 0.0f, 3.0f}, shade);
+    addBlock(solids, place, {-3.0f, -1.5f, -7.0f}, {3.0f, 5.0f, 15.0f}, colour);
+    addBlock(solids, place, {-3.3f, 0.6f, -5.0f}, {3.3f, 2.4f, 13.0f}, white);
+    addTube(solids, place, {0.0f, 8.6f, -6.0f}, 15.0f, 4.6f, 4.6f, {126, 220, 240});
+    addTube(solids, place, {0.0f, 8.6f, 9.0f}, 3.0f, 4.6f, 2.6f, white);
+    addTube(solids, place, {0.0f, 8.6f, -8.0f}, 2.1f, 3.4f, 4.6f, white);
+    addTube(solids, place, {0.0f, 8.6f, -9.5f}, 1.6f, 1.7f, 2.0f, colour);
+    addTube(solids, place, {0.0f, -2.2f, 14.0f}, 12.0f, 2.9f, 2.9f, {252, 204, 56});
+    addTube(solids, place, {0.0f, 2.0f, 15.0f}, 16.0f, 2.3f, 2.1f, white);
+    addTube(solids, place, {0.0f, 2.0f, 30.0f}, gunTip.z - 30.0f, 3.4f, 1.7f, colour);
+}
+
+void addFigure(Solids& solids, const FigurePose& pose) {
+    if (pose.soaked)
+        return;
+    solids.sun = static_cast<std::uint8_t>(std::lround(255.0f * std::clamp(pose.sun, 0.0f, 1.0f)));
+    const Livery& livery = liveryOf(pose.colour);
+    const float pitch = anglesOf(pose.direction).pitch;
+    const mat4 feet = placeOf(pose);
+    const float sunk = addLegs(solids, feet, pose, darker(livery.colour, 0.55f));
+    const mat4 body = glm::translate(feet, {0.0f, -sunk, 0.0f});
+    addTorso(solids, body, livery.colour);
+    addHead(solids, body, pose, pitch, livery);
+    // The gun stays where the nozzle is, however the body bobs.
+    const mat4 gun = gunPlace(feet, pitch);
+    addGun(solids, gun, livery.colour);
+    addArms(solids, body, gun, livery.colour);
+}
+
+vec3 nozzleOf(const FigurePose& pose) {
+    const mat4 gun = gunPlace(placeOf(pose), anglesOf(pose.direction).pitch);
+    return vec3(gun * glm::vec4(gunTip, 1.0f));
+}
+
+float sunOn(const arena::Grid& grid, vec3 position) {
+    constexpr float heights[] = {-60.0f, -20.0f, 20.0f, 60.0f};
+    float lit = 0.0f;
+    for (const float height : heights) {
+        const vec3 from = position + vec3(0.0f, height, 0.0f);
+        if (!arena::trace(grid, {arena::inCells({from.x, from.y, from.z}), towardsSun}))
+            lit += 1.0f / static_cast<float>(std::size(heights));
+    }
+    return lit;
+}
+
+} // namespace drench::game

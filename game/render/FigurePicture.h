@@ -1,0 +1,30 @@
+#pragma once
+
+#include "game/Scene.h"
+#include "game/Solids.h"
+#include "game/render/Buffers.h"
+#include "game/render/Program.h"
+
+namespace drench::game {
+
+/// Players and what they hold, in the arena's sun and haze.
+class FigurePicture {
+  public:
+    FigurePicture();
+
+    /// All figures, in one call.
+    void drawFigures(const Scene& scene, float aspect);
+
+    /// One's own gun, before everything else: the depths of the picture are cleared for it.
+    void drawGun(const Scene& scene, float aspect);
+
+  private:
+    void draw(const Camera& camera, float aspect);
+
+    Program program_;
+    VertexArray array_;
+    Buffer buffer_;
+    Solids solids_;
+};
+
+} // namespace drench::game

@@ -1,0 +1,97 @@
+#include "game/Staging.h"
+
+#include "client/Records.h"
+#include "src/Player.h"
+#include "tests/support/Arenas.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+using namespace drench;
+using namespace drench::game;
+
+namespace {
+
+constexpr float frame = 1.0f / 60.0f;
+
+PlayerUpdate playerAt(char id, vec3 position, bool shooting = false) {
+    PlayerUpdate player;
+    player.id = id;
+    player.position = position;
+    player.direction = {0.0f, 0.0f, 1.0f};
+    player.shooting = shooting;
+    return player;
+}
+
+struct StagingInCourt : testing::Test {
+    MapManager map = loaded(emptyCourt());
+    Staging staging{map, 1};
+    Scene scene;
+
+    void show(const std::vector<PlayerUpdate>& others, std::optional<OwnBody> own = {}) {
+        staging.show(scene, own, others, frame, false);
+    }
+};
+
+constexpr vec3 place(1000.0f, standing, 1000.0f);
+
+} // namespace
+
+TEST_F(StagingInCourt, ShowsTheJetsOfAllWhoFire) {
+    const OwnBody own{'1', {600, standing, 600}, {0, 0, 1}, true};
+    for (int i = 0; i < 60; ++i)
+        show({playerAt('2', place, true), playerAt('3', {800, standing, 800})}, own);
+    ASSERT_EQ(scene.jets.size(), 2u);
+    EXPECT_EQ(scene.figures.size(), 2u);
+    EXPECT_EQ(scene.shadows.size(), 3u) << "one's own, too";
+    ASSERT_TRUE(scene.gun);
+    EXPECT_EQ(scene.gun->colour, 0);
+}
+
+TEST_F(StagingInCourt, LooksOnWithoutAGun) {
+    show({playerAt('2', place)}, OwnBody{'1', {600, standing, 600}, {0, 0, 1}, false});
+    show({playerAt('2', place)});
+    EXPECT_FALSE(scene.gun);
+}
+
+TEST_F(StagingInCourt, BurstsOnceWhereAPlayerIsSoaked) {
+    show({playerAt('2', place)});
+    EXPECT_TRUE(scene.drops.empty());
+    show({playerAt('2', Player::soakedPlace)});
+    const std::size_t begun = scene.drops.size();
+    ASSERT_GT(begun, 50u);
+    for (const Drop& drop : scene.drops)
+        EXPECT_NEAR(drop.place.x, place.x, 40.0f);
+    show({playerAt('2', Player::soakedPlace)});
+    EXPECT_LE(scene.drops.size(), begun);
+    for (int i = 0; i < 120; ++i)
+        show({playerAt('2', Player::soakedPlace)});
+    EXPECT_TRUE(scene.drops.empty());
+    EXPECT_TRUE(scene.shadows.empty());
+}
+
+TEST_F(StagingInCourt, AJoinerWhoIsSoakedBurstsNot) {
+    show({playerAt('2', Player::soakedPlace)});
+    EXPECT_TRUE(scene.drops.empty());
+}
+
+TEST_F(StagingInCourt, FiguresWalkByTheirWayAndAreInTheAirOverNothing) {
+    for (int i = 0; i < 60; ++i)
+        show({playerAt('2', place + vec3(6.0f * static_cast<float>(i), 0.0f, 0.0f))});
+    EXPECT_GT(scene.figures[0].walkPhase, 3.0f);
+    EXPECT_GT(scene.figures[0].stride, 0.9f);
+    EXPECT_FALSE(scene.figures[0].inAir);
+    show({playerAt('2', place + vec3(360.0f, 10.0f, 0.0f))});
+    EXPECT_TRUE(scene.figures[0].inAir);
+}
+
+TEST_F(StagingInCourt, LeavesOutWhatCannotBeDrawn) {
+    PlayerUpdate notANumber = playerAt('2', {NAN, 100.0f, 100.0f}, true);
+    PlayerUpdate farAway = playerAt('3', {1e30f, 100.0f, 100.0f}, true);
+    PlayerUpdate lookingNowhere = playerAt('4', place, true);
+    lookingNowhere.direction = {0.0f, 0.0f, 0.0f};
+    PlayerUpdate nobody = playerAt('9', place, true);
+    show({notANumber, farAway, lookingNowhere, nobody});
+    EXPECT_TRUE(scene.figures.empty());
+    EXPECT_TRUE(scene.jets.empty());
+}
