@@ -63,8 +63,11 @@ install(FILES deploy/systemd/drench-recycle.service deploy/systemd/drench-recycl
               deploy/systemd/drench.slice
         DESTINATION ${DRENCH_UNITS} COMPONENT server)
 install(CODE "
-  set(home \${CMAKE_INSTALL_PREFIX}/${DRENCH_HOME})
-  set(share \${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/drench)
+  # A whole path takes the prefix's place, as it does for all that is installed.
+  set(home \"\${CMAKE_INSTALL_PREFIX}\")
+  cmake_path(APPEND home \"${DRENCH_HOME}\")
+  set(share \"\${CMAKE_INSTALL_PREFIX}\")
+  cmake_path(APPEND share \"${CMAKE_INSTALL_DATADIR}/drench\")
   foreach(unit drench@ drench-firewall)
     configure_file(\"${PROJECT_SOURCE_DIR}/deploy/systemd/\${unit}.service.in\"
                    \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${DRENCH_UNITS}/\${unit}.service\"

@@ -206,10 +206,9 @@ std::vector<CornerLight> shared(const MapManager& map, const std::vector<CubeFac
 } // namespace
 
 Light exposed(const Light& light) {
-    constexpr double exposure = 1.3;
     Light shown{};
     for (std::size_t c = 0; c < 3; ++c)
-        shown[c] = 1.02 * (1.0 - std::exp(-exposure * light[c]));
+        shown[c] = mostShown * (1.0 - std::exp(-exposure * light[c]));
     return shown;
 }
 

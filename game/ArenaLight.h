@@ -22,7 +22,10 @@ constexpr arena::Light skyLight = {0.42, 0.51, 0.70};
 /// second axis.
 using CornerLight = std::array<arena::Light, 4>;
 
-/// What is shown of light: all of a little, and less of more, so that nothing is too bright.
+/// What is shown of light: all of a little, and less of more, so that nothing is too bright. It is
+/// mostShown · (1 - exp(-exposure · light)).
+constexpr double exposure = 1.3;
+constexpr double mostShown = 1.02;
 arena::Light exposed(const arena::Light& light);
 
 /// The light from sky and faces at the corners of visible faces, by rays and three bounces.

@@ -68,7 +68,8 @@ bool mayHaveWalked(vec3 way, int ticks) {
 
 } // namespace
 
-std::vector<Cue> Cues::hear(const UpdateMessage& state, char ownId, int ticks) {
+std::vector<Cue> Cues::hear(const UpdateMessage& state, char ownId, int ticks,
+                            std::optional<int> ownTicks) {
     cues_.clear();
     if (ticks < 1)
         return cues_;
@@ -79,9 +80,10 @@ std::vector<Cue> Cues::hear(const UpdateMessage& state, char ownId, int ticks) {
         const auto isSame = [&](const Body& each) { return each.id == update.id; };
         if (!isPlausible(update) || std::any_of(bodies.begin(), bodies.end(), isSame))
             continue;
+        const int passed = update.id == ownId ? ownTicks.value_or(ticks) : ticks;
         const auto before = std::find_if(bodies_.begin(), bodies_.end(), isSame);
         if (before != bodies_.end() && before->name == nameOf(update)) {
-            bodies.push_back(follow(*before, update, ticks));
+            bodies.push_back(follow(*before, update, passed));
             continue;
         }
         Body& body = bodies.emplace_back();
@@ -93,7 +95,7 @@ std::vector<Cue> Cues::hear(const UpdateMessage& state, char ownId, int ticks) {
         body.soaked = client::isSoaked(update);
         if (!body.soaked && (begun_ || isOwn(body)))
             add(Sound::spawn, body, 1.0f);
-        hearJet(body, update, update.shooting, ticks);
+        hearJet(body, update, update.shooting, passed);
     }
     bodies_ = std::move(bodies);
     begun_ = true;
@@ -102,7 +104,6 @@ std::vector<Cue> Cues::hear(const UpdateMessage& state, char ownId, int ticks) {
 
 Cues::Body Cues::follow(const Body& before, const PlayerUpdate& now, int ticks) {
     Body body = before;
-    body.position = now.position;
     body.points = now.points;
     body.soaked = client::isSoaked(now);
     const bool isHit = body.soaked && !before.soaked;
@@ -113,12 +114,15 @@ Cues::Body Cues::follow(const Body& before, const PlayerUpdate& now, int ticks) 
 
     if (isHit)
         add(isOwn(body) ? Sound::soaked : Sound::splash, before, 1.0f);
-    else if (before.soaked && !body.soaked)
-        add(Sound::spawn, body, 1.0f);
-    if (body.soaked || before.soaked)
+    if (body.soaked || before.soaked) {
+        body.position = now.position;
         body.rise = 0.0f;
-    else
+        if (!body.soaked)
+            add(Sound::spawn, body, 1.0f);
+    } else if (ticks > 0) {
+        body.position = now.position;
         hearBody(body, before, ticks);
+    }
     hearJet(body, now, now.shooting && !before.shooting, ticks);
     return body;
 }

@@ -43,7 +43,10 @@ class Cues {
     /// @param state  of all players after a tick; one's own slot may hold what is predicted instead
     /// @param ownId  our identifier, 0 for a looker-on
     /// @param ticks  since the state before, 1 if none was missed; with less nothing is heard
-    std::vector<Cue> hear(const UpdateMessage& state, char ownId, int ticks);
+    /// @param ownTicks  those of one's own slot, if it is predicted: they may come in pairs, or
+    /// none
+    std::vector<Cue> hear(const UpdateMessage& state, char ownId, int ticks,
+                          std::optional<int> ownTicks = {});
 
     /// The jets that go on after the latest state.
     const std::vector<HeardJet>& jets() const { return jets_; }

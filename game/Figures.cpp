@@ -182,6 +182,8 @@ void addHead(Solids& solids, const mat4& body, const FigurePose& pose, float pit
     const vec3 neck(0.0f, chin, 0.0f);
     const mat4 head = turned(body, neck, leftward, -tilt);
     addBlock(solids, head, {-16.0f, chin, -15.5f}, {16.0f, crown - 1.0f, 15.5f}, skin);
+    addBlock(solids, head, {-17.0f, chin + 7.0f, -17.0f}, {17.0f, crown - 2.0f, -2.0f},
+             livery.hair);
     const float eyes = chin + 19.0f;
     for (const float side : {-7.5f, 7.5f}) {
         addBlock(solids, head, {side - 4.5f, eyes - 5.0f, 15.0f}, {side + 4.5f, eyes + 6.0f, 16.2f},
@@ -240,7 +242,7 @@ void addFigure(Solids& solids, const FigurePose& pose) {
     if (pose.soaked)
         return;
     solids.sun = static_cast<std::uint8_t>(std::lround(255.0f * std::clamp(pose.sun, 0.0f, 1.0f)));
-    const Livery& livery = liveryOf(pose.colour);
+    const Livery& livery = liveryOf(pose.colour, pose.palette);
     const float pitch = anglesOf(pose.direction).pitch;
     const mat4 feet = placeOf(pose);
     const float sunk = addLegs(solids, feet, pose, darker(livery.colour, 0.55f));
@@ -267,6 +269,31 @@ float sunOn(const arena::Grid& grid, vec3 position) {
             lit += 1.0f / static_cast<float>(std::size(heights));
     }
     return lit;
+}
+
+namespace {
+
+bool isHidden(const arena::Grid& grid, vec3 eye, vec3 point) {
+    const vec3 way = point - eye;
+    const std::optional<arena::Hit> hit =
+        arena::trace(grid, arena::rayAlong({eye.x, eye.y, eye.z}, {way.x, way.y, way.z}));
+    return hit && hit->distance < 1.0;
+}
+
+} // namespace
+
+std::vector<NameLabel> namesInSight(const arena::Grid& grid, vec3 eye,
+                                    std::span<const FigurePose> figures) {
+    constexpr vec3 head{0.0f, 45.0f, 0.0f};
+    std::vector<NameLabel> labels;
+    for (const FigurePose& figure : figures) {
+        if (figure.soaked ||
+            (isHidden(grid, eye, figure.position + head) && isHidden(grid, eye, figure.position)))
+            continue;
+        labels.push_back({figure.position + vec3(0.0f, top + 12.0f, 0.0f), figure.name,
+                          figure.colour, glm::distance(eye, figure.position)});
+    }
+    return labels;
 }
 
 } // namespace drench::game

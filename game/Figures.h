@@ -4,6 +4,7 @@
 #include "game/Scene.h"
 #include "game/Solids.h"
 
+#include <span>
 #include <vector>
 
 namespace drench::game {
@@ -27,5 +28,10 @@ constexpr glm::vec3 gunTip{0.0f, 2.0f, 36.0f};
 
 /// The share of the sun's light that reaches a figure; rays from its height up tell.
 float sunOn(const arena::Grid& grid, glm::vec3 position);
+
+/// The names of the figures that the eye sees: one is hidden if cubes hide both the head and the
+/// middle of the body.
+std::vector<NameLabel> namesInSight(const arena::Grid& grid, glm::vec3 eye,
+                                    std::span<const FigurePose> figures);
 
 } // namespace drench::game

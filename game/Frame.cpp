@@ -1,6 +1,7 @@
 #include "game/Frame.h"
 
 #include "common/Files.h"
+#include "game/Figures.h"
 
 #include <algorithm>
 #include <utility>
@@ -50,7 +51,7 @@ bool isLasting(const std::string& room) {
 Frame::Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings settings,
              KeepSettings keep)
     : window_(window), map_(map), settings_(std::move(settings)), keep_(std::move(keep)),
-      renderer_(mesh), overlay_(window, map), pacing_(frameRate(settings_, window)),
+      renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
       staging_(map, dropSeed), opened_(client::Clock::now()), begin_(opened_) {
     scene_.camera = overview(map);
     if (settings_.fullScreen)
@@ -91,11 +92,12 @@ void Frame::waitUntilDue() {
     std::vector<int> descriptors;
     client::Time now = client::Clock::now();
     overlay_.service(visit_, settings_, now);
-    while (now < pacing_.due()) {
+    const client::Time end = pacing_.waitEnd(now);
+    while (now < end) {
         descriptors.clear();
         visit_.addDescriptors(descriptors);
         overlay_.addDescriptors(descriptors);
-        sleepOnSockets(descriptors, now, std::min(pacing_.due(), visit_.wakeAt(now)));
+        sleepOnSockets(descriptors, now, std::min(end, visit_.wakeAt(now)));
         now = client::Clock::now();
         serviceRoom(now);
         overlay_.service(visit_, settings_, now);
@@ -193,34 +195,43 @@ void Frame::compose(client::Time now) {
     const double time = secondsBetween(opened_, now);
     const auto seconds = static_cast<float>(time - scene_.time);
     scene_.time = time;
-    scene_.soaked.reset();
+    scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
     if (visit_.screens().place() == Screens::Place::start) {
         bodies_.reset();
         scene_.camera = overview(map_);
     }
-    scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
-    if (visit_.screens().place() != Screens::Place::match || !bodies_) {
-        staging_.show(scene_, std::nullopt, {}, seconds, settings_.lessMotion);
-        return;
-    }
+    const bool isPlaying = visit_.screens().place() == Screens::Place::match && bodies_;
     std::optional<OwnBody> own;
-    // While soaked, the eye stays where it was.
-    if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
-        scene_.camera.eye = onScreen(body->eye);
-        scene_.camera.direction = onScreen(body->player.direction);
-        own = {visit_.match().ownId(), scene_.camera.eye, scene_.camera.direction,
-               body->player.isShooting()};
+    std::vector<PlayerUpdate> others;
+    if (isPlaying) {
+        // While soaked, the eye stays where it was.
+        if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
+            scene_.camera.eye = onScreen(body->eye);
+            scene_.camera.direction = onScreen(body->player.direction);
+            own = {visit_.match().ownId(), scene_.camera.eye, scene_.camera.direction,
+                   body->player.isShooting()};
+        }
+        others = bodies_->others(now, settings_.showWhereShotsMeet);
     }
-    staging_.show(scene_, own, bodies_->others(now, settings_.showWhereShotsMeet), seconds,
-                  settings_.lessMotion);
-    for (FigurePose& figure : scene_.figures) {
-        if (const MatchPlayer* known = visit_.match().player(figure.id))
-            figure.name = known->name;
-    }
-    if (const MatchPlayer* self = visit_.match().self(); self && self->soakedSince)
+    staging_.show(scene_, own, others, seconds, settings_.lessMotion);
+    nameFigures();
+    scene_.soaked.reset();
+    if (const MatchPlayer* self = visit_.match().self(); isPlaying && self && self->soakedSince)
         scene_.soaked =
             SoakedOverlay{static_cast<float>(secondsBetween(*self->soakedSince, now)),
                           static_cast<float>(secondsUntilReturn(*self, now)), self->soakedBy};
+}
+
+void Frame::nameFigures() {
+    const Palette palette = settings_.colourBlind ? Palette::colourBlind : Palette::usual;
+    for (FigurePose& figure : scene_.figures) {
+        figure.palette = palette;
+        if (const MatchPlayer* known = visit_.match().player(figure.id))
+            figure.name = known->name;
+    }
+    if (scene_.gun)
+        scene_.gun->palette = palette;
+    scene_.names = namesInSight(staging_.grid(), scene_.camera.eye, scene_.figures);
 }
 
 void Frame::drawOverlay(client::Time now) {

@@ -66,6 +66,7 @@ class Frame {
     void act(const ActionChange& change);
     void act(const bots::Action& action, client::Session& session);
     void compose(client::Time now);
+    void nameFigures();
     void drawOverlay(client::Time now);
     void applySettings();
     void keepSettings();

@@ -25,7 +25,7 @@ class FrameTimes {
     /// The longest work of the latest tenth of them, in milliseconds.
     double longestWork() const {
         float longest = 0.0f;
-        const std::size_t begin = latest_.size() - latest_.size() / 10;
+        const std::size_t begin = 9 * latest_.size() / 10;
         for (std::size_t i = begin; i < latest_.size(); ++i)
             longest = std::max(longest, latest_[i].work);
         return longest;

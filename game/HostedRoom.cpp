@@ -49,7 +49,7 @@ HostedRoom::HostedRoom(std::string folder, int bots, Time now)
     try {
         startServer();
     } catch (const std::runtime_error& error) {
-        fail(error.what());
+        fail("It cannot be started: " + std::string(error.what()) + ".");
     }
 }
 
@@ -57,13 +57,13 @@ void HostedRoom::startServer() {
     const std::string program = folder_ + "/drench-server";
     for (const std::string& file : {program, folder_ + "/drench-bots"}) {
         if (!isProgram(file)) {
-            fail("there is no " + file + ", which it takes; it comes with the server's package");
+            fail("There is no " + file + ". It comes with the server's package.");
             return;
         }
     }
     const std::optional<int> port = freePort();
     if (!port) {
-        fail("this machine has no free port");
+        fail("This machine has no free port.");
         return;
     }
     address_ = "localhost:" + std::to_string(*port);
@@ -75,7 +75,7 @@ void HostedRoom::service(Time now) {
     if (state_ == State::failed)
         return;
     if (server_->status()) {
-        fail("the room on this machine has ended");
+        fail("It has ended.");
         return;
     }
     if (state_ == State::open)
@@ -88,7 +88,7 @@ void HostedRoom::service(Time now) {
                                  folder_ + "/Resources/mapdata", "--players", std::to_string(bots_),
                                  "--quiet"});
     } else if (now - begin_ > patience) {
-        fail("the room on this machine does not answer");
+        fail("It does not answer.");
     }
 }
 

@@ -28,7 +28,7 @@ class HostedRoom {
     /// "localhost:40123".
     const std::string& address() const { return address_; }
 
-    /// What went wrong, in words; empty if nothing did.
+    /// What went wrong, in a sentence; empty if nothing did.
     const std::string& problem() const { return problem_; }
 
     /// For poll(); -1 if there is nothing to read.

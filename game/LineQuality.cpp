@@ -3,6 +3,7 @@
 #include "common/Decimals.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace drench::game {
 
@@ -13,6 +14,9 @@ using std::chrono::milliseconds;
 /// Long enough for a share of lost datagrams to mean something, short enough to see it change.
 constexpr milliseconds window{5000};
 constexpr milliseconds sampleGap{250};
+
+/// A session's first seconds say little about times.
+constexpr milliseconds leastWatched{3000};
 
 /// Fewer datagrams say nothing about a share.
 constexpr std::uint64_t fewest = 40;
@@ -36,6 +40,16 @@ double share(std::uint64_t part, std::uint64_t whole) {
 /// Some counts fall again when what was thought lost comes late.
 std::uint64_t growth(std::uint64_t before, std::uint64_t now) {
     return now > before ? now - before : 0;
+}
+
+/// The least of these times without what our frames added, since a single bad moment is no bad
+/// line.
+template<class Samples, class Counts>
+double leastOf(const Samples& samples, double Counts::*time) {
+    double least = std::numeric_limits<double>::infinity();
+    for (const auto& sample : samples)
+        least = std::min(least, sample.counts.*time - sample.counts.frame);
+    return least;
 }
 
 } // namespace
@@ -78,9 +92,11 @@ std::string LineQuality::words() const {
     const double lost = std::max(lossShare(), missedShare());
     if (lost > badShare)
         return "bad line: " + decimals(100.0 * lost, 0) + " % lost";
-    if (counts.roundTrip - counts.frame > slowRoundTrip)
+    if (moment - samples_.front().moment < leastWatched)
+        return "";
+    if (leastOf(samples_, &Counts::roundTrip) > slowRoundTrip)
         return "slow line: " + decimals(counts.roundTrip, 0) + " ms there and back";
-    if (counts.jitter - counts.frame > unevenJitter)
+    if (leastOf(samples_, &Counts::jitter) > unevenJitter)
         return "uneven line: " + decimals(counts.jitter, 0) + " ms more or less";
     return "";
 }

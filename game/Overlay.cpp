@@ -22,9 +22,6 @@ Palette paletteOf(const Settings& settings) {
 
 } // namespace
 
-Overlay::Overlay(Window& window, const MapManager& map)
-    : grid_(arena::gridOf(map)), interface_(window.handle(), window.context()) {}
-
 std::vector<WindowEvents::Press> Overlay::take(const WindowEvents& events, Visit& visit,
                                                Settings& settings) {
     // What opens a panel is not for it, so who had the input at first gets all of these.
@@ -114,7 +111,7 @@ void Overlay::drawMatch(const View& view, const Visit& visit, const Settings& se
     hud.palette = palette;
     hud.hasCrosshair = isOpen && !showsTable_ && match.self() && !match.self()->soakedSince;
     if (size.y > 0.0f)
-        hud.labels = labelsOf(*view.scene, grid_, size.x / size.y);
+        hud.labels = labelsOf(*view.scene, size.x / size.y);
     hud.captions = view.captions;
     hud.warnings = warnings_;
     if (std::string words = visit.line().words(); !words.empty())

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "arena/Rays.h"
 #include "client/Bodies.h"
 #include "game/Captions.h"
 #include "game/FrameTimes.h"
@@ -26,8 +25,8 @@ namespace drench::game {
 /// first whose an input is.
 class Overlay {
   public:
-    /// Both must outlive this.
-    Overlay(Window& window, const MapManager& map);
+    /// The window must outlive this.
+    explicit Overlay(Window& window) : interface_(window.handle(), window.context()) {}
 
     /// Takes the inputs that are for it and returns those for the game.
     std::vector<WindowEvents::Press> take(const WindowEvents& events, Visit& visit,
@@ -74,7 +73,6 @@ class Overlay {
     bool drawStart(const View& view, Visit& visit, Settings& settings);
     void choose(RoomChoice choice, client::Time now, Visit& visit);
 
-    arena::Grid grid_;
     Interface interface_;
     ChatBox chat_;
     SettingsPage settingsPage_;

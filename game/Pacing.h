@@ -22,6 +22,8 @@ class Pacing {
     /// Frames a second at most where nothing moves that anybody steers: menus, the background.
     static constexpr double calmRate = 20.0;
 
+    static constexpr std::chrono::milliseconds leastCalmWait{15};
+
     /// Changes the rate; above 0.
     void setRate(double framesPerSecond) { framesPerSecond_ = framesPerSecond; }
 
@@ -36,6 +38,9 @@ class Pacing {
 
     /// The moment at which the next frame begins; long ago before the first.
     Time due() const { return due_; }
+
+    /// When to stop waiting for it. However slow calm frames are, some time is left to others.
+    Time waitEnd(Time now) const { return calm_ ? std::max(due_, now + leastCalmWait) : due_; }
 
     /// A frame begins now. After one that is late by a whole frame the next is due at once, and no
     /// further ones are made up for.

@@ -6,26 +6,27 @@ namespace drench::game {
 
 namespace {
 
-using Shape = PlayerMark::Shape;
-
-constexpr Shape shapes[] = {Shape::circle, Shape::triangle, Shape::square, Shape::diamond};
-
-/// The hues of the liveries, light enough to be read on dark glass.
-constexpr arena::Colour usualColours[] = {
-    {255, 122, 72}, {255, 208, 70}, {205, 140, 255}, {110, 170, 255}};
-
-/// Orange, sky blue, yellow and reddish purple of Okabe and Ito, "Color universal design", 2008.
-constexpr arena::Colour colourBlindColours[] = {
-    {230, 159, 0}, {86, 180, 233}, {240, 228, 66}, {204, 121, 167}};
+PlayerMark::Shape shapeOf(Headgear headgear) {
+    switch (headgear) {
+    case Headgear::fin:
+        return PlayerMark::Shape::triangle;
+    case Headgear::hat:
+        return PlayerMark::Shape::square;
+    case Headgear::eyes:
+        return PlayerMark::Shape::circle;
+    case Headgear::cone:
+        break;
+    }
+    return PlayerMark::Shape::diamond;
+}
 
 } // namespace
 
 PlayerMark markOf(char id, Palette palette) {
     if (!client::isPlayerId(id))
-        return {Shape::circle, {255, 255, 255}};
-    const int index = id - '1';
-    const auto& colours = palette == Palette::usual ? usualColours : colourBlindColours;
-    return {shapes[index], colours[index]};
+        return {PlayerMark::Shape::circle, {255, 255, 255}};
+    const Livery& livery = liveryOf(id - '1', palette);
+    return {shapeOf(livery.headgear), livery.colour};
 }
 
 } // namespace drench::game

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "game/Camera.h"
+#include "game/Liveries.h"
 
 #include <glm/gtc/quaternion.hpp>
 #include <glm/vec2.hpp>
@@ -37,9 +38,23 @@ struct FigurePose {
 
     /// Index of the player's colour and shape, 0 to 3.
     int colour = 0;
+    Palette palette = Palette::usual;
 
     /// The share of the sun's light that gets there.
     float sun = 1.0f;
+};
+
+/// A name above a figure's head, for a figure in sight.
+struct NameLabel {
+    /// The middle of the text's lower edge.
+    glm::vec3 place{0.0f};
+    std::string name;
+
+    /// Index of the player's colour.
+    int colour = 0;
+
+    /// From the eye.
+    float distance = 0.0f;
 };
 
 /// A stream of water: a curve of the second order (Bézier) from the nozzle to where the water
@@ -57,6 +72,9 @@ struct Jet {
 
     /// Along the straight line.
     float length = 0.0f;
+
+    /// Thickness, as a share of the usual one; less for a nozzle right before the eye.
+    float width = 1.0f;
 
     /// Whether the water ends in the air.
     bool intoSky = false;
@@ -105,6 +123,7 @@ struct OwnGun {
     float kick = 0.0f;
     bool shooting = false;
     int colour = 0;
+    Palette palette = Palette::usual;
 
     /// The share of the sun's light that gets there.
     float sun = 1.0f;
@@ -123,6 +142,7 @@ struct SoakedOverlay {
 struct Scene {
     Camera camera;
     std::vector<FigurePose> figures;
+    std::vector<NameLabel> names;
     std::vector<Jet> jets;
     std::vector<Drop> drops;
     std::vector<Patch> splashes;

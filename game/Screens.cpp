@@ -80,11 +80,10 @@ void Screens::lose(Match::Standing why, Time now) {
     next_ = now + std::chrono::duration_cast<Time::duration>(pause);
 }
 
-void Screens::fail(const std::string& problem) {
+void Screens::fail(const Trouble& trouble) {
     place_ = Place::trouble;
     panel_ = Panel::none;
-    trouble_ = {room_.empty() ? "There is no room to join." : room_ + " cannot be joined.",
-                "Because " + problem + "."};
+    trouble_ = trouble;
     tries_ = false;
 }
 

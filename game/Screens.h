@@ -57,7 +57,7 @@ class Screens {
     void lose(Match::Standing why, Time now);
 
     /// The room cannot even be asked.
-    void fail(const std::string& problem);
+    void fail(const Trouble& trouble);
 
     /// Back to the choice of a room.
     void leave();

@@ -39,6 +39,8 @@ void Visit::begin(const std::string& room, const std::string& name, Time now) {
 }
 
 void Visit::host(const std::string& folder, int bots, const std::string& name, Time now) {
+    hostFolder_ = folder;
+    hostBots_ = bots;
     hosted_.emplace(folder, bots, now);
     resolving_.reset();
     begin(hostedRoom, name, now);
@@ -47,7 +49,8 @@ void Visit::host(const std::string& folder, int bots, const std::string& name, T
 void Visit::joinAgain(Time now) {
     // A room of one's own that has ended is not there to be found again.
     if (hosted_ && hosted_->state() == HostedRoom::State::failed) {
-        screens_.fail(hosted_->problem());
+        hosted_.emplace(hostFolder_, hostBots_, now);
+        begin(hostedRoom, name_, now);
         return;
     }
     session_.reset();
@@ -91,9 +94,10 @@ void Visit::hostOnce(Time now) {
     hosted_->service(now);
     if (before == HostedRoom::State::starting && hosted_->state() == HostedRoom::State::open)
         resolving_.emplace(hosted_->address());
-    if (hosted_->state() == HostedRoom::State::failed && !session_ &&
-        screens_.place() == Screens::Place::joining)
-        screens_.fail(hosted_->problem());
+    const bool isShown = !session_ && (screens_.place() == Screens::Place::joining ||
+                                       screens_.secondsUntilJoin(now) >= 0.0);
+    if (hosted_->state() == HostedRoom::State::failed && isShown)
+        screens_.fail({"There is no room on this machine now.", hosted_->problem()});
 }
 
 void Visit::resolveOnce(Time now) {
@@ -104,7 +108,7 @@ void Visit::resolveOnce(Time now) {
     if (answer->room)
         openSession(answer->room->address, now);
     else
-        screens_.fail(answer->problem);
+        failToJoin(answer->problem);
 }
 
 void Visit::openSession(const sockaddr_in& room, Time now) {
@@ -112,7 +116,11 @@ void Visit::openSession(const sockaddr_in& room, Time now) {
     session_ = client::Session::join(room, name_, now, problem);
     line_.forget();
     if (!session_)
-        screens_.fail(problem);
+        failToJoin(problem);
+}
+
+void Visit::failToJoin(const std::string& problem) {
+    screens_.fail({screens_.room() + " cannot be joined.", "Because " + problem + "."});
 }
 
 void Visit::note(const client::Event& event, Time now) {

@@ -75,6 +75,7 @@ class Visit {
     void begin(const std::string& room, const std::string& name, Time now);
     void resolveOnce(Time now);
     void openSession(const sockaddr_in& room, Time now);
+    void failToJoin(const std::string& problem);
     void hostOnce(Time now);
     void note(const client::Event& event, Time now);
 
@@ -85,6 +86,8 @@ class Visit {
 
     /// One of these leads to a session: the room on this machine, then the look-up of its address.
     std::optional<HostedRoom> hosted_;
+    std::string hostFolder_;
+    int hostBots_ = 0;
     std::optional<Resolving> resolving_;
     std::optional<client::Session> session_;
     Time lastSnapshot_{};

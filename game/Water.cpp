@@ -31,6 +31,9 @@ constexpr float sprayRate = 90.0f;
 constexpr float splashRate = 14.0f;
 
 constexpr int burstDrops = 110;
+/// The share of the way to a wall that a nozzle goes at most.
+constexpr float shareBeforeWall = 0.7f;
+
 constexpr float longestStep = 0.1f;
 
 constexpr glm::vec3 upward{0.0f, 1.0f, 0.0f};
@@ -43,6 +46,13 @@ int takeWhole(float& due) {
 }
 
 } // namespace
+
+float freeShare(const arena::Grid& grid, glm::vec3 middle, glm::vec3 nozzle) {
+    const glm::vec3 way = nozzle - middle;
+    const std::optional<arena::Hit> hit =
+        arena::trace(grid, arena::rayAlong({middle.x, middle.y, middle.z}, {way.x, way.y, way.z}));
+    return hit ? std::min(1.0f, shareBeforeWall * static_cast<float>(hit->distance)) : 1.0f;
+}
 
 glm::vec3 pointOn(const Jet& jet, float share) {
     const float rest = 1.0f - share;
@@ -110,6 +120,7 @@ void Water::aim(std::size_t index, const Shooter& shooter, std::span<const WetBo
     flow.landing = landingOf(*map_, shooter.body, shooter.direction, bodies);
     const bool wasIntoSky = jet.intoSky;
     jet.from = shooter.nozzle;
+    jet.width = shooter.width;
     jet.intoSky = !flow.landing;
     if (jet.intoSky) {
         aimIntoSky(index, shooter);
@@ -184,7 +195,7 @@ void Water::spray(std::size_t index, float seconds) {
     glm::vec3 normal(0.0f);
     normal[flow.landing->axis] = static_cast<float>(flow.landing->side);
     drops_.begin(chance_, count, jet.to + 1.5f * normal, 130.0f * normal + 60.0f * upward, 95.0f,
-                 2.6f);
+                 2.2f);
     flow.splashes += splashRate * seconds;
     if (takeWhole(flow.splashes) > 0 && !flow.landing->onBody)
         patches_.wet(grid_, jet.to, flow.landing->axis, flow.landing->side);

@@ -16,12 +16,16 @@ using glm::vec2;
 using glm::vec3;
 
 /// World units: of a jet at the nozzle, how much wider it gets in each unit, and its widest.
-constexpr float thinnest = 1.25f;
+constexpr float thinnest = 1.5f;
 constexpr float widening = 0.0034f;
 constexpr float thickest = 4.2f;
 
 /// No thinner than this share of the distance to the eye, about a pixel and a half.
 constexpr float leastAngle = 0.0021f;
+
+/// The same of drops, and the share that drops right before the eye have at most.
+constexpr float leastDropAngle = 0.0013f;
+constexpr float largestDropAngle = 0.028f;
 
 constexpr float segmentLength = 36.0f;
 constexpr int fewestSegments = 8;
@@ -121,8 +125,8 @@ void addDrop(WaterShapes& shapes, const Drop& drop, const Camera& camera) {
     if (!(size > 0.0f))
         return;
     side /= size;
-    const float radius =
-        std::max(drop.size * std::min(1.0f, 0.4f + drop.left), leastAngle * 0.6f * distance);
+    const float radius = std::clamp(drop.size * std::min(1.0f, 0.4f + drop.left),
+                                    leastDropAngle * distance, largestDropAngle * distance);
     const float length = std::min(radius + stretchTime * speed, longestDrop * radius);
     const float strength = std::min(1.0f, 3.0f * drop.left);
     const auto corner = [&](float x, float y) {
@@ -175,7 +179,7 @@ void addSoaking(WaterShapes& shapes, const SoakedOverlay& soaked, float aspect) 
         const float x = draw(-1.0, 1.0) * aspect;
         const float top = draw(-0.5, 1.25);
         const float radius = draw(0.018, 0.062);
-        const float begin = draw(0.0, 1.1) * draw(0.0, 1.0);
+        const float begin = 1.2f * draw(0.0, 1.0) * draw(0.0, 1.0) * draw(0.0, 1.0);
         const float speed = draw(0.02, 0.2) + 4.0f * radius * draw(0.0, 1.0);
         const float beat = draw(1.0, 3.0);
         const float time = soaked.since - begin;

@@ -33,6 +33,8 @@ if(DRENCH_TOOLS)
   add_executable(drench-bot-tests ${bot_tests} ${room_on_a_manual_clock})
   target_link_libraries(drench-bot-tests PRIVATE drench-test-support drench-room drench-bot-parts
                                                  nlohmann_json::nlohmann_json)
+  # PlayFloodTest.cpp stands in for it.
+  target_link_options(drench-bot-tests PRIVATE -Wl,--wrap=recv)
   target_compile_definitions(drench-bot-tests
                              PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata"
                                      DRENCH_ARENAS="${PROJECT_SOURCE_DIR}/arenas")
@@ -58,7 +60,8 @@ if(DRENCH_WINDOW)
   add_executable(drench-play-tests ${window_tests})
   target_link_libraries(drench-play-tests PRIVATE drench-test-support drench-play)
   target_compile_definitions(drench-play-tests
-                             PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
+                             PRIVATE DRENCH_ARENAS="${PROJECT_SOURCE_DIR}/arenas"
+                                     DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
 endif()
 
 add_executable(drench-timing-tests src/TimingTest.cpp)

@@ -18,18 +18,20 @@ uniform mat4 toClip;
 uniform vec3 towardsSun;
 uniform vec3 sunLight;
 uniform vec3 skyLight;
+uniform float exposure;
+uniform float mostShown;
 layout(location = 0) in vec3 position;
 layout(location = 1) in vec3 normal;
 layout(location = 2) in vec4 colour;
 flat out vec3 light;
 // Warm light that comes up from the ground.
-const vec3 groundLight = vec3(0.27, 0.25, 0.2);
+const vec3 groundLight = vec3(0.34, 0.30, 0.22);
 void main() {
     gl_Position = toClip * vec4(position, 1.0);
-    vec3 around = mix(groundLight, 1.25 * skyLight, 0.5 + 0.5 * normal.y);
+    vec3 around = mix(groundLight, skyLight, 0.5 + 0.5 * normal.y);
     vec3 received = around + sunLight * (colour.a * max(dot(normal, towardsSun), 0.0));
     // Values are square roots of light.
-    light = sqrt(colour.rgb * colour.rgb * received);
+    light = colour.rgb * sqrt(mostShown * (1.0 - exp(-exposure * received)));
 }
 )";
 
@@ -56,6 +58,8 @@ FigurePicture::FigurePicture()
     set("towardsSun", arena::unit(towardsSun));
     set("sunLight", sunLight);
     set("skyLight", skyLight);
+    glUniform1f(program_.uniform("exposure"), static_cast<float>(exposure));
+    glUniform1f(program_.uniform("mostShown"), static_cast<float>(mostShown));
     array_.bind();
     buffer_.bind(GL_ARRAY_BUFFER);
     const auto attribute = [](GLuint place, GLint parts, GLenum type, GLboolean isShare,
@@ -82,7 +86,6 @@ void FigurePicture::drawGun(const Scene& scene, float aspect) {
         return;
     solids_.vertices.clear();
     addGunInHands(solids_, *scene.gun, scene.camera);
-    glClear(GL_DEPTH_BUFFER_BIT);
     Camera camera = scene.camera;
     camera.fieldOfView = gunFieldOfView;
     draw(camera, aspect);

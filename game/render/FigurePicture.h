@@ -15,7 +15,7 @@ class FigurePicture {
     /// All figures, in one call.
     void drawFigures(const Scene& scene, float aspect);
 
-    /// One's own gun, before everything else: the depths of the picture are cleared for it.
+    /// One's own gun, by a field of view of its own, in one call.
     void drawGun(const Scene& scene, float aspect);
 
   private:

@@ -53,8 +53,8 @@ vec4 drop(vec2 at) {
 }
 
 vec4 wet(vec2 at, float own) {
-    float ragged = 0.16 * sin(5.0 * at.x + own) * sin(6.0 * at.y - 1.7 * own) + 0.07 * sin(13.0 * (at.x - at.y) + own);
-    return vec4(0.04, 0.08, 0.14, 0.40 * smoothstep(1.0, 0.7, length(at) + ragged));
+    float ragged = 0.13 * sin(5.0 * at.x + own) * sin(6.0 * at.y - 1.7 * own) + 0.05 * sin(9.0 * at.x + 4.0 * at.y + own);
+    return vec4(0.04, 0.08, 0.14, 0.40 * smoothstep(1.0, 0.68, 1.2 * length(at) + ragged));
 }
 
 vec4 shadow(vec2 at) {

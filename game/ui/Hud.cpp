@@ -135,7 +135,7 @@ void Pen::labels() const {
         const ImVec2 corner = {std::round(label.place.x * size_.x - 0.5f * width),
                                std::round(label.place.y * size_.y - text.y)};
         drawMark(list_, {corner.x + radius, corner.y + 0.5f * text.y}, radius,
-                 markOf(label.id, view_.palette));
+                 markOf(static_cast<char>('1' + label.colour), view_.palette));
         drawText(list_, font, {corner.x + 2.0f * radius + px(markGap), corner.y}, shade::white,
                  label.name, true);
     }

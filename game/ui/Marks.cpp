@@ -31,8 +31,9 @@ void drawPolygon(ImDrawList& list, ImVec2 centre, float radius, const ImVec2 (&c
 void drawMark(ImDrawList& list, ImVec2 centre, float radius, const PlayerMark& mark,
               float opacity) {
     const ImU32 fill = faded(shadeOf(mark.colour), opacity);
-    const ImU32 edge = faded(shade::shadow, opacity);
-    const float edgeWidth = std::max(1.0f, 0.22f * radius);
+    // White, since some liveries are as dark as the glass.
+    const ImU32 edge = faded(shade::white, opacity);
+    const float edgeWidth = std::max(1.0f, 0.2f * radius);
     switch (mark.shape) {
     case PlayerMark::Shape::circle:
         list.AddCircleFilled(centre, radius, fill);

@@ -7,7 +7,7 @@
 
 namespace drench::game {
 
-/// Draws a player's shape in its colour, with a dark edge, around a centre.
+/// Draws a player's shape in its colour, with a white edge, around a centre.
 /// @param radius  pixels
 void drawMark(ImDrawList& list, ImVec2 centre, float radius, const PlayerMark& mark,
               float opacity = 1.0f);

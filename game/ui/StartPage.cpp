@@ -93,7 +93,9 @@ void StartPage::drawName(const Theme& theme, Settings& settings, Outcome& outcom
 void StartPage::drawRooms(const Theme& theme, Settings& settings, const RoomList& rooms,
                           Outcome& outcome) {
     heading(theme, "Rooms");
-    const float foot = ImGui::GetFrameHeight() + 3.0f * ImGui::GetTextLineHeightWithSpacing();
+    // The field for another address and two small lines.
+    const float foot = ImGui::GetFrameHeight() + 2.0f * sizeOf(theme.fonts.small, "A").y +
+                       3.0f * ImGui::GetStyle().ItemSpacing.y;
     ImGui::BeginChild("rooms", {0.0f, -foot});
     if (rooms.entries().empty())
         paleText("None yet. Rooms that you played in are listed here.");

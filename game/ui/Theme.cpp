@@ -28,7 +28,7 @@ constexpr float usualHeight = 720.0f;
 constexpr float usualWidth = 1280.0f;
 
 /// Text in a small window does not shrink below this, so that it can still be read.
-constexpr float leastAutomatic = 0.8f;
+constexpr float leastAutomatic = 0.875f;
 
 /// Units that the largest page takes.
 constexpr float pageWidth = 640.0f;

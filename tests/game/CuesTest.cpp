@@ -249,6 +249,27 @@ TEST_F(Hearing, StateThatCameBeforeIsSilent) {
     EXPECT_TRUE(hear({playerAt('3', middle)}, 0).empty());
 }
 
+TEST_F(Hearing, OwnTicksMayComeInPairsOrNotAtAll) {
+    Player body = bodyAt(map, middle, middle + vec3(0.0f, 0.0f, 1.0f));
+    body.playerID = '1';
+    cues.hear(snapshotOf({body.getPlayerUpdate()}), '1', 1);
+    std::vector<Cue> all;
+    for (int i = 0; i < 100; ++i) {
+        const int ticks = 2 * (i % 2);
+        for (int tick = 0; tick < ticks; ++tick) {
+            walkForward(body, i);
+            body.keys[keyIndex::jump] = i == 31;
+            body.update(0.0f);
+        }
+        for (const Cue& cue : cues.hear(snapshotOf({body.getPlayerUpdate()}), '1', 1, ticks))
+            all.push_back(cue);
+    }
+    EXPECT_EQ(count(all, Sound::jump), 1);
+    EXPECT_EQ(count(all, Sound::landing), 1);
+    EXPECT_GE(count(all, Sound::step), 3);
+    EXPECT_LE(count(all, Sound::step), 6);
+}
+
 TEST_F(Hearing, NumbersOfALyingRoomAreSilent) {
     constexpr float huge = std::numeric_limits<float>::max();
     PlayerUpdate far = playerAt('2', {huge, -huge, huge});

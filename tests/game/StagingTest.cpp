@@ -1,6 +1,6 @@
 #include "game/Staging.h"
 
-#include "client/Records.h"
+#include "game/Figures.h"
 #include "src/Player.h"
 #include "tests/support/Arenas.h"
 
@@ -94,4 +94,30 @@ TEST_F(StagingInCourt, LeavesOutWhatCannotBeDrawn) {
     show({notANumber, farAway, lookingNowhere, nobody});
     EXPECT_TRUE(scene.figures.empty());
     EXPECT_TRUE(scene.jets.empty());
+}
+
+TEST_F(StagingInCourt, KeepsNozzlesOnThisSideOfWalls) {
+    // A body that touches the wall at the end of x.
+    const vec3 atWall(31.0f * 64.0f - 25.5f, standing, 1000.0f);
+    PlayerUpdate player = playerAt('2', atWall, true);
+    player.direction = {1.0f, 0.0f, 0.0f};
+    Camera& camera = scene.camera;
+    camera.eye = {atWall.x, standing, 600.0f};
+    camera.direction = {1.0f, 0.0f, 0.0f};
+    for (int i = 0; i < 10; ++i)
+        show({player}, OwnBody{'1', camera.eye, camera.direction, true});
+    ASSERT_EQ(scene.jets.size(), 2u);
+    for (const Jet& jet : scene.jets) {
+        EXPECT_LT(jet.from.x, 31.0f * 64.0f);
+        EXPECT_GT(jet.from.x, atWall.x);
+        EXPECT_LT(jet.width, 1.0f);
+    }
+}
+
+TEST_F(StagingInCourt, LetsJetsOutAtTheNozzleInTheOpen) {
+    for (int i = 0; i < 10; ++i)
+        show({playerAt('2', place, true)});
+    ASSERT_EQ(scene.jets.size(), 1u);
+    EXPECT_EQ(scene.jets[0].from, nozzleOf(scene.figures[0]));
+    EXPECT_FLOAT_EQ(scene.jets[0].width, 1.0f);
 }
