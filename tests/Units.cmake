@@ -10,6 +10,7 @@ if(NOT DRENCH_TOOLS)
   list(REMOVE_ITEM library_tests ${CMAKE_CURRENT_SOURCE_DIR}/arena/picture/PictureTest.cpp
        ${CMAKE_CURRENT_SOURCE_DIR}/arena/picture/PngTest.cpp
        ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictedLine.cpp
+       ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictionRulesTest.cpp
        ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictionTest.cpp)
 endif()
 add_executable(drench-tests ${game_tests} ${library_tests} ${room_on_a_manual_clock})
@@ -24,7 +25,8 @@ target_compile_definitions(
 add_dependencies(drench-tests resources)
 if(DRENCH_TOOLS)
   file(GLOB tool_tests CONFIGURE_DEPENDS tools/*.cpp)
-  target_sources(drench-tests PRIVATE ${tool_tests} ${PROJECT_SOURCE_DIR}/tools/CheckReport.cpp)
+  target_sources(drench-tests PRIVATE ${tool_tests} ${PROJECT_SOURCE_DIR}/bench/Hands.cpp
+                                      ${PROJECT_SOURCE_DIR}/tools/CheckReport.cpp)
   target_link_libraries(drench-tests PRIVATE nlohmann_json::nlohmann_json)
 endif()
 
