@@ -49,7 +49,7 @@ TEST(WindowStarting, WithAnOldOpenGlOneLineSaysSo) {
 TEST(WindowStarting, WhereNobodyListensOneLineSaysSo) {
     const Display display;
     const std::string room = address(freePort());
-    const Ending window = run(display.name, room + " --seconds 3");
+    const Ending window = run(display.name, room + " --seconds 6");
     EXPECT_EQ(window.status, 1);
     EXPECT_EQ(window.said, "Nobody listens at " + room + ".\n");
 }
