@@ -63,14 +63,16 @@ FigurePicture::FigurePicture()
     array_.bind();
     buffer_.bind(GL_ARRAY_BUFFER);
     const auto attribute = [](GLuint place, GLint parts, GLenum type, GLboolean isShare,
-                              std::size_t offset) {
-        glVertexAttribPointer(place, parts, type, isShare, sizeof(SolidVertex),
-                              reinterpret_cast<const void*>(offset));
+                              const void* offset) {
+        glVertexAttribPointer(place, parts, type, isShare, sizeof(SolidVertex), offset);
         glEnableVertexAttribArray(place);
     };
-    attribute(0, 3, GL_FLOAT, GL_FALSE, offsetof(SolidVertex, position));
-    attribute(1, 3, GL_FLOAT, GL_FALSE, offsetof(SolidVertex, normal));
-    attribute(2, 4, GL_UNSIGNED_BYTE, GL_TRUE, offsetof(SolidVertex, colour));
+    attribute(0, 3, GL_FLOAT, GL_FALSE,
+              reinterpret_cast<const void*>(offsetof(SolidVertex, position)));
+    attribute(1, 3, GL_FLOAT, GL_FALSE,
+              reinterpret_cast<const void*>(offsetof(SolidVertex, normal)));
+    attribute(2, 4, GL_UNSIGNED_BYTE, GL_TRUE,
+              reinterpret_cast<const void*>(offsetof(SolidVertex, colour)));
     static_assert(offsetof(SolidVertex, sun) == offsetof(SolidVertex, colour) + 3);
 }
 

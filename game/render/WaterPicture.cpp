@@ -99,14 +99,13 @@ WaterPicture::WaterPicture()
     : program_("the water", vertexSource, (std::string(hazeSource) + fragmentSource).c_str()) {
     array_.bind();
     buffer_.bind(GL_ARRAY_BUFFER);
-    const auto attribute = [](GLuint place, GLint parts, std::size_t offset) {
-        glVertexAttribPointer(place, parts, GL_FLOAT, GL_FALSE, sizeof(WaterVertex),
-                              reinterpret_cast<const void*>(offset));
+    const auto attribute = [](GLuint place, GLint parts, const void* offset) {
+        glVertexAttribPointer(place, parts, GL_FLOAT, GL_FALSE, sizeof(WaterVertex), offset);
         glEnableVertexAttribArray(place);
     };
-    attribute(0, 3, offsetof(WaterVertex, place));
-    attribute(1, 2, offsetof(WaterVertex, shape));
-    attribute(2, 3, offsetof(WaterVertex, along));
+    attribute(0, 3, reinterpret_cast<const void*>(offsetof(WaterVertex, place)));
+    attribute(1, 2, reinterpret_cast<const void*>(offsetof(WaterVertex, shape)));
+    attribute(2, 3, reinterpret_cast<const void*>(offsetof(WaterVertex, along)));
 }
 
 void WaterPicture::drawWater(const Scene& scene, float aspect) {
