@@ -4,6 +4,7 @@
 #include "common/Files.h"
 
 #include <algorithm>
+#include <iostream>
 #include <utility>
 
 namespace drench::game {
@@ -244,6 +245,8 @@ void Frame::sound(client::Time now) {
         captions_.hear(heard.cues, heard.listener, now);
     }
     soundDevice_.play(heard, now);
+    if (!soundDevice_.problem().empty() && !std::exchange(saidSilence_, true))
+        std::cerr << "Nothing can be heard: " << soundDevice_.problem() << '\n';
     if (ears_)
         ears_->forget();
 }

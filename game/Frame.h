@@ -94,6 +94,7 @@ class Frame {
     std::optional<client::Bodies> bodies_;
     std::optional<Ears> ears_;
     SoundDevice soundDevice_;
+    bool saidSilence_ = false;
     Captions captions_;
     client::Time opened_;
     client::Time begin_;
