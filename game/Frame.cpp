@@ -4,6 +4,7 @@
 #include "game/FigureSight.h"
 
 #include <algorithm>
+#include <iostream>
 #include <utility>
 
 namespace drench::game {
@@ -256,6 +257,8 @@ void Frame::sound(client::Time now) {
         captions_.hear(heard.cues, heard.listener, now);
     }
     soundDevice_.play(heard, now);
+    if (!soundDevice_.problem().empty() && !std::exchange(saidSilence_, true))
+        std::cerr << "Nothing can be heard: " << soundDevice_.problem() << '\n';
     if (ears_)
         ears_->forget();
 }

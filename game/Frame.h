@@ -97,6 +97,7 @@ class Frame {
     Staging staging_;
     std::optional<Ears> ears_;
     SoundDevice soundDevice_;
+    bool saidSilence_ = false;
     Captions captions_;
     client::Time opened_;
     client::Time begin_;
