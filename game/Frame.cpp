@@ -4,6 +4,7 @@
 #include "game/Figures.h"
 
 #include <algorithm>
+#include <iostream>
 #include <utility>
 
 namespace drench::game {
@@ -30,6 +31,11 @@ Camera overview(const MapManager& map) {
 double frameRate(const Settings& settings, const Window& window) {
     const double limit = settings.frameLimit > 0 ? settings.frameLimit : window.screenRate();
     return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
+}
+
+/// A vector of the screen, for what the game needs.
+vec3 inTheGame(glm::vec3 v) {
+    return {v.x, v.y, v.z};
 }
 
 /// From the last change of a setting until all are kept, so that a slider writes one file.
@@ -67,6 +73,7 @@ void Frame::run() {
     takeInputs();
     serviceRoom(begin);
     compose(begin);
+    sound(begin);
     const PixelSize size = window_.size();
     renderer_.draw(scene_, size.width, size.height);
     drawOverlay(begin);
@@ -178,15 +185,20 @@ void Frame::serviceRoom(client::Time now) {
 void Frame::take(const client::Event& event, client::Session& session, client::Time now) {
     if (std::holds_alternative<client::Joined>(event)) {
         bodies_.emplace(map_);
+        ears_.emplace(map_);
         if (!visit_.isHosting() && isLasting(visit_.screens().room())) {
             rememberRoom(settings_, visit_.screens().room());
             changed_ = now;
         }
     }
-    const auto* snapshot = std::get_if<client::Snapshot>(&event);
-    if (!snapshot || !bodies_)
+    if (!bodies_)
         return;
-    bodies_->take(*snapshot, session);
+    const auto* snapshot = std::get_if<client::Snapshot>(&event);
+    if (snapshot)
+        bodies_->take(*snapshot, session);
+    ears_->take(event, session.id(), bodies_->own(now));
+    if (!snapshot)
+        return;
     for (; acted_ < script_.size() && script_[acted_].tick <= snapshot->tick; ++acted_)
         act(script_[acted_], session);
 }
@@ -198,6 +210,7 @@ void Frame::compose(client::Time now) {
     scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
     if (visit_.screens().place() == Screens::Place::start) {
         bodies_.reset();
+        ears_.reset();
         scene_.camera = overview(map_);
     }
     const bool isPlaying = visit_.screens().place() == Screens::Place::match && bodies_;
@@ -234,12 +247,30 @@ void Frame::nameFigures() {
     scene_.names = namesInSight(staging_.grid(), scene_.camera.eye, scene_.figures);
 }
 
+void Frame::sound(client::Time now) {
+    Heard heard;
+    heard.volume = settings_.masterVolume * settings_.effectsVolume;
+    if (ears_ && visit_.screens().place() == Screens::Place::match) {
+        heard.listener = {inTheGame(scene_.camera.eye), inTheGame(scene_.camera.direction)};
+        heard.cues = ears_->cues();
+        heard.jets = ears_->jets();
+        captions_.hear(heard.cues, heard.listener, now);
+    }
+    soundDevice_.play(heard, now);
+    if (!soundDevice_.problem().empty() && !std::exchange(saidSilence_, true))
+        std::cerr << "Nothing can be heard: " << soundDevice_.problem() << '\n';
+    if (ears_)
+        ears_->forget();
+}
+
 void Frame::drawOverlay(client::Time now) {
     Overlay::View view;
     view.now = now;
     view.scene = &scene_;
     view.bodies = bodies_ ? &*bodies_ : nullptr;
     view.frames = &latestTimes_;
+    if (settings_.captions)
+        view.captions = &captions_.linesAt(now);
     view.frameBudget = 1000.0 / pacing_.rate();
     view.screenRate = window_.screenRate();
     if (!overlay_.draw(view, visit_, settings_))

@@ -3,13 +3,16 @@
 #include "bots/Script.h"
 #include "client/Bodies.h"
 #include "common/GapHistogram.h"
+#include "game/Captions.h"
 #include "game/Capture.h"
+#include "game/Ears.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
 #include "game/Overlay.h"
 #include "game/Pacing.h"
 #include "game/Scene.h"
 #include "game/Settings.h"
+#include "game/SoundDevice.h"
 #include "game/Staging.h"
 #include "game/Turning.h"
 #include "game/Visit.h"
@@ -67,6 +70,7 @@ class Frame {
     void act(const bots::Action& action, client::Session& session);
     void compose(client::Time now);
     void nameFigures();
+    void sound(client::Time now);
     void drawOverlay(client::Time now);
     void applySettings();
     void keepSettings();
@@ -91,6 +95,10 @@ class Frame {
     Visit visit_;
     std::optional<client::Bodies> bodies_;
     Staging staging_;
+    std::optional<Ears> ears_;
+    SoundDevice soundDevice_;
+    bool saidSilence_ = false;
+    Captions captions_;
     client::Time opened_;
     client::Time begin_;
     Scene scene_;

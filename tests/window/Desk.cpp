@@ -48,19 +48,20 @@ std::string Display::xdotool(const std::string& arguments) const {
 }
 
 std::string windowCommand(const std::string& display, const std::string& folder,
-                          const std::string& arguments) {
+                          const std::string& arguments, const std::string& environment) {
     const std::string where = display.empty() ? "-u DISPLAY" : "DISPLAY=" + display;
     return "-u WAYLAND_DISPLAY " + where +
            " LIBGL_ALWAYS_SOFTWARE=1 SDL_AUDIODRIVER=dummy XDG_CONFIG_HOME=" + folder + " " +
-           DRENCH_WINDOW_PROGRAM + " " + arguments;
+           environment + " " + DRENCH_WINDOW_PROGRAM + " " + arguments;
 }
 
-Desk::Desk(const std::string& arguments)
+Desk::Desk(const std::string& arguments, const std::string& environment)
     : server_(ServerProcess::listening(emptyCourt())), port_(server_->port()), watcher_(port_),
       window(env, windowCommand(display.name, withSettings(folder_),
                                 "localhost:" + std::to_string(port_) + " --name " + player +
                                     " --arena " + server_->folder().string() +
-                                    "/Resources/mapdata " + arguments)) {
+                                    "/Resources/mapdata " + arguments,
+                                environment)) {
     watcher_.join("Eve");
 }
 

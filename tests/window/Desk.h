@@ -34,7 +34,8 @@ class Desk {
     static constexpr char player[] = "Ann";
 
     /// @param arguments  more of them for the window
-    explicit Desk(const std::string& arguments = "");
+    /// @param environment  of the window, as in windowCommand()
+    explicit Desk(const std::string& arguments = "", const std::string& environment = "");
 
     /// Waits until the window plays, has the focus, and its player has landed.
     void settle();
@@ -92,5 +93,6 @@ class Desk {
 
 /// The words of a command that starts the window's program on a display, with its settings in a
 /// folder; without a display if the name is empty.
+/// @param environment  "NAME=VALUE" for more variables
 std::string windowCommand(const std::string& display, const std::string& folder,
-                          const std::string& arguments);
+                          const std::string& arguments, const std::string& environment = "");
