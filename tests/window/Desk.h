@@ -62,7 +62,19 @@ class Desk {
     /// Watches until the player stands still.
     bool comesToRest();
 
-    int port() const { return server_.port(); }
+    /// Waits until this line of chat of the window's player comes; false if it does not.
+    bool hears(const std::string& words);
+
+    /// The room ends, as when its host stops it.
+    void endRoom() { server_.reset(); }
+
+    /// The room is opened anew at the same port, and the watcher joins it.
+    void openRoomAgain();
+
+    /// What the window's settings file holds.
+    std::string settingsFile() const;
+
+    int port() const { return port_; }
 
     /// The window's own number on the display.
     std::string windowNumber() const;
@@ -71,7 +83,8 @@ class Desk {
 
   private:
     TemporaryFolder folder_;
-    ServerProcess server_;
+    std::optional<ServerProcess> server_;
+    int port_;
     RemotePlayer watcher_;
 
   public:
