@@ -2,7 +2,6 @@
 
 #include "game/render/Haze.h"
 
-#include <cstddef>
 #include <glm/gtc/type_ptr.hpp>
 #include <string>
 
@@ -99,13 +98,9 @@ WaterPicture::WaterPicture()
     : program_("the water", vertexSource, (std::string(hazeSource) + fragmentSource).c_str()) {
     array_.bind();
     buffer_.bind(GL_ARRAY_BUFFER);
-    const auto attribute = [](GLuint place, GLint parts, const void* offset) {
-        glVertexAttribPointer(place, parts, GL_FLOAT, GL_FALSE, sizeof(WaterVertex), offset);
-        glEnableVertexAttribArray(place);
-    };
-    attribute(0, 3, reinterpret_cast<const void*>(offsetof(WaterVertex, place)));
-    attribute(1, 2, reinterpret_cast<const void*>(offsetof(WaterVertex, shape)));
-    attribute(2, 3, reinterpret_cast<const void*>(offsetof(WaterVertex, along)));
+    setAttribute<WaterVertex>(0, 3, GL_FLOAT, GL_FALSE, offsetof(WaterVertex, place));
+    setAttribute<WaterVertex>(1, 2, GL_FLOAT, GL_FALSE, offsetof(WaterVertex, shape));
+    setAttribute<WaterVertex>(2, 3, GL_FLOAT, GL_FALSE, offsetof(WaterVertex, along));
 }
 
 void WaterPicture::drawWater(const Scene& scene, float aspect) {

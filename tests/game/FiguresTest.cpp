@@ -55,12 +55,12 @@ glm::vec3 lookingUp(float pitch) {
 
 TEST(Figures, StandOnTheirFeetWithEveryStep) {
     FigurePose pose = standingPose();
-    for (float stride = 0.0f; stride <= 1.0f; stride += 0.25f) {
-        for (float phase = 0.0f; phase < 2.0f; phase += 0.05f) {
-            pose.stride = stride;
-            pose.walkPhase = phase;
+    for (int quarters = 0; quarters <= 4; ++quarters) {
+        for (int step = 0; step < 40; ++step) {
+            pose.stride = 0.25f * static_cast<float>(quarters);
+            pose.walkPhase = 0.05f * static_cast<float>(step);
             ASSERT_NEAR(extentOf(pose).low.y, pose.position.y - halfHeight, rounding)
-                << stride << " " << phase;
+                << pose.stride << " " << pose.walkPhase;
         }
     }
 }
@@ -75,7 +75,8 @@ TEST(Figures, StayWithinTheirBodiesHeightAndTheReachOfTheirGuns) {
     FigurePose pose = standingPose();
     for (const bool inAir : {false, true}) {
         for (pose.colour = 0; pose.colour < 4; ++pose.colour) {
-            for (float pitch = -1.4f; pitch <= 1.4f; pitch += 0.1f) {
+            for (int tenths = -14; tenths <= 14; ++tenths) {
+                const float pitch = 0.1f * static_cast<float>(tenths);
                 pose.inAir = inAir;
                 pose.direction = lookingUp(pitch);
                 const Extent extent = extentOf(pose);
