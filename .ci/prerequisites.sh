@@ -53,6 +53,7 @@ need_window_libraries() {
   need 'Dear ImGui' libimgui-dev has_library imgui
   need FreeType libfreetype-dev has_library freetype2
   need toml++ libtomlplusplus-dev has_library tomlplusplus
+  need 'the font Inter' fonts-inter compgen -G '/usr/share/fonts/opentype/inter/*.otf'
 }
 has_library() { pkg-config --exists "$1"; }
 

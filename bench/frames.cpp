@@ -117,7 +117,7 @@ int main(int argc, char** argv) {
     app.add_option("--size", options.size, "Width and height in pixels")
         ->type_name("WxH")
         ->delimiter('x');
-    app.add_option("--turns", options.turns, "Frames at each place")->check(numberBetween(1, 1000));
+    app.add_option("--turns", options.turns, "Frames at each place")->check(numberBetween(0, 1000));
     CLI::Option* from = app.add_option("--from", options.from, "The eye of one view, world units")
                             ->type_name("X Y Z")
                             ->expected(3);

@@ -224,7 +224,7 @@ void addFigure(Solids& solids, const FigurePose& pose) {
     if (pose.soaked)
         return;
     solids.sun = static_cast<std::uint8_t>(std::lround(255.0f * std::clamp(pose.sun, 0.0f, 1.0f)));
-    const Livery& livery = liveryOf(pose.colour);
+    const Livery& livery = liveryOf(pose.colour, pose.palette);
     const float pitch = anglesOf(pose.direction).pitch;
     const mat4 feet = placeOf(pose);
     const float sunk = addLegs(solids, feet, pose, darker(livery.colour, shadeShare));

@@ -1,6 +1,6 @@
 #include "game/Frame.h"
 
-#include "bots/Ending.h"
+#include "common/Files.h"
 #include "game/FigureSight.h"
 
 #include <algorithm>
@@ -32,44 +32,81 @@ double frameRate(const Settings& settings, const Window& window) {
     return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
 }
 
+/// A vector of the screen, for what the game needs.
+vec3 inTheGame(glm::vec3 v) {
+    return {v.x, v.y, v.z};
+}
+
+/// From the last change of a setting until all are kept, so that a slider writes one file.
+constexpr std::chrono::milliseconds keepPause{700};
+
+/// Systems choose ports from here on; such a room is not there another time.
+constexpr int firstPassingPort = 32768;
+
+/// Whether the room may be there another time.
+bool isLasting(const std::string& room) {
+    const std::size_t colon = room.rfind(':');
+    const bool isHere = room.starts_with("localhost:") || room.starts_with("127.");
+    return !isHere || colon == std::string::npos ||
+           std::atoi(room.c_str() + colon + 1) < firstPassingPort;
+}
+
 } // namespace
 
-Frame::Frame(Window& window, client::Session session, MapManager& map, const ArenaMesh& mesh,
-             Settings settings)
-    : window_(window), session_(std::move(session)), settings_(std::move(settings)),
-      renderer_(mesh), pacing_(frameRate(settings_, window)), bodies_(map), staging_(map, dropSeed),
-      opened_(client::Clock::now()) {
-    held_.setToggledFire(settings_.toggleFire);
+Frame::Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings settings,
+             KeepSettings keep)
+    : window_(window), map_(map), settings_(std::move(settings)), keep_(std::move(keep)),
+      renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
+      staging_(map, dropSeed), opened_(client::Clock::now()), begin_(opened_) {
     scene_.camera = overview(map);
+    if (settings_.fullScreen)
+        window_.fillScreen(true);
+    applySettings();
 }
 
 void Frame::run() {
     waitUntilDue();
     const client::Time begin = client::Clock::now();
+    const client::Time before = std::exchange(begin_, begin);
     pacing_.begin(begin);
     takeInputs();
     serviceRoom(begin);
     compose(begin);
-    drawAgain();
+    sound(begin);
+    const PixelSize size = window_.size();
+    renderer_.draw(scene_, size.width, size.height);
+    drawOverlay(begin);
     window_.show();
-    times_.add(client::Clock::now() - begin);
+    const client::Time end = client::Clock::now();
+    times_.add(end - begin);
+    latestTimes_.add({static_cast<float>(1000.0 * secondsBetween(before, begin)),
+                      static_cast<float>(1000.0 * secondsBetween(begin, end))});
+    visit_.setFrameTime(latestTimes_.longestWork());
+    if (changed_ && (begin - *changed_ > keepPause || !goesOn()))
+        keepSettings();
 }
 
 void Frame::drawAgain() {
     const PixelSize size = window_.size();
     renderer_.draw(scene_, size.width, size.height);
+    overlay_.drawAgain();
 }
 
 void Frame::waitUntilDue() {
     // The room is heard whenever something comes, so that its arrivals are known to the
     // microsecond however long frames are.
+    std::vector<int> descriptors;
     client::Time now = client::Clock::now();
-    while (now < pacing_.due()) {
-        sleepOnSocket(session_.descriptor(), now, std::min(pacing_.due(), session_.wakeAt()));
+    overlay_.service(visit_, settings_, now);
+    const client::Time end = pacing_.waitEnd(now);
+    while (now < end) {
+        descriptors.clear();
+        visit_.addDescriptors(descriptors);
+        overlay_.addDescriptors(descriptors);
+        sleepOnSockets(descriptors, now, std::min(end, visit_.wakeAt(now)));
         now = client::Clock::now();
         serviceRoom(now);
-        if (!session_.isOpen())
-            return;
+        overlay_.service(visit_, settings_, now);
     }
 }
 
@@ -78,28 +115,44 @@ void Frame::takeInputs() {
     isClosed_ = isClosed_ || events.closed;
     if (events.visible)
         pacing_.rest(!*events.visible);
-    for (const WindowEvents::Press& each : events.presses)
+    for (const WindowEvents::Press& each : overlay_.take(events, visit_, settings_))
         press(each);
+    if (events.focus)
+        takeFocus(*events.focus);
+    const bool gameHasInput = visit_.screens().gameHasInput();
+    if (gameHadInput_ && !gameHasInput)
+        releaseAll();
+    gameHadInput_ = gameHasInput;
+    // Whoever writes a line of chat still looks around.
+    capture_.setMenu(!gameHasInput && visit_.screens().panel() != Screens::Panel::chat);
+    pacing_.calm(visit_.screens().isCalm() || !isFocused_);
     if (capture_.holdsMouse())
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
                            {settings_.invertX, settings_.invertY});
-    if (events.focus) {
-        capture_.setFocus(*events.focus);
-        if (*events.focus)
-            held_.gainFocus();
-        for (const ActionChange& ended :
-             *events.focus ? std::vector<ActionChange>{} : held_.loseFocus())
-            act(ended);
-    }
     window_.captureMouse(capture_.holdsMouse());
     const ViewCounts counts = turning_.take();
-    if (counts != ViewCounts{})
-        session_.turn(counts.dx, counts.dy);
+    if (counts != ViewCounts{} && visit_.session())
+        visit_.session()->turn(counts.dx, counts.dy);
+}
+
+void Frame::takeFocus(bool focused) {
+    capture_.setFocus(focused);
+    isFocused_ = focused;
+    if (focused) {
+        held_.gainFocus();
+    } else {
+        for (const ActionChange& ended : held_.loseFocus())
+            act(ended);
+    }
+}
+
+void Frame::releaseAll() {
+    for (const ActionChange& ended : held_.releaseAll())
+        act(ended);
+    turning_.forget();
 }
 
 void Frame::press(const WindowEvents::Press& press) {
-    if (press.down && press.input == escape)
-        capture_.release();
     if (press.down && press.input.device == Input::Device::mouse && capture_.click())
         return;
     if (const auto change = held_.press(settings_.bindings, press.input, press.down))
@@ -107,29 +160,46 @@ void Frame::press(const WindowEvents::Press& press) {
 }
 
 void Frame::act(const ActionChange& change) {
-    if (const std::optional<int> key = roomKey(change.action))
-        session_.setKey(*key, change.held);
+    const std::optional<int> key = roomKey(change.action);
+    if (key && visit_.session())
+        visit_.session()->setKey(*key, change.held);
+    if (change.action == Action::fullScreen && change.held) {
+        settings_.fullScreen = !settings_.fullScreen;
+        applySettings();
+        changed_ = begin_;
+    }
+    overlay_.act(change, visit_);
 }
 
 void Frame::serviceRoom(client::Time now) {
-    session_.service(now);
-    bodies_.serviced(session_, now);
-    while (const std::optional<client::Event> event = session_.nextEvent())
-        take(*event, now);
+    visit_.service(now, {[&](client::Session& session) {
+                             if (bodies_)
+                                 bodies_->serviced(session, now);
+                         },
+                         [&](const client::Event& event, client::Session& session) {
+                             take(event, session, now);
+                         }});
 }
 
-void Frame::take(const client::Event& event, client::Time now) {
-    match_.take(event, now);
-    if (trouble_.empty())
-        trouble_ = bots::endingBy(event);
-    if (std::holds_alternative<client::Joined>(event))
-        hasJoined_ = true;
+void Frame::take(const client::Event& event, client::Session& session, client::Time now) {
+    if (std::holds_alternative<client::Joined>(event)) {
+        bodies_.emplace(map_);
+        ears_.emplace(map_);
+        if (!visit_.isHosting() && isLasting(visit_.screens().room())) {
+            rememberRoom(settings_, visit_.screens().room());
+            changed_ = now;
+        }
+    }
+    if (!bodies_)
+        return;
     const auto* snapshot = std::get_if<client::Snapshot>(&event);
+    if (snapshot)
+        bodies_->take(*snapshot, session);
+    ears_->take(event, session.id(), bodies_->own(now));
     if (!snapshot)
         return;
-    bodies_.take(*snapshot, session_);
     for (; acted_ < script_.size() && script_[acted_].tick <= snapshot->tick; ++acted_)
-        act(script_[acted_]);
+        act(script_[acted_], session);
 }
 
 void Frame::compose(client::Time now) {
@@ -137,43 +207,107 @@ void Frame::compose(client::Time now) {
     const auto seconds = static_cast<float>(time - scene_.time);
     scene_.time = time;
     scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
+    if (visit_.screens().place() == Screens::Place::start) {
+        bodies_.reset();
+        ears_.reset();
+        scene_.camera = overview(map_);
+    }
+    const bool isPlaying = visit_.screens().place() == Screens::Place::match && bodies_;
     std::optional<OwnBody> own;
-    // While soaked, the eye stays where it was.
-    if (const std::optional<client::Prediction::Body> body = bodies_.own(now)) {
-        scene_.camera.eye = onScreen(body->eye);
-        scene_.camera.direction = onScreen(body->player.direction);
-        own = {session_.id(), scene_.camera.eye, scene_.camera.direction,
-               body->player.isShooting()};
+    std::vector<PlayerUpdate> others;
+    if (isPlaying) {
+        // While soaked, the eye stays where it was.
+        if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
+            scene_.camera.eye = onScreen(body->eye);
+            scene_.camera.direction = onScreen(body->player.direction);
+            own = {visit_.match().ownId(), scene_.camera.eye, scene_.camera.direction,
+                   body->player.isShooting()};
+        }
+        others = bodies_->others(now, settings_.showWhereShotsMeet);
     }
-    staging_.show(scene_, own, bodies_.others(now, settings_.showWhereShotsMeet), seconds,
-                  settings_.lessMotion);
-    for (FigurePose& figure : scene_.figures) {
-        if (const MatchPlayer* known = match_.player(figure.id))
-            figure.name = known->name;
-    }
-    scene_.names = namesInSight(staging_.grid(), scene_.camera.eye, scene_.figures);
+    staging_.show(scene_, own, others, seconds, settings_.lessMotion);
+    nameFigures();
     scene_.soaked.reset();
-    if (const MatchPlayer* self = match_.self(); self && self->soakedSince)
+    if (const MatchPlayer* self = visit_.match().self(); isPlaying && self && self->soakedSince)
         scene_.soaked =
             SoakedOverlay{static_cast<float>(secondsBetween(*self->soakedSince, now)),
                           static_cast<float>(secondsUntilReturn(*self, now)), self->soakedBy};
 }
 
-void Frame::act(const bots::Action& action) {
+void Frame::nameFigures() {
+    const Palette palette = settings_.colourBlind ? Palette::colourBlind : Palette::usual;
+    for (FigurePose& figure : scene_.figures) {
+        figure.palette = palette;
+        if (const MatchPlayer* known = visit_.match().player(figure.id))
+            figure.name = known->name;
+    }
+    if (scene_.gun)
+        scene_.gun->palette = palette;
+    scene_.names = namesInSight(staging_.grid(), scene_.camera.eye, scene_.figures);
+}
+
+void Frame::sound(client::Time now) {
+    Heard heard;
+    heard.volume = settings_.masterVolume * settings_.effectsVolume;
+    if (ears_ && visit_.screens().place() == Screens::Place::match) {
+        heard.listener = {inTheGame(scene_.camera.eye), inTheGame(scene_.camera.direction)};
+        heard.cues = ears_->cues();
+        heard.jets = ears_->jets();
+        captions_.hear(heard.cues, heard.listener, now);
+    }
+    soundDevice_.play(heard, now);
+    if (ears_)
+        ears_->forget();
+}
+
+void Frame::drawOverlay(client::Time now) {
+    Overlay::View view;
+    view.now = now;
+    view.scene = &scene_;
+    view.bodies = bodies_ ? &*bodies_ : nullptr;
+    view.frames = &latestTimes_;
+    if (settings_.captions)
+        view.captions = &captions_.linesAt(now);
+    view.frameBudget = 1000.0 / pacing_.rate();
+    view.screenRate = window_.screenRate();
+    if (!overlay_.draw(view, visit_, settings_))
+        return;
+    applySettings();
+    changed_ = now;
+}
+
+void Frame::applySettings() {
+    pacing_.setRate(frameRate(settings_, window_));
+    window_.fillScreen(settings_.fullScreen);
+    window_.waitForScreen(settings_.vsync);
+    if (const auto ended = held_.setToggledFire(settings_.toggleFire))
+        act(*ended);
+}
+
+void Frame::keepSettings() {
+    changed_.reset();
+    try {
+        keep_(settings_);
+    } catch (const InputError& error) {
+        overlay_.warn(error.what());
+    }
+}
+
+void Frame::act(const bots::Action& action, client::Session& session) {
     using Kind = bots::Action::Kind;
     switch (action.kind) {
     case Kind::hold:
     case Kind::release:
-        session_.setKey(action.key, action.kind == Kind::hold);
+        session.setKey(action.key, action.kind == Kind::hold);
         break;
     case Kind::jump:
-        session_.setKey(keyIndex::jump, true);
+        session.setKey(keyIndex::jump, true);
         break;
     case Kind::turn:
-        session_.turn(action.dx, action.dy);
+        session.turn(action.dx, action.dy);
         break;
     case Kind::say:
-        session_.say(action.text);
+        session.say(action.text);
         break;
     case Kind::leave:
         isClosed_ = true;

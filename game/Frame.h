@@ -2,32 +2,46 @@
 
 #include "bots/Script.h"
 #include "client/Bodies.h"
-#include "client/Session.h"
 #include "common/GapHistogram.h"
+#include "game/Captions.h"
 #include "game/Capture.h"
+#include "game/Ears.h"
+#include "game/FrameTimes.h"
 #include "game/HeldActions.h"
-#include "game/Match.h"
+#include "game/Overlay.h"
 #include "game/Pacing.h"
 #include "game/Scene.h"
 #include "game/Settings.h"
+#include "game/SoundDevice.h"
 #include "game/Staging.h"
 #include "game/Turning.h"
+#include "game/Visit.h"
 #include "game/Window.h"
 #include "game/render/Renderer.h"
 
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace drench::game {
 
-/// All that lasts from frame to frame of a match, and the frame itself: from the window's events
-/// and the room's snapshots to the picture.
+/// All that lasts from frame to frame, and the frame itself: from the window's events and the
+/// room's snapshots to the picture.
 class Frame {
   public:
-    /// @param session  joining or playing
+    /// Called with the settings when the player has changed them; may throw InputError.
+    using KeepSettings = std::function<void(const Settings&)>;
+
     /// @param map  the room's arena, and its surface; the map must outlive this
-    Frame(Window& window, client::Session session, MapManager& map, const ArenaMesh& mesh,
-          Settings settings);
+    Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings settings,
+          KeepSettings keep);
+
+    /// The way into a room. Without one, the player chooses.
+    Visit& visit() { return visit_; }
+
+    /// Shows a line at the top of the picture.
+    void warn(const std::string& words) { overlay_.warn(words); }
 
     /// Lets these inputs go to the room besides one's own.
     void playScript(std::vector<bots::Action> script) { script_ = std::move(script); }
@@ -35,14 +49,8 @@ class Frame {
     /// Waits until the next frame is due, and makes it.
     void run();
 
-    /// False once the window was closed or the room was lost.
-    bool goesOn() const { return !isClosed_ && session_.isOpen(); }
-
-    /// What ended the session, worded to follow the name of its room; empty if nothing did.
-    const std::string& trouble() const { return trouble_; }
-
-    /// Whether the room has let us in.
-    bool hasJoined() const { return hasJoined_; }
+    /// False once the window was closed.
+    bool goesOn() const { return !isClosed_ && !overlay_.hasQuit(); }
 
     /// How long frames took from their first event to their last pixel.
     const GapHistogram& times() const { return times_; }
@@ -54,34 +62,51 @@ class Frame {
     void waitUntilDue();
     void takeInputs();
     void press(const WindowEvents::Press& press);
+    void takeFocus(bool focused);
+    void releaseAll();
     void serviceRoom(client::Time now);
-    void take(const client::Event& event, client::Time now);
+    void take(const client::Event& event, client::Session& session, client::Time now);
     void act(const ActionChange& change);
-    void act(const bots::Action& action);
+    void act(const bots::Action& action, client::Session& session);
     void compose(client::Time now);
+    void nameFigures();
+    void sound(client::Time now);
+    void drawOverlay(client::Time now);
+    void applySettings();
+    void keepSettings();
 
     Window& window_;
-    client::Session session_;
+    MapManager& map_;
     Settings settings_;
+    KeepSettings keep_;
     Renderer renderer_;
+    Overlay overlay_;
     Pacing pacing_;
 
     HeldActions held_;
     Turning turning_;
     Capture capture_;
+    bool gameHadInput_ = false;
+    bool isFocused_ = true;
 
     std::vector<bots::Action> script_;
     std::size_t acted_ = 0;
 
-    Match match_;
-    client::Bodies bodies_;
+    Visit visit_;
+    std::optional<client::Bodies> bodies_;
     Staging staging_;
+    std::optional<Ears> ears_;
+    SoundDevice soundDevice_;
+    Captions captions_;
     client::Time opened_;
+    client::Time begin_;
     Scene scene_;
-    std::string trouble_;
-    bool hasJoined_ = false;
     bool isClosed_ = false;
+
+    /// Since when the settings differ from those kept; nothing if they do not.
+    std::optional<client::Time> changed_;
     GapHistogram times_;
+    FrameTimes latestTimes_;
 };
 
 } // namespace drench::game

@@ -46,7 +46,7 @@ mat4 heldPlace(const OwnGun& gun) {
 
 void addGunInHands(Solids& solids, const OwnGun& gun, const Camera& camera) {
     solids.sun = static_cast<std::uint8_t>(std::lround(255.0f * gun.sun));
-    const arena::Colour colour = liveryOf(gun.colour).colour;
+    const arena::Colour colour = liveryOf(gun.colour, gun.palette).colour;
     const mat4 eye = eyePlace(camera);
     const mat4 held = heldPlace(gun);
     const mat4 place = eye * held;

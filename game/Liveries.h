@@ -26,7 +26,11 @@ constexpr float shadeShare = 0.58f;
 
 constexpr int liveryCount = 4;
 
+/// Whether liveries have the usual colours, or those that differ most for people who do not tell
+/// red from green. What is worn on the head stays the same.
+enum class Palette { usual, colourBlind };
+
 /// The livery of a player's colour index; other indices are taken round.
-const Livery& liveryOf(int index);
+const Livery& liveryOf(int index, Palette palette = Palette::usual);
 
 } // namespace drench::game

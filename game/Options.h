@@ -9,7 +9,8 @@ namespace drench::game {
 
 /// What the command line of the window asks for.
 struct Options {
-    std::string room = "localhost:5000";
+    /// Empty if the player is to choose one.
+    std::string room;
 
     /// Empty for the name of the settings.
     std::string name;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "game/Camera.h"
+#include "game/Liveries.h"
 
 #include <glm/gtc/quaternion.hpp>
 #include <glm/vec2.hpp>
@@ -37,6 +38,7 @@ struct FigurePose {
 
     /// Index of the player's colour and shape, 0 to 3.
     int colour = 0;
+    Palette palette = Palette::usual;
 
     /// The share of the sun's light that gets there.
     float sun = 1.0f;
@@ -121,6 +123,7 @@ struct OwnGun {
     float kick = 0.0f;
     bool shooting = false;
     int colour = 0;
+    Palette palette = Palette::usual;
 
     /// The share of the sun's light that gets there.
     float sun = 1.0f;

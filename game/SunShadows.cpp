@@ -10,6 +10,11 @@ namespace {
 /// Shapes of a smaller area, in faces, are nothing but rounding.
 constexpr double sliver = 1e-6;
 
+/// Blocks are looked up by squares of columns of this many cells.
+constexpr int squareOf(int cell) {
+    return cell / 8;
+}
+
 double cross(glm::dvec2 a, glm::dvec2 b) {
     return a.x * b.y - a.y * b.x;
 }
@@ -113,7 +118,42 @@ double SunnyFace::share() const {
 }
 
 SunShadows::SunShadows(const MapManager& map, const arena::Triple& towardsSun)
-    : blocks_(blocksOf(map)), sun_(arena::unit(towardsSun)) {}
+    : blocks_(blocksOf(map)),
+      sun_(arena::unit(towardsSun)), cells_{map.columns, map.rows, map.depth},
+      squaresAlongZ_(squareOf(std::max(map.depth - 1, 0)) + 1) {
+    squares_.resize(
+        static_cast<std::size_t>((squareOf(std::max(map.columns - 1, 0)) + 1) * squaresAlongZ_));
+    for (std::uint32_t i = 0; i < blocks_.size(); ++i) {
+        const Block& block = blocks_[i];
+        for (int x = squareOf(block.low[0]); x <= squareOf(block.high[0] - 1); ++x) {
+            for (int z = squareOf(block.low[2]); z <= squareOf(block.high[2] - 1); ++z)
+                squares_[static_cast<std::size_t>(x * squaresAlongZ_ + z)].push_back(i);
+        }
+    }
+}
+
+std::vector<std::uint32_t> SunShadows::blocksTowardsSun(const CubeFace& face) const {
+    // From the face to the map's highest row, a ray to the sun goes this far aside.
+    const double rise = cells_[1] - face.cube.row;
+    const auto rangeOf = [&](std::size_t axis, int cell) {
+        const double aside = rise * sun_[axis] / sun_[1];
+        const int low = cell - 1 + static_cast<int>(std::floor(std::min(aside, 0.0)));
+        const int high = cell + 1 + static_cast<int>(std::ceil(std::max(aside, 0.0)));
+        return std::array{squareOf(std::max(low, 0)), squareOf(std::min(high, cells_[axis] - 1))};
+    };
+    const auto [lowX, highX] = rangeOf(0, face.cube.column);
+    const auto [lowZ, highZ] = rangeOf(2, face.cube.depth);
+    std::vector<std::uint32_t> found;
+    for (int x = lowX; x <= highX; ++x) {
+        for (int z = lowZ; z <= highZ; ++z) {
+            const auto& square = squares_[static_cast<std::size_t>(x * squaresAlongZ_ + z)];
+            found.insert(found.end(), square.begin(), square.end());
+        }
+    }
+    std::sort(found.begin(), found.end());
+    found.erase(std::unique(found.begin(), found.end()), found.end());
+    return found;
+}
 
 std::vector<SunShadows::Block> SunShadows::blocksOf(const MapManager& map) {
     const std::array<int, 3> cells = {map.columns, map.rows, map.depth};
@@ -185,7 +225,8 @@ SunnyFace SunShadows::on(const CubeFace& face) const {
     const double shift2 = sun_[second] / std::abs(sun_[axis]);
 
     SunnyFace sunny = {{whole}, {}};
-    for (const Block& block : blocks_) {
+    for (const std::uint32_t number : blocksTowardsSun(face)) {
+        const Block& block = blocks_[number];
         // The part of the block in front of the plane: distances from it.
         const int one = face.side * (block.low[axis] - plane);
         const int other = face.side * (block.high[axis] - plane);

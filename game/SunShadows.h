@@ -4,6 +4,7 @@
 #include "game/ArenaFaces.h"
 
 #include <array>
+#include <cstdint>
 #include <glm/vec2.hpp>
 #include <vector>
 
@@ -47,10 +48,16 @@ class SunShadows {
     };
 
     static std::vector<Block> blocksOf(const MapManager& map);
+    std::vector<std::uint32_t> blocksTowardsSun(const CubeFace& face) const;
 
     /// Cubes, each in at least one block. Few large ones make few edges.
     std::vector<Block> blocks_;
     arena::Triple sun_;
+    std::array<int, 3> cells_;
+
+    /// The blocks that reach into each square of columns, in rows along z.
+    std::vector<std::vector<std::uint32_t>> squares_;
+    int squaresAlongZ_ = 0;
 };
 
 } // namespace drench::game

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <epoxy/gl.h>
 #include <string_view>
+#include <utility>
 
 namespace drench::game {
 
@@ -86,6 +87,16 @@ void Window::captureMouse(bool captured) {
     SDL_SetRelativeMouseMode(captured ? SDL_TRUE : SDL_FALSE);
     SDL_PumpEvents();
     SDL_FlushEvent(SDL_MOUSEMOTION);
+}
+
+void Window::fillScreen(bool full) {
+    if (std::exchange(fillsScreen_, full) == full)
+        return;
+    SDL_SetWindowFullscreen(window_.get(), full ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
+}
+
+void Window::waitForScreen(bool waits) {
+    SDL_GL_SetSwapInterval(waits ? 1 : 0);
 }
 
 void Window::show() {

@@ -41,6 +41,12 @@ class Window {
     /// dropped, or the view would jump.
     void captureMouse(bool captured);
 
+    /// Fills the screen, or goes back to a window.
+    void fillScreen(bool full);
+
+    /// Whether show() waits for the screen, as far as the driver obeys.
+    void waitForScreen(bool waits);
+
     /// Shows what was drawn.
     void show();
 
@@ -65,6 +71,7 @@ class Window {
     std::unique_ptr<void, Close> context_;
     bool drawsInSoftware_ = false;
     bool mouseIsCaptured_ = false;
+    bool fillsScreen_ = false;
 };
 
 } // namespace drench::game

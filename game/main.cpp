@@ -29,21 +29,39 @@ void sayFrameTimes(const GapHistogram& times) {
               << decimals(times.longest(), 1) << " ms\n";
 }
 
-Settings readOwnSettings() {
+ReadSettings readOwnSettings() {
     const std::string file = settingsFile();
-    if (file.empty())
-        return {};
-    ReadSettings read = readSettings(file);
+    ReadSettings read;
+    if (!file.empty())
+        read = readSettings(file);
     for (const std::string& problem : read.problems)
         std::cerr << problem << '\n';
-    return read.settings;
+    return read;
+}
+
+/// Keeps what the player changed, and not what the command line asked for this time.
+void keep(Settings settings, const Settings& asked, const Settings& before) {
+    if (settings.name == asked.name)
+        settings.name = before.name;
+    if (settings.frameLimit == asked.frameLimit)
+        settings.frameLimit = before.frameLimit;
+    if (const std::string file = settingsFile(); !file.empty())
+        writeSettings(file, settings);
+}
+
+/// The room of the command line; nothing if the player is to choose.
+std::optional<client::RoomAddress> roomOf(const Options& options) {
+    if (options.room.empty())
+        return std::nullopt;
+    std::string problem;
+    std::optional<client::RoomAddress> room = client::resolve(options.room, problem);
+    if (!room)
+        throw InputError(options.room + ": " + problem);
+    return room;
 }
 
 int play(const Options& options) {
-    std::string problem;
-    const std::optional<client::RoomAddress> room = client::resolve(options.room, problem);
-    if (!room)
-        throw InputError(options.room + ": " + problem);
+    const std::optional<client::RoomAddress> room = roomOf(options);
     arena::ArenaFile arena = arena::readWholeArena(options.arena);
     arena::requireCells(arena.text.map);
     std::vector<bots::Action> script;
@@ -51,23 +69,24 @@ int play(const Options& options) {
         script = bots::readScript(readFile(options.script), options.script);
     if (!options.screenshot.empty())
         requireWritable(options.screenshot);
-    Settings settings = readOwnSettings();
+    const ReadSettings read = readOwnSettings();
+    Settings asked = read.settings;
     if (!options.name.empty())
-        settings.name = options.name;
+        asked.name = options.name;
     if (options.frameLimit)
-        settings.frameLimit = *options.frameLimit;
+        asked.frameLimit = *options.frameLimit;
 
     listenForSignals();
     // The surface takes some tenths of a second, and so does opening the window.
     std::future<ArenaMesh> mesh =
         std::async(std::launch::async, [&] { return meshOf(arena.text.map); });
     Window window("Drench", options.size);
-    const ArenaMesh surface = mesh.get();
-    std::optional<client::Session> session =
-        client::Session::join(room->address, settings.name, client::Clock::now(), problem);
-    if (!session)
-        throw InputError(room->name + ": " + problem);
-    Frame frame(window, std::move(*session), arena.text.map, surface, settings);
+    Frame frame(window, arena.text.map, mesh.get(), asked,
+                [&](const Settings& settings) { keep(settings, asked, read.settings); });
+    for (const std::string& problem : read.problems)
+        frame.warn(problem);
+    if (room)
+        frame.visit().join(*room, asked.name, client::Clock::now());
     frame.playScript(std::move(script));
     const Timekeeper timekeeper(options.seconds);
     while (frame.goesOn() && timekeeper.goesOn())
@@ -80,9 +99,11 @@ int play(const Options& options) {
     }
     if (options.frameTimes)
         sayFrameTimes(frame.times());
-    if (!frame.trouble().empty())
-        std::cerr << room->name << ' ' << frame.trouble() << '\n';
-    return frame.trouble().empty() ? played : noRoom;
+    const std::string trouble = frame.visit().screens().trouble().what;
+    if (!trouble.empty())
+        std::cerr << trouble << '\n';
+    frame.visit().leave(client::Clock::now());
+    return trouble.empty() ? played : noRoom;
 }
 
 } // namespace

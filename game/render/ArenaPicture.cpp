@@ -71,11 +71,11 @@ void ArenaPicture::draw(const Camera& camera, float aspect) const {
     const glm::mat4 toClip = projectionMatrix(camera, aspect) * viewMatrix(camera);
     glUniformMatrix4fv(program_.uniform("toClip"), 1, GL_FALSE, glm::value_ptr(toClip));
     array_.bind();
-    std::vector<Chunks::Run> runs;
+    std::vector<ArenaChunks::Run> runs;
     chunks_.visible(toClip, camera.eye, runs);
     std::vector<GLsizei> counts;
     std::vector<const void*> firsts;
-    for (const Chunks::Run& run : runs) {
+    for (const ArenaChunks::Run& run : runs) {
         counts.push_back(static_cast<GLsizei>(run.count));
         firsts.push_back(reinterpret_cast<const void*>(run.first * sizeof(std::uint32_t)));
     }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "game/ArenaChunks.h"
 #include "game/ArenaMesh.h"
 #include "game/Camera.h"
 #include "game/render/Buffers.h"
-#include "game/render/Chunks.h"
 #include "game/render/Program.h"
 
 namespace drench::game {
@@ -15,7 +15,7 @@ class ArenaPicture {
     void draw(const Camera& camera, float aspect) const;
 
   private:
-    Chunks chunks_;
+    ArenaChunks chunks_;
     Program program_;
     VertexArray array_;
     Buffer vertices_;

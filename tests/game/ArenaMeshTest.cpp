@@ -91,6 +91,35 @@ TEST(ArenaMesh, IsEmptyWithoutCubes) {
     EXPECT_TRUE(mesh.indices.empty());
 }
 
+TEST(ArenaMesh, TellsRimsSeamsAndFeetAtTheEdgesOfFaces) {
+    // A floor of two cubes along x, and a cube on the second one.
+    const ArenaMesh mesh = meshOf(loaded(arenaText(4, 3, 3, [](int i, int j, int k) {
+        return k == 1 && ((j == 0 && i > 0 && i < 3) || (i == 2 && j == 1));
+    })));
+    int found = 0;
+    for (const MeshVertex& vertex : mesh.vertices) {
+        // The top of the first cube: its first axis is z, its second x.
+        if (vertex.facing != 3 || vertex.position.y != arena::cubeEdge)
+            continue;
+        ++found;
+        EXPECT_EQ(vertex.edges,
+                  (std::array{EdgeKind::rim, EdgeKind::rim, EdgeKind::rim, EdgeKind::foot}));
+    }
+    EXPECT_GE(found, 4);
+    found = 0;
+    for (const MeshVertex& vertex : mesh.vertices) {
+        // The low end of the first cube's side towards low z: its first axis is x, its second y.
+        if (vertex.facing != 4 || vertex.position.x != arena::cubeEdge)
+            continue;
+        ++found;
+        EXPECT_EQ(vertex.edges,
+                  (std::array{EdgeKind::rim, EdgeKind::seam, EdgeKind::rim, EdgeKind::rim}));
+        EXPECT_EQ(vertex.across, 0.0f);
+        EXPECT_EQ(vertex.along, vertex.position.y / arena::cubeEdge);
+    }
+    EXPECT_GE(found, 2);
+}
+
 TEST(ArenaMesh, IsWarmInTheSunAndCoolInTheShade) {
     // White marble: the ground before a wall that the sun stands behind.
     MapManager map =

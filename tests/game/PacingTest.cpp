@@ -52,7 +52,7 @@ TEST(Pacing, SleepsUntilSomethingComesOrTheTimeIsUp) {
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM, 0, ends), 0);
     const auto slept = [&](milliseconds length) {
         const client::Time before = client::Clock::now();
-        sleepOnSocket(ends[0], before, before + length);
+        sleepOnSockets({ends, 1}, before, before + length);
         return client::Clock::now() - before;
     };
     EXPECT_GE(slept(milliseconds(30)), milliseconds(29));
@@ -61,4 +61,29 @@ TEST(Pacing, SleepsUntilSomethingComesOrTheTimeIsUp) {
     EXPECT_LT(slept(std::chrono::seconds(20)), std::chrono::seconds(10));
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST(Pacing, AMenuIsDrawnTwentyTimesASecondAndNoMoreThanTheLimit) {
+    Pacing pacing(100.0);
+    pacing.calm(true);
+    EXPECT_DOUBLE_EQ(pacing.rate(), 20.0);
+    pacing.begin(start);
+    const client::Time due = pacing.due();
+    pacing.begin(due);
+    EXPECT_EQ(pacing.due() - due, milliseconds(50));
+    pacing.setRate(10.0);
+    EXPECT_DOUBLE_EQ(pacing.rate(), 10.0);
+    pacing.setRate(60.0);
+    pacing.calm(false);
+    EXPECT_DOUBLE_EQ(pacing.rate(), 60.0);
+}
+
+TEST(Pacing, SlowCalmFramesLeaveSomeTimeToOthers) {
+    Pacing pacing(100.0);
+    pacing.begin(start);
+    const client::Time late = start + milliseconds(300);
+    EXPECT_LE(pacing.waitEnd(late), late);
+    pacing.calm(true);
+    EXPECT_EQ(pacing.waitEnd(late), late + milliseconds(15));
+    EXPECT_EQ(pacing.waitEnd(start - milliseconds(100)), pacing.due());
 }

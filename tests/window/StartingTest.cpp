@@ -49,9 +49,9 @@ TEST(WindowStarting, WithAnOldOpenGlOneLineSaysSo) {
 TEST(WindowStarting, WhereNobodyListensOneLineSaysSo) {
     const Display display;
     const std::string room = address(freePort());
-    const Ending window = run(display.name, room);
+    const Ending window = run(display.name, room + " --seconds 6");
     EXPECT_EQ(window.status, 1);
-    EXPECT_EQ(window.said, room + " nobody listens there\n");
+    EXPECT_EQ(window.said, "Nobody listens at " + room + ".\n");
 }
 
 TEST(WindowStarting, InAFullRoomOneLineSaysSo) {
@@ -62,9 +62,9 @@ TEST(WindowStarting, InAFullRoomOneLineSaysSo) {
         players.push_back(std::make_unique<RemotePlayer>(server.port()));
         ASSERT_NE(players.back()->join(name), 0);
     }
-    const Ending window = run(display.name, address(server.port()));
+    const Ending window = run(display.name, address(server.port()) + " --seconds 3");
     EXPECT_EQ(window.status, 1);
-    EXPECT_EQ(window.said, address(server.port()) + " is full\n");
+    EXPECT_EQ(window.said, address(server.port()) + " is full.\n");
 }
 
 TEST(WindowStarting, ABadArenaIsNamedWithItsPlace) {

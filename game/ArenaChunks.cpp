@@ -1,4 +1,4 @@
-#include "game/render/Chunks.h"
+#include "game/ArenaChunks.h"
 
 #include <algorithm>
 #include <array>
@@ -31,7 +31,7 @@ bool isOutside(const glm::mat4& toClip, glm::vec3 low, glm::vec3 high) {
 
 } // namespace
 
-Chunks::Chunks(const ArenaMesh& mesh) {
+ArenaChunks::ArenaChunks(const ArenaMesh& mesh) {
     std::map<std::array<int, 3>, std::vector<std::size_t>> triangles;
     const auto corner = [&](std::size_t index) {
         return mesh.vertices[mesh.indices[index]].position;
@@ -58,7 +58,7 @@ Chunks::Chunks(const ArenaMesh& mesh) {
     }
 }
 
-void Chunks::visible(const glm::mat4& toClip, glm::vec3 eye, std::vector<Run>& runs) const {
+void ArenaChunks::visible(const glm::mat4& toClip, glm::vec3 eye, std::vector<Run>& runs) const {
     std::vector<std::pair<float, Run>> near;
     for (const Chunk& chunk : chunks_) {
         if (isOutside(toClip, chunk.low, chunk.high))

@@ -11,12 +11,12 @@ namespace drench::game {
 
 /// A mesh in boxes of a few cells, so that a frame can leave out what it does not show and draw
 /// what is near first: what lies behind is then not shaded.
-class Chunks {
+class ArenaChunks {
   public:
     /// World units along each edge of a chunk: a few cubes.
     static constexpr float edge = 256.0f;
 
-    explicit Chunks(const ArenaMesh& mesh);
+    explicit ArenaChunks(const ArenaMesh& mesh);
 
     /// The indices of the mesh, those of each chunk one after the other.
     const std::vector<std::uint32_t>& indices() const { return indices_; }

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <algorithm>
+#include <deque>
+
+namespace drench::game {
+
+/// How long the latest frames took, for a graph.
+class FrameTimes {
+  public:
+    static constexpr std::size_t most = 240;
+
+    struct Times {
+        /// Milliseconds from the beginning of the frame before, and of work in it.
+        float interval = 0.0f;
+        float work = 0.0f;
+    };
+
+    void add(Times times) {
+        if (latest_.size() == most)
+            latest_.pop_front();
+        latest_.push_back(times);
+    }
+
+    /// The longest work of the latest tenth of them, in milliseconds.
+    double longestWork() const {
+        float longest = 0.0f;
+        const std::size_t begin = 9 * latest_.size() / 10;
+        for (std::size_t i = begin; i < latest_.size(); ++i)
+            longest = std::max(longest, latest_[i].work);
+        return longest;
+    }
+
+    /// The oldest first.
+    const std::deque<Times>& latest() const { return latest_; }
+
+  private:
+    std::deque<Times> latest_;
+};
+
+} // namespace drench::game
