@@ -6,6 +6,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <fstream>
+#include <functional>
 #include <netinet/in.h>
 #include <optional>
 #include <poll.h>
@@ -40,12 +41,15 @@ int freePort() {
     return ntohs(address.sin_port);
 }
 
-/// Reads up to the line which says that the room listens.
-void awaitListening(int output, const std::string& executable, int port) {
-    const std::string listening = "Server is listening on port " + std::to_string(port) + "\n";
+/// Reads up to the line which says on which port the program listens, and returns that.
+int awaitListening(int output, const std::string& executable) {
+    const std::string listening = " is listening on port ";
     const Clock::time_point deadline = Clock::now() + longestStart;
     std::string written;
-    while (!written.ends_with(listening)) {
+    for (;;) {
+        const std::size_t found = written.find(listening);
+        if (found != std::string::npos && written.ends_with('\n'))
+            return std::stoi(written.substr(found + listening.size()));
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
         pollfd readable = {output, POLLIN, 0};
@@ -59,6 +63,22 @@ void awaitListening(int output, const std::string& executable, int port) {
                 std::string(executable).append(" does not listen; it wrote: ").append(written));
         written.append(bytes, static_cast<size_t>(length));
     }
+}
+
+/// Starts `become` in a process whose standard output is read up to the line that tells its port.
+Room startListener(const std::string& executable, const std::function<void(int output)>& become) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        fail("pipe");
+    auto output = std::make_unique<Descriptor>(ends[0]);
+    std::optional<Descriptor> written(std::in_place, ends[1]);
+    const Clock::time_point start = Clock::now();
+    ChildProcess process([&] { become(written->number); });
+    // Closed here, so that reading ends when the program ends.
+    written.reset();
+    const int port = awaitListening(output->number, executable);
+    const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
+    return {std::move(process), std::move(output), port, taken.count()};
 }
 
 /// The number after `field` in a file of /proc, in KiB.
@@ -108,24 +128,25 @@ ChildProcess startSpinner(int core) {
 }
 
 Room startRoom(const std::string& executable, int core) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
-        fail("pipe");
-    auto output = std::make_unique<Descriptor>(ends[0]);
-    std::optional<Descriptor> written(std::in_place, ends[1]);
-    const int port = freePort();
-    const std::string argument = std::to_string(port);
-    const Clock::time_point start = Clock::now();
-    ChildProcess process([&] {
+    const std::string argument = std::to_string(freePort());
+    return startListener(executable, [&](int output) {
         pinTo(core);
-        dup2(written->number, STDOUT_FILENO);
+        dup2(output, STDOUT_FILENO);
         execl(executable.c_str(), executable.c_str(), argument.c_str(), nullptr);
     });
-    // Closed here, so that reading ends when the room ends.
-    written.reset();
-    awaitListening(output->number, executable, port);
-    const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
-    return {std::move(process), std::move(output), port, taken.count()};
+}
+
+Room startRelay(const std::string& executable, const Room& room,
+                const std::vector<std::string>& options) {
+    const std::string address = "127.0.0.1:" + std::to_string(room.port);
+    std::vector<const char*> arguments = {executable.c_str(), "0", address.c_str(), "--quiet"};
+    for (const std::string& option : options)
+        arguments.push_back(option.c_str());
+    arguments.push_back(nullptr);
+    return startListener(executable, [&](int output) {
+        dup2(output, STDOUT_FILENO);
+        execv(executable.c_str(), const_cast<char* const*>(arguments.data()));
+    });
 }
 
 double cpuSeconds(const ChildProcess& process) {

@@ -35,6 +35,11 @@ struct Room {
 /// std::runtime_error, with the room's output, if it does not.
 Room startRoom(const std::string& executable, int core);
 
+/// Starts drench-lag before a room, with options for its line, at a free port. Throws as
+/// startRoom() does.
+Room startRelay(const std::string& executable, const Room& room,
+                const std::vector<std::string>& options);
+
 /// Processor time that a process has used so far, kernel time included.
 double cpuSeconds(const ChildProcess& process);
 

@@ -78,10 +78,16 @@ bool isAbove(const float (&position)[3], const std::int32_t (&feet)[3]) {
     return within;
 }
 
+/// Whether a body can have its feet in this cell of the map: the walker looks for places in free
+/// cells alone.
+bool isFree(const MapManager& map, const std::int32_t (&cell)[3]) {
+    return isIn(map, cell) && map.cubeIsNull(cell[0], cell[1], cell[2]);
+}
+
 /// Reads a place and the roads that leave it; false if one of them is impossible.
 bool takePlace(std::string_view& bytes, std::uint32_t places, Roadmap& roadmap) {
     const std::optional<PlaceRecord> record = take<PlaceRecord>(bytes);
-    if (!record || !isIn(*roadmap.map, record->feet) || !isAbove(record->position, record->feet))
+    if (!record || !isFree(*roadmap.map, record->feet) || !isAbove(record->position, record->feet))
         return false;
     arena::StandingPlace place;
     place.feet = {record->feet[0], record->feet[1], record->feet[2]};

@@ -9,8 +9,9 @@ namespace drench::bots {
 
 namespace {
 
-/// Places weighed for a goal to one's taste: with fewer, goals are more random.
-constexpr int choices = 12;
+/// Places weighed for a goal to one's taste. With fewer, goals are more random, and players who
+/// like the same places meet less often.
+constexpr int choices = 30;
 
 /// Places of which the one longest out of sight is chosen: with fewer, goals are more random.
 constexpr int patrolChoices = 24;

@@ -31,6 +31,10 @@ constexpr milliseconds shortestRetry{500};
 /// Doubling ends here, so that a room that comes back is found within seconds.
 constexpr milliseconds longestRetry{8000};
 
+/// One service to hear, and one to send what follows from it. A room that floods us may always have
+/// more to hear.
+constexpr int servicesAtOnce = 2;
+
 /// World units by which the body tested against cubes is smaller than a player's: rounding may
 /// leave a body a little within a cube.
 constexpr float tolerance = 2.0f;
@@ -123,12 +127,15 @@ void Play::serve(Seat& seat, Time now) {
         join(seat, now);
     if (!seat.session)
         return;
-    // A datagram that arrives while the controls are sent would not wake us later.
-    do {
+    // Events are taken after the last service too, since they would not wake us later. Controls
+    // that follow from them are due at once, and so sent by the next step.
+    for (int i = 0; i < servicesAtOnce && seat.session; ++i) {
         seat.session->service(now);
         if (seat.bodies)
             seat.bodies->serviced(*seat.session, now);
-    } while (takeEvents(seat, now) && seat.session);
+        if (!takeEvents(seat, now))
+            return;
+    }
 }
 
 void Play::join(Seat& seat, Time now) {

@@ -25,7 +25,7 @@ constexpr Row rows[] = {
     {&Skill::pursuit, 0.55, 0.92},       //
     {&Skill::anticipation, 2.0, 4.0},    //
     {&Skill::caution, 0.2, 0.8},         //
-    {&Skill::curiosity, 0.2, 0.65},      //
+    {&Skill::curiosity, 0.3, 0.62},      //
 };
 
 /// Ticks for which the gentlest players spare a newly returned one: four seconds.

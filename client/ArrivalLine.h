@@ -35,8 +35,8 @@ class ArrivalLine {
     /// A record sent at `sentAt` acted in the newest tick.
     void acted(Milliseconds sentAt);
 
-    /// A first guess of delay(): the round trip.
-    void guessDelay(Milliseconds roundTrip) { delay_ = roundTrip; }
+    /// A first guess of delay(), until a record acts: the round trip, which may be far off.
+    void guessDelay(Milliseconds roundTrip);
 
     /// From the sending of a record to the due moment of the first tick in which it can act.
     Milliseconds delay() const { return delay_; }
@@ -59,6 +59,7 @@ class ArrivalLine {
     Milliseconds period_ = 16.4;
     Milliseconds delay_ = 0.0;
     double variance_ = 50.0;
+    std::size_t samples_ = 0;
     Milliseconds lateness_ = 0.0;
     double latenessVariance_ = 4.0;
 };

@@ -131,8 +131,9 @@ class Search {
         if (number == records_.end() ||
             -times_.misfit(records_[number], times_.count) > limits_.misfit || isSpent())
             return;
-        const bool isOverdue = times_.misfit(records_[number], 1) > limits_.misfit;
-        if (!isOverdue) {
+        const Milliseconds late = times_.misfit(records_[number], 1);
+        const bool isOverdue = late > limits_.overdue;
+        if (late <= limits_.misfit) {
             Player turned = player;
             records_[number].actOn(turned);
             findTurns(turned, number + 1, number + 1, lostViews, lost);
@@ -169,7 +170,7 @@ class Search {
             const Milliseconds misfit = times_.misfit(record, tick_);
             if (-misfit > limits_.misfit)
                 break;
-            if (misfit > limits_.misfit && tick_ == 1) {
+            if (misfit > limits_.overdue && tick_ == 1) {
                 lose(state);
                 continue;
             }

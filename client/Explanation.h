@@ -108,8 +108,12 @@ struct SearchLimits {
     /// always be lost.
     int lostViews = 0;
 
-    /// The most a record may act too early or too late. One that is later is overdue, and lost.
+    /// The most a record may act too early, or a view too late.
     Milliseconds misfit = 0.0;
+
+    /// A record that is later than this is overdue, and lost. Not less than `misfit`: among views
+    /// with equal counts, the next one would explain as much as one that is a little late.
+    Milliseconds overdue = 0.0;
 
     /// Whether positions and views need only be close, not the same bits.
     bool isTolerant = false;

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <limits>
 #include <utility>
 #include <variant>
 
@@ -29,6 +31,14 @@ constexpr Milliseconds longestMemory = 2000.0;
 /// Ticks that are predicted ahead at most; longer lines are shown late.
 constexpr int mostTicksAhead = 64;
 
+/// Records under way and losses not yet taken, kept at most: far more than a player makes.
+constexpr std::size_t mostRecords = 2048;
+constexpr std::size_t mostLost = 1024;
+
+/// No room sends places further out, in world units, or longer views.
+constexpr float farthestPlace = 1e7f;
+constexpr float longestView = 2.0f;
+
 /// The cost of a gap between two snapshots, and of each tick in it, in the units of
 /// Hypothesis::cost.
 constexpr double priceOfGap = 3.0;
@@ -49,6 +59,27 @@ constexpr Milliseconds usualRoundTrip = 30.0;
 /// World units. How far a body may be from a spawn pose's column to have started there, a tick.
 constexpr float wanderPerTick = 10.0f;
 
+/// Milliseconds on the clock of times.
+Milliseconds milliseconds(Time at) {
+    return std::chrono::duration<double, std::milli>(at.time_since_epoch()).count();
+}
+
+bool isWithin(const vec3& v, float most) {
+    return std::abs(v.x) <= most && std::abs(v.y) <= most && std::abs(v.z) <= most;
+}
+
+/// Whether a room can have meant this: hostile ones send numbers of any size.
+bool isPossible(const PlayerUpdate& seen) {
+    const quat& rotation = seen.rotation;
+    return isWithin(seen.position, farthestPlace) && isWithin(seen.direction, longestView) &&
+           isWithin({rotation.x, rotation.y, rotation.z}, longestView) &&
+           std::abs(rotation.w) <= longestView;
+}
+
+/// World units. The keys of a walk are believed to have changed if that explains a step better by
+/// this for each.
+constexpr float priceOfOtherKey = 0.02f;
+
 int playersIn(const UpdateMessage& state) {
     return static_cast<int>(std::count_if(std::begin(state.updates), std::end(state.updates),
                                           [](const PlayerUpdate& slot) { return slot.id != 0; }));
@@ -60,10 +91,12 @@ std::vector<SearchLimits> searches(Milliseconds spread, bool isTolerant) {
     const Milliseconds narrow = 3.0 * spread + 2.0;
     // Among views with equal sums, a tolerant search finds whatever it is allowed to lose.
     if (isTolerant)
-        return {{0, narrow, true}, {1, narrow, true}, {2, narrow, true}};
-    return {{0, tight, false},      {0, narrow, false},     {1, tight, false},
-            {1, narrow, false},     {2, narrow, false},     {4, narrow, false},
-            {0, wideMisfit, false}, {1, wideMisfit, false}, {4, wideMisfit, false}};
+        return {{0, narrow, narrow, true}, {1, narrow, narrow, true}, {2, narrow, narrow, true}};
+    return {{0, tight, narrow, false},          {0, narrow, narrow, false},
+            {1, tight, narrow, false},          {1, narrow, narrow, false},
+            {2, narrow, narrow, false},         {4, narrow, narrow, false},
+            {0, wideMisfit, wideMisfit, false}, {1, wideMisfit, wideMisfit, false},
+            {4, wideMisfit, wideMisfit, false}};
 }
 
 /// The cost of a snapshot `late` milliseconds after it was due, or before if negative.
@@ -71,6 +104,35 @@ double costOfArrival(Milliseconds late, Milliseconds spread) {
     const double deviations = late / spread;
     const double cost = deviations * deviations / 2.0;
     return late < 0.0 ? cost : std::min(cost, priceOfStall);
+}
+
+/// Holds the keys that best lead from a place to `player`'s in one tick, walls included. Of
+/// several, those stay that are held already.
+void guessWalk(Player& player, const vec3& before) {
+    constexpr int walkKeys[] = {keyIndex::right, keyIndex::left, keyIndex::backward,
+                                keyIndex::forward};
+    const Player held = player;
+    float least = std::numeric_limits<float>::max();
+    for (int keys = 0; keys < 1 << std::size(walkKeys); ++keys) {
+        Player walking = held;
+        float changes = 0.0f;
+        for (std::size_t i = 0; i < std::size(walkKeys); ++i) {
+            bool& key = walking.keys[walkKeys[i]];
+            changes += key != ((keys >> i & 1) != 0) ? priceOfOtherKey : 0.0f;
+            key = (keys >> i & 1) != 0;
+        }
+        const vec3 direction = walking.direction;
+        walking.placeAt(before, before + direction);
+        walking.verticalSpeed = held.position.y - before.y + static_cast<float>(Player::gravity);
+        walking.inAir = true;
+        walking.update(0.0f);
+        const vec3 apart = walking.position - held.position;
+        const float distance = std::abs(apart.x) + std::abs(apart.z) + changes;
+        if (distance < least) {
+            least = distance;
+            std::copy(std::begin(walking.keys), std::end(walking.keys), std::begin(player.keys));
+        }
+    }
 }
 
 InputRecord inputOf(const SentRecord& record) {
@@ -109,6 +171,8 @@ void Prediction::sent(const std::vector<InputRecord>& records, Time now) {
         }
         records_.add(record);
     }
+    if (records_.end() - records_.begin() > mostRecords)
+        forgetBefore(records_.end() - mostRecords);
 }
 
 Prediction::Match Prediction::take(const Snapshot& snapshot, char id,
@@ -116,10 +180,12 @@ Prediction::Match Prediction::take(const Snapshot& snapshot, char id,
     const PlayerUpdate* const seen = playerWith(snapshot.state, id);
     if (!seen)
         return Match::none;
-    if (!start_) {
-        start_ = snapshot.arrival;
-        line_.guessDelay(roundTrip.value_or(usualRoundTrip));
+    if (!isPossible(*seen)) {
+        count(Match::none);
+        return Match::none;
     }
+    if (!line_.hasArrivals())
+        line_.guessDelay(roundTrip.value_or(usualRoundTrip));
     const Milliseconds arrival = milliseconds(snapshot.arrival);
     const int players = playersIn(snapshot.state);
     const std::optional<Body> drawn = body(snapshot.arrival);
@@ -188,10 +254,6 @@ const Player* Prediction::explained() const {
     return hypotheses_.empty() ? nullptr : &hypotheses_.front().player;
 }
 
-Milliseconds Prediction::milliseconds(Time at) const {
-    return start_ ? std::chrono::duration<double, std::milli>(at - *start_).count() : 0.0;
-}
-
 /// The times of the `ticks` since the newest snapshot; of as many as the arrival tells if that is
 /// less than one.
 TickTimes Prediction::timesOf(int ticks, Milliseconds arrival, Milliseconds period) const {
@@ -224,6 +286,12 @@ bool Prediction::continueFrom(const PlayerUpdate& seen, Milliseconds arrival, Mi
         ways.back().lastTickMoves = false;
     }
     if (search(seen, ways, !isExact_))
+        return true;
+    // Perhaps the room or the line was held up.
+    std::vector<TickTimes> fewer;
+    for (int ticks = likely - tickUncertainty - 1; ticks >= 1; --ticks)
+        fewer.push_back(timesOf(ticks, arrival, period));
+    if (isExact_ && !fewer.empty() && search(seen, fewer, false))
         return true;
     // Perhaps only the last bits differ: another machine's sines would.
     if (!isExact_ || !search(seen, ways, true))
@@ -273,7 +341,7 @@ void Prediction::beSoaked(Milliseconds arrival, Milliseconds period) {
     std::uint64_t old = records_.begin();
     while (old < records_.end() && records_[old].sentAt + longestMemory < arrival)
         ++old;
-    records_.forgetBefore(old);
+    forgetBefore(old);
 }
 
 /// A spawn's state is known whole: finds the pose, and the ticks since then.
@@ -328,6 +396,8 @@ void Prediction::startAnew(const PlayerUpdate& seen, Milliseconds arrival, Milli
                   start.player.keys);
         start.next = likeliest.next;
     }
+    if (lastSeen_ && times.count == 1)
+        guessWalk(start.player, lastSeen_->position);
     std::vector<Hypothesis> starts = startsFrom(start, true, times.due, arrival);
     const std::size_t grounded = starts.size();
     for (std::size_t i = 0; i < grounded && lastSeen_; ++i) {
@@ -384,7 +454,7 @@ void Prediction::accept(std::vector<Hypothesis>&& hypotheses, Milliseconds arriv
     const Hypothesis& likeliest = hypotheses_.front();
     tick_ = likeliest.tick;
     line_.arrival(tick_, tick_ - likeliest.ticks, arrival, period);
-    if (likeliest.ticks == 1 && isExact_)
+    if (likeliest.ticks == 1 && hypotheses_.size() == 1)
         learnDelay(from);
     settleLosses();
 }
@@ -419,7 +489,8 @@ void Prediction::settleLosses() {
         if (!isAgreed)
             continue;
         ++(records_[number].isView ? statistics_.lostViews : statistics_.lostKeys);
-        lost_.push_back(inputOf(records_[number]));
+        if (lost_.size() < mostLost)
+            lost_.push_back(inputOf(records_[number]));
         for (Hypothesis& hypothesis : hypotheses_)
             std::erase(hypothesis.lost, number);
     }
@@ -428,6 +499,15 @@ void Prediction::settleLosses() {
             undecided = std::min(undecided, hypothesis.lost.front());
     }
     records_.forgetBefore(undecided);
+}
+
+/// Whatever a hypothesis makes of older records is settled with them.
+void Prediction::forgetBefore(std::uint64_t number) {
+    records_.forgetBefore(number);
+    for (Hypothesis& hypothesis : hypotheses_) {
+        hypothesis.next = std::max(hypothesis.next, number);
+        std::erase_if(hypothesis.lost, [&](std::uint64_t lost) { return lost < number; });
+    }
 }
 
 void Prediction::count(Match match) {

@@ -104,7 +104,6 @@ class Prediction {
     const ArrivalLine& line() const { return line_; }
 
   private:
-    Milliseconds milliseconds(Time at) const;
     TickTimes timesOf(int ticks, Milliseconds arrival, Milliseconds period) const;
     bool continueFrom(const PlayerUpdate& seen, Milliseconds arrival, Milliseconds period,
                       bool mayHaveSatOut);
@@ -117,10 +116,10 @@ class Prediction {
     void accept(std::vector<Hypothesis>&& hypotheses, Milliseconds arrival, Milliseconds period);
     void learnDelay(std::uint64_t from);
     void settleLosses();
+    void forgetBefore(std::uint64_t number);
     void count(Match match);
 
     MapManager* map_;
-    std::optional<Time> start_;
     SentRecords records_;
     std::vector<Hypothesis> hypotheses_;
     bool isExact_ = true;

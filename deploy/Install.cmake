@@ -46,14 +46,28 @@ if(DRENCH_TOOLS)
   install(DIRECTORY arenas DESTINATION ${CMAKE_INSTALL_DATADIR}/drench COMPONENT tools)
 endif()
 
+if(DRENCH_WINDOW)
+  install_at_home(drench window)
+  set(desktop ${PROJECT_SOURCE_DIR}/deploy/desktop)
+  install(FILES ${desktop}/drench.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT window)
+  install(FILES ${desktop}/drench.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps
+          COMPONENT window)
+  install(FILES ${desktop}/invalid.drench.Drench.metainfo.xml
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT window)
+  install(FILES deploy/man/drench.6 DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT window)
+endif()
+
 # These units name files by their whole paths, and the prefix is known for good only now.
 set(DRENCH_UNITS lib/systemd/system)
 install(FILES deploy/systemd/drench-recycle.service deploy/systemd/drench-recycle.timer
               deploy/systemd/drench.slice
         DESTINATION ${DRENCH_UNITS} COMPONENT server)
 install(CODE "
-  set(home \${CMAKE_INSTALL_PREFIX}/${DRENCH_HOME})
-  set(share \${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/drench)
+  # A whole path takes the prefix's place, as it does for all that is installed.
+  set(home \"\${CMAKE_INSTALL_PREFIX}\")
+  cmake_path(APPEND home \"${DRENCH_HOME}\")
+  set(share \"\${CMAKE_INSTALL_PREFIX}\")
+  cmake_path(APPEND share \"${CMAKE_INSTALL_DATADIR}/drench\")
   foreach(unit drench@ drench-firewall)
     configure_file(\"${PROJECT_SOURCE_DIR}/deploy/systemd/\${unit}.service.in\"
                    \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${DRENCH_UNITS}/\${unit}.service\"

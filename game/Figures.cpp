@@ -182,6 +182,8 @@ void addHead(Solids& solids, const mat4& body, const FigurePose& pose, float pit
     const vec3 neck(0.0f, chin, 0.0f);
     const mat4 head = turned(body, neck, leftward, -tilt);
     addBlock(solids, head, {-16.0f, chin, -15.5f}, {16.0f, crown - 1.0f, 15.5f}, skin);
+    addBlock(solids, head, {-17.0f, chin + 7.0f, -17.0f}, {17.0f, crown - 2.0f, -2.0f},
+             livery.hair);
     const float eyes = chin + 19.0f;
     for (const float side : {-7.5f, 7.5f}) {
         addBlock(solids, head, {side - 4.5f, eyes - 5.0f, 15.0f}, {side + 4.5f, eyes + 6.0f, 16.2f},

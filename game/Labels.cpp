@@ -11,9 +11,9 @@ namespace {
 /// Nothing behind the eye or beyond the picture's edge, nor for what is no number.
 std::optional<glm::vec2> inPicture(const glm::mat4& clipFromWorld, glm::vec3 point) {
     const glm::vec4 clip = clipFromWorld * glm::vec4(point, 1.0f);
-    const bool isShown =
-        clip.w > nearPlane && std::abs(clip.x) <= clip.w && std::abs(clip.y) <= clip.w;
-    if (!isShown || !std::isfinite(clip.w))
+    const bool isShown = clip.w > nearPlane && clip.w <= farPlane && std::abs(clip.x) <= clip.w &&
+                         std::abs(clip.y) <= clip.w;
+    if (!isShown)
         return std::nullopt;
     return glm::vec2(0.5f + 0.5f * clip.x / clip.w, 0.5f - 0.5f * clip.y / clip.w);
 }

@@ -6,21 +6,20 @@ namespace drench::game {
 
 namespace {
 
-/// In the order of the tracks that bots leave on maps, and in their hues, a little brighter for a
-/// world of light and shadow. They differ for people who see no red, too.
+/// The hues of the players' marks, darker for a world of light and shadow.
 constexpr std::array<Livery, liveryCount> liveries = {{
-    {{242, 92, 30}, Headgear::fin},
-    {{58, 60, 70}, Headgear::hat},
-    {{170, 52, 206}, Headgear::eyes},
-    {{22, 108, 236}, Headgear::cone},
+    {{242, 92, 30}, Headgear::fin, {96, 60, 36}},
+    {{236, 180, 34}, Headgear::hat, {226, 178, 88}},
+    {{170, 52, 206}, Headgear::eyes, {62, 44, 40}},
+    {{22, 108, 236}, Headgear::cone, {190, 96, 44}},
 }};
 
 /// Orange, sky blue, yellow and reddish purple of Okabe and Ito, "Color universal design", 2008.
 constexpr std::array<Livery, liveryCount> colourBlindLiveries = {{
-    {{230, 159, 0}, Headgear::fin},
-    {{86, 180, 233}, Headgear::hat},
-    {{240, 228, 66}, Headgear::eyes},
-    {{204, 121, 167}, Headgear::cone},
+    {{230, 159, 0}, Headgear::fin, {96, 60, 36}},
+    {{86, 180, 233}, Headgear::hat, {226, 178, 88}},
+    {{240, 228, 66}, Headgear::eyes, {62, 44, 40}},
+    {{204, 121, 167}, Headgear::cone, {190, 96, 44}},
 }};
 
 } // namespace

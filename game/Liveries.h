@@ -12,6 +12,7 @@ struct Livery {
     /// Shirt, gun, name.
     arena::Colour colour;
     Headgear headgear;
+    arena::Colour hair;
 };
 
 constexpr int liveryCount = 4;

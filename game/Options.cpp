@@ -2,6 +2,7 @@
 
 #include "arena/picture/Image.h"
 #include "common/CommandLine.h"
+#include "game/RoomLink.h"
 #include "game/Settings.h"
 #include "src/FilePath.h"
 #include "src/Messages.h"
@@ -38,7 +39,7 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
         return app.add_option(name, value, description)->type_name(type);
     };
     option("room", options.room, "Where to play; without one you choose on the screen",
-           "HOST[:PORT]");
+           "HOST[:PORT] or drench://HOST[:PORT]");
     option("--name", options.name, "Your name, at most 11 bytes", "NAME")
         ->default_str("that of the settings");
     option("--arena", options.arena,
@@ -63,6 +64,7 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
     app.add_flag("--frame-times", options.frameTimes, "Say at the end how long frames took");
     return parseArguments(app, argc, argv, [&] {
         options.size = {size[0], size[1]};
+        options.room = roomOfLink(options.room);
         if (options.name.size() > longestName)
             throw CLI::ValidationError("--name", options.name + " has more than " +
                                                      std::to_string(longestName) + " bytes");

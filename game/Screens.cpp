@@ -1,5 +1,7 @@
 #include "game/Screens.h"
 
+#include "game/RoomLink.h"
+
 #include <algorithm>
 
 namespace drench::game {
@@ -46,7 +48,7 @@ double secondsBefore(int attempt) {
 }
 
 void Screens::join(const std::string& room) {
-    room_ = room;
+    room_ = roomOfLink(room);
     place_ = Place::joining;
     panel_ = Panel::none;
     trouble_ = {};

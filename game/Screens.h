@@ -44,7 +44,8 @@ class Screens {
     /// The room as the player named it; empty at the start.
     const std::string& room() const { return room_; }
 
-    /// A room is chosen, or the one of the trouble is tried once more.
+    /// A room is chosen, by its address or a link to it, or the one of the trouble is tried once
+    /// more.
     void join(const std::string& room);
     void joinAgain();
 

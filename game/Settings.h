@@ -53,8 +53,9 @@ struct Settings {
     /// Names sounds on the screen, with their direction.
     bool captions = false;
 
-    /// Shows others where they will be when one's shot gets to the room.
-    bool showWhereShotsMeet = false;
+    /// Shows others where they will be when one's shot gets to the room. At 80 ms of round trip 97
+    /// % of shots at what is drawn then meet, and 67 % otherwise: drench-lead-figures.
+    bool showWhereShotsMeet = true;
 
     /// 0 to 1, all sounds and those of the game.
     double masterVolume = 0.8;

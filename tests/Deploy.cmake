@@ -41,6 +41,8 @@ if(DRENCH_TOOLS)
   add_test(NAME Deploy.PackageHoldsWhatItShould
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/package.sh ${PROJECT_BINARY_DIR}
                    ${PROJECT_VERSION})
+  add_test(NAME Deploy.DesktopsTakeTheWindow
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/desktop.sh ${PROJECT_SOURCE_DIR}/deploy/desktop)
   add_test(NAME Deploy.MaintainerScriptsKeepRoomsAndHostsFiles
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/maintainer-scripts.sh
                    ${PROJECT_SOURCE_DIR}/deploy/debian)
@@ -64,7 +66,8 @@ if(DRENCH_TOOLS)
   set_tests_properties(Deploy.DissectorNamesEveryByte
                        PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 400 RUN_SERIAL TRUE)
   set_tests_properties(Deploy.RoomLivesUnderItsServiceUnit Deploy.PackageHoldsWhatItShould
-                       Deploy.LintianAcceptsThePackages Deploy.MaintainerScriptsKeepRoomsAndHostsFiles
+                       Deploy.DesktopsTakeTheWindow Deploy.LintianAcceptsThePackages
+                       Deploy.MaintainerScriptsKeepRoomsAndHostsFiles
                        Deploy.RoomRunsFromItsImage
                        PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
 endif()

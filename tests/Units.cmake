@@ -10,6 +10,7 @@ if(NOT DRENCH_TOOLS)
   list(REMOVE_ITEM library_tests ${CMAKE_CURRENT_SOURCE_DIR}/arena/picture/PictureTest.cpp
        ${CMAKE_CURRENT_SOURCE_DIR}/arena/picture/PngTest.cpp
        ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictedLine.cpp
+       ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictionRulesTest.cpp
        ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictionTest.cpp)
 endif()
 add_executable(drench-tests ${game_tests} ${library_tests} ${room_on_a_manual_clock})
@@ -24,7 +25,8 @@ target_compile_definitions(
 add_dependencies(drench-tests resources)
 if(DRENCH_TOOLS)
   file(GLOB tool_tests CONFIGURE_DEPENDS tools/*.cpp)
-  target_sources(drench-tests PRIVATE ${tool_tests} ${PROJECT_SOURCE_DIR}/tools/CheckReport.cpp)
+  target_sources(drench-tests PRIVATE ${tool_tests} ${PROJECT_SOURCE_DIR}/bench/Hands.cpp
+                                      ${PROJECT_SOURCE_DIR}/tools/CheckReport.cpp)
   target_link_libraries(drench-tests PRIVATE nlohmann_json::nlohmann_json)
 endif()
 
@@ -33,13 +35,21 @@ if(DRENCH_TOOLS)
   add_executable(drench-bot-tests ${bot_tests} ${room_on_a_manual_clock})
   target_link_libraries(drench-bot-tests PRIVATE drench-test-support drench-room drench-bot-parts
                                                  nlohmann_json::nlohmann_json)
+  # PlayFloodTest.cpp stands in for it.
+  target_link_options(drench-bot-tests PRIVATE -Wl,--wrap=recv)
   target_compile_definitions(drench-bot-tests
-                             PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
+                             PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata"
+                                     DRENCH_ARENAS="${PROJECT_SOURCE_DIR}/arenas")
 
   # Figures of how bots play, made on demand: cmake --build build/release --target drench-bot-figures
   add_executable(drench-bot-figures EXCLUDE_FROM_ALL figures/BotFigures.cpp bots/BotMatch.cpp
                                                      ${room_on_a_manual_clock})
   target_link_libraries(drench-bot-figures PRIVATE drench-test-support drench-room drench-bot-parts)
+
+  # Figures of shots at what a window draws: cmake --build build/release --target drench-lead-figures
+  add_executable(drench-lead-figures EXCLUDE_FROM_ALL figures/LeadFigures.cpp bots/BotMatch.cpp
+                                                      ${room_on_a_manual_clock})
+  target_link_libraries(drench-lead-figures PRIVATE drench-test-support drench-room drench-bot-parts)
 
   file(GLOB lag_tests CONFIGURE_DEPENDS lag/*.cpp)
   add_executable(drench-lag-tests ${lag_tests})

@@ -38,4 +38,16 @@ Static libraries with their headers, CMake files and two examples: the
 player's side of the protocol, and the game itself, to predict with.")
 set(CPACK_DEBIAN_LIBDRENCH-DEV_PACKAGE_SUGGESTS drench)
 
+# A host without a screen neither needs nor builds it.
+if(DRENCH_WINDOW)
+  set(CPACK_COMPONENT_WINDOW_GROUP drench-window)
+  set(CPACK_DEBIAN_DRENCH-WINDOW_PACKAGE_NAME drench-window)
+  set(CPACK_DEBIAN_DRENCH-WINDOW_PACKAGE_SECTION net)
+  set(CPACK_DEBIAN_DRENCH-WINDOW_DESCRIPTION "Window of the Drench water fight, to play it
+Shows the water fight and lets one play it, in rooms of others or against
+bots in a room on this machine. Needs OpenGL 3.3.")
+  # The arenas, and the rooms and bots that it starts.
+  set(CPACK_DEBIAN_DRENCH-WINDOW_PACKAGE_DEPENDS "drench (= ${PROJECT_VERSION}), fonts-inter")
+endif()
+
 include(CPack)

@@ -39,6 +39,24 @@ TEST(Arrivals, BodyAcrossTheSideOfTheWorldIsOutsideOneAboveItIsNot) {
     EXPECT_TRUE(arrivalIn(map, 2, 9, 2).insideWorld);
 }
 
+TEST(Arrivals, BodyThatTouchesTheSidesOfTheWorldIsInsideIt) {
+    MapManager map = withoutSolids(4, 4, 4);
+    const float near = 25.0f;
+    const float far = 4 * 64.0f - 25.0f;
+    const float lowest = 75.0f;
+    const auto isInside = [&map](vec3 centre) {
+        return arena::arrive(0, bodyAt(map, centre, centre + vec3(0.0f, 0.0f, 1.0f))).insideWorld;
+    };
+    for (const float x : {near, far}) {
+        for (const float z : {near, far}) {
+            EXPECT_TRUE(isInside({x, lowest, z}));
+            EXPECT_FALSE(isInside({x, lowest - 0.01f, z}));
+            EXPECT_FALSE(isInside({x < 100.0f ? x - 0.01f : x + 0.01f, lowest, z}));
+            EXPECT_FALSE(isInside({x, lowest, z < 100.0f ? z - 0.01f : z + 0.01f}));
+        }
+    }
+}
+
 TEST(Arrivals, WithoutAFloorNobodyLands) {
     MapManager map = withoutSolids(4, 4, 4);
     const Arrival arrival = arrivalIn(map, 2, 2, 2);

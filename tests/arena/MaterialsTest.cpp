@@ -4,6 +4,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <set>
+#include <sstream>
 #include <string>
 #include <tuple>
 
@@ -51,6 +52,29 @@ TEST(Materials, CanBeWrittenInAPlansLegend) {
         EXPECT_GT(std::strlen(material.name), 0u);
         EXPECT_EQ(std::strpbrk(material.name, " \t\r\n"), nullptr) << material.name;
     }
+}
+
+/// Plans name materials by their characters, and voxel files by their colours.
+TEST(Materials, StayAsTheyAreInFiles) {
+    std::ostringstream table;
+    for (const Material& material : materials()) {
+        const auto [red, green, blue] = components(material.colour);
+        table << material.character << ' ' << material.name << ' ' << red << ' ' << green << ' '
+              << blue << '\n';
+    }
+    EXPECT_EQ(table.str(), ". air 0 0 0\n"
+                           "g ground 126 174 82\n"
+                           "s stone 166 164 158\n"
+                           "w wood 182 128 74\n"
+                           "b brick 188 86 68\n"
+                           "l leaves 66 130 70\n"
+                           "~ water 76 166 220\n"
+                           "m marble 234 230 220\n"
+                           "y sand 232 202 132\n"
+                           "c clay 222 124 62\n"
+                           "t slate 88 102 128\n"
+                           "a tile 40 110 186\n"
+                           "p plaster 244 200 180\n");
 }
 
 TEST(Materials, AreFoundByTheirCellValue) {

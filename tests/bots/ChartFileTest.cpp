@@ -150,6 +150,14 @@ TEST(ChartFile, PlacesLieInTheMapAndBodiesAboveThem) {
     }
 }
 
+TEST(ChartFile, PlacesLieInFreeCells) {
+    Charted charted;
+    // Below the first place, which is in the cell (1, 1, 1).
+    const std::string inTheFloor =
+        with(with(charted.bytes(), firstPlaceAt + 4, std::int32_t{0}), positionAt + 4, 100.0f);
+    EXPECT_FALSE(charted.isRead(inTheFloor));
+}
+
 TEST(ChartFile, RoadsAndLandingsLeadToPlaces) {
     Charted charted;
     const std::string bytes = charted.bytes();

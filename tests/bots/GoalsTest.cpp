@@ -42,18 +42,21 @@ TEST(Goals, AreVaried) {
 TEST(Goals, AreOftenHighOrInTheMiddle) {
     MapManager map = courtWithBlock();
     const bots::Roadmap roadmap = levelRoadmap(map);
-    double highPlaces = 0.0;
     double middlePlaces = 0.0;
     const auto isHigh = [](vec3 position) { return position.y > 200.0f; };
+    // The opposite corner is as far from the middle, and low.
+    const auto isLowCorner = [](vec3 position) {
+        return position.x < 384.0f && position.z < 384.0f;
+    };
     const auto isMiddle = [](vec3 position) {
         return std::hypot(position.x - 640.0f, position.z - 640.0f) < 200.0f;
     };
     for (const arena::StandingPlace& place : roadmap.reach.places) {
-        highPlaces += isHigh(place.position);
         middlePlaces += isMiddle(place.position);
     }
     const double count = static_cast<double>(roadmap.reach.places.size());
     double high = 0.0;
+    double lowCorner = 0.0;
     double middle = 0.0;
     constexpr int draws = 2000;
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
@@ -61,11 +64,31 @@ TEST(Goals, AreOftenHighOrInTheMiddle) {
         for (int i = 0; i < draws / 20; ++i) {
             const vec3 position = goalPosition(roadmap, goals.next(roadmap));
             high += isHigh(position);
+            lowCorner += isLowCorner(position);
             middle += isMiddle(position);
         }
     }
-    EXPECT_GT(high / draws, 1.3 * highPlaces / count);
+    EXPECT_GT(high, 2.0 * lowCorner);
     EXPECT_GT(middle / draws, 1.5 * middlePlaces / count);
+}
+
+TEST(Goals, ToTheTasteOfManyLieWhereTheyMeet) {
+    // Bots soak each other only where they meet, so that the pace of a match hangs on this.
+    MapManager map = court(20, 10, 20, nothing);
+    const bots::Roadmap roadmap = levelRoadmap(map);
+    constexpr int players = 40;
+    std::vector<vec3> goals;
+    for (std::uint64_t seed = 1; seed <= players; ++seed) {
+        Goals own(roadmap, 0.0, Chance(seed));
+        goals.push_back(goalPosition(roadmap, own.next(roadmap)));
+    }
+    double sum = 0.0;
+    for (const vec3 a : goals) {
+        for (const vec3 b : goals)
+            sum += static_cast<double>((a - b).length());
+    }
+    // Random goals would be 600 apart.
+    EXPECT_LT(sum / (players * (players - 1)), 200.0);
 }
 
 TEST(Goals, AreNearWhereSomebodyWasForAWhile) {

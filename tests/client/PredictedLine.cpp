@@ -1,8 +1,10 @@
 #include "tests/client/PredictedLine.h"
 
+#include "bench/Hands.h"
+
 #include <algorithm>
 #include <chrono>
-#include <cmath>
+#include <utility>
 
 using namespace drench;
 using namespace drench::client;
@@ -23,8 +25,7 @@ constexpr double period = (shortestTick + longestTick) / 2.0;
 constexpr double latestTick = 20.0;
 constexpr double lateTickShare = 0.002;
 
-constexpr double viewEvery = 8.0;
-constexpr double keyEvery = 500.0;
+constexpr double frameEvery = 1000.0 / 240.0;
 constexpr char id = '1';
 
 } // namespace
@@ -33,7 +34,7 @@ PredictedLine::PredictedLine(const std::string& mapText, const Settings& setting
     : truth(id, "Ann", 0.0f, static_cast<int>(settings.seed % Player::spawnPoseCount)),
       prediction(map_), now(Time() + std::chrono::hours(1)), settings_(settings),
       up_(settings.line, settings.seed), down_(settings.line, settings.seed + 1000),
-      chance_(settings.seed + 2000), nextTick_(now), nextView_(now), nextKey_(now) {
+      chance_(settings.seed + 2000), nextTick_(now), nextFrame_(now) {
     map_.init(mapText);
     truth.setMapMan(&map_);
 }
@@ -57,8 +58,9 @@ void PredictedLine::sendView(int dx, int dy) {
 void PredictedLine::send(const InputRecord& record) {
     prediction.sent({record}, now);
     const lag::Fate fate = up_.decide(now);
-    for (int copy = 0; copy < fate.copies; ++copy)
+    for (int copy = 0; copy < fate.copies && recordsToLose == 0; ++copy)
         ups_.push_back({fate.due, record, sent_});
+    recordsToLose = std::max(0, recordsToLose - 1);
     if (const auto body = prediction.body(now))
         predicted_[sent_] = body->player.position;
     ++sent_;
@@ -67,7 +69,7 @@ void PredictedLine::send(const InputRecord& record) {
 void PredictedLine::pass(double duration) {
     const Time end = now + milliseconds(duration);
     for (;;) {
-        Time next = std::min(end, nextTick_);
+        Time next = std::min({end, nextTick_, nextFrame_});
         if (!ups_.empty())
             next = std::min(next, ups_.front().at);
         if (!downs_.empty())
@@ -89,10 +91,18 @@ void PredictedLine::pass(double duration) {
             take(state);
         } else if (nextTick_ == now) {
             playTick();
+        } else if (nextFrame_ == now) {
+            const std::optional<Prediction::Body> body = prediction.body(now);
+            eyes.push_back(body ? std::optional(body->eye) : std::nullopt);
+            nextFrame_ += milliseconds(frameEvery);
         } else {
             return;
         }
     }
+}
+
+void PredictedLine::stall(double duration) {
+    nextTick_ += milliseconds(duration);
 }
 
 void PredictedLine::playTick() {
@@ -107,6 +117,11 @@ void PredictedLine::playTick() {
     places_[tick] = truth.position;
     UpdateMessage state;
     state.add(truth.getPlayerUpdate());
+    for (int other = 0; other < others; ++other) {
+        PlayerUpdate standing;
+        standing.id = static_cast<char>(id + 1 + other);
+        state.add(standing);
+    }
     const lag::Fate fate = down_.decide(now);
     for (int copy = 0; copy < fate.copies && snapshotsToLose == 0; ++copy)
         downs_.push_back({fate.due, state});
@@ -122,10 +137,11 @@ void PredictedLine::playTick() {
 
 void PredictedLine::take(const UpdateMessage& state) {
     hasJoined_ = true;
-    const double roundTrip =
-        2.0 * std::chrono::duration<double, std::milli>(settings_.line.delay).count();
+    const double roundTrip = settings_.roundTrip.value_or(
+        2.0 * std::chrono::duration<double, std::milli>(settings_.line.delay).count());
     matches.push_back(prediction.take({state, 0, now}, id, roundTrip, period));
     for (const InputRecord& lost : prediction.takeLost()) {
+        told.push_back(lost);
         if (!settings_.sendsAgain)
             continue;
         if (const auto* view = std::get_if<ViewMessage>(&lost)) {
@@ -138,32 +154,26 @@ void PredictedLine::take(const UpdateMessage& state) {
 }
 
 void PredictedLine::playAtRandom(double seconds) {
+    const Time begin = now;
     const Time end = now + milliseconds(seconds * 1000.0);
-    nextView_ = std::max(nextView_, now);
-    nextKey_ = std::max(nextKey_, now);
-    while (now < end) {
-        const Time next = std::min(nextView_, nextKey_);
-        pass(std::chrono::duration<double, std::milli>(next - now).count());
-        if (!hasJoined_) {
-            nextView_ += milliseconds(viewEvery);
-            nextKey_ = std::max(nextKey_, nextView_);
-        } else if (next == nextView_) {
-            nextView_ += milliseconds(chance_.between(0.95, 1.05) * viewEvery);
-            if (chance_.happens(0.03))
-                turning_ = chance_.happens(0.3) ? 0.0 : chance_.between(-20.0, 20.0);
-            const int dx = static_cast<int>(turning_ + chance_.between(-2.0, 2.0)) + lostRight_;
-            const int dy = static_cast<int>(chance_.between(-2.0, 2.0) - 0.02 * pitch_) + lostDown_;
-            lostRight_ = 0;
-            lostDown_ = 0;
-            pitch_ += dy;
-            if (dx != 0 || dy != 0)
-                sendView(dx, dy);
-        } else {
-            nextKey_ += milliseconds(-std::log(1.0 - chance_.share()) * keyEvery);
-            const int key = chance_.below(keyIndex::count);
-            keys_[key] = key != keyIndex::jump && !keys_[key];
-            sendKey(key, key == keyIndex::jump || keys_[key]);
+    bench::Hands hands(bench::Hands::Habit::random, chance_.bits());
+    for (;;) {
+        const bench::Move move = hands.next();
+        const Time at = std::min(begin + milliseconds(move.at), end);
+        pass(std::chrono::duration<double, std::milli>(at - now).count());
+        if (now == end)
+            return;
+        if (!hasJoined_)
+            continue;
+        if (move.key) {
+            keys_[*move.key] = move.isDown && *move.key != keyIndex::jump;
+            sendKey(*move.key, move.isDown);
+            continue;
         }
+        const int dx = move.dx + std::exchange(lostRight_, 0);
+        const int dy = move.dy + std::exchange(lostDown_, 0);
+        if (dx != 0 || dy != 0)
+            sendView(dx, dy);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,9 @@ class PredictedLine {
 
         /// Whether what the prediction finds lost is sent again.
         bool sendsAgain = true;
+
+        /// Milliseconds, as the prediction is told it at first; that of the line if absent.
+        std::optional<double> roundTrip;
     };
 
     PredictedLine(const std::string& mapText, const Settings& settings);
@@ -39,6 +43,9 @@ class PredictedLine {
     /// Plays random keys, twice a second, and views, 125 times a second.
     void playAtRandom(double seconds);
 
+    /// Holds the room up: its next tick comes later by this.
+    void stall(double milliseconds);
+
     /// Soaks the player after the next tick; it returns four seconds later.
     void soak() { isSoaking_ = true; }
 
@@ -51,17 +58,27 @@ class PredictedLine {
     /// The room's ticks so far.
     std::int64_t tick = 0;
 
-    /// Snapshots that are thrown away instead of being sent.
+    /// Snapshots and records that are thrown away instead of being sent.
     int snapshotsToLose = 0;
+    int recordsToLose = 0;
+
+    /// Others in the room, who do nothing.
+    int others = 0;
 
     /// Whether a tick moves the player; a player sits one out when another is removed.
     bool movesNext = true;
 
-    /// What the newest snapshot taken was explained as, and its age in ticks when all have come.
+    /// How each snapshot taken was explained.
     std::vector<drench::client::Prediction::Match> matches;
 
-    /// Where the body was predicted to be in the tick that takes a record, minus where it was, for
-    /// each record sent at random that acted.
+    /// The records that the prediction told of as lost.
+    std::vector<drench::client::InputRecord> told;
+
+    /// The eye as drawn, 240 times a second.
+    std::vector<std::optional<vec3>> eyes;
+
+    /// The distances from where the body was predicted to be when a record acts to where it was in
+    /// the tick that took it, ascending; for all records that acted.
     std::vector<float> errors() const;
 
   private:
@@ -86,16 +103,13 @@ class PredictedLine {
     std::deque<Up> ups_;
     std::deque<Down> downs_;
     drench::client::Time nextTick_;
-    drench::client::Time nextView_;
-    drench::client::Time nextKey_;
+    drench::client::Time nextFrame_;
     drench::client::Time respawn_;
     bool isSoaking_ = false;
     bool hasJoined_ = false;
     bool keys_[keyIndex::count] = {};
     int lostRight_ = 0;
     int lostDown_ = 0;
-    double turning_ = 0.0;
-    int pitch_ = 0;
     std::uint64_t sent_ = 0;
     std::map<std::int64_t, vec3> places_;
     std::map<std::uint64_t, std::int64_t> acted_;

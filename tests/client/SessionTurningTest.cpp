@@ -34,3 +34,32 @@ TEST(SessionTurning, StopsSumsAtTheEnds) {
     line.pass(milliseconds(0));
     EXPECT_EQ(line.heardByRoom(), Strings{viewDatagram('1', INT_MAX - 1, INT_MIN + 1)});
 }
+
+TEST(SessionTurning, SendsLostInputsAgain) {
+    PlayingLine line;
+    line.session.setKey(keyIndex::left, true);
+    line.pass(milliseconds(0));
+    line.heardByRoom();
+    ViewMessage view;
+    view.dx = 3;
+    view.dy = 4;
+    KeyMessage key;
+    key.key = keyIndex::left;
+    line.session.sendAgain(view);
+    line.session.sendAgain(key);
+    EXPECT_LE(line.session.wakeAt(), line.now);
+    line.pass(milliseconds(0));
+    EXPECT_EQ(line.heardByRoom(),
+              (Strings{keyDatagram('1', keyIndex::left, true), viewDatagram('1', 3, 4)}));
+}
+
+TEST(SessionTurning, SendsNothingAgainForAPlayerWhoLeft) {
+    PlayingLine line;
+    line.session.leave(line.now);
+    line.heardByRoom();
+    ViewMessage view;
+    view.dx = 3;
+    line.session.sendAgain(view);
+    line.pass(milliseconds(0));
+    EXPECT_EQ(line.heardByRoom(), Strings{});
+}

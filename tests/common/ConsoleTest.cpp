@@ -30,7 +30,7 @@ std::string shown(Terminals terminals, const std::function<void()>& program) {
         std::cout.flush();
         _exit(0);
     });
-    const std::string text = terminal.shownToTheEnd();
+    std::string text = terminal.shownToTheEnd();
     EXPECT_EQ(process.wait(), 0);
     return text;
 }

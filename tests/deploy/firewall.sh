@@ -11,6 +11,8 @@ set -euo pipefail
 forged_port() { attack "$far_address" 1 0 q 1 "$@"; }
 forged_broadcast() { attack 198.18.255.255 1 40000 q 1 "$@"; }
 forged_nowhere() { attack 203.0.113.9 1 40000 q 1 "$@"; }
+# From an address on another link of the room.
+forged_other_link() { attack 198.19.0.9 1 40000 q 1 "$@"; }
 forged_own() { attack "$room_address" 1 40000 q 1 "$@"; }
 forged() {
   forged_port "$@"
@@ -134,6 +136,17 @@ for counter in unanswerable oversized too_fast strangers_too_fast; do
     fail "nothing was $counter"
 done
 in_room nft list table inet other | diff other - || fail 'what passed was tracked'
+
+ip -n "$room" link add other0 type veth peer name other1
+ip -n "$room" address add 198.19.0.1/24 dev other0
+ip -n "$room" link set other0 up
+ip -n "$room" link set other1 up
+lets_in 'answers leave by another link' 0 0 forged_other_link 10 1
+sed "1,/^include/s|^include|redefine drench_detours = { \"link0\" }\n&|" "$firewall" >detour.nft
+in_room nft -f detour.nft
+lets_in 'and the host says it may' all 10 forged_other_link 10 1
+in_room nft -f "$firewall"
+ip -n "$room" link delete other0
 
 play 'one is thrown out by the host' "$seconds" throw_out
 most_states=$(jq '[.players[].snapshots] | max' report)

@@ -41,6 +41,12 @@ holds libdrench-dev lib/libdrench-game.a lib/libdrench-client.a include/drench/g
   lib/cmake/drench/drench-config-version.cmake share/doc/drench/examples/client/client.cpp \
   share/doc/drench/examples/map-reader/map-reader.cpp
 
+has_window=
+[ ! -d drench-window ] || has_window=yes
+[ -z "$has_window" ] || holds drench-window bin/drench lib/drench/drench share/applications/drench.desktop \
+  share/icons/hicolor/scalable/apps/drench.svg share/metainfo/invalid.drench.Drench.metainfo.xml \
+  share/man/man6/drench.6.gz
+
 files_of() { (cd "$1/usr" && find . ! -type d | sort); }
 files_of drench >drench.files
 files_of libdrench-dev >libdrench-dev.files
@@ -48,10 +54,21 @@ of_makers='^\./(include/|lib/libdrench-[a-z]*\.a$|lib/cmake/drench/|share/doc/dr
 ! grep -E "$of_makers" drench.files || complain 'drench holds what is for makers of clients'
 ! grep -vE "$of_makers|^\./share/doc/libdrench-dev/" libdrench-dev.files ||
   complain 'libdrench-dev holds what is not for makers of clients'
+of_players='^\./(bin/drench$|lib/drench/drench$|share/(applications|icons|metainfo|doc/drench-window)/|share/man/man6/drench\.6)'
+! grep -E "$of_players" drench.files || complain 'drench holds what is for players'
+if [ -n "$has_window" ]; then
+  files_of drench-window >drench-window.files
+  ! grep -vE "$of_players|^\./share/lintian/overrides/drench-window$" drench-window.files ||
+    complain 'drench-window holds what is not for players'
+  for package in drench libdrench-dev; do
+    ! grep -E '^(Pre-)?Depends:.*(sdl|imgui|epoxy|libgl)' $package/DEBIAN/control ||
+      complain "$package depends on a window"
+  done
+fi
 comm -12 drench.files libdrench-dev.files >both.files
 [ ! -s both.files ] || complain "both packages hold $(cat both.files)"
 
-for package in drench libdrench-dev; do
+for package in drench libdrench-dev ${has_window:+drench-window}; do
   grep -qx "Version: $version" $package/DEBIAN/control || complain "$package has another version than $version"
   about=$package/usr/share/doc/$package
   grep -q 'No licence has been granted yet' "$about/copyright" ||
@@ -80,8 +97,10 @@ done
 # documented PROGRAM PAGE [COMMAND]: the manual page has every option that --help has.
 documented() {
   local option
-  for option in $("drench/usr/bin/$1" ${3+"$3"} --help | grep -oE '^ +(-.,)?--[a-z]+' | sed 's/.*--//'); do
-    gzip -dc "drench/usr/share/man/$2.gz" | grep -E "Fl -$option\b|, -$option\b|\| -$option\b" >page.log ||
+  local package=drench
+  [ "$1" != drench ] || package=drench-window
+  for option in $("$package/usr/bin/$1" ${3+"$3"} --help | grep -oE '^ +(-.,)?--[a-z]+' | sed 's/.*--//'); do
+    gzip -dc "$package/usr/share/man/$2.gz" | grep -E "Fl -$option\b|, -$option\b|\| -$option\b" >page.log ||
       complain "$2 does not name --$option"
   done
 }
@@ -91,6 +110,7 @@ documented drench-map man1/drench-map.1
 for command in check build plan picture import export; do
   documented drench-map man1/drench-map.1 "$command"
 done
+[ -z "$has_window" ] || documented drench man6/drench.6
 for program in drench-bots drench-lag drench-map; do
   [ "$("drench/usr/bin/$program" --version)" = "$program $version" ] ||
     complain "$program has another version than $version"

@@ -107,7 +107,7 @@ std::vector<int> livesAt(const std::string& text, const bots::Roadmap& roadmap, 
                 match.room().dispatch(keyDatagram(id, keyIndex::shoot, false), peer);
             }
             if (tick == 0)
-                ::place(*match.room().server.playerByID(id), position, position + view);
+                match.room().server.playerByID(id)->placeAt(position, position + view);
             match.play(5);
             peer.received();
             tick += 5;
