@@ -1,7 +1,7 @@
 #include "game/Frame.h"
 
 #include "common/Files.h"
-#include "game/Figures.h"
+#include "game/FigureSight.h"
 
 #include <algorithm>
 #include <iostream>

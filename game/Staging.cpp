@@ -1,5 +1,6 @@
 #include "game/Staging.h"
 
+#include "game/FigureSight.h"
 #include "game/Figures.h"
 #include "game/GunInHands.h"
 

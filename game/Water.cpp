@@ -1,5 +1,7 @@
 #include "game/Water.h"
 
+#include "game/Camera.h"
+
 #include <algorithm>
 #include <cmath>
 #include <glm/common.hpp>
@@ -50,7 +52,7 @@ int takeWhole(float& due) {
 float freeShare(const arena::Grid& grid, glm::vec3 middle, glm::vec3 nozzle) {
     const glm::vec3 way = nozzle - middle;
     const std::optional<arena::Hit> hit =
-        arena::trace(grid, arena::rayAlong({middle.x, middle.y, middle.z}, {way.x, way.y, way.z}));
+        arena::trace(grid, arena::rayAlong(inGame(middle), inGame(way)));
     return hit ? std::min(1.0f, shareBeforeWall * static_cast<float>(hit->distance)) : 1.0f;
 }
 
@@ -150,8 +152,8 @@ void Water::aimIntoSky(std::size_t index, const Shooter& shooter) {
         const float begin = skyTime * static_cast<float>(i) / skySteps;
         const glm::vec3 start = at(begin);
         const glm::vec3 way = at(skyTime * static_cast<float>(i + 1) / skySteps) - start;
-        const std::optional<arena::Hit> hit = arena::trace(
-            grid_, arena::rayAlong({start.x, start.y, start.z}, {way.x, way.y, way.z}));
+        const std::optional<arena::Hit> hit =
+            arena::trace(grid_, arena::rayAlong(inGame(start), inGame(way)));
         if (!hit || hit->distance > 1.0)
             continue;
         flow.flight = begin + static_cast<float>(hit->distance) * skyTime / skySteps;
