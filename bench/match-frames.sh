@@ -28,7 +28,8 @@ until [ -s "$folder/display" ] && grep -q '^The system chose port' "$folder/room
   sleep 0.2
 done
 port=$(sed -n 's/^The system chose port \([0-9]*\)\.$/\1/p' "$folder/room")
-export DISPLAY=:$(<"$folder/display") LIBGL_ALWAYS_SOFTWARE=1 SDL_AUDIODRIVER=dummy XDG_CONFIG_HOME=$folder
+DISPLAY=:$(<"$folder/display")
+export DISPLAY LIBGL_ALWAYS_SOFTWARE=1 SDL_AUDIODRIVER=dummy XDG_CONFIG_HOME=$folder
 # The bots chart the arena once, and join.
 sleep 15
 
