@@ -129,7 +129,7 @@ TEST_F(StagingInCourt, LetsOneSeeTheJetAtAWallRightBeforeTheEye) {
     }));
     Staging there(post, 1);
     Camera& camera = scene.camera;
-    camera.eye = {530.0f, standing, 540.0f};
+    camera.eye = {516.0f, standing, 540.0f};
     camera.direction = {0.0f, 0.0f, 1.0f};
     for (int i = 0; i < 10; ++i)
         there.show(scene, OwnBody{'1', camera.eye, camera.direction, true}, {}, frame, false);
