@@ -37,11 +37,6 @@ double frameRate(const Settings& settings, const Window& window) {
     return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
 }
 
-/// A vector of the screen, for what the game needs.
-vec3 inTheGame(glm::vec3 v) {
-    return {v.x, v.y, v.z};
-}
-
 /// From the last change of a setting until all are kept, so that a slider writes one file.
 constexpr std::chrono::milliseconds keepPause{700};
 
@@ -313,7 +308,7 @@ void Frame::sound(client::Time now) {
     Heard heard;
     heard.volume = settings_.masterVolume * settings_.effectsVolume;
     if (ears_ && visit_.screens().place() == Screens::Place::match) {
-        heard.listener = {inTheGame(scene_.camera.eye), inTheGame(scene_.camera.direction)};
+        heard.listener = {inGame(scene_.camera.eye), inGame(scene_.camera.direction)};
         heard.cues = ears_->cues();
         heard.jets = ears_->jets();
         captions_.hear(heard.cues, heard.listener, now);
