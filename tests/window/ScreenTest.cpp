@@ -18,6 +18,7 @@ bool turnsBy(Desk& desk, int moved, int turned) {
 
 // Where things stand in a window that fills the screen. The pointer hides what it clicks on, so
 // what tells of it stands beside.
+constexpr Pixel menuGround{700, 240};
 constexpr Pixel playOnButton{520, 309};
 constexpr Pixel playOnText{640, 309};
 constexpr Pixel settingsButton{640, 357};
@@ -92,7 +93,10 @@ TEST(WindowScreen, AClickInTheSettingsActsAndIsKept) {
     })) << desk.settingsFile();
     desk.click(doneButton);
     ASSERT_TRUE(shows(playOnButton, isAmber)) << "no menu again";
+    const arena::Colour menu = desk.display.colourAt(menuGround);
     desk.click(playOnText);
+    // A mouse that moves on before the button is up again has not clicked it.
+    EXPECT_TRUE(waitUntil([&] { return desk.display.colourAt(menuGround) != menu; }));
     EXPECT_TRUE(desk.turnsAtLast());
     EXPECT_TRUE(turnsBy(desk, 90, -90));
 }
