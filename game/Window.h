@@ -20,7 +20,8 @@ struct PixelSize {
 /// at a time.
 class Window {
   public:
-    /// Throws InputError in one line if there is no display, or no OpenGL 3.3.
+    /// Edges are smooth where a graphics card draws. Throws InputError in one line if there is no
+    /// display, or no OpenGL 3.3.
     Window(const std::string& title, PixelSize size);
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
@@ -55,6 +56,9 @@ class Window {
     SDL_GLContext context() const { return context_.get(); }
 
   private:
+    /// Opens the window anew, hidden. Without window_ or context_ it could not.
+    void open(const std::string& title, PixelSize size, int samples);
+
     struct Library {
         Library();
         ~Library() { SDL_Quit(); }
