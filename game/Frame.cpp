@@ -37,11 +37,6 @@ double frameRate(const Settings& settings, const Window& window) {
     return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
 }
 
-/// A vector of the screen, for what the game needs.
-vec3 inTheGame(glm::vec3 v) {
-    return {v.x, v.y, v.z};
-}
-
 /// From the last change of a setting until all are kept, so that a slider writes one file.
 constexpr std::chrono::milliseconds keepPause{700};
 
@@ -58,12 +53,12 @@ bool isLasting(const std::string& room) {
 
 } // namespace
 
-Frame::Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings settings,
-             KeepSettings keep)
-    : window_(window), map_(map), settings_(std::move(settings)), keep_(std::move(keep)),
+Frame::Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh,
+             Settings settings, KeepSettings keep)
+    : window_(window), arenas_(arenas), settings_(std::move(settings)), keep_(std::move(keep)),
       renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
-      staging_(map, dropSeed), opened_(client::Clock::now()), begin_(opened_) {
-    scene_.camera = overview(map);
+      staging_(map(), dropSeed), opened_(client::Clock::now()), begin_(opened_) {
+    scene_.camera = overview(map());
     if (settings_.fullScreen)
         window_.fillScreen(true);
     applySettings();
@@ -81,6 +76,7 @@ void Frame::run() {
     pacing_.begin(begin);
     takeInputs();
     serviceRoom(begin);
+    changeArena();
     compose(begin);
     sound(begin);
     const PixelSize size = window_.size();
@@ -193,8 +189,9 @@ void Frame::serviceRoom(client::Time now) {
 
 void Frame::take(const client::Event& event, client::Session& session, client::Time now) {
     if (std::holds_alternative<client::Joined>(event)) {
-        bodies_.emplace(map_);
-        ears_.emplace(map_);
+        bodies_.emplace(map());
+        ears_.emplace(map());
+        beginJudging();
         if (roadmap_)
             bot_.emplace(*roadmap_, botSkill_, botSeed);
         if (!visit_.isHosting() && isLasting(visit_.screens().room())) {
@@ -210,12 +207,57 @@ void Frame::take(const client::Event& event, client::Session& session, client::T
     ears_->take(event, session.id(), bodies_->own(now));
     if (!snapshot)
         return;
+    judgeArena(*snapshot);
     for (; acted_ < script_.size() && script_[acted_].tick <= snapshot->tick; ++acted_)
         act(script_[acted_], session);
     const PlayerUpdate* const self = session.self(snapshot->state);
     if (bot_ && self)
         bots::send(session, bot_->decide(bodies_->shown(*self, now, settings_.showWhereShotsMeet),
                                          self->id));
+}
+
+void Frame::beginJudging() {
+    judged_ = {arena_};
+    for (std::size_t arena = 0; arena < arenas_.size(); ++arena) {
+        if (arena != arena_)
+            judged_.push_back(arena);
+    }
+    std::vector<const MapManager*> maps;
+    maps.reserve(judged_.size());
+    for (const std::size_t arena : judged_)
+        maps.push_back(&arenas_[arena].map);
+    finder_.emplace(std::move(maps));
+    isArenaUnknown_ = false;
+}
+
+/// Has the surface of the arena made that fits what is seen, if it is not the one shown.
+void Frame::judgeArena(const client::Snapshot& snapshot) {
+    finder_->see(snapshot);
+    if (finder_->verdict() == ArenaFinder::Verdict::none && !isArenaUnknown_) {
+        isArenaUnknown_ = true;
+        overlay_.warn("This room plays an arena that is not known here. Put its file into " +
+                      arenaFolders().front() + ", or name it with --arena.");
+    }
+    const std::size_t best = judged_[finder_->best()];
+    if (best == nextArena_)
+        return;
+    nextArena_ = best;
+    nextMesh_ = std::async(std::launch::async, [&map = arenas_[best].map] { return meshOf(map); });
+}
+
+/// Shows the arena whose surface is ready.
+void Frame::changeArena() {
+    if (!nextMesh_.valid() ||
+        nextMesh_.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+        return;
+    const ArenaMesh mesh = nextMesh_.get();
+    if (nextArena_ == arena_)
+        return;
+    arena_ = nextArena_;
+    renderer_.setArena(mesh);
+    staging_ = Staging(map(), dropSeed);
+    bodies_.emplace(map());
+    ears_.emplace(map());
 }
 
 void Frame::compose(client::Time now) {
@@ -226,7 +268,7 @@ void Frame::compose(client::Time now) {
     if (visit_.screens().place() == Screens::Place::start) {
         bodies_.reset();
         ears_.reset();
-        scene_.camera = overview(map_);
+        scene_.camera = overview(map());
     }
     const bool isPlaying = visit_.screens().place() == Screens::Place::match && bodies_;
     std::optional<OwnBody> own;
@@ -266,7 +308,7 @@ void Frame::sound(client::Time now) {
     Heard heard;
     heard.volume = settings_.masterVolume * settings_.effectsVolume;
     if (ears_ && visit_.screens().place() == Screens::Place::match) {
-        heard.listener = {inTheGame(scene_.camera.eye), inTheGame(scene_.camera.direction)};
+        heard.listener = {inGame(scene_.camera.eye), inGame(scene_.camera.direction)};
         heard.cues = ears_->cues();
         heard.jets = ears_->jets();
         captions_.hear(heard.cues, heard.listener, now);

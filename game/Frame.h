@@ -4,6 +4,8 @@
 #include "bots/Script.h"
 #include "client/Bodies.h"
 #include "common/GapHistogram.h"
+#include "game/ArenaFinder.h"
+#include "game/Arenas.h"
 #include "game/Captions.h"
 #include "game/Capture.h"
 #include "game/Ears.h"
@@ -21,6 +23,7 @@
 #include "game/render/Renderer.h"
 
 #include <functional>
+#include <future>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,8 +37,10 @@ class Frame {
     /// Called with the settings when the player has changed them; may throw InputError.
     using KeepSettings = std::function<void(const Settings&)>;
 
-    /// @param map  the room's arena, and its surface; the map must outlive this
-    Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings settings,
+    /// @param arenas  those that rooms may play, the likeliest first; at least one; must outlive
+    /// this
+    /// @param mesh  the surface of the first
+    Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh, Settings settings,
           KeepSettings keep);
 
     /// The way into a room. Without one, the player chooses.
@@ -73,6 +78,10 @@ class Frame {
     void take(const client::Event& event, client::Session& session, client::Time now);
     void act(const ActionChange& change);
     void act(const bots::Action& action, client::Session& session);
+    void beginJudging();
+    void judgeArena(const client::Snapshot& snapshot);
+    void changeArena();
+    MapManager& map() { return arenas_[arena_].map; }
     void compose(client::Time now);
     void nameFigures();
     void sound(client::Time now);
@@ -81,7 +90,17 @@ class Frame {
     void keepSettings();
 
     Window& window_;
-    MapManager& map_;
+    std::vector<KnownArena>& arenas_;
+
+    /// The arena shown, and the one whose surface is being made.
+    std::size_t arena_ = 0;
+    std::size_t nextArena_ = 0;
+    std::future<ArenaMesh> nextMesh_;
+    std::optional<ArenaFinder> finder_;
+
+    /// The arenas in the finder's order.
+    std::vector<std::size_t> judged_;
+    bool isArenaUnknown_ = false;
     Settings settings_;
     KeepSettings keep_;
     Renderer renderer_;

@@ -15,7 +15,7 @@ using glm::mat4;
 using glm::vec3;
 
 // In what the eye sees, x to the left, y up, z ahead.
-constexpr vec3 grip{-20.0f, -21.0f, 40.0f};
+constexpr vec3 grip{-22.0f, -23.5f, 42.0f};
 
 /// The gun points to the middle of the picture, far away.
 constexpr float turnIn = 0.13f;

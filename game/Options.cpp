@@ -4,7 +4,6 @@
 #include "common/CommandLine.h"
 #include "game/RoomLink.h"
 #include "game/Settings.h"
-#include "src/FilePath.h"
 #include "src/Messages.h"
 
 #include <CLI/CLI.hpp>
@@ -33,7 +32,6 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
     app.set_version_flag("--version", "drench " DRENCH_VERSION);
     app.get_formatter()->column_width(30);
     app.footer(endHelp);
-    options.arena = getResourcePath("mapdata");
     const auto option = [&](const char* name, auto& value, const char* description,
                             const char* type) {
         return app.add_option(name, value, description)->type_name(type);
@@ -43,8 +41,7 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
     option("--name", options.name, "Your name, at most 11 bytes", "NAME")
         ->default_str("that of the settings");
     option("--arena", options.arena,
-           "What the room plays, if it is not the arena beside drench: a map text, plan or voxel "
-           "file",
+           "What the room plays: a map text, plan or voxel file; otherwise it is found out",
            "FILE");
     option("--seconds", options.seconds, "How long to play; 0 until the window is closed", "S")
         ->check(numberBetween(0.0, longestRun))

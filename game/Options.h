@@ -15,7 +15,7 @@ struct Options {
     /// Empty for the name of the settings.
     std::string name;
 
-    /// The arena file that the room plays.
+    /// The arena file that the room plays; empty to find it out among those known.
     std::string arena;
 
     /// How long to play; 0 until the window is closed.

@@ -61,10 +61,21 @@ std::optional<client::RoomAddress> roomOf(const Options& options) {
     return room;
 }
 
-int play(const Options& options) {
-    const std::optional<client::RoomAddress> room = roomOf(options);
+/// Those that rooms may play, the likeliest first: the one of the command line alone, or all known.
+KnownArenas arenasFor(const Options& options) {
+    if (options.arena.empty())
+        return readArenas(usualArena(), arenaFolders());
     arena::ArenaFile arena = arena::readWholeArena(options.arena);
     arena::requireCells(arena.text.map);
+    KnownArenas named;
+    named.arenas.push_back({options.arena, options.arena, std::move(arena.text.map)});
+    return named;
+}
+
+int play(const Options& options) {
+    const std::optional<client::RoomAddress> room = roomOf(options);
+    KnownArenas known = arenasFor(options);
+    MapManager& map = known.arenas.front().map;
     std::vector<bots::Action> script;
     if (!options.script.empty())
         script = bots::readScript(readFile(options.script), options.script);
@@ -81,15 +92,16 @@ int play(const Options& options) {
     std::optional<bots::Roadmap> roadmap;
     if (options.bot)
         roadmap = bots::keptChart(
-            arena.text.map, bots::chartFolder(), bots::programChecksum(),
-            [] { return stopAsked == 0; }, [](const std::string&) {});
+            map, bots::chartFolder(), bots::programChecksum(), [] { return stopAsked == 0; },
+            [](const std::string&) {});
     // The surface takes some tenths of a second, and so does opening the window.
-    std::future<ArenaMesh> mesh =
-        std::async(std::launch::async, [&] { return meshOf(arena.text.map); });
+    std::future<ArenaMesh> mesh = std::async(std::launch::async, [&] { return meshOf(map); });
     Window window("Drench", options.size);
-    Frame frame(window, arena.text.map, mesh.get(), asked,
+    Frame frame(window, known.arenas, mesh.get(), asked,
                 [&](const Settings& settings) { keep(settings, asked, read.settings); });
     for (const std::string& problem : read.problems)
+        frame.warn(problem);
+    for (const std::string& problem : known.problems)
         frame.warn(problem);
     if (room)
         frame.visit().join(*room, asked.name, client::Clock::now());

@@ -27,7 +27,7 @@ void Renderer::draw(const Scene& scene, int width, int height) {
     figures_.drawGun(scene, aspect);
     glDepthRange(gunDepth, 1.0);
     figures_.drawFigures(scene, aspect);
-    arena_.draw(scene.camera, aspect);
+    arena_->draw(scene.camera, aspect);
     sky_.draw(scene.camera, aspect, scene.time);
     water_.drawWater(scene, aspect);
     water_.drawSoaking(scene, aspect);

@@ -7,6 +7,8 @@
 #include "game/render/SkyPicture.h"
 #include "game/render/WaterPicture.h"
 
+#include <optional>
+
 namespace drench::game {
 
 /// Draws scenes into the current framebuffer. Needs the current context of OpenGL 3.3.
@@ -14,11 +16,14 @@ class Renderer {
   public:
     explicit Renderer(const ArenaMesh& arena);
 
+    /// Draws this arena from now on.
+    void setArena(const ArenaMesh& arena) { arena_.emplace(arena); }
+
     /// @param width,height  of the framebuffer in pixels
     void draw(const Scene& scene, int width, int height);
 
   private:
-    ArenaPicture arena_;
+    std::optional<ArenaPicture> arena_;
     SkyPicture sky_;
     FigurePicture figures_;
     WaterPicture water_;

@@ -38,7 +38,7 @@ TEST(Names, AreShownAboveHeadsInSight) {
 
 TEST(Names, AreHiddenBehindWallsAndShownOverThem) {
     const FigurePose figure = standingPose();
-    const glm::vec3 eye(600, 200, 300);
+    glm::vec3 eye(600, 200, 300);
     const auto shown = [&](int lowestOpenRow) {
         const MapManager map = loaded(arenaText(16, 8, 16, [&](int column, int row, int) {
             return column == 4 && row < lowestOpenRow;
@@ -47,6 +47,9 @@ TEST(Names, AreHiddenBehindWallsAndShownOverThem) {
     };
     EXPECT_EQ(shown(8), 0u);
     EXPECT_EQ(shown(3), 1u) << "the body is seen over a low wall";
+    EXPECT_EQ(shown(4), 0u);
+    eye.y = 300.0f;
+    EXPECT_EQ(shown(4), 1u) << "from up here the head is seen";
 }
 
 TEST(Names, OfSoakedPlayersAreHidden) {
