@@ -74,8 +74,7 @@ void Frame::run() {
     serviceRoom(begin);
     compose(begin);
     sound(begin);
-    const PixelSize size = window_.size();
-    renderer_.draw(scene_, size.width, size.height);
+    drawScene();
     drawOverlay(begin);
     window_.show();
     const client::Time end = client::Clock::now();
@@ -88,9 +87,21 @@ void Frame::run() {
 }
 
 void Frame::drawAgain() {
-    const PixelSize size = window_.size();
-    renderer_.draw(scene_, size.width, size.height);
+    drawScene();
     overlay_.drawAgain();
+}
+
+void Frame::drawScene() {
+    const PixelSize size = window_.size();
+    if (settings_.renderScale >= 1.0) {
+        renderer_.draw(scene_, size.width, size.height);
+        return;
+    }
+    const int width = std::max(static_cast<int>(settings_.renderScale * size.width), 1);
+    const int height = std::max(static_cast<int>(settings_.renderScale * size.height), 1);
+    smallPicture_.begin(width, height);
+    renderer_.draw(scene_, width, height);
+    smallPicture_.end(size.width, size.height);
 }
 
 void Frame::waitUntilDue() {

@@ -18,6 +18,7 @@
 #include "game/Visit.h"
 #include "game/Window.h"
 #include "game/render/Renderer.h"
+#include "game/render/SmallPicture.h"
 
 #include <functional>
 #include <optional>
@@ -71,6 +72,7 @@ class Frame {
     void compose(client::Time now);
     void nameFigures();
     void sound(client::Time now);
+    void drawScene();
     void drawOverlay(client::Time now);
     void applySettings();
     void keepSettings();
@@ -80,6 +82,7 @@ class Frame {
     Settings settings_;
     KeepSettings keep_;
     Renderer renderer_;
+    SmallPicture smallPicture_;
     Overlay overlay_;
     Pacing pacing_;
 
