@@ -38,6 +38,9 @@ vec3 inTheGame(glm::vec3 v) {
     return {v.x, v.y, v.z};
 }
 
+/// Seconds: after a pause a stick does not turn for all of it.
+constexpr double longestStickTime = 0.1;
+
 /// From the last change of a setting until all are kept, so that a slider writes one file.
 constexpr std::chrono::milliseconds keepPause{700};
 
@@ -69,6 +72,7 @@ void Frame::run() {
     waitUntilDue();
     const client::Time begin = client::Clock::now();
     const client::Time before = std::exchange(begin_, begin);
+    sinceLast_ = std::min(secondsBetween(before, begin), longestStickTime);
     pacing_.begin(begin);
     takeInputs();
     serviceRoom(begin);
@@ -140,6 +144,9 @@ void Frame::takeInputs() {
     pacing_.calm(visit_.screens().isCalm() || !isFocused_);
     if (capture_.holdsMouse())
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
+                           {settings_.invertX, settings_.invertY});
+    if (gameHasInput && isFocused_)
+        turning_.holdStick(events.stickX, events.stickY, sinceLast_, settings_.stickSensitivity,
                            {settings_.invertX, settings_.invertY});
     window_.captureMouse(capture_.holdsMouse());
     const ViewCounts counts = turning_.take();

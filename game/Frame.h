@@ -104,6 +104,9 @@ class Frame {
     Captions captions_;
     client::Time opened_;
     client::Time begin_;
+
+    /// Seconds from the frame before.
+    double sinceLast_ = 0.0;
     Scene scene_;
     bool isClosed_ = false;
 
