@@ -63,8 +63,6 @@ Frame::Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings se
       renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
       staging_(map, dropSeed), opened_(client::Clock::now()), begin_(opened_) {
     scene_.camera = overview(map);
-    if (settings_.fullScreen)
-        window_.fillScreen(true);
     applySettings();
 }
 
@@ -184,7 +182,7 @@ void Frame::act(const ActionChange& change) {
         visit_.session()->setKey(*key, change.held);
     if (change.action == Action::fullScreen && change.held) {
         settings_.fullScreen = !settings_.fullScreen;
-        applySettings();
+        window_.fillScreen(settings_.fullScreen);
         changed_ = begin_;
     }
     overlay_.act(change, visit_);
