@@ -21,6 +21,7 @@
 #include "game/Visit.h"
 #include "game/Window.h"
 #include "game/render/Renderer.h"
+#include "game/render/SmallPicture.h"
 
 #include <functional>
 #include <future>
@@ -85,6 +86,7 @@ class Frame {
     void compose(client::Time now);
     void nameFigures();
     void sound(client::Time now);
+    void drawScene();
     void drawOverlay(client::Time now);
     void applySettings();
     void keepSettings();
@@ -104,6 +106,7 @@ class Frame {
     Settings settings_;
     KeepSettings keep_;
     Renderer renderer_;
+    SmallPicture smallPicture_;
     Overlay overlay_;
     Pacing pacing_;
 
@@ -130,6 +133,9 @@ class Frame {
     Captions captions_;
     client::Time opened_;
     client::Time begin_;
+
+    /// Seconds from the frame before.
+    double sinceLast_ = 0.0;
     Scene scene_;
     bool isClosed_ = false;
 

@@ -38,6 +38,8 @@ Window::Library::Library() {
     SDL_SetHint(SDL_HINT_VIDEODRIVER, std::getenv("WAYLAND_DISPLAY") ? "x11,wayland" : "x11");
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         fail("there is no display to open a window on");
+    // Who has no gamepad plays without.
+    SDL_InitSubSystem(SDL_INIT_GAMECONTROLLER);
 }
 
 Window::Window(const std::string& title, PixelSize size) {
@@ -91,8 +93,12 @@ double Window::screenRate() const {
 WindowEvents Window::takeEvents() {
     WindowEvents events;
     SDL_Event event;
-    while (SDL_PollEvent(&event) != 0)
+    while (SDL_PollEvent(&event) != 0) {
         add(events, event);
+        gamepad_.take(event, events.presses);
+    }
+    events.stickX = gamepad_.stickX();
+    events.stickY = gamepad_.stickY();
     if (!mouseIsCaptured_)
         events.mouseX = events.mouseY = 0;
     return events;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "game/Gamepad.h"
 #include "game/WindowEvents.h"
 
 #include <SDL.h>
@@ -71,6 +72,7 @@ class Window {
     };
 
     Library library_;
+    Gamepad gamepad_;
     std::unique_ptr<SDL_Window, Close> window_;
     std::unique_ptr<void, Close> context_;
     bool drawsInSoftware_ = false;
