@@ -99,6 +99,20 @@ TEST_F(Hearing, FirstStepIsHeardSoon) {
     EXPECT_EQ(count(play('2', 12, 1, walkForward), Sound::step), 1);
 }
 
+TEST_F(Hearing, PauseInAWalkBeginsItsStrideAnew) {
+    // Half a stride is walked before the pause, and heard no sooner for it.
+    const auto steps = [&](int ticks) {
+        cues = Cues(map);
+        return count(play('2', ticks, 1,
+                          [](Player& body, int tick) {
+                              body.keys[keyIndex::forward] = tick <= 6 || tick > 20;
+                          }),
+                     Sound::step);
+    };
+    EXPECT_EQ(steps(26), 0);
+    EXPECT_EQ(steps(28), 1);
+}
+
 TEST_F(Hearing, OwnBodyIsHeardWithoutAPlaceAndSofter) {
     const std::vector<Cue> own = play('1', 100, 1, walkForward);
     const std::vector<Cue> other = play('2', 100, 1, walkForward);
@@ -169,6 +183,16 @@ TEST_F(Hearing, JetBeginsOnceAndGoesOn) {
     shooter.shooting = false;
     EXPECT_TRUE(hear({shooter}).empty());
     EXPECT_TRUE(cues.jets().empty());
+}
+
+TEST_F(Hearing, MissedStatesDoNotSlowTheSplashes) {
+    PlayerUpdate shooter = playerAt('2', middle);
+    hear({shooter});
+    shooter.shooting = true;
+    int splashes = 0;
+    for (int tick = 0; tick < 90; tick += 3)
+        splashes += count(hear({shooter}, 3), Sound::splash);
+    EXPECT_EQ(splashes, 10);
 }
 
 TEST_F(Hearing, JetSplashesWhereItLands) {
