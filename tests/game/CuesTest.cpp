@@ -86,6 +86,7 @@ TEST_F(Hearing, WalkSoundsByItsDistanceAndMaterial) {
     for (const Cue& cue : walk) {
         EXPECT_EQ(cue.material, wood);
         ASSERT_TRUE(cue.place.has_value());
+        EXPECT_FALSE(cue.isOwn);
         EXPECT_FLOAT_EQ(cue.place->x, middle.x);
     }
     EXPECT_LT(walk.front().place->z, walk.back().place->z);
@@ -203,6 +204,7 @@ TEST_F(Hearing, JetSplashesWhereItLands) {
     const std::vector<Cue> heard = hear({shooter});
     ASSERT_EQ(count(heard, Sound::splash), 1);
     EXPECT_FALSE(heard[0].place.has_value()) << "one's own jet";
+    EXPECT_TRUE(heard[1].isOwn);
     EXPECT_NEAR(heard[1].place->y, 64.0f, 0.01f);
     EXPECT_EQ(heard[1].material, wood);
     EXPECT_FALSE(cues.jets()[0].place.has_value());
