@@ -222,7 +222,7 @@ class Life {
         const client::ArrivalLine& line = prediction_.line();
         frame.share = std::clamp(line.ticksSince(milliseconds(now) + line.delay()) -
                                      static_cast<double>(frame.ticksAhead - 1),
-                                 0.0, 1.0);
+                                 -1.0, 1.0);
         frame.eye = body->eye;
         life_.frames.push_back(frame);
     }

@@ -163,7 +163,8 @@ void Prediction::sent(const std::vector<InputRecord>& records, Time now) {
             record.isView = true;
             record.dx = view->dx;
             record.dy = view->dy;
-        } else if (const auto* key = std::get_if<KeyMessage>(&input)) {
+        } else if (const auto* key = std::get_if<KeyMessage>(&input);
+                   key && key->key >= 0 && key->key < keyIndex::count) {
             record.key = key->key;
             record.isDown = key->down != 0;
         } else {
@@ -241,7 +242,9 @@ std::optional<Prediction::Body> Prediction::body(Time now) const {
         before = body.player.position;
         body.player.update(0.0f);
     }
-    const auto share = static_cast<float>(std::clamp(ahead - (ticks - 1), 0.0, 1.0));
+    // Below 0 where a record sent now may still act in a tick that a snapshot shows already: the
+    // room's ticks are late by a little.
+    const auto share = static_cast<float>(std::clamp(ahead - (ticks - 1), -1.0, 1.0));
     body.eye = before + (body.player.position - before) * share + error_.at(now);
     return body;
 }

@@ -72,7 +72,8 @@ class Prediction {
     /// @param map  the room's arena; must outlive the prediction
     explicit Prediction(MapManager& map) : map_(&map) {}
 
-    /// The session has just sent these, at `now`: see Session::sentInputs(). Words are passed over.
+    /// The session has just sent these, at `now`: see Session::sentInputs(). Words, and keys
+    /// outside keyIndex, are passed over.
     void sent(const std::vector<InputRecord>& records, Time now);
 
     /// A snapshot came: explains it. Nothing happens if it does not hold player `id`.

@@ -1,9 +1,11 @@
 #include "game/Frame.h"
 
+#include "bots/Play.h"
 #include "common/Files.h"
 #include "game/FigureSight.h"
 
 #include <algorithm>
+#include <iostream>
 #include <utility>
 
 namespace drench::game {
@@ -12,6 +14,9 @@ namespace {
 
 /// Where the drops of water fly follows from it.
 constexpr std::uint64_t dropSeed = 1;
+
+/// What a bot does that plays here follows from it.
+constexpr std::uint64_t botSeed = 1;
 
 double secondsBetween(client::Time from, client::Time to) {
     return std::chrono::duration<double>(to - from).count();
@@ -57,6 +62,11 @@ Frame::Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings se
     if (settings_.fullScreen)
         window_.fillScreen(true);
     applySettings();
+}
+
+void Frame::letBotPlay(const bots::Roadmap& roadmap, double skill) {
+    roadmap_ = &roadmap;
+    botSkill_ = skill;
 }
 
 void Frame::run() {
@@ -180,6 +190,8 @@ void Frame::take(const client::Event& event, client::Session& session, client::T
     if (std::holds_alternative<client::Joined>(event)) {
         bodies_.emplace(map_);
         ears_.emplace(map_);
+        if (roadmap_)
+            bot_.emplace(*roadmap_, botSkill_, botSeed);
         if (!visit_.isHosting() && isLasting(visit_.screens().room())) {
             rememberRoom(settings_, visit_.screens().room());
             changed_ = now;
@@ -195,6 +207,10 @@ void Frame::take(const client::Event& event, client::Session& session, client::T
         return;
     for (; acted_ < script_.size() && script_[acted_].tick <= snapshot->tick; ++acted_)
         act(script_[acted_], session);
+    const PlayerUpdate* const self = session.self(snapshot->state);
+    if (bot_ && self)
+        bots::send(session, bot_->decide(bodies_->shown(*self, now, settings_.showWhereShotsMeet),
+                                         self->id));
 }
 
 void Frame::compose(client::Time now) {
@@ -251,6 +267,8 @@ void Frame::sound(client::Time now) {
         captions_.hear(heard.cues, heard.listener, now);
     }
     soundDevice_.play(heard, now);
+    if (!soundDevice_.problem().empty() && !std::exchange(saidSilence_, true))
+        std::cerr << "Nothing can be heard: " << soundDevice_.problem() << '\n';
     if (ears_)
         ears_->forget();
 }

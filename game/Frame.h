@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bots/Bot.h"
 #include "bots/Script.h"
 #include "client/Bodies.h"
 #include "common/GapHistogram.h"
@@ -45,6 +46,10 @@ class Frame {
 
     /// Lets these inputs go to the room besides one's own.
     void playScript(std::vector<bots::Action> script) { script_ = std::move(script); }
+
+    /// Lets a bot of this skill play instead of the one at the window, from the next joining on.
+    /// @param roadmap  must outlive this
+    void letBotPlay(const bots::Roadmap& roadmap, double skill);
 
     /// Waits until the next frame is due, and makes it.
     void run();
@@ -92,11 +97,17 @@ class Frame {
     std::vector<bots::Action> script_;
     std::size_t acted_ = 0;
 
+    /// Null unless a bot plays.
+    const bots::Roadmap* roadmap_ = nullptr;
+    double botSkill_ = 0.0;
+    std::optional<bots::Bot> bot_;
+
     Visit visit_;
     std::optional<client::Bodies> bodies_;
     Staging staging_;
     std::optional<Ears> ears_;
     SoundDevice soundDevice_;
+    bool saidSilence_ = false;
     Captions captions_;
     client::Time opened_;
     client::Time begin_;

@@ -53,6 +53,8 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
     option("--script", options.script,
            "Send the inputs that stand here, as drench-bots --script does", "FILE");
     std::array<int, 2> size = {options.size.width, options.size.height};
+    option("--bot", options.bot, "Watch a bot of this skill, 0 to 1, play in your stead", "X")
+        ->check(numberBetween(0.0, 1.0));
     option("--size", size, "Width and height of the window", "WxH")
         ->delimiter('x')
         ->check(numberBetween(smallestSide, arena::Image::largestSide))

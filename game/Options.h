@@ -27,6 +27,9 @@ struct Options {
     /// Inputs to send as drench-bots does; empty for none.
     std::string script;
 
+    /// The skill of a bot that plays instead; nothing for a person.
+    std::optional<double> bot;
+
     PixelSize size;
 
     /// The most frames a second, 0 for the screen's own; nothing for those of the settings.

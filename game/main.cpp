@@ -1,5 +1,6 @@
 #include "arena/ArenaFile.h"
 #include "arena/picture/Png.h"
+#include "bots/ChartCache.h"
 #include "client/RoomAddress.h"
 #include "common/CommandLine.h"
 #include "common/Decimals.h"
@@ -77,6 +78,11 @@ int play(const Options& options) {
         asked.frameLimit = *options.frameLimit;
 
     listenForSignals();
+    std::optional<bots::Roadmap> roadmap;
+    if (options.bot)
+        roadmap = bots::keptChart(
+            arena.text.map, bots::chartFolder(), bots::programChecksum(),
+            [] { return stopAsked == 0; }, [](const std::string&) {});
     // The surface takes some tenths of a second, and so does opening the window.
     std::future<ArenaMesh> mesh =
         std::async(std::launch::async, [&] { return meshOf(arena.text.map); });
@@ -88,6 +94,8 @@ int play(const Options& options) {
     if (room)
         frame.visit().join(*room, asked.name, client::Clock::now());
     frame.playScript(std::move(script));
+    if (roadmap)
+        frame.letBotPlay(*roadmap, *options.bot);
     const Timekeeper timekeeper(options.seconds);
     while (frame.goesOn() && timekeeper.goesOn())
         frame.run();

@@ -359,15 +359,19 @@ TEST(PredictionEye, NeverJumpsButForASpawn) {
 }
 
 TEST(PredictionEye, MovesEvenlyWithoutNews) {
-    PredictedLine line(arena(), delayed(40));
-    line.pass(2000.0);
-    line.sendKey(keyIndex::forward, true);
-    line.pass(300.0);
-    const std::size_t from = line.eyes.size();
-    line.pass(500.0);
-    for (std::size_t i = from; i < line.eyes.size(); ++i) {
-        const float step = (*line.eyes[i] - *line.eyes[i - 1]).length();
-        EXPECT_NEAR(step, 6.0f * 1000.0f / 240.0f / 16.5f, 0.6f);
+    for (const int delay : {0, 7, 40}) {
+        PredictedLine line(arena(), delayed(delay));
+        line.playAtRandom(0.5);
+        line.pass(1500.0);
+        for (int key = 0; key < keyIndex::count; ++key)
+            line.sendKey(key, key == keyIndex::forward);
+        line.pass(300.0);
+        const std::size_t from = line.eyes.size();
+        line.pass(500.0);
+        for (std::size_t i = from; i < line.eyes.size(); ++i) {
+            const float step = (*line.eyes[i] - *line.eyes[i - 1]).length();
+            EXPECT_NEAR(step, 6.0f * 1000.0f / 240.0f / 16.5f, 0.6f) << delay;
+        }
     }
 }
 
@@ -402,6 +406,20 @@ TEST(PredictionHostile, NumbersOfAnySizeLeaveTheBodySomewhere) {
         }
     }
     EXPECT_GT(line.prediction.statistics().unexplained, 30u);
+}
+
+TEST(PredictionHostile, KeysOfNoKeyboardAndWordsArePassedOver) {
+    PredictedLine line(arena(), delayed(0));
+    line.pass(1000.0);
+    KeyMessage odd;
+    odd.down = 1;
+    for (const int key : {-128, -1, int{keyIndex::count}, 127}) {
+        odd.key = static_cast<signed char>(key);
+        line.prediction.sent({odd, TalkMessage()}, line.now);
+    }
+    line.pass(1000.0);
+    EXPECT_TRUE(allExact(line));
+    EXPECT_TRUE(line.told.empty());
 }
 
 TEST(PredictionHostile, StatesOfNoPlayerChangeNothing) {

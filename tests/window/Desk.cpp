@@ -48,19 +48,20 @@ std::string Display::xdotool(const std::string& arguments) const {
 }
 
 std::string windowCommand(const std::string& display, const std::string& folder,
-                          const std::string& arguments) {
+                          const std::string& arguments, const std::string& environment) {
     const std::string where = display.empty() ? "-u DISPLAY" : "DISPLAY=" + display;
     return "-u WAYLAND_DISPLAY " + where +
            " LIBGL_ALWAYS_SOFTWARE=1 SDL_AUDIODRIVER=dummy XDG_CONFIG_HOME=" + folder + " " +
-           DRENCH_WINDOW_PROGRAM + " " + arguments;
+           environment + " " + DRENCH_WINDOW_PROGRAM + " " + arguments;
 }
 
-Desk::Desk(const std::string& arguments)
-    : server_(ServerProcess::listening(emptyCourt())), watcher_(server_.port()),
+Desk::Desk(const std::string& arguments, const std::string& environment)
+    : server_(ServerProcess::listening(emptyCourt())), port_(server_->port()), watcher_(port_),
       window(env, windowCommand(display.name, withSettings(folder_),
-                                "localhost:" + std::to_string(server_.port()) + " --name " +
-                                    player + " --arena " + server_.folder().string() +
-                                    "/Resources/mapdata " + arguments)) {
+                                "localhost:" + std::to_string(port_) + " --name " + player +
+                                    " --arena " + server_->folder().string() +
+                                    "/Resources/mapdata " + arguments,
+                                environment)) {
     watcher_.join("Eve");
 }
 
@@ -92,6 +93,22 @@ bool Desk::sees(const std::function<bool(const PlayerUpdate&)>& wanted, int mill
 
 bool Desk::seesLeave(int milliseconds) {
     return watcher_.waitForState([&](const UpdateMessage&) { return !seen(); }, milliseconds);
+}
+
+bool Desk::hears(const std::string& words) {
+    const PlayerUpdate* ann = seen();
+    return ann && watcher_.waitForDatagram(chatDatagram(ann->id, words));
+}
+
+void Desk::openRoomAgain() {
+    const std::string port = std::to_string(port_);
+    server_.emplace(std::vector<std::string>{port}, emptyCourt());
+    ASSERT_TRUE(server_->waitForLine("Server is listening on port " + port));
+    watcher_.join("Eve");
+}
+
+std::string Desk::settingsFile() const {
+    return readFile(folder_.path + "/drench/settings.toml");
 }
 
 bool Desk::comesToRest() {

@@ -34,7 +34,8 @@ class Desk {
     static constexpr char player[] = "Ann";
 
     /// @param arguments  more of them for the window
-    explicit Desk(const std::string& arguments = "");
+    /// @param environment  of the window, as in windowCommand()
+    explicit Desk(const std::string& arguments = "", const std::string& environment = "");
 
     /// Waits until the window plays, has the focus, and its player has landed.
     void settle();
@@ -61,7 +62,19 @@ class Desk {
     /// Watches until the player stands still.
     bool comesToRest();
 
-    int port() const { return server_.port(); }
+    /// Waits until this line of chat of the window's player comes; false if it does not.
+    bool hears(const std::string& words);
+
+    /// The room ends, as when its host stops it.
+    void endRoom() { server_.reset(); }
+
+    /// The room is opened anew at the same port, and the watcher joins it.
+    void openRoomAgain();
+
+    /// What the window's settings file holds.
+    std::string settingsFile() const;
+
+    int port() const { return port_; }
 
     /// The window's own number on the display.
     std::string windowNumber() const;
@@ -70,7 +83,8 @@ class Desk {
 
   private:
     TemporaryFolder folder_;
-    ServerProcess server_;
+    std::optional<ServerProcess> server_;
+    int port_;
     RemotePlayer watcher_;
 
   public:
@@ -79,5 +93,6 @@ class Desk {
 
 /// The words of a command that starts the window's program on a display, with its settings in a
 /// folder; without a display if the name is empty.
+/// @param environment  "NAME=VALUE" for more variables
 std::string windowCommand(const std::string& display, const std::string& folder,
-                          const std::string& arguments);
+                          const std::string& arguments, const std::string& environment = "");

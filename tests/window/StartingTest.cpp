@@ -49,7 +49,7 @@ TEST(WindowStarting, WithAnOldOpenGlOneLineSaysSo) {
 TEST(WindowStarting, WhereNobodyListensOneLineSaysSo) {
     const Display display;
     const std::string room = address(freePort());
-    const Ending window = run(display.name, room + " --seconds 6");
+    const Ending window = run(display.name, room + " --seconds 8");
     EXPECT_EQ(window.status, 1);
     EXPECT_EQ(window.said, "Nobody listens at " + room + ".\n");
 }
@@ -62,7 +62,7 @@ TEST(WindowStarting, InAFullRoomOneLineSaysSo) {
         players.push_back(std::make_unique<RemotePlayer>(server.port()));
         ASSERT_NE(players.back()->join(name), 0);
     }
-    const Ending window = run(display.name, address(server.port()) + " --seconds 3");
+    const Ending window = run(display.name, address(server.port()) + " --seconds 5");
     EXPECT_EQ(window.status, 1);
     EXPECT_EQ(window.said, address(server.port()) + " is full.\n");
 }
