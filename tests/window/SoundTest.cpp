@@ -72,7 +72,7 @@ class Recorder {
 
 TEST(WindowSound, OnesOwnJetIsHeardAsLongAsItIsFired) {
     const Recorder recorder;
-    Desk desk("", recorder.environment());
+    Desk desk({.environment = recorder.environment()});
     desk.settle();
     EXPECT_TRUE(recorder.fallsSilent()) << "standing";
     desk.pressButton(1);
@@ -85,7 +85,7 @@ TEST(WindowSound, OnesOwnJetIsHeardAsLongAsItIsFired) {
 
 TEST(WindowSound, OnesOwnStepsAreHeard) {
     const Recorder recorder;
-    Desk desk("", recorder.environment());
+    Desk desk({.environment = recorder.environment()});
     desk.settle();
     ASSERT_TRUE(recorder.fallsSilent());
     desk.press("w");
@@ -94,8 +94,19 @@ TEST(WindowSound, OnesOwnStepsAreHeard) {
     EXPECT_TRUE(desk.comesToRest());
 }
 
+TEST(WindowSound, WithoutVolumeNothingIsHeard) {
+    const Recorder recorder;
+    Desk desk(
+        {.settings = "[sound]\nmaster-volume = 0.0\n", .environment = recorder.environment()});
+    desk.settle();
+    desk.pressButton(1);
+    ASSERT_TRUE(desk.sees([](const PlayerUpdate& ann) { return ann.shooting; }));
+    EXPECT_TRUE(recorder.fallsSilent()) << "though the button is down";
+    desk.releaseButton(1);
+}
+
 TEST(WindowSound, WithoutASoundDeviceThePlayGoesOnAndOneLineSaysSo) {
-    Desk desk("", "SDL_AUDIODRIVER=none-of-them");
+    Desk desk({.environment = "SDL_AUDIODRIVER=none-of-them"});
     desk.settle();
     desk.window.signal(SIGTERM);
     EXPECT_EQ(desk.window.status(), 0);
