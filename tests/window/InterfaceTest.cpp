@@ -10,7 +10,7 @@ namespace {
 /// The window draws a menu twenty times a second: after this it has seen a key for certain, where
 /// it is not held up.
 void waitForFrames() {
-    std::this_thread::sleep_for(std::chrono::milliseconds(600));
+    std::this_thread::sleep_for(std::chrono::milliseconds(2000));
 }
 
 double distance(vec3 a, vec3 b) {
