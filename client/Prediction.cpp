@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <iterator>
 #include <limits>
 #include <utility>
@@ -85,7 +84,8 @@ bool isPossible(const PlayerUpdate& seen) {
 constexpr float priceOfOtherKey = 0.02f;
 
 bool isSoaked(const PlayerUpdate& seen) {
-    return std::memcmp(&seen.position, &Player::soakedPlace, sizeof seen.position) == 0;
+    constexpr vec3 there = Player::soakedPlace;
+    return seen.position.x == there.x && seen.position.y == there.y && seen.position.z == there.z;
 }
 
 int playersIn(const UpdateMessage& state) {
@@ -173,7 +173,7 @@ void Prediction::sent(const std::vector<InputRecord>& records, Time now) {
             record.dy = view->dy;
         } else if (const auto* key = std::get_if<KeyMessage>(&input);
                    key && key->key >= 0 && key->key < keyIndex::count) {
-            record.key = key->key;
+            record.key = int{key->key};
             record.isDown = key->down != 0;
         } else {
             continue;
