@@ -168,7 +168,7 @@ void Prediction::sent(const std::vector<InputRecord>& records, Time now) {
             record.dy = view->dy;
         } else if (const auto* key = std::get_if<KeyMessage>(&input);
                    key && key->key >= 0 && key->key < keyIndex::count) {
-            record.key = key->key;
+            record.key = int{key->key};
             record.isDown = key->down != 0;
         } else {
             continue;
