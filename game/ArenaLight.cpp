@@ -133,7 +133,7 @@ class Gather {
                     cornerSteps[quarter][step] == 1 ? quarterOffset : -quarterOffset;
             }
             const auto& directions =
-                directions_[static_cast<std::size_t>(face.axis * 2 + (face.side > 0))];
+                directions_[2 * static_cast<std::size_t>(face.axis) + (face.side > 0 ? 1 : 0)];
             const std::size_t index = number * 4 + static_cast<std::size_t>(quarter);
             auto met = met_.begin() + static_cast<std::ptrdiff_t>(index) * rays_;
             double open = 0.0;
@@ -216,6 +216,7 @@ std::vector<CornerLight> ambientLight(const MapManager& map, const std::vector<C
                                       const std::vector<double>& sunShares) {
     const Gather gather(map, faces);
     std::vector<Light> materials;
+    materials.reserve(faces.size());
     for (const CubeFace& face : faces)
         materials.push_back(materialLight(map, face));
     // What each face sends back, from bounce to bounce.
