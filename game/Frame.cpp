@@ -69,16 +69,21 @@ void Frame::run() {
     const client::Time begin = client::Clock::now();
     const client::Time before = std::exchange(begin_, begin);
     pacing_.begin(begin);
+    const std::chrono::nanoseconds processor = threadProcessorTime();
     takeInputs();
     serviceRoom(begin);
     compose(begin);
     sound(begin);
     const PixelSize size = window_.size();
-    renderer_.draw(scene_, size.width, size.height);
+    const int calls = renderer_.draw(scene_, size.width, size.height, look());
     drawOverlay(begin);
+    costs_.processor.add(threadProcessorTime() - processor);
+    costs_.mostDrawCalls = std::max(costs_.mostDrawCalls, calls + overlay_.drawCalls());
     window_.show();
     const client::Time end = client::Clock::now();
-    times_.add(end - begin);
+    costs_.times.add(end - begin);
+    if (!costs_.first)
+        costs_.first = end;
     latestTimes_.add({static_cast<float>(1000.0 * secondsBetween(before, begin)),
                       static_cast<float>(1000.0 * secondsBetween(begin, end))});
     visit_.setFrameTime(latestTimes_.longestWork());
@@ -88,8 +93,13 @@ void Frame::run() {
 
 void Frame::drawAgain() {
     const PixelSize size = window_.size();
-    renderer_.draw(scene_, size.width, size.height);
+    renderer_.draw(scene_, size.width, size.height, look());
     overlay_.drawAgain();
+}
+
+Look Frame::look() const {
+    const bool inSoftware = window_.drawsInSoftware();
+    return {isFull(settings_.picture, inSoftware), inSoftware, settings_.renderScale};
 }
 
 void Frame::waitUntilDue() {

@@ -2,10 +2,10 @@
 
 #include "bots/Script.h"
 #include "client/Bodies.h"
-#include "common/GapHistogram.h"
 #include "game/Captions.h"
 #include "game/Capture.h"
 #include "game/Ears.h"
+#include "game/FrameCosts.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
 #include "game/Overlay.h"
@@ -52,13 +52,13 @@ class Frame {
     /// False once the window was closed.
     bool goesOn() const { return !isClosed_ && !overlay_.hasQuit(); }
 
-    /// How long frames took from their first event to their last pixel.
-    const GapHistogram& times() const { return times_; }
+    const FrameCosts& costs() const { return costs_; }
 
     /// Draws the last frame once more, for a picture of it, without showing it.
     void drawAgain();
 
   private:
+    Look look() const;
     void waitUntilDue();
     void takeInputs();
     void press(const WindowEvents::Press& press);
@@ -105,7 +105,7 @@ class Frame {
 
     /// Since when the settings differ from those kept; nothing if they do not.
     std::optional<client::Time> changed_;
-    GapHistogram times_;
+    FrameCosts costs_;
     FrameTimes latestTimes_;
 };
 

@@ -13,6 +13,7 @@
 
 #include <future>
 #include <iostream>
+#include <sys/resource.h>
 
 using namespace drench;
 using namespace drench::game;
@@ -23,10 +24,23 @@ namespace {
 constexpr int played = 0;
 constexpr int noRoom = 1;
 
-void sayFrameTimes(const GapHistogram& times) {
-    std::cout << times.count() << " frames: p50 " << decimals(times.percentile(typical), 1)
-              << " ms, p99 " << decimals(times.percentile(nearlyAll), 1) << " ms, longest "
-              << decimals(times.longest(), 1) << " ms\n";
+/// @param start  of the program
+void sayFrameCosts(const FrameCosts& costs, client::Time start) {
+    const auto say = [](const GapHistogram& times) {
+        std::cout << "p50 " << decimals(times.percentile(typical), 1) << " ms, p99 "
+                  << decimals(times.percentile(nearlyAll), 1) << " ms, longest "
+                  << decimals(times.longest(), 1) << " ms";
+    };
+    std::cout << costs.times.count() << " frames: ";
+    say(costs.times);
+    std::cout << "\nprocessor apart from rasterising: ";
+    say(costs.processor);
+    rusage used{};
+    getrusage(RUSAGE_SELF, &used);
+    const std::chrono::duration<double, std::milli> toFirst = costs.first.value_or(start) - start;
+    std::cout << "\ndraw calls: at most " << costs.mostDrawCalls << "\nfirst frame: after "
+              << decimals(toFirst.count(), 0) << " ms\nmemory: " << used.ru_maxrss / 1024
+              << " MiB at most\n";
 }
 
 ReadSettings readOwnSettings() {
@@ -61,6 +75,7 @@ std::optional<client::RoomAddress> roomOf(const Options& options) {
 }
 
 int play(const Options& options) {
+    const client::Time start = client::Clock::now();
     const std::optional<client::RoomAddress> room = roomOf(options);
     arena::ArenaFile arena = arena::readWholeArena(options.arena);
     arena::requireCells(arena.text.map);
@@ -98,7 +113,7 @@ int play(const Options& options) {
         replaceFile(options.screenshot, arena::encodePng(screenshot(size.width, size.height)));
     }
     if (options.frameTimes)
-        sayFrameTimes(frame.times());
+        sayFrameCosts(frame.costs(), start);
     const std::string& trouble = frame.visit().screens().trouble().what;
     if (!trouble.empty())
         std::cerr << trouble << '\n';
