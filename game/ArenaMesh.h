@@ -37,6 +37,9 @@ struct MeshVertex {
     float across = 0.0f;
     float along = 0.0f;
     std::array<EdgeKind, 4> edges{};
+
+    /// The cellValue of the cube, as far as it has a texture; 0 otherwise.
+    std::uint8_t texture = 0;
 };
 
 /// Triangles, counter-clockwise as seen from outside of the cubes.

@@ -76,16 +76,22 @@ void Frame::run() {
     const client::Time before = std::exchange(begin_, begin);
     sinceLast_ = std::min(secondsBetween(before, begin), longestStickTime);
     pacing_.begin(begin);
+    const std::chrono::nanoseconds processor = threadProcessorTime();
     takeInputs();
     serviceRoom(begin);
     changeArena();
     compose(begin);
     sound(begin);
-    drawScene();
+    const PixelSize size = window_.size();
+    const int calls = renderer_.draw(scene_, size.width, size.height, look());
     drawOverlay(begin);
+    costs_.processor.add(threadProcessorTime() - processor);
+    costs_.mostDrawCalls = std::max(costs_.mostDrawCalls, calls + overlay_.drawCalls());
     window_.show();
     const client::Time end = client::Clock::now();
-    times_.add(end - begin);
+    costs_.times.add(end - begin);
+    if (!costs_.first)
+        costs_.first = end;
     latestTimes_.add({static_cast<float>(1000.0 * secondsBetween(before, begin)),
                       static_cast<float>(1000.0 * secondsBetween(begin, end))});
     visit_.setFrameTime(latestTimes_.longestWork());
@@ -94,21 +100,14 @@ void Frame::run() {
 }
 
 void Frame::drawAgain() {
-    drawScene();
+    const PixelSize size = window_.size();
+    renderer_.draw(scene_, size.width, size.height, look());
     overlay_.drawAgain();
 }
 
-void Frame::drawScene() {
-    const PixelSize size = window_.size();
-    if (settings_.renderScale >= 1.0) {
-        renderer_.draw(scene_, size.width, size.height);
-        return;
-    }
-    const int width = std::max(static_cast<int>(settings_.renderScale * size.width), 1);
-    const int height = std::max(static_cast<int>(settings_.renderScale * size.height), 1);
-    smallPicture_.begin(width, height);
-    renderer_.draw(scene_, width, height);
-    smallPicture_.end(size.width, size.height);
+Look Frame::look() const {
+    const bool inSoftware = window_.drawsInSoftware();
+    return {isFull(settings_.picture, inSoftware), inSoftware, settings_.renderScale};
 }
 
 void Frame::waitUntilDue() {

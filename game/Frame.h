@@ -3,12 +3,12 @@
 #include "bots/Bot.h"
 #include "bots/Script.h"
 #include "client/Bodies.h"
-#include "common/GapHistogram.h"
 #include "game/ArenaFinder.h"
 #include "game/Arenas.h"
 #include "game/Captions.h"
 #include "game/Capture.h"
 #include "game/Ears.h"
+#include "game/FrameCosts.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
 #include "game/Overlay.h"
@@ -21,7 +21,6 @@
 #include "game/Visit.h"
 #include "game/Window.h"
 #include "game/render/Renderer.h"
-#include "game/render/SmallPicture.h"
 
 #include <functional>
 #include <future>
@@ -63,13 +62,13 @@ class Frame {
     /// False once the window was closed.
     bool goesOn() const { return !isClosed_ && !overlay_.hasQuit(); }
 
-    /// How long frames took from their first event to their last pixel.
-    const GapHistogram& times() const { return times_; }
+    const FrameCosts& costs() const { return costs_; }
 
     /// Draws the last frame once more, for a picture of it, without showing it.
     void drawAgain();
 
   private:
+    Look look() const;
     void waitUntilDue();
     void takeInputs();
     void press(const WindowEvents::Press& press);
@@ -86,7 +85,6 @@ class Frame {
     void compose(client::Time now);
     void nameFigures();
     void sound(client::Time now);
-    void drawScene();
     void drawOverlay(client::Time now);
     void applySettings();
     void keepSettings();
@@ -106,7 +104,6 @@ class Frame {
     Settings settings_;
     KeepSettings keep_;
     Renderer renderer_;
-    SmallPicture smallPicture_;
     Overlay overlay_;
     Pacing pacing_;
 
@@ -141,7 +138,7 @@ class Frame {
 
     /// Since when the settings differ from those kept; nothing if they do not.
     std::optional<client::Time> changed_;
-    GapHistogram times_;
+    FrameCosts costs_;
     FrameTimes latestTimes_;
 };
 
