@@ -36,7 +36,7 @@ constexpr char name[] = "Ann";
 constexpr float aspect = 16.0f / 9.0f;
 
 /// Of one input, so that no input takes long.
-constexpr int mostFrames = 300;
+constexpr int mostFrames = 100;
 
 /// More than the most figures, jets, drops and patches that a scene may hold.
 constexpr std::size_t mostVertices = 40'000;
