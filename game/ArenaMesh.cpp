@@ -93,7 +93,7 @@ class Builder {
         at[secondAlong(face.axis)] += point.y;
         mesh_.vertices.push_back({glm::vec3(at * double(arena::cubeEdge)),
                                   {colour.red, colour.green, colour.blue},
-                                  static_cast<std::uint8_t>(2 * face.axis + (face.side > 0)),
+                                  facingOf(face),
                                   static_cast<float>(point.x),
                                   static_cast<float>(point.y),
                                   edges,

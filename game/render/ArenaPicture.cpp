@@ -16,7 +16,7 @@ namespace {
 constexpr char vertexSource[] = R"(
 uniform mat4 toClip;
 layout(location = 0) in vec3 position;
-layout(location = 1) in vec4 colour;
+layout(location = 1) in vec3 colour;
 layout(location = 2) in vec2 place;
 layout(location = 3) in vec4 edges;
 #ifdef TEXTURED
@@ -29,7 +29,7 @@ out vec2 onFace;
 flat out vec4 edgeLight;
 void main() {
     gl_Position = toClip * vec4(position, 1.0);
-    light = colour.rgb;
+    light = colour;
     onFace = place;
     // Both low edges, then both high ones.
     edgeLight = (max(edges, 0.0) * 0.11 + min(edges, 0.0) * 0.09).xzyw;
@@ -80,17 +80,11 @@ ArenaPicture::ArenaPicture(const ArenaMesh& mesh) : chunks_(mesh), plain_(progra
     array_.bind();
     vertices_.fill(GL_ARRAY_BUFFER, mesh.vertices, GL_STATIC_DRAW);
     indices_.fill(GL_ELEMENT_ARRAY_BUFFER, chunks_.indices(), GL_STATIC_DRAW);
-    glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(MeshVertex), nullptr);
-    glVertexAttribPointer(1, 4, GL_UNSIGNED_BYTE, GL_TRUE, sizeof(MeshVertex),
-                          reinterpret_cast<const void*>(offsetof(MeshVertex, colour)));
-    glVertexAttribPointer(2, 2, GL_FLOAT, GL_FALSE, sizeof(MeshVertex),
-                          reinterpret_cast<const void*>(offsetof(MeshVertex, across)));
-    glVertexAttribPointer(3, 4, GL_BYTE, GL_FALSE, sizeof(MeshVertex),
-                          reinterpret_cast<const void*>(offsetof(MeshVertex, edges)));
-    glVertexAttribPointer(4, 1, GL_UNSIGNED_BYTE, GL_FALSE, sizeof(MeshVertex),
-                          reinterpret_cast<const void*>(offsetof(MeshVertex, texture)));
-    for (const GLuint attribute : {0u, 1u, 2u, 3u, 4u})
-        glEnableVertexAttribArray(attribute);
+    setAttribute<MeshVertex>(0, 3, GL_FLOAT, GL_FALSE, offsetof(MeshVertex, position));
+    setAttribute<MeshVertex>(1, 3, GL_UNSIGNED_BYTE, GL_TRUE, offsetof(MeshVertex, colour));
+    setAttribute<MeshVertex>(2, 2, GL_FLOAT, GL_FALSE, offsetof(MeshVertex, across));
+    setAttribute<MeshVertex>(3, 4, GL_BYTE, GL_FALSE, offsetof(MeshVertex, edges));
+    setAttribute<MeshVertex>(4, 1, GL_UNSIGNED_BYTE, GL_FALSE, offsetof(MeshVertex, texture));
 }
 
 const Program& ArenaPicture::programFor(const Look& look) {
@@ -122,7 +116,7 @@ void ArenaPicture::draw(const Camera& camera, float aspect, const Look& look) {
     std::vector<const void*> firsts;
     for (const ArenaChunks::Run& run : runs) {
         counts.push_back(static_cast<GLsizei>(run.count));
-        firsts.push_back(reinterpret_cast<const void*>(run.first * sizeof(std::uint32_t)));
+        firsts.push_back(inBuffer(run.first * sizeof(std::uint32_t)));
     }
     glMultiDrawElements(GL_TRIANGLES, counts.data(), GL_UNSIGNED_INT, firsts.data(),
                         static_cast<GLsizei>(counts.size()));

@@ -45,13 +45,16 @@ class Buffer {
     GLuint name_ = 0;
 };
 
+/// A place in a buffer, in bytes from its start. OpenGL takes it for a pointer.
+inline const void* inBuffer(std::size_t offset) {
+    return std::bit_cast<const void*>(offset);
+}
+
 /// Where the bound vertex array finds an attribute in the bound buffer of vertices.
 /// @param isShare  whether whole numbers stand for shares of the largest one
 template<class Vertex>
 void setAttribute(GLuint place, GLint parts, GLenum type, GLboolean isShare, std::size_t offset) {
-    // OpenGL takes the offset for a pointer.
-    glVertexAttribPointer(place, parts, type, isShare, sizeof(Vertex),
-                          std::bit_cast<const void*>(offset));
+    glVertexAttribPointer(place, parts, type, isShare, sizeof(Vertex), inBuffer(offset));
     glEnableVertexAttribArray(place);
 }
 
