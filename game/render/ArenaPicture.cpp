@@ -21,6 +21,7 @@ layout(location = 2) in vec2 place;
 layout(location = 3) in vec4 edges;
 #ifdef TEXTURED
 layout(location = 4) in float material;
+layout(location = 5) in float facing;
 uniform float textureSize;
 out vec3 texel;
 #endif
@@ -35,7 +36,7 @@ void main() {
     edgeLight = (max(edges, 0.0) * 0.11 + min(edges, 0.0) * 0.09).xzyw;
 #ifdef TEXTURED
     // Upright on walls.
-    int axis = int(colour.a * 255.0 + 0.5) / 2;
+    int axis = int(facing + 0.5) / 2;
     vec2 onPlane = axis == 0 ? position.zy : axis == 1 ? position.xz : position.xy;
     texel = vec3(onPlane / textureSize, material);
 #endif
@@ -85,6 +86,7 @@ ArenaPicture::ArenaPicture(const ArenaMesh& mesh) : chunks_(mesh), plain_(progra
     setAttribute<MeshVertex>(2, 2, GL_FLOAT, GL_FALSE, offsetof(MeshVertex, across));
     setAttribute<MeshVertex>(3, 4, GL_BYTE, GL_FALSE, offsetof(MeshVertex, edges));
     setAttribute<MeshVertex>(4, 1, GL_UNSIGNED_BYTE, GL_FALSE, offsetof(MeshVertex, texture));
+    setAttribute<MeshVertex>(5, 1, GL_UNSIGNED_BYTE, GL_FALSE, offsetof(MeshVertex, facing));
 }
 
 const Program& ArenaPicture::programFor(const Look& look) {
