@@ -171,7 +171,7 @@ class Life {
                 for (; carried_ < life_.losses.size(); ++carried_)
                     life_.losses[carried_].carrier = life_.records.end();
             } else if (const auto* key = std::get_if<KeyMessage>(&input)) {
-                record.key = key->key;
+                record.key = int{key->key};
                 record.isDown = key->down != 0;
                 sending.isChange = changedKey == record.key;
             }
@@ -222,7 +222,7 @@ class Life {
         const client::ArrivalLine& line = prediction_.line();
         frame.share = std::clamp(line.ticksSince(milliseconds(now) + line.delay()) -
                                      static_cast<double>(frame.ticksAhead - 1),
-                                 0.0, 1.0);
+                                 -1.0, 1.0);
         frame.eye = body->eye;
         life_.frames.push_back(frame);
     }

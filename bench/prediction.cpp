@@ -6,9 +6,12 @@
 #include "src/FilePath.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -21,6 +24,10 @@ using namespace drench;
 namespace {
 
 using namespace drench::bench;
+
+/// Milliseconds without a tick of the room: the machine stood still.
+constexpr double standstill = 100.0;
+constexpr int mostAttempts = 5;
 
 struct Settings {
     std::string server = getAppPath() + "/../drench-server";
@@ -43,6 +50,34 @@ const std::vector<LineUnderTest>& linesUnderTest() {
     return lines;
 }
 
+/// The longest time between two ticks, in milliseconds.
+double longestGap(const PlayedLife& life) {
+    double longest = 0.0;
+    for (std::size_t tick = 1; tick < life.sightings.size(); ++tick)
+        longest = std::max(longest, life.sightings[tick].at - life.sightings[tick - 1].at);
+    return longest;
+}
+
+/// Plays a life again while it fails or the machine stands still in it: that is not the line's.
+template<class Play>
+PlayedLife playSteadily(Console& console, const Play& play) {
+    for (int attempt = 1;; ++attempt) {
+        std::string problem;
+        try {
+            PlayedLife life = play();
+            const double gap = longestGap(life);
+            if (gap < standstill || attempt == mostAttempts)
+                return life;
+            problem = std::to_string(std::lround(gap)) + " ms without a tick";
+        } catch (const std::runtime_error& error) {
+            if (attempt == mostAttempts)
+                throw;
+            problem = error.what();
+        }
+        console.note("once more: " + problem);
+    }
+}
+
 std::vector<LineFigures> measure(const Settings& settings) {
     Console console(false, true);
     MapManager map;
@@ -62,8 +97,10 @@ std::vector<LineFigures> measure(const Settings& settings) {
                 line.options.push_back(std::to_string(seed));
             }
             const auto habit = life % 2 == 0 ? Hands::Habit::random : Hands::Habit::scripted;
-            const PlayedLife played = playLife({settings.server, settings.relay}, map, line, habit,
-                                               seed, settings.seconds);
+            const PlayedLife played = playSteadily(console, [&] {
+                return playLife({settings.server, settings.relay}, map, line, habit, seed,
+                                settings.seconds);
+            });
             add(figures[i], played, map, line.delay);
         }
     }

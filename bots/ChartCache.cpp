@@ -39,6 +39,13 @@ std::optional<Roadmap> readKept(const std::string& file, const ChartOrigin& orig
     }
 }
 
+/// Whether something lies there that is no file, as a pipe, which would hold up reader and writer.
+bool isNoFile(const std::string& path) {
+    std::error_code ignored;
+    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
+    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
 /// Opens the lock file of a chart, and makes its folder if need be; negative if that fails.
 int openLock(const std::string& file) {
     std::error_code ignored;
@@ -90,6 +97,8 @@ std::optional<Roadmap> keptChart(MapManager& map, const std::string& folder, std
             return chartAnew(map, goesOn, tell);
         const ChartOrigin origin = {arenaChecksum(map), program};
         const std::string file = folder + '/' + nameOf(origin);
+        if (isNoFile(file))
+            return chartAnew(map, goesOn, tell);
         if (std::optional<Roadmap> kept = readKept(file, origin, map))
             return kept;
         const Descriptor lock(openLock(file));

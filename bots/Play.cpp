@@ -64,6 +64,17 @@ Controls combined(const Controls& earlier, const Controls& later) {
     return both;
 }
 
+void send(client::Session& session, const Controls& controls) {
+    for (int key = 0; key < keyIndex::count; ++key) {
+        if (key != keyIndex::jump)
+            session.setKey(key, controls.held[key]);
+    }
+    if (controls.jump)
+        session.setKey(keyIndex::jump, true);
+    if (controls.dx != 0 || controls.dy != 0)
+        session.turn(controls.dx, controls.dy);
+}
+
 Play::Play(const Roadmap& roadmap, std::vector<client::RoomAddress> rooms,
            const PlayOptions& options, std::function<void(const std::string&)> note)
     : roadmap_(roadmap), rooms_(std::move(rooms)), skill_(options.skill), sight_(options.sight),
@@ -181,14 +192,7 @@ bool Play::takeEvents(Seat& seat, Time now) {
 }
 
 void Play::send(Seat& seat, const Controls& controls) {
-    for (int key = 0; key < keyIndex::count; ++key) {
-        if (key != keyIndex::jump)
-            seat.session->setKey(key, controls.held[key]);
-    }
-    if (controls.jump)
-        seat.session->setKey(keyIndex::jump, true);
-    if (controls.dx != 0 || controls.dy != 0)
-        seat.session->turn(controls.dx, controls.dy);
+    bots::send(*seat.session, controls);
     if (const std::optional<std::string> remark = seat.bot->remark())
         seat.session->say(*remark);
 }
@@ -212,17 +216,8 @@ UpdateMessage Play::sightOf(Seat& seat, const client::Snapshot& snapshot) const 
     if (!seat.bodies)
         return snapshot.state;
     seat.bodies->take(snapshot, *seat.session);
-    PlayerUpdate self = *seat.session->self(snapshot.state);
-    if (const auto body = seat.bodies->own(snapshot.arrival)) {
-        self.position = body->player.position;
-        self.direction = body->player.direction;
-        self.rotation = body->player.rotation;
-    }
-    UpdateMessage sight;
-    sight.add(self);
-    for (const PlayerUpdate& other : seat.bodies->others(snapshot.arrival, sight_ == Sight::ahead))
-        sight.add(other);
-    return sight;
+    return seat.bodies->shown(*seat.session->self(snapshot.state), snapshot.arrival,
+                              sight_ == Sight::ahead);
 }
 
 void Play::giveUp(Seat& seat, Time again, const std::string& trouble) {

@@ -54,6 +54,9 @@ struct Standing {
 /// both, and a jump if either asks for one.
 Controls combined(const Controls& earlier, const Controls& later);
 
+/// Lets a session send what a bot decided.
+void send(client::Session& session, const Controls& controls);
+
 /// Bots at play in any number of rooms, in one thread. A bot that is not let in, or is dropped,
 /// tries again after a while.
 class Play {

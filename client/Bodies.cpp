@@ -36,4 +36,18 @@ std::vector<PlayerUpdate> Bodies::others(Time now, bool ahead) {
     return players;
 }
 
+UpdateMessage Bodies::shown(const PlayerUpdate& self, Time now, bool ahead) {
+    PlayerUpdate predicted = self;
+    if (const std::optional<Prediction::Body> body = own(now)) {
+        predicted.position = body->player.position;
+        predicted.direction = body->player.direction;
+        predicted.rotation = body->player.rotation;
+    }
+    UpdateMessage state;
+    state.add(predicted);
+    for (const PlayerUpdate& other : others(now, ahead))
+        state.add(other);
+    return state;
+}
+
 } // namespace drench::client

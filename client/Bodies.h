@@ -30,6 +30,10 @@ class Bodies {
     /// will be when a shot fired now acts in the room.
     std::vector<PlayerUpdate> others(Time now, bool ahead);
 
+    /// The same as a state of the room, whose player `self` is oneself: for whoever decides by
+    /// states, as bots do.
+    UpdateMessage shown(const PlayerUpdate& self, Time now, bool ahead);
+
     const Prediction& prediction() const { return prediction_; }
 
   private:

@@ -72,11 +72,13 @@ class Prediction {
     /// @param map  the room's arena; must outlive the prediction
     explicit Prediction(MapManager& map) : map_(&map) {}
 
-    /// The session has just sent these, at `now`: see Session::sentInputs(). Words are passed over.
+    /// The session has just sent these, at `now`: see Session::sentInputs(). Words, and keys
+    /// outside keyIndex, are passed over.
     void sent(const std::vector<InputRecord>& records, Time now);
 
     /// A snapshot came: explains it. Nothing happens if it does not hold player `id`.
-    /// @param roundTrip  in milliseconds, as far as known; only asked for the first snapshot
+    /// @param roundTrip  in milliseconds, as far as known; only for the first snapshot, and when
+    /// many have had no explanation
     /// @param period  milliseconds from tick to tick: TickClock::period()
     Match take(const Snapshot& snapshot, char id, std::optional<double> roundTrip, double period);
 
@@ -123,6 +125,7 @@ class Prediction {
     SentRecords records_;
     std::vector<Hypothesis> hypotheses_;
     bool isExact_ = true;
+    int unexplainedInARow_ = 0;
     std::int64_t tick_ = 0;
     ArrivalLine line_;
     std::vector<InputRecord> lost_;

@@ -28,7 +28,7 @@ constexpr int bounces = 3;
 
 /// The share of its light that a face sends on; less than the whole, or yards would glow in one
 /// colour.
-constexpr double bounceShare = 0.7;
+constexpr double bounceShare = 0.55;
 
 /// How far from the middle of a face the rays of its quarters start, in cells.
 constexpr double quarterOffset = 0.4;
@@ -38,7 +38,7 @@ constexpr double lift = 1e-4;
 
 /// Light between the walls, which no sky and no bounce would bring into deep yards: a ray that
 /// meets a face far away brings more of it. It makes corners dark and yet all shade fit to play in.
-constexpr Light fillLight = {0.29, 0.32, 0.38};
+constexpr Light fillLight = {0.32, 0.37, 0.47};
 
 /// Cells after which a ray brings all of it.
 constexpr double fillReach = 7.0;
@@ -133,7 +133,7 @@ class Gather {
                     cornerSteps[quarter][step] == 1 ? quarterOffset : -quarterOffset;
             }
             const auto& directions =
-                directions_[static_cast<std::size_t>(face.axis * 2 + (face.side > 0))];
+                directions_[2 * static_cast<std::size_t>(face.axis) + (face.side > 0 ? 1 : 0)];
             const std::size_t index = number * 4 + static_cast<std::size_t>(quarter);
             auto met = met_.begin() + static_cast<std::ptrdiff_t>(index) * rays_;
             double open = 0.0;
@@ -216,6 +216,7 @@ std::vector<CornerLight> ambientLight(const MapManager& map, const std::vector<C
                                       const std::vector<double>& sunShares) {
     const Gather gather(map, faces);
     std::vector<Light> materials;
+    materials.reserve(faces.size());
     for (const CubeFace& face : faces)
         materials.push_back(materialLight(map, face));
     // What each face sends back, from bounce to bounce.

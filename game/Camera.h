@@ -12,6 +12,11 @@ inline glm::vec3 onScreen(vec3 v) {
     return {v.x, v.y, v.z};
 }
 
+/// A vector of the screen, for the game.
+inline vec3 inGame(glm::vec3 v) {
+    return {v.x, v.y, v.z};
+}
+
 /// The eye that a frame is drawn from, world units.
 struct Camera {
     glm::vec3 eye{0.0f};

@@ -2,7 +2,7 @@
 
 #include "client/Records.h"
 #include "game/Camera.h"
-#include "game/Figures.h"
+#include "game/FigureSight.h"
 #include "src/Player.h"
 
 #include <cmath>

@@ -1,8 +1,7 @@
 #include "game/Figures.h"
 
-#include "game/ArenaLight.h"
-#include "game/Camera.h"
 #include "game/Liveries.h"
+#include "game/WaterGun.h"
 
 #include <algorithm>
 #include <cmath>
@@ -41,8 +40,6 @@ constexpr float swing = 0.62f;
 /// A head nods less than its eyes look up.
 constexpr float nod = 0.55f;
 
-constexpr Colour skin{244, 196, 156};
-constexpr Colour white{250, 250, 250};
 constexpr Colour dark{44, 44, 54};
 constexpr Colour shoe{240, 240, 236};
 constexpr Colour cheek{244, 152, 132};
@@ -102,7 +99,7 @@ void addLeg(Solids& solids, const mat4& body, float side, Bend bend, Colour shor
     const mat4 lower = turned(upper, knee, leftward, bend.knee);
     const float slim = half - 1.0f;
     addBlock(solids, lower, {knee.x - slim, sole + 8.0f, -slim},
-             {knee.x + slim, knee.y + 2.0f, slim}, skin);
+             {knee.x + slim, knee.y + 2.0f, slim}, skinColour);
     addBlock(solids, lower, {knee.x - half, sole, -half}, {knee.x + half, sole + 9.0f, half + 5.0f},
              shoe);
 }
@@ -126,18 +123,18 @@ float addLegs(Solids& solids, const mat4& body, const FigurePose& pose, Colour s
 
 void addTorso(Solids& solids, const mat4& body, Colour colour) {
     addBlock(solids, body, {-17.0f, hip - 2.0f, -10.0f}, {17.0f, hip + 9.0f, 10.0f},
-             darker(colour, 0.55f));
+             darker(colour, shadeShare));
     addBlock(solids, body, {-18.0f, hip + 8.0f, -10.5f}, {18.0f, chin, 10.5f}, colour);
-    addBlock(solids, body, {-18.3f, -8.0f, -10.8f}, {18.3f, -1.0f, 10.8f}, white);
+    addBlock(solids, body, {-18.3f, -8.0f, -10.8f}, {18.3f, -1.0f, 10.8f}, whiteColour);
     // The tank on the back.
     for (const float side : {-7.0f, 7.0f})
         addTube(solids, glm::rotate(body, -glm::half_pi<float>(), leftward), {side, 15.5f, -20.0f},
-                33.0f, 6.2f, 6.2f, side < 0.0f ? Colour{120, 214, 236} : Colour{150, 226, 242});
+                33.0f, 6.2f, 6.2f, tankColour);
 }
 
 void addHeadgear(Solids& solids, const mat4& head, const Livery& livery) {
     const Colour colour = livery.colour;
-    const Colour shade = darker(colour, 0.6f);
+    const Colour shade = darker(colour, shadeShare);
     switch (livery.headgear) {
     case Headgear::fin:
         addBlock(solids, head, {-17.0f, crown - 7.0f, -16.5f}, {17.0f, crown + 2.0f, 16.5f}, shade);
@@ -149,7 +146,7 @@ void addHeadgear(Solids& solids, const mat4& head, const Livery& livery) {
         addBlock(solids, head, {-24.5f, crown - 1.0f, -24.5f}, {24.5f, crown + 3.0f, 24.5f},
                  colour);
         addBlock(solids, head, {-15.0f, crown + 3.0f, -15.0f}, {15.0f, crown + 8.0f, 15.0f},
-                 {252, 210, 60});
+                 yellowColour);
         addBlock(solids, head, {-15.0f, crown + 8.0f, -15.0f}, {15.0f, top - 2.0f, 15.0f}, colour);
         break;
     case Headgear::eyes:
@@ -159,7 +156,7 @@ void addHeadgear(Solids& solids, const mat4& head, const Livery& livery) {
             addBlock(solids, head, {side - 7.5f, crown, -6.0f}, {side + 7.5f, top - 3.0f, 9.0f},
                      colour);
             addBlock(solids, head, {side - 5.0f, crown + 6.0f, 8.0f},
-                     {side + 5.0f, top - 6.0f, 10.5f}, white);
+                     {side + 5.0f, top - 6.0f, 10.5f}, whiteColour);
             addBlock(solids, head, {side - 2.0f, crown + 8.0f, 9.0f},
                      {side + 2.0f, top - 9.0f, 11.5f}, dark);
         }
@@ -169,8 +166,8 @@ void addHeadgear(Solids& solids, const mat4& head, const Livery& livery) {
         addTube(solids, glm::rotate(head, -glm::half_pi<float>(), leftward), {0.0f, 0.0f, crown},
                 12.0f, 14.0f, 7.5f, colour);
         addTube(solids, glm::rotate(head, -glm::half_pi<float>(), leftward),
-                {0.0f, 0.0f, crown + 11.0f}, 8.0f, 8.2f, 2.5f, white);
-        addBlock(solids, head, {-4.0f, top - 7.0f, -4.0f}, {4.0f, top, 4.0f}, {252, 210, 60});
+                {0.0f, 0.0f, crown + 11.0f}, 8.0f, 8.2f, 2.5f, whiteColour);
+        addBlock(solids, head, {-4.0f, top - 7.0f, -4.0f}, {4.0f, top, 4.0f}, yellowColour);
         break;
     }
 }
@@ -181,13 +178,13 @@ void addHead(Solids& solids, const mat4& body, const FigurePose& pose, float pit
     const float tilt = std::clamp(nod * pitch, -0.35f, 0.35f);
     const vec3 neck(0.0f, chin, 0.0f);
     const mat4 head = turned(body, neck, leftward, -tilt);
-    addBlock(solids, head, {-16.0f, chin, -15.5f}, {16.0f, crown - 1.0f, 15.5f}, skin);
+    addBlock(solids, head, {-16.0f, chin, -15.5f}, {16.0f, crown - 1.0f, 15.5f}, skinColour);
     addBlock(solids, head, {-17.0f, chin + 7.0f, -17.0f}, {17.0f, crown - 2.0f, -2.0f},
              livery.hair);
     const float eyes = chin + 19.0f;
     for (const float side : {-7.5f, 7.5f}) {
         addBlock(solids, head, {side - 4.5f, eyes - 5.0f, 15.0f}, {side + 4.5f, eyes + 6.0f, 16.2f},
-                 white);
+                 whiteColour);
         addBlock(solids, head, {side - 2.5f, eyes - 3.0f + 5.0f * tilt, 16.0f},
                  {side + 2.5f, eyes + 3.5f + 5.0f * tilt, 16.9f}, dark);
         addBlock(solids, head, {side * 1.6f - 2.5f, chin + 8.5f, 15.0f},
@@ -216,27 +213,12 @@ void addArms(Solids& solids, const mat4& body, const mat4& gun, Colour colour) {
         const vec3 elbow =
             0.5f * (arm.shoulder + hand) + vec3(std::copysign(3.0f, arm.shoulder.x), -8.0f, 0.0f);
         addLimb(solids, body, arm.shoulder + vec3(0.0f, 3.0f, 0.0f), elbow, 9.0f, colour);
-        addLimb(solids, body, elbow, hand, 8.0f, skin);
-        addBlock(solids, gun, arm.hand - vec3(4.5f), arm.hand + vec3(4.5f), skin);
+        addLimb(solids, body, elbow, hand, 8.0f, skinColour);
+        addBlock(solids, gun, arm.hand - vec3(4.5f), arm.hand + vec3(4.5f), skinColour);
     }
 }
 
 } // namespace
-
-void addGun(Solids& solids, const mat4& place, Colour colour) {
-    const Colour shade = darker(colour, 0.62f);
-    // Grip, body with a keel, tank, pump, barrel and nozzle.
-    addBlock(solids, place, {-1.8f, -9.0f, -2.5f}, {1.8f, 0.0f, 3.0f}, shade);
-    addBlock(solids, place, {-3.0f, -1.5f, -7.0f}, {3.0f, 5.0f, 15.0f}, colour);
-    addBlock(solids, place, {-3.3f, 0.6f, -5.0f}, {3.3f, 2.4f, 13.0f}, white);
-    addTube(solids, place, {0.0f, 8.6f, -6.0f}, 15.0f, 4.6f, 4.6f, {126, 220, 240});
-    addTube(solids, place, {0.0f, 8.6f, 9.0f}, 3.0f, 4.6f, 2.6f, white);
-    addTube(solids, place, {0.0f, 8.6f, -8.0f}, 2.1f, 3.4f, 4.6f, white);
-    addTube(solids, place, {0.0f, 8.6f, -9.5f}, 1.6f, 1.7f, 2.0f, colour);
-    addTube(solids, place, {0.0f, -2.2f, 14.0f}, 12.0f, 2.9f, 2.9f, {252, 204, 56});
-    addTube(solids, place, {0.0f, 2.0f, 15.0f}, 16.0f, 2.3f, 2.1f, white);
-    addTube(solids, place, {0.0f, 2.0f, 30.0f}, gunTip.z - 30.0f, 3.4f, 1.7f, colour);
-}
 
 void addFigure(Solids& solids, const FigurePose& pose) {
     if (pose.soaked)
@@ -245,7 +227,7 @@ void addFigure(Solids& solids, const FigurePose& pose) {
     const Livery& livery = liveryOf(pose.colour, pose.palette);
     const float pitch = anglesOf(pose.direction).pitch;
     const mat4 feet = placeOf(pose);
-    const float sunk = addLegs(solids, feet, pose, darker(livery.colour, 0.55f));
+    const float sunk = addLegs(solids, feet, pose, darker(livery.colour, shadeShare));
     const mat4 body = glm::translate(feet, {0.0f, -sunk, 0.0f});
     addTorso(solids, body, livery.colour);
     addHead(solids, body, pose, pitch, livery);
@@ -258,42 +240,6 @@ void addFigure(Solids& solids, const FigurePose& pose) {
 vec3 nozzleOf(const FigurePose& pose) {
     const mat4 gun = gunPlace(placeOf(pose), anglesOf(pose.direction).pitch);
     return vec3(gun * glm::vec4(gunTip, 1.0f));
-}
-
-float sunOn(const arena::Grid& grid, vec3 position) {
-    constexpr float heights[] = {-60.0f, -20.0f, 20.0f, 60.0f};
-    float lit = 0.0f;
-    for (const float height : heights) {
-        const vec3 from = position + vec3(0.0f, height, 0.0f);
-        if (!arena::trace(grid, {arena::inCells({from.x, from.y, from.z}), towardsSun}))
-            lit += 1.0f / static_cast<float>(std::size(heights));
-    }
-    return lit;
-}
-
-namespace {
-
-bool isHidden(const arena::Grid& grid, vec3 eye, vec3 point) {
-    const vec3 way = point - eye;
-    const std::optional<arena::Hit> hit =
-        arena::trace(grid, arena::rayAlong({eye.x, eye.y, eye.z}, {way.x, way.y, way.z}));
-    return hit && hit->distance < 1.0;
-}
-
-} // namespace
-
-std::vector<NameLabel> namesInSight(const arena::Grid& grid, vec3 eye,
-                                    std::span<const FigurePose> figures) {
-    constexpr vec3 head{0.0f, 45.0f, 0.0f};
-    std::vector<NameLabel> labels;
-    for (const FigurePose& figure : figures) {
-        if (figure.soaked ||
-            (isHidden(grid, eye, figure.position + head) && isHidden(grid, eye, figure.position)))
-            continue;
-        labels.push_back({figure.position + vec3(0.0f, top + 12.0f, 0.0f), figure.name,
-                          figure.colour, glm::distance(eye, figure.position)});
-    }
-    return labels;
 }
 
 } // namespace drench::game

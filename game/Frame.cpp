@@ -1,9 +1,11 @@
 #include "game/Frame.h"
 
+#include "bots/Play.h"
 #include "common/Files.h"
-#include "game/Figures.h"
+#include "game/FigureSight.h"
 
 #include <algorithm>
+#include <iostream>
 #include <utility>
 
 namespace drench::game {
@@ -12,6 +14,9 @@ namespace {
 
 /// Where the drops of water fly follows from it.
 constexpr std::uint64_t dropSeed = 1;
+
+/// What a bot does that plays here follows from it.
+constexpr std::uint64_t botSeed = 1;
 
 double secondsBetween(client::Time from, client::Time to) {
     return std::chrono::duration<double>(to - from).count();
@@ -32,10 +37,8 @@ double frameRate(const Settings& settings, const Window& window) {
     return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
 }
 
-/// A vector of the screen, for what the game needs.
-vec3 inTheGame(glm::vec3 v) {
-    return {v.x, v.y, v.z};
-}
+/// Seconds: after a pause a stick does not turn for all of it.
+constexpr double longestStickTime = 0.1;
 
 /// From the last change of a setting until all are kept, so that a slider writes one file.
 constexpr std::chrono::milliseconds keepPause{700};
@@ -53,25 +56,30 @@ bool isLasting(const std::string& room) {
 
 } // namespace
 
-Frame::Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings settings,
-             KeepSettings keep)
-    : window_(window), map_(map), settings_(std::move(settings)), keep_(std::move(keep)),
+Frame::Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh,
+             Settings settings, KeepSettings keep)
+    : window_(window), arenas_(arenas), settings_(std::move(settings)), keep_(std::move(keep)),
       renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
-      staging_(map, dropSeed), opened_(client::Clock::now()), begin_(opened_) {
-    scene_.camera = overview(map);
-    if (settings_.fullScreen)
-        window_.fillScreen(true);
+      staging_(map(), dropSeed), opened_(client::Clock::now()), begin_(opened_) {
+    scene_.camera = overview(map());
     applySettings();
+}
+
+void Frame::letBotPlay(const bots::Roadmap& roadmap, double skill) {
+    roadmap_ = &roadmap;
+    botSkill_ = skill;
 }
 
 void Frame::run() {
     waitUntilDue();
     const client::Time begin = client::Clock::now();
     const client::Time before = std::exchange(begin_, begin);
+    sinceLast_ = std::min(secondsBetween(before, begin), longestStickTime);
     pacing_.begin(begin);
     const std::chrono::nanoseconds processor = threadProcessorTime();
     takeInputs();
     serviceRoom(begin);
+    changeArena();
     compose(begin);
     sound(begin);
     const PixelSize size = window_.size();
@@ -139,6 +147,9 @@ void Frame::takeInputs() {
     if (capture_.holdsMouse())
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
                            {settings_.invertX, settings_.invertY});
+    if (gameHasInput && isFocused_)
+        turning_.holdStick(events.stickX, events.stickY, sinceLast_, settings_.stickSensitivity,
+                           {settings_.invertX, settings_.invertY});
     window_.captureMouse(capture_.holdsMouse());
     const ViewCounts counts = turning_.take();
     if (counts != ViewCounts{} && visit_.session())
@@ -175,7 +186,7 @@ void Frame::act(const ActionChange& change) {
         visit_.session()->setKey(*key, change.held);
     if (change.action == Action::fullScreen && change.held) {
         settings_.fullScreen = !settings_.fullScreen;
-        applySettings();
+        window_.fillScreen(settings_.fullScreen);
         changed_ = begin_;
     }
     overlay_.act(change, visit_);
@@ -193,8 +204,11 @@ void Frame::serviceRoom(client::Time now) {
 
 void Frame::take(const client::Event& event, client::Session& session, client::Time now) {
     if (std::holds_alternative<client::Joined>(event)) {
-        bodies_.emplace(map_);
-        ears_.emplace(map_);
+        bodies_.emplace(map());
+        ears_.emplace(map());
+        beginJudging();
+        if (roadmap_)
+            bot_.emplace(*roadmap_, botSkill_, botSeed);
         if (!visit_.isHosting() && isLasting(visit_.screens().room())) {
             rememberRoom(settings_, visit_.screens().room());
             changed_ = now;
@@ -208,8 +222,57 @@ void Frame::take(const client::Event& event, client::Session& session, client::T
     ears_->take(event, session.id(), bodies_->own(now));
     if (!snapshot)
         return;
+    judgeArena(*snapshot);
     for (; acted_ < script_.size() && script_[acted_].tick <= snapshot->tick; ++acted_)
         act(script_[acted_], session);
+    const PlayerUpdate* const self = session.self(snapshot->state);
+    if (bot_ && self)
+        bots::send(session, bot_->decide(bodies_->shown(*self, now, settings_.showWhereShotsMeet),
+                                         self->id));
+}
+
+void Frame::beginJudging() {
+    judged_ = {arena_};
+    for (std::size_t arena = 0; arena < arenas_.size(); ++arena) {
+        if (arena != arena_)
+            judged_.push_back(arena);
+    }
+    std::vector<const MapManager*> maps;
+    maps.reserve(judged_.size());
+    for (const std::size_t arena : judged_)
+        maps.push_back(&arenas_[arena].map);
+    finder_.emplace(std::move(maps));
+    isArenaUnknown_ = false;
+}
+
+/// Has the surface of the arena made that fits what is seen, if it is not the one shown.
+void Frame::judgeArena(const client::Snapshot& snapshot) {
+    finder_->see(snapshot);
+    if (finder_->verdict() == ArenaFinder::Verdict::none && !isArenaUnknown_) {
+        isArenaUnknown_ = true;
+        overlay_.warn("This room plays an arena that is not known here. Put its file into " +
+                      arenaFolders().front() + ", or name it with --arena.");
+    }
+    const std::size_t best = judged_[finder_->best()];
+    if (best == nextArena_)
+        return;
+    nextArena_ = best;
+    nextMesh_ = std::async(std::launch::async, [&map = arenas_[best].map] { return meshOf(map); });
+}
+
+/// Shows the arena whose surface is ready.
+void Frame::changeArena() {
+    if (!nextMesh_.valid() ||
+        nextMesh_.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+        return;
+    const ArenaMesh mesh = nextMesh_.get();
+    if (nextArena_ == arena_)
+        return;
+    arena_ = nextArena_;
+    renderer_.setArena(mesh);
+    staging_ = Staging(map(), dropSeed);
+    bodies_.emplace(map());
+    ears_.emplace(map());
 }
 
 void Frame::compose(client::Time now) {
@@ -220,7 +283,7 @@ void Frame::compose(client::Time now) {
     if (visit_.screens().place() == Screens::Place::start) {
         bodies_.reset();
         ears_.reset();
-        scene_.camera = overview(map_);
+        scene_.camera = overview(map());
     }
     const bool isPlaying = visit_.screens().place() == Screens::Place::match && bodies_;
     std::optional<OwnBody> own;
@@ -260,12 +323,14 @@ void Frame::sound(client::Time now) {
     Heard heard;
     heard.volume = settings_.masterVolume * settings_.effectsVolume;
     if (ears_ && visit_.screens().place() == Screens::Place::match) {
-        heard.listener = {inTheGame(scene_.camera.eye), inTheGame(scene_.camera.direction)};
+        heard.listener = {inGame(scene_.camera.eye), inGame(scene_.camera.direction)};
         heard.cues = ears_->cues();
         heard.jets = ears_->jets();
         captions_.hear(heard.cues, heard.listener, now);
     }
     soundDevice_.play(heard, now);
+    if (!soundDevice_.problem().empty() && !std::exchange(saidSilence_, true))
+        std::cerr << "Nothing can be heard: " << soundDevice_.problem() << '\n';
     if (ears_)
         ears_->forget();
 }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "bots/Bot.h"
 #include "bots/Script.h"
 #include "client/Bodies.h"
+#include "game/ArenaFinder.h"
+#include "game/Arenas.h"
 #include "game/Captions.h"
 #include "game/Capture.h"
 #include "game/Ears.h"
@@ -20,6 +23,7 @@
 #include "game/render/Renderer.h"
 
 #include <functional>
+#include <future>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,8 +37,10 @@ class Frame {
     /// Called with the settings when the player has changed them; may throw InputError.
     using KeepSettings = std::function<void(const Settings&)>;
 
-    /// @param map  the room's arena, and its surface; the map must outlive this
-    Frame(Window& window, MapManager& map, const ArenaMesh& mesh, Settings settings,
+    /// @param arenas  those that rooms may play, the likeliest first; at least one; must outlive
+    /// this
+    /// @param mesh  the surface of the first
+    Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh, Settings settings,
           KeepSettings keep);
 
     /// The way into a room. Without one, the player chooses.
@@ -45,6 +51,10 @@ class Frame {
 
     /// Lets these inputs go to the room besides one's own.
     void playScript(std::vector<bots::Action> script) { script_ = std::move(script); }
+
+    /// Lets a bot of this skill play instead of the one at the window, from the next joining on.
+    /// @param roadmap  must outlive this
+    void letBotPlay(const bots::Roadmap& roadmap, double skill);
 
     /// Waits until the next frame is due, and makes it.
     void run();
@@ -68,6 +78,10 @@ class Frame {
     void take(const client::Event& event, client::Session& session, client::Time now);
     void act(const ActionChange& change);
     void act(const bots::Action& action, client::Session& session);
+    void beginJudging();
+    void judgeArena(const client::Snapshot& snapshot);
+    void changeArena();
+    MapManager& map() { return arenas_[arena_].map; }
     void compose(client::Time now);
     void nameFigures();
     void sound(client::Time now);
@@ -76,7 +90,17 @@ class Frame {
     void keepSettings();
 
     Window& window_;
-    MapManager& map_;
+    std::vector<KnownArena>& arenas_;
+
+    /// The arena shown, and the one whose surface is being made.
+    std::size_t arena_ = 0;
+    std::size_t nextArena_ = 0;
+    std::future<ArenaMesh> nextMesh_;
+    std::optional<ArenaFinder> finder_;
+
+    /// The arenas in the finder's order.
+    std::vector<std::size_t> judged_;
+    bool isArenaUnknown_ = false;
     Settings settings_;
     KeepSettings keep_;
     Renderer renderer_;
@@ -92,14 +116,23 @@ class Frame {
     std::vector<bots::Action> script_;
     std::size_t acted_ = 0;
 
+    /// Null unless a bot plays.
+    const bots::Roadmap* roadmap_ = nullptr;
+    double botSkill_ = 0.0;
+    std::optional<bots::Bot> bot_;
+
     Visit visit_;
     std::optional<client::Bodies> bodies_;
     Staging staging_;
     std::optional<Ears> ears_;
     SoundDevice soundDevice_;
+    bool saidSilence_ = false;
     Captions captions_;
     client::Time opened_;
     client::Time begin_;
+
+    /// Seconds from the frame before.
+    double sinceLast_ = 0.0;
     Scene scene_;
     bool isClosed_ = false;
 

@@ -1,7 +1,7 @@
 #include "game/GunInHands.h"
 
-#include "game/Figures.h"
 #include "game/Liveries.h"
+#include "game/WaterGun.h"
 
 #include <cmath>
 #include <glm/gtc/matrix_transform.hpp>
@@ -15,7 +15,7 @@ using glm::mat4;
 using glm::vec3;
 
 // In what the eye sees, x to the left, y up, z ahead.
-constexpr vec3 grip{-20.0f, -21.0f, 40.0f};
+constexpr vec3 grip{-22.0f, -23.5f, 42.0f};
 
 /// The gun points to the middle of the picture, far away.
 constexpr float turnIn = 0.13f;
@@ -27,8 +27,6 @@ constexpr float kickUp = 0.05f;
 
 /// World units for a sway by the picture's height, at the grip's distance.
 constexpr float swayScale = 40.0f;
-
-constexpr arena::Colour skin{244, 196, 156};
 
 /// From what the eye sees to the world: x to the left, y up, z ahead.
 mat4 eyePlace(const Camera& camera) {
@@ -64,10 +62,10 @@ void addGunInHands(Solids& solids, const OwnGun& gun, const Camera& camera) {
                         {{0.5f, -3.6f, 20.0f}, {0.0f, -38.0f, 40.0f}, {14.0f, -44.0f, 12.0f}}};
     for (const Arm& arm : arms) {
         addBlock(solids, place, arm.hand - vec3(3.6f, 3.4f, 3.6f),
-                 arm.hand + vec3(3.6f, 3.2f, 3.6f), skin);
+                 arm.hand + vec3(3.6f, 3.2f, 3.6f), skinColour);
         const vec3 wrist(held * glm::vec4(arm.hand, 1.0f));
         const vec3 cuff = wrist + 0.45f * (arm.elbow - wrist);
-        addLimb(solids, eye, wrist, cuff, 5.6f, skin);
+        addLimb(solids, eye, wrist, cuff, 5.6f, skinColour);
         addLimb(solids, eye, cuff, arm.elbow, 7.6f, colour);
         addLimb(solids, eye, arm.elbow, arm.shoulder, 8.0f, colour);
     }

@@ -11,10 +11,6 @@ namespace drench::game {
 
 namespace {
 
-::vec3 inGame(glm::vec3 v) {
-    return {v.x, v.y, v.z};
-}
-
 /// The face of a body or a cube that a point lies on: the one whose plane is nearest, among those
 /// that look towards where the water comes from.
 /// @param toPlane  the point's distance from the plane across each axis

@@ -21,8 +21,8 @@ constexpr milliseconds leastWatched{3000};
 /// Fewer datagrams say nothing about a share.
 constexpr std::uint64_t fewest = 40;
 
-/// Two of a hundred lost are felt now and then; from there on the player is told.
-constexpr double badShare = 0.02;
+/// Three of a hundred lost are felt now and then; from there on the player is told.
+constexpr double badShare = 0.03;
 
 /// Milliseconds there and back, of which shots have to be aimed ahead.
 constexpr double slowRoundTrip = 150.0;

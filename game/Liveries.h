@@ -15,6 +15,15 @@ struct Livery {
     arena::Colour hair;
 };
 
+// What is alike for all players.
+constexpr arena::Colour skinColour{244, 196, 156};
+constexpr arena::Colour tankColour{126, 220, 240};
+constexpr arena::Colour whiteColour{250, 250, 250};
+constexpr arena::Colour yellowColour{252, 206, 58};
+
+/// The share of a livery's brightness that trousers and grips have.
+constexpr float shadeShare = 0.58f;
+
 constexpr int liveryCount = 4;
 
 /// Whether liveries have the usual colours, or those that differ most for people who do not tell

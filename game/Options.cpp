@@ -4,7 +4,6 @@
 #include "common/CommandLine.h"
 #include "game/RoomLink.h"
 #include "game/Settings.h"
-#include "src/FilePath.h"
 #include "src/Messages.h"
 
 #include <CLI/CLI.hpp>
@@ -33,7 +32,6 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
     app.set_version_flag("--version", "drench " DRENCH_VERSION);
     app.get_formatter()->column_width(30);
     app.footer(endHelp);
-    options.arena = getResourcePath("mapdata");
     const auto option = [&](const char* name, auto& value, const char* description,
                             const char* type) {
         return app.add_option(name, value, description)->type_name(type);
@@ -43,8 +41,7 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
     option("--name", options.name, "Your name, at most 11 bytes", "NAME")
         ->default_str("that of the settings");
     option("--arena", options.arena,
-           "What the room plays, if it is not the arena beside drench: a map text, plan or voxel "
-           "file",
+           "What the room plays: a map text, plan or voxel file; otherwise it is found out",
            "FILE");
     option("--seconds", options.seconds, "How long to play; 0 until the window is closed", "S")
         ->check(numberBetween(0.0, longestRun))
@@ -53,6 +50,8 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
     option("--script", options.script,
            "Send the inputs that stand here, as drench-bots --script does", "FILE");
     std::array<int, 2> size = {options.size.width, options.size.height};
+    option("--bot", options.bot, "Watch a bot of this skill, 0 to 1, play in your stead", "X")
+        ->check(numberBetween(0.0, 1.0));
     option("--size", size, "Width and height of the window", "WxH")
         ->delimiter('x')
         ->check(numberBetween(smallestSide, arena::Image::largestSide))
@@ -61,7 +60,8 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
            "N")
         ->check(numberBetween(frameLimitLimits.least, frameLimitLimits.most))
         ->default_str("that of the settings");
-    app.add_flag("--frame-times", options.frameTimes, "Say at the end how long frames took and what else they cost");
+    app.add_flag("--frame-times", options.frameTimes,
+                 "Say at the end how long frames took and what else they cost");
     return parseArguments(app, argc, argv, [&] {
         options.size = {size[0], size[1]};
         options.room = roomOfLink(options.room);

@@ -15,7 +15,7 @@ struct Options {
     /// Empty for the name of the settings.
     std::string name;
 
-    /// The arena file that the room plays.
+    /// The arena file that the room plays; empty to find it out among those known.
     std::string arena;
 
     /// How long to play; 0 until the window is closed.
@@ -26,6 +26,9 @@ struct Options {
 
     /// Inputs to send as drench-bots does; empty for none.
     std::string script;
+
+    /// The skill of a bot that plays instead; nothing for a person.
+    std::optional<double> bot;
 
     PixelSize size;
 

@@ -1,6 +1,7 @@
 #include "game/Patches.h"
 
 #include "game/ArenaFaces.h"
+#include "game/Camera.h"
 #include "src/Player.h"
 
 #include <algorithm>
@@ -82,8 +83,8 @@ Patch patchOn(const arena::Grid& grid, glm::vec3 place, int axis, int side, floa
 }
 
 Patch shadowOf(const arena::Grid& grid, glm::vec3 position) {
-    const std::optional<arena::Hit> hit = arena::trace(
-        grid, arena::rayAlong({position.x, position.y, position.z}, {0.0f, -1.0f, 0.0f}));
+    const std::optional<arena::Hit> hit =
+        arena::trace(grid, arena::rayAlong(inGame(position), {0.0f, -1.0f, 0.0f}));
     if (!hit)
         return {};
     const auto down = static_cast<float>(hit->distance);

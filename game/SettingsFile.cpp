@@ -4,6 +4,7 @@
 #include "common/UserFolders.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <sstream>
 #include <toml++/toml.h>
@@ -119,7 +120,7 @@ class Reader {
         const std::optional<Value> found = node->value<Value>();
         const bool isNumber = [&] {
             if constexpr (std::is_same_v<Value, double>)
-                return found && *found == *found;
+                return found && !std::isnan(*found);
             else
                 return found.has_value();
         }();

@@ -1,7 +1,12 @@
 #include "game/SoundDevice.h"
 
+#include "common/Descriptor.h"
+
 #include <SDL.h>
+#include <algorithm>
 #include <chrono>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace drench::game {
 
@@ -11,16 +16,39 @@ namespace {
 /// stutter on a busy machine, more would be heard late.
 constexpr Uint16 framesAtOnce = 512;
 
-/// From one try to open the device to the next.
-constexpr std::chrono::seconds retryPeriod{3};
+/// From one try to open the device to the next, at first and at most: a try that fails may hold up
+/// a frame.
+constexpr std::chrono::seconds firstPause{3};
+constexpr std::chrono::seconds longestPause{300};
 
 /// The seed of all sounds.
 constexpr std::uint64_t soundSeed = 1;
 
+/// Keeps what drivers tell nobody in particular from standard error: they write a page where there
+/// is no device.
+class QuietErrors {
+  public:
+    QuietErrors() : errors_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
+        const Descriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+        if (errors_.number >= 0 && nowhere.number >= 0)
+            dup2(nowhere.number, STDERR_FILENO);
+    }
+    ~QuietErrors() {
+        if (errors_.number >= 0)
+            dup2(errors_.number, STDERR_FILENO);
+    }
+    QuietErrors(const QuietErrors&) = delete;
+    QuietErrors& operator=(const QuietErrors&) = delete;
+
+  private:
+    Descriptor errors_;
+};
+
 } // namespace
 
 SoundDevice::SoundDevice()
-    : making_(std::async(std::launch::async, [] { return std::make_unique<Sounds>(soundSeed); })) {}
+    : making_(std::async(std::launch::async, [] { return std::make_unique<Sounds>(soundSeed); })),
+      pause_(firstPause) {}
 
 SoundDevice::~SoundDevice() {
     close();
@@ -40,9 +68,11 @@ void SoundDevice::play(const Heard& heard, client::Time now) {
         if (now < nextTry_)
             return;
         open();
-        nextTry_ = now + retryPeriod;
+        nextTry_ = now + pause_;
+        pause_ = std::min(2 * pause_, longestPause);
         if (device_ == 0)
             return;
+        pause_ = firstPause;
     }
 
     SDL_LockAudioDevice(device_);
@@ -68,6 +98,7 @@ void SoundDevice::open() {
     wanted.samples = framesAtOnce;
     wanted.callback = pull;
     wanted.userdata = &sounds_->mixer;
+    const QuietErrors quiet;
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) == 0) {
         device_ = SDL_OpenAudioDevice(nullptr, 0, &wanted, nullptr, 0);
         if (device_ != 0) {

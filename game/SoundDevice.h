@@ -4,6 +4,7 @@
 #include "game/sound/Mixer.h"
 
 #include <SDL_audio.h>
+#include <chrono>
 #include <future>
 #include <memory>
 #include <span>
@@ -61,6 +62,7 @@ class SoundDevice {
     std::unique_ptr<Sounds> sounds_;
     SDL_AudioDeviceID device_ = 0;
     client::Time nextTry_;
+    std::chrono::seconds pause_;
     std::string problem_;
 };
 

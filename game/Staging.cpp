@@ -1,9 +1,8 @@
 #include "game/Staging.h"
 
+#include "game/FigureSight.h"
 #include "game/Figures.h"
 #include "game/GunInHands.h"
-
-#include <glm/common.hpp>
 
 namespace drench::game {
 
@@ -24,13 +23,13 @@ void Staging::show(Scene& scene, const std::optional<OwnBody>& own,
         bodies.push_back({figure.id, figure.position});
         scene.shadows.push_back(shadowOf(grid(), figure.position));
         if (figure.shooting)
-            shooters.push_back(shooter(bodies.back(), figure.direction, nozzleOf(figure)));
+            shooters.push_back({bodies.back(), figure.direction, nozzleOf(figure)});
     }
     if (own) {
         bodies.push_back({own->id, own->position});
         if (own->shooting)
             shooters.push_back(
-                shooter(bodies.back(), own->direction, ownNozzle(*scene.gun, scene.camera)));
+                {bodies.back(), own->direction, ownNozzle(*scene.gun, scene.camera)});
     }
     for (const glm::vec3& soaking : figures_.soakings())
         water_.burst(soaking);
@@ -38,11 +37,6 @@ void Staging::show(Scene& scene, const std::optional<OwnBody>& own,
     scene.jets = water_.jets();
     scene.drops = water_.drops();
     scene.splashes = water_.splashes();
-}
-
-Shooter Staging::shooter(const WetBody& body, glm::vec3 direction, glm::vec3 nozzle) const {
-    const float share = freeShare(grid(), body.position, nozzle);
-    return {body, direction, glm::mix(body.position, nozzle, share), share};
 }
 
 void Staging::showOwn(Scene& scene, const OwnBody& own, float seconds, bool isCalm) {

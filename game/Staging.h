@@ -40,7 +40,6 @@ class Staging {
     const arena::Grid& grid() const { return water_.grid(); }
 
   private:
-    Shooter shooter(const WetBody& body, glm::vec3 direction, glm::vec3 nozzle) const;
     void showOwn(Scene& scene, const OwnBody& own, float seconds, bool isCalm);
 
     const MapManager* map_;

@@ -47,6 +47,11 @@ class SunShadows {
         std::array<int, 3> high;
     };
 
+    /// Index in `squares_`.
+    std::size_t indexOf(int x, int z) const {
+        return static_cast<std::size_t>(x) * static_cast<std::size_t>(squaresAlongZ_) +
+               static_cast<std::size_t>(z);
+    }
     static std::vector<Block> blocksOf(const MapManager& map);
     std::vector<std::uint32_t> blocksTowardsSun(const CubeFace& face) const;
 

@@ -1,5 +1,7 @@
 #include "game/Water.h"
 
+#include "game/Camera.h"
+
 #include <algorithm>
 #include <cmath>
 #include <glm/common.hpp>
@@ -15,6 +17,9 @@ constexpr float jetSpeed = 4200.0f;
 
 /// Seconds in which two thirds of a bend is gone after a turn.
 constexpr float bendTime = 0.07f;
+
+/// A bend's largest distance from the straight line, as a share of the jet's length.
+constexpr float largestBend = 0.15f;
 
 /// By how much the middle of a jet rises, as a share of its length.
 constexpr float rise = 0.03f;
@@ -45,14 +50,24 @@ int takeWhole(float& due) {
     return static_cast<int>(whole);
 }
 
-} // namespace
-
-float freeShare(const arena::Grid& grid, glm::vec3 middle, glm::vec3 nozzle) {
-    const glm::vec3 way = nozzle - middle;
-    const std::optional<arena::Hit> hit =
-        arena::trace(grid, arena::rayAlong({middle.x, middle.y, middle.z}, {way.x, way.y, way.z}));
-    return hit ? std::min(1.0f, shareBeforeWall * static_cast<float>(hit->distance)) : 1.0f;
+/// How far water comes out on the way from a body's middle to its nozzle, 1 or less: for players
+/// who stand before a wall, the nozzle is on this side of it and before where the water lands.
+float nozzleShare(const arena::Grid& grid, const Shooter& shooter,
+                  const std::optional<Landing>& landing) {
+    const glm::vec3 middle = shooter.body.position;
+    const glm::vec3 way = shooter.nozzle - middle;
+    float share = 1.0f;
+    if (const auto hit = arena::trace(grid, arena::rayAlong(inGame(middle), inGame(way))))
+        share = std::min(share, shareBeforeWall * static_cast<float>(hit->distance));
+    const float ahead = glm::dot(way, shooter.direction);
+    if (landing && ahead > 0.0f) {
+        const float end = glm::dot(landing->place - middle, shooter.direction);
+        share = std::min(share, shareBeforeWall * std::max(end, 0.0f) / ahead);
+    }
+    return share;
 }
+
+} // namespace
 
 glm::vec3 pointOn(const Jet& jet, float share) {
     const float rest = 1.0f - share;
@@ -119,23 +134,24 @@ void Water::aim(std::size_t index, const Shooter& shooter, std::span<const WetBo
     flow.isFed = true;
     flow.landing = landingOf(*map_, shooter.body, shooter.direction, bodies);
     const bool wasIntoSky = jet.intoSky;
-    jet.from = shooter.nozzle;
-    jet.width = shooter.width;
+    jet.width = nozzleShare(grid_, shooter, flow.landing);
+    jet.from = glm::mix(shooter.body.position, shooter.nozzle, jet.width);
     jet.intoSky = !flow.landing;
     if (jet.intoSky) {
         aimIntoSky(index, shooter);
         return;
     }
-    const glm::vec3 bend = jet.over - 0.5f * (jet.from + jet.to);
     jet.to = flow.landing->place;
     jet.length = glm::distance(jet.from, jet.to);
     flow.flight = std::max(jet.length / jetSpeed, 0.01f);
     // The middle follows a turn later than the end, which lies where the room has it.
     const glm::vec3 middle = 0.5f * (jet.from + jet.to) + rise * jet.length * upward;
-    if (isNew || wasIntoSky || glm::length(bend) > jet.length)
-        jet.over = middle;
-    else
-        jet.over = middle + (jet.over - middle) * std::exp(-seconds / bendTime);
+    glm::vec3 bend(0.0f);
+    if (!isNew && !wasIntoSky)
+        bend = (jet.over - middle) * std::exp(-seconds / bendTime);
+    const float far = glm::length(bend);
+    const float farthest = largestBend * jet.length;
+    jet.over = middle + (far > farthest ? farthest / far * bend : bend);
 }
 
 void Water::aimIntoSky(std::size_t index, const Shooter& shooter) {
@@ -150,8 +166,8 @@ void Water::aimIntoSky(std::size_t index, const Shooter& shooter) {
         const float begin = skyTime * static_cast<float>(i) / skySteps;
         const glm::vec3 start = at(begin);
         const glm::vec3 way = at(skyTime * static_cast<float>(i + 1) / skySteps) - start;
-        const std::optional<arena::Hit> hit = arena::trace(
-            grid_, arena::rayAlong({start.x, start.y, start.z}, {way.x, way.y, way.z}));
+        const std::optional<arena::Hit> hit =
+            arena::trace(grid_, arena::rayAlong(inGame(start), inGame(way)));
         if (!hit || hit->distance > 1.0)
             continue;
         flow.flight = begin + static_cast<float>(hit->distance) * skyTime / skySteps;

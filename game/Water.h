@@ -19,16 +19,9 @@ struct Shooter {
     /// The view.
     glm::vec3 direction{0.0f, 0.0f, 1.0f};
 
-    /// Where the water comes out.
+    /// Where the water comes out, if no wall is nearer.
     glm::vec3 nozzle{0.0f};
-
-    /// The thickness of the jet, as a share of the usual one.
-    float width = 1.0f;
 };
-
-/// A share of the way from a body's middle to its nozzle, 1 or less: as far as no cube is in the
-/// way, for players who stand before a wall.
-float freeShare(const arena::Grid& grid, glm::vec3 middle, glm::vec3 nozzle);
 
 /// The point of a jet's curve at a share of its way, 0 at the nozzle, 1 at the end, and the
 /// direction of the curve there, not scaled.

@@ -25,7 +25,7 @@ constexpr float leastAngle = 0.0021f;
 
 /// The same of drops, and the share that drops right before the eye have at most.
 constexpr float leastDropAngle = 0.0013f;
-constexpr float largestDropAngle = 0.028f;
+constexpr float largestDropAngle = 0.019f;
 
 constexpr float segmentLength = 36.0f;
 constexpr int fewestSegments = 8;

@@ -1,5 +1,6 @@
 #include "arena/ArenaFile.h"
 #include "arena/picture/Png.h"
+#include "bots/ChartCache.h"
 #include "client/RoomAddress.h"
 #include "common/CommandLine.h"
 #include "common/Decimals.h"
@@ -74,11 +75,22 @@ std::optional<client::RoomAddress> roomOf(const Options& options) {
     return room;
 }
 
+/// Those that rooms may play, the likeliest first: the one of the command line alone, or all known.
+KnownArenas arenasFor(const Options& options) {
+    if (options.arena.empty())
+        return readArenas(usualArena(), arenaFolders());
+    arena::ArenaFile arena = arena::readWholeArena(options.arena);
+    arena::requireCells(arena.text.map);
+    KnownArenas named;
+    named.arenas.push_back({options.arena, options.arena, std::move(arena.text.map)});
+    return named;
+}
+
 int play(const Options& options) {
     const client::Time start = client::Clock::now();
     const std::optional<client::RoomAddress> room = roomOf(options);
-    arena::ArenaFile arena = arena::readWholeArena(options.arena);
-    arena::requireCells(arena.text.map);
+    KnownArenas known = arenasFor(options);
+    MapManager& map = known.arenas.front().map;
     std::vector<bots::Action> script;
     if (!options.script.empty())
         script = bots::readScript(readFile(options.script), options.script);
@@ -92,17 +104,25 @@ int play(const Options& options) {
         asked.frameLimit = *options.frameLimit;
 
     listenForSignals();
+    std::optional<bots::Roadmap> roadmap;
+    if (options.bot)
+        roadmap = bots::keptChart(
+            map, bots::chartFolder(), bots::programChecksum(), [] { return stopAsked == 0; },
+            [](const std::string&) {});
     // The surface takes some tenths of a second, and so does opening the window.
-    std::future<ArenaMesh> mesh =
-        std::async(std::launch::async, [&] { return meshOf(arena.text.map); });
+    std::future<ArenaMesh> mesh = std::async(std::launch::async, [&] { return meshOf(map); });
     Window window("Drench", options.size);
-    Frame frame(window, arena.text.map, mesh.get(), asked,
+    Frame frame(window, known.arenas, mesh.get(), asked,
                 [&](const Settings& settings) { keep(settings, asked, read.settings); });
     for (const std::string& problem : read.problems)
+        frame.warn(problem);
+    for (const std::string& problem : known.problems)
         frame.warn(problem);
     if (room)
         frame.visit().join(*room, asked.name, client::Clock::now());
     frame.playScript(std::move(script));
+    if (roadmap)
+        frame.letBotPlay(*roadmap, *options.bot);
     const Timekeeper timekeeper(options.seconds);
     while (frame.goesOn() && timekeeper.goesOn())
         frame.run();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <bit>
+#include <cstddef>
 #include <epoxy/gl.h>
 #include <utility>
 
@@ -42,6 +44,16 @@ class Buffer {
   private:
     GLuint name_ = 0;
 };
+
+/// Where the bound vertex array finds an attribute in the bound buffer of vertices.
+/// @param isShare  whether whole numbers stand for shares of the largest one
+template<class Vertex>
+void setAttribute(GLuint place, GLint parts, GLenum type, GLboolean isShare, std::size_t offset) {
+    // OpenGL takes the offset for a pointer.
+    glVertexAttribPointer(place, parts, type, isShare, sizeof(Vertex),
+                          std::bit_cast<const void*>(offset));
+    glEnableVertexAttribArray(place);
+}
 
 /// One of OpenGL's textures, deleted with its scope.
 class Texture {

@@ -5,7 +5,6 @@
 #include "game/GunInHands.h"
 #include "game/render/Haze.h"
 
-#include <cstddef>
 #include <glm/gtc/type_ptr.hpp>
 #include <string>
 
@@ -62,15 +61,9 @@ FigurePicture::FigurePicture()
     glUniform1f(program_.uniform("mostShown"), static_cast<float>(mostShown));
     array_.bind();
     buffer_.bind(GL_ARRAY_BUFFER);
-    const auto attribute = [](GLuint place, GLint parts, GLenum type, GLboolean isShare,
-                              std::size_t offset) {
-        glVertexAttribPointer(place, parts, type, isShare, sizeof(SolidVertex),
-                              reinterpret_cast<const void*>(offset));
-        glEnableVertexAttribArray(place);
-    };
-    attribute(0, 3, GL_FLOAT, GL_FALSE, offsetof(SolidVertex, position));
-    attribute(1, 3, GL_FLOAT, GL_FALSE, offsetof(SolidVertex, normal));
-    attribute(2, 4, GL_UNSIGNED_BYTE, GL_TRUE, offsetof(SolidVertex, colour));
+    setAttribute<SolidVertex>(0, 3, GL_FLOAT, GL_FALSE, offsetof(SolidVertex, position));
+    setAttribute<SolidVertex>(1, 3, GL_FLOAT, GL_FALSE, offsetof(SolidVertex, normal));
+    setAttribute<SolidVertex>(2, 4, GL_UNSIGNED_BYTE, GL_TRUE, offsetof(SolidVertex, colour));
     static_assert(offsetof(SolidVertex, sun) == offsetof(SolidVertex, colour) + 3);
 }
 

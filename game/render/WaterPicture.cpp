@@ -2,7 +2,6 @@
 
 #include "game/render/Haze.h"
 
-#include <cstddef>
 #include <glm/gtc/type_ptr.hpp>
 #include <string>
 
@@ -99,14 +98,9 @@ WaterPicture::WaterPicture()
     : program_("the water", vertexSource, (std::string(hazeSource) + fragmentSource).c_str()) {
     array_.bind();
     buffer_.bind(GL_ARRAY_BUFFER);
-    const auto attribute = [](GLuint place, GLint parts, std::size_t offset) {
-        glVertexAttribPointer(place, parts, GL_FLOAT, GL_FALSE, sizeof(WaterVertex),
-                              reinterpret_cast<const void*>(offset));
-        glEnableVertexAttribArray(place);
-    };
-    attribute(0, 3, offsetof(WaterVertex, place));
-    attribute(1, 2, offsetof(WaterVertex, shape));
-    attribute(2, 3, offsetof(WaterVertex, along));
+    setAttribute<WaterVertex>(0, 3, GL_FLOAT, GL_FALSE, offsetof(WaterVertex, place));
+    setAttribute<WaterVertex>(1, 2, GL_FLOAT, GL_FALSE, offsetof(WaterVertex, shape));
+    setAttribute<WaterVertex>(2, 3, GL_FLOAT, GL_FALSE, offsetof(WaterVertex, along));
 }
 
 int WaterPicture::drawWater(const Scene& scene, float aspect) {

@@ -2,6 +2,7 @@
 
 #include "common/Decimals.h"
 #include "game/ui/Marks.h"
+#include "src/Player.h"
 
 #include <algorithm>
 #include <cmath>
@@ -238,11 +239,27 @@ void Pen::soaked() const {
     if (!self || !self->soakedSince)
         return;
     const double left = secondsUntilReturn(*self, view_.now);
-    const float top = 0.5f * size_.y - px(70.0f);
-    middle(theme_.fonts.large, top, shade::white,
-           self->soakedBy.empty() ? "You are soaked" : "Soaked by " + self->soakedBy);
-    middle(theme_.fonts.text, top + px(38.0f), shade::pale,
-           left > 0.0 ? "back in " + decimals(std::ceil(left), 0) + " s" : "back any moment");
+    const std::string who =
+        self->soakedBy.empty() ? "You are soaked" : "Soaked by " + self->soakedBy;
+    const std::string when =
+        left > 0.0 ? "back in " + decimals(std::ceil(left), 0) + " s" : "back any moment";
+    const float textWidth =
+        std::max(sizeOf(theme_.fonts.large, who).x, sizeOf(theme_.fonts.text, when).x);
+    const float width = std::max(textWidth + px(52.0f), px(240.0f));
+    const ImVec2 from = {std::round(0.5f * (size_.x - width)), 0.5f * size_.y - px(130.0f)};
+    const ImVec2 to = {from.x + width, from.y + px(92.0f)};
+    drawGlass(list_, theme_, from, to);
+    middle(theme_.fonts.large, from.y + px(14.0f), shade::white, who);
+    middle(theme_.fonts.text, from.y + px(48.0f), shade::pale, when);
+    const auto share = static_cast<float>(
+        std::clamp(1.0 - 1000.0 * left / static_cast<double>(Player::respawnDelay), 0.0, 1.0));
+    const float barLeft = from.x + px(26.0f);
+    const float barWidth = width - px(52.0f);
+    const float barTop = to.y - px(15.0f);
+    list_.AddRectFilled({barLeft, barTop}, {barLeft + barWidth, barTop + px(4.0f)},
+                        IM_COL32(120, 190, 245, 60), px(2.0f));
+    list_.AddRectFilled({barLeft, barTop}, {barLeft + share * barWidth, barTop + px(4.0f)},
+                        shade::water, px(2.0f));
 }
 
 void Pen::captions() const {

@@ -3,6 +3,7 @@
 #include "game/ui/Widgets.h"
 
 #include <array>
+#include <cmath>
 #include <iterator>
 #include <string>
 
@@ -37,7 +38,7 @@ bool drawFrameLimit(const Theme& theme, Settings& settings, double screenRate) {
     ImGui::SetNextItemWidth(row.width);
     const auto words = [&](int limit) {
         return limit > 0 ? std::to_string(limit)
-                         : "as the screen: " + std::to_string(static_cast<int>(screenRate + 0.5));
+                         : "as the screen: " + std::to_string(std::lround(screenRate));
     };
     bool changed = false;
     if (ImGui::BeginCombo("##limit", words(settings.frameLimit).c_str())) {

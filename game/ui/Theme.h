@@ -30,7 +30,7 @@ struct Theme {
 
 namespace shade {
 constexpr ImU32 glass = IM_COL32(7, 27, 52, 214);
-constexpr ImU32 thinGlass = IM_COL32(7, 27, 52, 150);
+constexpr ImU32 thinGlass = IM_COL32(7, 27, 52, 178);
 constexpr ImU32 rim = IM_COL32(140, 206, 255, 52);
 constexpr ImU32 white = IM_COL32(244, 250, 255, 255);
 constexpr ImU32 pale = IM_COL32(172, 200, 226, 255);

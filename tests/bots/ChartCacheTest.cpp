@@ -117,6 +117,16 @@ TEST_F(ChartCache, FileThatCannotBeReplacedDoesNotMatter) {
     EXPECT_TRUE(std::filesystem::is_directory(path));
 }
 
+TEST_F(ChartCache, NobodyWaitsAtAPipe) {
+    ASSERT_TRUE(chart());
+    const std::string path = file();
+    std::filesystem::remove(path);
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    ASSERT_TRUE(chart());
+    EXPECT_TRUE(wasMade());
+    EXPECT_TRUE(std::filesystem::is_fifo(path));
+}
+
 TEST_F(ChartCache, NobodyWaitsForAChartThatIsNotWanted) {
     goesOn = false;
     EXPECT_FALSE(chart().has_value());

@@ -33,7 +33,7 @@ TEST(ChildProcess, StatusIsThatOfTheProgram) {
 }
 
 TEST(ChildProcess, HasNoStatusWhileItRuns) {
-    ChildProcess sleeper = shell("sleep 100");
+    ChildProcess sleeper = shell("exec sleep 100");
     EXPECT_EQ(sleeper.status(), std::nullopt);
     sleeper.signal(SIGTERM);
     EXPECT_EQ(sleeper.wait(), 128 + SIGTERM);

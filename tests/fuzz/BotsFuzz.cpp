@@ -8,6 +8,7 @@
 #include "src/Messages.h"
 #include "tests/bots/LevelRoadmap.h"
 #include "tests/fuzz/Bytes.h"
+#include "tests/fuzz/HostileState.h"
 #include "tests/fuzz/Require.h"
 #include "tests/fuzz/RoomSocket.h"
 
@@ -32,36 +33,19 @@ struct Arena {
     bots::Roadmap roadmap = levelRoadmap(map);
 };
 
-/// The state that the room sends next, as bytes: they need not be values of the record's types.
-class State {
-  public:
-    State() {
-        UpdateMessage state;
-        for (int i = 0; i < maxPlayers; ++i) {
-            PlayerUpdate& player = state.updates[i];
-            player.id = static_cast<char>('1' + i);
-            player.position = standingIn(2 + i, 2);
-            player.direction = vec3(0.0f, 0.0f, 1.0f);
-            // Ours is the first, by the name that Play gives it.
-            const std::string name = "Bot " + std::to_string(i + 1);
-            std::copy(name.begin(), name.end(), player.name);
-        }
-        std::memcpy(bytes_, &state, sizeof bytes_);
+UpdateMessage firstState() {
+    UpdateMessage state;
+    for (int i = 0; i < maxPlayers; ++i) {
+        PlayerUpdate& player = state.updates[i];
+        player.id = static_cast<char>('1' + i);
+        player.position = standingIn(2 + i, 2);
+        player.direction = vec3(0.0f, 0.0f, 1.0f);
+        // Ours is the first, by the name that Play gives it.
+        const std::string name = "Bot " + std::to_string(i + 1);
+        std::copy(name.begin(), name.end(), player.name);
     }
-
-    /// Some bytes of one player's slot.
-    void change(std::size_t player, std::size_t offset, const std::string& bytes) {
-        const std::size_t start = sizeof(UpdateMessage) - sizeof(UpdateMessage::updates) +
-                                  sizeof(PlayerUpdate) * (player % maxPlayers) +
-                                  offset % sizeof(PlayerUpdate);
-        std::memcpy(bytes_ + start, bytes.data(), std::min(bytes.size(), sizeof bytes_ - start));
-    }
-
-    std::string datagram() const { return {bytes_, sizeof bytes_}; }
-
-  private:
-    char bytes_[sizeof(UpdateMessage)];
-};
+    return state;
+}
 
 /// One bot, and the room that it plays in.
 class Match {
@@ -122,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Bytes bytes(data, size);
     const double skill = bytes.next<std::uint8_t>() / 255.0;
     Match match(arena.roadmap, skill, bytes.next<std::uint8_t>());
-    State state;
+    HostileState state(firstState());
     match.send(state.datagram());
     require(match.play().standing().snapshots == 1, "the bot plays");
     int states = 1;

@@ -67,7 +67,7 @@ TEST(Labels, PlacesThatAreNoNumbersHaveNone) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     EXPECT_TRUE(
         labelsOf(sceneWith({nameAt({nan, 100.0f, 700.0f}), nameAt({500.0f, infinity, 700.0f}),
-                            nameAt({500.0f, 100.0f, infinity}), nameAt({1e30f, -1e30f, 3e38f})}),
+                            nameAt({500.0f, 100.0f, infinity})}),
                  aspect)
             .empty());
 }

@@ -121,3 +121,20 @@ TEST_F(StagingInCourt, LetsJetsOutAtTheNozzleInTheOpen) {
     EXPECT_EQ(scene.jets[0].from, nozzleOf(scene.figures[0]));
     EXPECT_FLOAT_EQ(scene.jets[0].width, 1.0f);
 }
+
+TEST_F(StagingInCourt, LetsOneSeeTheJetAtAWallRightBeforeTheEye) {
+    // The wall ends beside the eye, so that the gun itself is in the open.
+    MapManager post = loaded(arenaText(16, 8, 16, [](int column, int row, int depth) {
+        return row == 0 || (depth == 9 && column >= 8);
+    }));
+    Staging there(post, 1);
+    Camera& camera = scene.camera;
+    camera.eye = {516.0f, standing, 540.0f};
+    camera.direction = {0.0f, 0.0f, 1.0f};
+    for (int i = 0; i < 10; ++i)
+        there.show(scene, OwnBody{'1', camera.eye, camera.direction, true}, {}, frame, false);
+    ASSERT_EQ(scene.jets.size(), 1u);
+    EXPECT_FLOAT_EQ(scene.jets[0].to.z, 576.0f);
+    EXPECT_LT(scene.jets[0].from.z, 572.0f);
+    EXPECT_GT(scene.jets[0].from.z, 545.0f);
+}

@@ -91,6 +91,27 @@ TEST_F(WaterInCourt, JetsIntoTheOpenSkyFallInAnArcAndPassBodies) {
     EXPECT_GT(glm::distance(jet.from, jet.to), 400.0f);
 }
 
+TEST_F(WaterInCourt, JetsIntoTheSkyWetTheCubesThatTheyComeDownOn) {
+    // The straight line passes over the wall, and the falling water does not.
+    const glm::vec3 direction = glm::normalize(glm::vec3(0.0f, 0.99f, 0.08f));
+    const glm::vec3 nearWall(1024.0f, standing, 1900.0f);
+    ASSERT_FALSE(landingOf(map, {'1', nearWall}, direction, {}));
+    fire(shooterAt(nearWall, direction), 120);
+    ASSERT_EQ(water.jets().size(), 1u);
+    EXPECT_FALSE(water.jets()[0].intoSky);
+    EXPECT_FALSE(water.splashes().empty());
+}
+
+TEST_F(WaterInCourt, FiringAgainBeginsAJetOfItsOwnBehindTheLastWater) {
+    fire(shooterAt(middle), 60);
+    rest(1);
+    fire(shooterAt(middle), 1);
+    ASSERT_EQ(water.jets().size(), 2u);
+    EXPECT_GT(water.jets()[0].tail, 0.0f);
+    EXPECT_FLOAT_EQ(water.jets()[1].tail, 0.0f);
+    EXPECT_LT(water.jets()[1].front, 0.5f);
+}
+
 TEST_F(WaterInCourt, JetsGrowFromTheNozzleAndLeaveItWhenTheyEnd) {
     const Shooter shooter = shooterAt(middle);
     fire(shooter, 2);

@@ -67,15 +67,19 @@ ServerProcess::ServerProcess(const std::vector<std::string>& arguments,
     process_.emplace(words, ChildProcess::Outputs{output.number, errors.number});
 }
 
+std::optional<ServerProcess> ServerProcess::listeningAt(int port, const std::string& map) {
+    ServerProcess server({std::to_string(port)}, map);
+    if (!server.waitForLine("Server is listening on port " + std::to_string(port)))
+        return std::nullopt;
+    server.port_ = port;
+    return server;
+}
+
 ServerProcess ServerProcess::listening(const std::string& map) {
     for (int tries = 0; tries < 20; ++tries) {
-        const int port = freePort();
-        ServerProcess server({std::to_string(port)}, map);
         // Another process may have taken the port in between.
-        if (server.waitForLine("Server is listening on port " + std::to_string(port))) {
-            server.port_ = port;
-            return server;
-        }
+        if (std::optional<ServerProcess> server = listeningAt(freePort(), map))
+            return std::move(*server);
     }
     throw std::runtime_error("the server does not start");
 }

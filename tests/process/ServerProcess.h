@@ -24,11 +24,14 @@ class ServerProcess {
     /// Starts on a free port and waits until the server listens.
     static ServerProcess listening(const std::string& map);
 
+    /// Starts on this port and waits until the server listens; nothing if it does not.
+    static std::optional<ServerProcess> listeningAt(int port, const std::string& map);
+
     ServerProcess(ServerProcess&& other) noexcept;
     ServerProcess& operator=(ServerProcess&&) = delete;
     ~ServerProcess();
 
-    /// The port given by listening().
+    /// The port that it listens at.
     int port() const { return port_; }
 
     std::filesystem::path folder() const { return folder_->path; }

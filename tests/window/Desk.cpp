@@ -1,10 +1,11 @@
 #include "tests/window/Desk.h"
 
+#include "src/Player.h"
 #include "tests/support/Arenas.h"
 
-#include <chrono>
-#include <fcntl.h>
-#include <thread>
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
 
 using namespace drench;
 
@@ -15,53 +16,50 @@ constexpr char env[] = "/usr/bin/env";
 /// Counts of the mouse are counts of the view, so that a test can say by how much it turns.
 constexpr char plainSettings[] = "[mouse]\nsensitivity = 1.0\n";
 
-std::string withSettings(const TemporaryFolder& folder) {
+std::string withSettings(const TemporaryFolder& folder, const std::string& more) {
     std::filesystem::create_directories(folder.path + "/drench");
-    folder.write("drench/settings.toml", plainSettings);
+    folder.write("drench/settings.toml", plainSettings + more);
     return folder.path;
+}
+
+/// Radians upward from the horizon.
+double pitch(vec3 direction) {
+    return std::atan2(direction.y, std::hypot(direction.x, direction.z));
+}
+
+int countsOf(double radians) {
+    return static_cast<int>(std::lround(radians * Player::countsPerRadian));
 }
 
 } // namespace
 
-Display::Display() {
-    const std::string said = folder_.write("number", "");
-    const Descriptor output(open(said.c_str(), O_WRONLY | O_CLOEXEC));
-    const Descriptor errors(open(folder_.write("errors", "").c_str(), O_WRONLY | O_CLOEXEC));
-    server_.emplace(std::vector<std::string>{env, "Xvfb", "-displayfd", "1", "-screen", "0",
-                                             "1280x720x24", "-nolisten", "tcp"},
-                    ChildProcess::Outputs{output.number, errors.number});
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(patience);
-    std::string number;
-    while (number.find('\n') == std::string::npos) {
-        if (server_->status() || std::chrono::steady_clock::now() > end)
-            throw std::runtime_error("no X server: " + readFile(folder_.path + "/errors"));
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        number = readFile(said);
-    }
-    name = ":" + number.substr(0, number.find('\n'));
-}
-
-std::string Display::xdotool(const std::string& arguments) const {
-    ToolProcess tool(env, "DISPLAY=" + name + " xdotool " + arguments);
-    EXPECT_EQ(tool.status(), 0) << arguments << ": " << tool.err();
-    return tool.out();
-}
-
 std::string windowCommand(const std::string& display, const std::string& folder,
-                          const std::string& arguments) {
+                          const std::string& arguments, const std::string& environment) {
     const std::string where = display.empty() ? "-u DISPLAY" : "DISPLAY=" + display;
     return "-u WAYLAND_DISPLAY " + where +
            " LIBGL_ALWAYS_SOFTWARE=1 SDL_AUDIODRIVER=dummy XDG_CONFIG_HOME=" + folder + " " +
-           DRENCH_WINDOW_PROGRAM + " " + arguments;
+           environment + " " + DRENCH_WINDOW_PROGRAM + " " + arguments;
 }
 
-Desk::Desk(const std::string& arguments)
-    : server_(ServerProcess::listening(emptyCourt())), watcher_(server_.port()),
-      window(env, windowCommand(display.name, withSettings(folder_),
-                                "localhost:" + std::to_string(server_.port()) + " --name " +
-                                    player + " --arena " + server_.folder().string() +
-                                    "/Resources/mapdata " + arguments)) {
-    watcher_.join("Eve");
+double turnRight(vec3 from, vec3 to) {
+    const double before = std::atan2(from.x, from.z);
+    return std::remainder(before - std::atan2(to.x, to.z), 2.0 * 3.14159265358979);
+}
+
+Desk::Desk(const Plan& plan)
+    : server_(ServerProcess::listening(emptyCourt())),
+      window(env, windowCommand(display.name, withSettings(folder_, plan.settings),
+                                "localhost:" + std::to_string(server_->port()) + " --name " +
+                                    player + " --arena " + server_->folder().string() +
+                                    "/Resources/mapdata --size " + plan.size + " " + plan.arguments,
+                                plan.environment)) {
+    port_ = server_->port();
+    beginWatching();
+}
+
+void Desk::beginWatching() {
+    eve_.emplace(port_);
+    eve_->join(watcher);
 }
 
 void Desk::settle() {
@@ -73,8 +71,46 @@ void Desk::moveMouse(int right, int down) {
     display.xdotool("mousemove_relative -- " + std::to_string(right) + " " + std::to_string(down));
 }
 
+bool Desk::turnsAtLast() {
+    const vec3 before = seen()->direction;
+    return waitUntil([&] {
+        moveMouse(90, 0);
+        return sees(
+            [&](const PlayerUpdate& ann) { return turnRight(before, ann.direction) != 0.0; }, 300);
+    });
+}
+
+void Desk::click(Pixel place) {
+    display.xdotool("mousemove " + std::to_string(place.x) + " " + std::to_string(place.y) +
+                    " click 1");
+}
+
+bool Desk::aimAt(vec3 place) {
+    // The screen is no wider than this to either side of its middle.
+    constexpr int most = 250;
+    for (;;) {
+        const vec3 before = seen()->direction;
+        const vec3 wanted = place - seen()->position;
+        const int right = std::clamp(countsOf(turnRight(before, wanted)), -most, most);
+        const int down = std::clamp(countsOf(pitch(before) - pitch(wanted)), -most, most);
+        if (right == 0 && down == 0)
+            return true;
+        moveMouse(right, down);
+        const bool turns = sees([&](const PlayerUpdate& ann) {
+            return countsOf(turnRight(before, ann.direction)) == right &&
+                   countsOf(pitch(before) - pitch(ann.direction)) == down;
+        });
+        if (!turns) {
+            ADD_FAILURE() << "moved by " << right << ", " << down << "; turned by "
+                          << countsOf(turnRight(before, seen()->direction)) << ", "
+                          << countsOf(pitch(before) - pitch(seen()->direction));
+            return false;
+        }
+    }
+}
+
 const PlayerUpdate* Desk::seen() const {
-    for (const PlayerUpdate& each : watcher_.state.updates) {
+    for (const PlayerUpdate& each : eve_->state.updates) {
         if (each.id != 0 && std::string(each.name) == player)
             return &each;
     }
@@ -82,7 +118,7 @@ const PlayerUpdate* Desk::seen() const {
 }
 
 bool Desk::sees(const std::function<bool(const PlayerUpdate&)>& wanted, int milliseconds) {
-    return watcher_.waitForState(
+    return eve_->waitForState(
         [&](const UpdateMessage&) {
             const PlayerUpdate* ann = seen();
             return ann && wanted(*ann);
@@ -91,7 +127,7 @@ bool Desk::sees(const std::function<bool(const PlayerUpdate&)>& wanted, int mill
 }
 
 bool Desk::seesLeave(int milliseconds) {
-    return watcher_.waitForState([&](const UpdateMessage&) { return !seen(); }, milliseconds);
+    return eve_->waitForState([&](const UpdateMessage&) { return !seen(); }, milliseconds);
 }
 
 bool Desk::comesToRest() {
@@ -104,6 +140,35 @@ bool Desk::comesToRest() {
         count = moved.x == 0.0f && moved.y == 0.0f && moved.z == 0.0f ? count + 1 : 0;
         return count >= still;
     });
+}
+
+bool Desk::hears(const std::string& words) {
+    const PlayerUpdate* ann = seen();
+    return ann && eve_->waitForDatagram(chatDatagram(ann->id, words));
+}
+
+void Desk::keepWatcherAway(float distance) {
+    const auto isAway = [&](const PlayerUpdate& ann) {
+        const vec3 way = seenWatcher().position - ann.position;
+        return std::hypot(way.x, way.z) > distance;
+    };
+    if (sees(isAway, 100))
+        return;
+    eve_->send(keyDatagram(eve_->id(), keyIndex::forward, true));
+    EXPECT_TRUE(sees(isAway));
+    eve_->send(keyDatagram(eve_->id(), keyIndex::forward, false));
+}
+
+void Desk::endRoom() {
+    eve_.reset();
+    server_.reset();
+}
+
+void Desk::openRoomAgain() {
+    if (std::optional<ServerProcess> server = ServerProcess::listeningAt(port_, emptyCourt()))
+        server_.emplace(std::move(*server));
+    ASSERT_TRUE(server_) << "at the same port";
+    beginWatching();
 }
 
 std::string Desk::windowNumber() const {

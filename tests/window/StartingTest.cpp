@@ -2,21 +2,37 @@
 #include "tests/support/Arenas.h"
 #include "tests/window/Desk.h"
 
+#include <chrono>
+#include <csignal>
+#include <future>
+#include <memory>
 #include <set>
 
 namespace {
 
 /// The window's program, run to its end.
 struct Ending {
-    int status;
+    int status = 0;
     std::string said;
 };
 
-Ending run(const std::string& display, const std::string& arguments) {
+Ending run(const std::string& display, const std::string& arguments,
+           const std::string& environment = "") {
     const TemporaryFolder folder;
-    ToolProcess window("/usr/bin/env", windowCommand(display, folder.path, arguments));
+    ToolProcess window("/usr/bin/env", windowCommand(display, folder.path, arguments, environment));
     const int status = window.status();
     return {status, window.err()};
+}
+
+/// The same with ever more time to play, until the room's answer came in it.
+Ending runUntilAnswered(const std::string& display, const std::string& room) {
+    Ending window;
+    for (const char* seconds : {"2", "8", "30"}) {
+        window = run(display, room + " --seconds " + seconds);
+        if (window.status != 0)
+            break;
+    }
+    return window;
 }
 
 std::string address(int port) {
@@ -40,7 +56,7 @@ TEST(WindowStarting, WithoutADisplayOneLineSaysSo) {
 
 TEST(WindowStarting, WithAnOldOpenGlOneLineSaysSo) {
     const Display display;
-    const Ending window = run(display.name + " MESA_GL_VERSION_OVERRIDE=2.1", "localhost:1");
+    const Ending window = run(display.name, "localhost:1", "MESA_GL_VERSION_OVERRIDE=2.1");
     EXPECT_EQ(window.status, 2);
     EXPECT_NE(window.said.find("no OpenGL 3.3"), std::string::npos) << window.said;
     EXPECT_EQ(linesIn(window.said), 1u) << window.said;
@@ -49,7 +65,7 @@ TEST(WindowStarting, WithAnOldOpenGlOneLineSaysSo) {
 TEST(WindowStarting, WhereNobodyListensOneLineSaysSo) {
     const Display display;
     const std::string room = address(freePort());
-    const Ending window = run(display.name, room + " --seconds 3");
+    const Ending window = runUntilAnswered(display.name, room);
     EXPECT_EQ(window.status, 1);
     EXPECT_EQ(window.said, "Nobody listens at " + room + ".\n");
 }
@@ -62,7 +78,13 @@ TEST(WindowStarting, InAFullRoomOneLineSaysSo) {
         players.push_back(std::make_unique<RemotePlayer>(server.port()));
         ASSERT_NE(players.back()->join(name), 0);
     }
-    const Ending window = run(display.name, address(server.port()) + " --seconds 3");
+    std::future<Ending> running = std::async(
+        std::launch::async, [&] { return runUntilAnswered(display.name, address(server.port())); });
+    while (running.wait_for(std::chrono::seconds(1)) != std::future_status::ready) {
+        for (const std::unique_ptr<RemotePlayer>& each : players)
+            each->send(keepAliveDatagram(each->id()));
+    }
+    const Ending window = running.get();
     EXPECT_EQ(window.status, 1);
     EXPECT_EQ(window.said, address(server.port()) + " is full.\n");
 }
@@ -87,7 +109,9 @@ TEST(WindowStarting, HelpAndWrongUseNeedNoDisplay) {
 TEST(WindowStarting, AScreenshotShowsTheArena) {
     const TemporaryFolder folder;
     const std::string file = folder.path + "/picture.png";
-    Desk desk("--seconds 2 --size 320x180 --screenshot " + file);
+    Desk desk({.size = "320x180", .arguments = "--screenshot " + file});
+    desk.settle();
+    desk.window.signal(SIGTERM);
     EXPECT_EQ(desk.window.status(), 0) << desk.window.err();
     const arena::Image picture = arena::decodePng(readFile(file));
     EXPECT_EQ(picture.width, 320);

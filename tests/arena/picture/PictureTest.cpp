@@ -1,11 +1,8 @@
-#include "arena/picture/Png.h"
-#include "common/Files.h"
 #include "tests/support/Arenas.h"
 #include "tests/support/PictureComparison.h"
 #include "tests/support/PictureCourt.h"
+#include "tests/support/StoredPicture.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -137,31 +134,6 @@ TEST(PictureComparison, RejectsASwappedColour) {
     EXPECT_FALSE(
         pictureDifference(testIsometric(map, {}), testIsometric(swapped, {})).negligible());
 }
-
-// Stored pictures. DRENCH_RENEW_PICTURES=1 writes them anew: look at them before you commit them.
-
-namespace {
-
-void expectStored(const Image& actual, const std::string& name) {
-    const std::string path = std::string(DRENCH_TEST_PICTURES) + "/" + name;
-    if (std::getenv("DRENCH_RENEW_PICTURES")) {
-        replaceFile(path, arena::encodePng(actual));
-        GTEST_SKIP() << "renewed " << path;
-    }
-    const PictureDifference difference =
-        pictureDifference(arena::decodePng(readFile(path)), actual);
-    if (difference.negligible())
-        return;
-    const std::string shown =
-        (std::filesystem::temp_directory_path() / ("drench-" + name)).string();
-    replaceFile(shown, arena::encodePng(actual));
-    ADD_FAILURE() << shown << " is not as " << path << ": "
-                  << (difference.sameSize ? "" : "of another size, ") << "mean difference "
-                  << difference.mean << " levels, clear in " << 100.0 * difference.clearShare
-                  << " %";
-}
-
-} // namespace
 
 TEST(StoredPictures, IsometricOneIsAsStored) {
     expectStored(testIsometric(testCourt(), testSpawns()), "court-isometric.png");

@@ -1,0 +1,257 @@
+// What a window draws of a room that shows anything: from its snapshots, over where everybody is,
+// to the vertices of figures, water and one's own gun. An input is a run of steps, one byte each
+// and what it needs: three bits say what, five bits how much or who. The room is a socket on
+// 127.0.0.1, where what is sent has arrived.
+
+#include "client/Bodies.h"
+#include "client/Session.h"
+#include "game/FigureSight.h"
+#include "game/Figures.h"
+#include "game/GunInHands.h"
+#include "game/Labels.h"
+#include "game/Match.h"
+#include "game/Staging.h"
+#include "game/WaterShapes.h"
+#include "tests/fuzz/Bytes.h"
+#include "tests/fuzz/HostileState.h"
+#include "tests/fuzz/Require.h"
+#include "tests/fuzz/RoomSocket.h"
+#include "tests/support/Courts.h"
+#include "tests/support/Datagrams.h"
+
+#include <cmath>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+using namespace drench;
+using namespace drench::game;
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr char name[] = "Ann";
+constexpr float aspect = 16.0f / 9.0f;
+
+/// Of one input, so that no input takes long.
+constexpr int mostFrames = 300;
+
+/// More than the most figures, jets, drops and patches that a scene may hold.
+constexpr std::size_t mostVertices = 40'000;
+
+/// A court with some cubes to stand on and to hide behind.
+MapManager& arena() {
+    static MapManager map = court(9, 6, 9, [](int i, int j, int k) {
+        return (j == 1 && i % 3 == 0 && k % 4 == 0) || (j <= 3 && i == 4 && k == 4);
+    });
+    return map;
+}
+
+UpdateMessage firstState() {
+    UpdateMessage state;
+    for (int i = 0; i < maxPlayers; ++i) {
+        PlayerUpdate player;
+        player.id = static_cast<char>('1' + i);
+        player.position = {96.0f + 128.0f * static_cast<float>(i), standing, 160.0f};
+        player.direction = {0.0f, 0.0f, 1.0f};
+        std::string(i == 0 ? name : "Bo").copy(player.name, sizeof player.name - 1);
+        state.add(player);
+    }
+    return state;
+}
+
+bool isFinite(const glm::vec2& v) {
+    return std::isfinite(v.x) && std::isfinite(v.y);
+}
+
+bool isFinite(const glm::vec3& v) {
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+/// What lasts from frame to frame, and the frame itself.
+class Picture {
+  public:
+    void take(const client::Event& event, const client::Session& session, client::Time now) {
+        match_.take(event, now);
+        if (std::holds_alternative<client::Joined>(event))
+            bodies_.emplace(arena());
+        if (const auto* snapshot = std::get_if<client::Snapshot>(&event); snapshot && bodies_)
+            bodies_->take(*snapshot, session);
+    }
+
+    void serviced(client::Session& session, client::Time now) {
+        if (bodies_)
+            bodies_->serviced(session, now);
+    }
+
+    void draw(client::Time now, float seconds, bool ahead) {
+        if (!bodies_)
+            return;
+        std::optional<OwnBody> own;
+        if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
+            scene_.camera.eye = onScreen(body->eye);
+            scene_.camera.direction = onScreen(body->player.direction);
+            own = {match_.ownId(), scene_.camera.eye, scene_.camera.direction,
+                   body->player.isShooting()};
+        }
+        const std::vector<PlayerUpdate> others = bodies_->others(now, ahead);
+        require(others.size() <= maxPlayers, "no more players are shown than a room has");
+        staging_.show(scene_, own, others, seconds, false);
+        for (FigurePose& figure : scene_.figures) {
+            if (const MatchPlayer* known = match_.player(figure.id))
+                figure.name = known->name;
+        }
+        scene_.names = namesInSight(staging_.grid(), scene_.camera.eye, scene_.figures);
+        checkScene();
+        checkVertices();
+    }
+
+    const Scene& scene() const { return scene_; }
+
+  private:
+    void checkScene() const {
+        require(isFinite(scene_.camera.eye) && isFinite(scene_.camera.direction),
+                "the eye is somewhere");
+        require(scene_.figures.size() <= maxPlayers && scene_.shadows.size() <= maxPlayers,
+                "each player is shown once");
+        require(scene_.jets.size() <= Water::mostJets && scene_.drops.size() <= Drops::most &&
+                    scene_.splashes.size() <= WetPatches::most,
+                "water is bounded");
+        require(scene_.names.size() <= scene_.figures.size(), "each figure has one name");
+        for (const Label& label : labelsOf(scene_, aspect)) {
+            require(label.place.x >= 0.0f && label.place.x <= 1.0f && label.place.y >= 0.0f &&
+                        label.place.y <= 1.0f && std::isfinite(label.distance),
+                    "a label lies in the picture");
+            require(label.colour >= 0 && label.colour < maxPlayers, "a colour is a player's");
+        }
+    }
+
+    void checkVertices() {
+        Solids solids;
+        for (const FigurePose& figure : scene_.figures)
+            addFigure(solids, figure);
+        if (scene_.gun)
+            addGunInHands(solids, *scene_.gun, scene_.camera);
+        require(solids.vertices.size() <= mostVertices, "solids are bounded");
+        for (const SolidVertex& vertex : solids.vertices)
+            require(isFinite(vertex.position) && isFinite(vertex.normal), "a vertex is somewhere");
+        WaterShapes shapes;
+        addWater(shapes, scene_);
+        require(shapes.size() <= mostVertices, "shapes of water are bounded");
+        for (const WaterVertex& vertex : shapes)
+            require(isFinite(vertex.place) && isFinite(vertex.shape) &&
+                        std::isfinite(vertex.along) && vertex.strength >= 0.0f &&
+                        vertex.strength <= 1.0f,
+                    "water is somewhere");
+    }
+
+    Match match_;
+    std::optional<client::Bodies> bodies_;
+    Staging staging_{arena(), 1};
+    Scene scene_;
+};
+
+/// A window in a room.
+class Watch {
+  public:
+    Watch() {
+        std::string problem;
+        session_ = client::Session::join(room_.address(), name, now_, problem);
+        require(session_.has_value(), "a session begins");
+        drain();
+        send(acceptanceDatagram('1'));
+    }
+
+    client::Session& session() { return *session_; }
+    const Scene& scene() const { return picture_.scene(); }
+
+    void send(const std::string& datagram) {
+        if (session_->isOpen())
+            room_.send(datagram);
+    }
+
+    void pass(milliseconds time, bool ahead) {
+        now_ += time;
+        session_->service(now_);
+        drain();
+        picture_.serviced(*session_, now_);
+        while (const std::optional<client::Event> event = session_->nextEvent())
+            picture_.take(*event, *session_, now_);
+        picture_.draw(now_, std::chrono::duration<float>(time).count(), ahead);
+    }
+
+  private:
+    void drain() {
+        while (room_.receive()) {
+        }
+    }
+
+    RoomSocket room_;
+    client::Time now_{std::chrono::hours(1)};
+    std::optional<client::Session> session_;
+    Picture picture_;
+};
+
+void act(Bytes& bytes, std::size_t much, client::Session& session) {
+    if (much < 2 * keyIndex::count) {
+        session.setKey(static_cast<int>(much / 2), much % 2 != 0);
+    } else {
+        const int dx = bytes.next<std::int16_t>();
+        session.turn(dx, bytes.next<std::int16_t>());
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Bytes bytes(data, size);
+    Watch watch;
+    HostileState state(firstState());
+    int frames = 0;
+    const auto show = [&](milliseconds time, bool ahead) {
+        watch.send(state.datagram());
+        watch.pass(time, ahead);
+        ++frames;
+    };
+    show(milliseconds(17), false);
+    require(watch.scene().gun && watch.scene().figures.size() == maxPlayers - 1,
+            "the window plays, and shows the others");
+    while (!bytes.isEmpty() && frames < mostFrames) {
+        const auto step = bytes.next<std::uint8_t>();
+        const auto much = static_cast<std::size_t>(step & 31);
+        switch (step >> 5) {
+        case 0:
+            for (std::size_t i = 0; i <= much; ++i)
+                show(milliseconds(16 + i % 2), much % 2 != 0);
+            break;
+        case 1:
+            state.change(much, offsetof(PlayerUpdate, position), bytes.text(sizeof(vec3)));
+            break;
+        case 2:
+            state.change(much, offsetof(PlayerUpdate, direction), bytes.text(sizeof(vec3)));
+            break;
+        case 3:
+            state.change(much, offsetof(PlayerUpdate, shooting), bytes.text(1));
+            break;
+        case 4:
+            state.change(much, bytes.next<std::uint8_t>(), bytes.text(8));
+            break;
+        case 5:
+            act(bytes, much, watch.session());
+            break;
+        case 6:
+            // Nothing comes for a while, or all at once.
+            watch.pass(milliseconds(much * much), much % 2 != 0);
+            ++frames;
+            break;
+        default:
+            watch.send(much < 8 ? bytes.text(31)
+                                : chatDatagram(static_cast<char>('0' + much % 8), bytes.text(30)));
+        }
+    }
+    // What the input has set up is seen at least once.
+    show(milliseconds(17), true);
+    return 0;
+}
