@@ -94,7 +94,8 @@ class Prediction {
     /// Ticks since the first snapshot, missed ones included, as the explanations have them.
     std::int64_t tick() const { return tick_; }
 
-    /// The tick whose snapshot is due at `now`, with its fraction: tick() and what has passed since.
+    /// The tick whose snapshot is due at `now`, with its fraction: tick() and what has passed
+    /// since.
     double tickAt(Time now) const;
 
     const Statistics& statistics() const { return statistics_; }
