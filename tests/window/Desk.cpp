@@ -4,8 +4,10 @@
 #include "tests/support/Arenas.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
-#include <cstdlib>
+#include <condition_variable>
+#include <mutex>
 
 using namespace drench;
 
@@ -20,6 +22,10 @@ std::string withSettings(const TemporaryFolder& folder, const std::string& more)
     std::filesystem::create_directories(folder.path + "/drench");
     folder.write("drench/settings.toml", plainSettings + more);
     return folder.path;
+}
+
+bool areSame(vec3 a, vec3 b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z;
 }
 
 /// Radians upward from the horizon.
@@ -60,11 +66,38 @@ Desk::Desk(const Plan& plan)
 void Desk::beginWatching() {
     eve_.emplace(port_);
     eve_->join(watcher);
+    signsOfLife_ = std::jthread([this](const std::stop_token& ends) {
+        std::mutex mutex;
+        std::unique_lock lock(mutex);
+        std::condition_variable_any waiting;
+        do {
+            eve_->send(keepAliveDatagram(eve_->id()));
+        } while (!waiting.wait_for(lock, ends, std::chrono::seconds(1),
+                                   [&] { return ends.stop_requested(); }));
+    });
 }
 
 void Desk::settle() {
     ASSERT_TRUE(sees([](const PlayerUpdate&) { return true; })) << window.err();
     ASSERT_TRUE(comesToRest());
+    ASSERT_TRUE(turnsAtLast()) << "without the focus";
+    ASSERT_TRUE(comesToRest());
+}
+
+/// The watcher takes what has come, before more comes than its socket holds.
+void Desk::catchUp() {
+    while (eve_->waitFor([](const std::string&) { return true; }, 1)) {
+    }
+}
+
+void Desk::tap(const std::string& key) {
+    catchUp();
+    display.xdotool("key " + key);
+}
+
+void Desk::type(const std::string& text) {
+    catchUp();
+    display.xdotool("type --delay 30 " + text);
 }
 
 void Desk::moveMouse(int right, int down) {
@@ -133,18 +166,22 @@ bool Desk::seesLeave(int milliseconds) {
 bool Desk::comesToRest() {
     constexpr int still = 20;
     int count = 0;
-    vec3 last;
+    PlayerUpdate last;
     return sees([&](const PlayerUpdate& ann) {
-        const vec3 moved = ann.position - last;
-        last = ann.position;
-        count = moved.x == 0.0f && moved.y == 0.0f && moved.z == 0.0f ? count + 1 : 0;
+        const bool isSame =
+            areSame(ann.position, last.position) && areSame(ann.direction, last.direction);
+        last = ann;
+        count = isSame ? count + 1 : 0;
         return count >= still;
     });
 }
 
 bool Desk::hears(const std::string& words) {
     const PlayerUpdate* ann = seen();
-    return ann && eve_->waitForDatagram(chatDatagram(ann->id, words));
+    if (!ann)
+        return false;
+    const std::string line = chatDatagram(ann->id, words);
+    return std::ranges::count(eve_->heard, line) > 0 || eve_->waitForDatagram(line);
 }
 
 void Desk::keepWatcherAway(float distance) {
@@ -160,6 +197,7 @@ void Desk::keepWatcherAway(float distance) {
 }
 
 void Desk::endRoom() {
+    signsOfLife_ = {};
     eve_.reset();
     server_.reset();
 }

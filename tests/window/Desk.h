@@ -9,7 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
+#include <thread>
 
 /// Somebody at a desk: a room, the real window in it, keys and a mouse, and another player who
 /// watches through the room's own snapshots.
@@ -42,8 +42,8 @@ class Desk {
     // Real events.
     void press(const std::string& key) { display.xdotool("keydown " + key); }
     void release(const std::string& key) { display.xdotool("keyup " + key); }
-    void tap(const std::string& key) { display.xdotool("key " + key); }
-    void type(const std::string& text) { display.xdotool("type --delay 30 " + text); }
+    void tap(const std::string& key);
+    void type(const std::string& text);
 
     /// Moves the mouse by these counts.
     void moveMouse(int right, int down);
@@ -71,10 +71,11 @@ class Desk {
     /// Watches until the player is not in the room any more; false if it stays.
     bool seesLeave(int milliseconds = patience);
 
-    /// Watches until the player stands still.
+    /// Watches until the player stands still and looks one way.
     bool comesToRest();
 
-    /// Waits until this line of chat of the window's player comes; false if it does not.
+    /// Waits until this line of chat of the window's player comes, if it has not come before; false
+    /// if it does not.
     bool hears(const std::string& words);
 
     /// The watcher walks off until it is that far from the player.
@@ -96,11 +97,15 @@ class Desk {
 
   private:
     void beginWatching();
+    void catchUp();
 
     TemporaryFolder folder_;
     int port_;
     std::optional<ServerProcess> server_;
     std::optional<RemotePlayer> eve_;
+
+    /// Keeps the watcher in the room, however long a test does something else.
+    std::jthread signsOfLife_;
 
   public:
     ToolProcess window;
