@@ -62,7 +62,7 @@ void Inputs::sendAgain(const InputRecord& lost, Time now) {
     const auto* const record = std::get_if<KeyMessage>(&lost);
     if (!record)
         return;
-    const int index = record->key;
+    const int index{record->key};
     if (index < 0 || index >= keyIndex::count)
         return;
     if (index == keyIndex::jump) {

@@ -134,7 +134,7 @@ int play(const Options& options) {
     }
     if (options.frameTimes)
         sayFrameCosts(frame.costs(), start);
-    const std::string& trouble = frame.visit().screens().trouble().what;
+    const std::string trouble = frame.visit().screens().trouble().what;
     if (!trouble.empty())
         std::cerr << trouble << '\n';
     frame.visit().leave(client::Clock::now());
