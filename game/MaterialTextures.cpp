@@ -263,7 +263,7 @@ std::vector<Texel> texelsOf(int texture) {
     if (pattern != std::end(patterns)) {
         for (int y = 0; y < textureSide; ++y) {
             for (int x = 0; x < textureSide; ++x)
-                changes[static_cast<std::size_t>(y * textureSide + x)] =
+                changes[static_cast<std::size_t>(y) * textureSide + static_cast<std::size_t>(x)] =
                     pattern->change((glm::vec2(x, y) + 0.5f) / static_cast<float>(textureSide));
         }
     }
