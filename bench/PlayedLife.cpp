@@ -171,7 +171,7 @@ class Life {
                 for (; carried_ < life_.losses.size(); ++carried_)
                     life_.losses[carried_].carrier = life_.records.end();
             } else if (const auto* key = std::get_if<KeyMessage>(&input)) {
-                record.key = key->key;
+                record.key = int{key->key};
                 record.isDown = key->down != 0;
                 sending.isChange = changedKey == record.key;
             }

@@ -4,9 +4,9 @@
 #include "client/Records.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <optional>
+#include <string_view>
 #include <variant>
 
 namespace drench::bench {
@@ -17,7 +17,10 @@ namespace {
 constexpr double tooLate = 1000.0;
 
 bool isSame(const UpdateMessage& a, const UpdateMessage& b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    const auto bytesOf = [](const UpdateMessage& state) {
+        return std::string_view(reinterpret_cast<const char*>(&state), sizeof state);
+    };
+    return bytesOf(a) == bytesOf(b);
 }
 
 /// For each snapshot taken, the tick in which the observer saw the same; nothing after a snapshot

@@ -135,8 +135,11 @@ std::string plotColumns(const std::vector<LineFigures>& lines) {
         for (const auto& [name, values] :
              {std::pair{"drawn eye", &line.eyes}, {"at its tick", &line.inputs}}) {
             out << '"' << line.name << "\"\t\"" << name << "\"\n";
-            for (double share = 0.5; share < 0.9995; share += (1.0 - share) / 16.0)
+            double share = 0.5;
+            while (share < 0.9995) {
                 out << 1.0 - share << '\t' << quantile(*values, share) << '\n';
+                share += (1.0 - share) / 16.0;
+            }
             out << "\n\n";
         }
     }

@@ -11,7 +11,7 @@ using client::Hypothesis;
 using client::SearchLimits;
 
 /// More than enough: nothing hurries.
-constexpr int budgetOfSearch = 200'000;
+constexpr int budgetOfSearch = 1'000'000;
 constexpr std::size_t mostHypotheses = 200;
 
 /// Milliseconds. Beyond what any line of these does to a record.
@@ -40,13 +40,19 @@ std::vector<Node> spawns(MapManager& map, const PlayerUpdate& seen) {
 std::vector<Node> continued(const std::vector<Node>& nodes, const client::SentRecords& records,
                             const PlayerUpdate& seen, const client::TickTimes& times) {
     const double narrow = 3.0 * times.spread + 3.0;
+    const double wide = 3.0 * narrow;
     const SearchLimits searches[] = {{0, narrow, narrow, false},
                                      {1, narrow, narrow, false},
                                      {2, narrow, narrow, false},
                                      {4, narrow, narrow, false},
+                                     {8, narrow, narrow, false},
+                                     {16, narrow, narrow, false},
+                                     {0, wide, wide, false},
+                                     {2, wide, wide, false},
+                                     {4, wide, wide, false},
+                                     {8, wide, wide, false},
                                      {0, widestMisfit, widestMisfit, false},
-                                     {2, widestMisfit, widestMisfit, false},
-                                     {8, widestMisfit, widestMisfit, false}};
+                                     {2, widestMisfit, widestMisfit, false}};
     for (const SearchLimits& limits : searches) {
         std::vector<Node> found;
         int budget = budgetOfSearch;

@@ -4,6 +4,7 @@
 #include "common/Decimals.h"
 #include "common/Files.h"
 #include "common/GapHistogram.h"
+#include "game/Settings.h"
 #include "game/Window.h"
 #include "game/render/Renderer.h"
 #include "game/render/Screenshot.h"
@@ -58,6 +59,7 @@ struct Options {
     std::vector<float> from;
     std::vector<float> to;
     std::string picture;
+    Look look;
 };
 
 int draw(const Options& options) {
@@ -70,6 +72,8 @@ int draw(const Options& options) {
     std::cout << mesh.indices.size() / 3 << " triangles, " << mesh.vertices.size()
               << " vertices, made in " << decimals(made, 0) << " ms\n";
     Renderer renderer(mesh);
+    Look look = options.look;
+    look.inSoftware = window.drawsInSoftware();
     Scene scene;
     scene.camera.fieldOfView = fieldOfViewFrom(90.0f);
     const PixelSize size = window.size();
@@ -77,7 +81,7 @@ int draw(const Options& options) {
         scene.camera.eye = {options.from[0], options.from[1], options.from[2]};
         scene.camera.direction =
             glm::vec3(options.to[0], options.to[1], options.to[2]) - scene.camera.eye;
-        renderer.draw(scene, size.width, size.height);
+        renderer.draw(scene, size.width, size.height, look);
         replaceFile(options.picture, arena::encodePng(screenshot(size.width, size.height)));
         return 0;
     }
@@ -92,7 +96,7 @@ int draw(const Options& options) {
             scene.camera.direction = {std::sin(angle), -0.1f, std::cos(angle)};
             const double before = processorTime();
             const Clock::time_point begin = Clock::now();
-            renderer.draw(scene, size.width, size.height);
+            renderer.draw(scene, size.width, size.height, look);
             window.show();
             glFinish();
             times.add(Clock::now() - begin);
@@ -117,6 +121,9 @@ int main(int argc, char** argv) {
     app.add_option("--size", options.size, "Width and height in pixels")
         ->type_name("WxH")
         ->delimiter('x');
+    app.add_flag("--full", options.look.full, "The full picture");
+    app.add_option("--render-scale", options.look.scale, "Of width and height, what is drawn")
+        ->check(numberBetween(renderScaleLimits.least, renderScaleLimits.most));
     app.add_option("--turns", options.turns, "Frames at each place")->check(numberBetween(0, 1000));
     CLI::Option* from = app.add_option("--from", options.from, "The eye of one view, world units")
                             ->type_name("X Y Z")

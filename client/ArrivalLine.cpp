@@ -70,6 +70,7 @@ void ArrivalLine::arrival(std::int64_t tick, std::int64_t tickBefore, Millisecon
 
 void ArrivalLine::guessDelay(Milliseconds roundTrip) {
     delay_ = std::clamp(roundTrip, 0.0, longestGuess);
+    samples_ = 0;
 }
 
 void ArrivalLine::acted(Milliseconds sentAt) {

@@ -35,11 +35,14 @@ class ArrivalLine {
     /// A record sent at `sentAt` acted in the newest tick.
     void acted(Milliseconds sentAt);
 
-    /// A first guess of delay(), until a record acts: the round trip, which may be far off.
+    /// A guess of delay(), until the next record acts: the round trip, which may be far off.
     void guessDelay(Milliseconds roundTrip);
 
     /// From the sending of a record to the due moment of the first tick in which it can act.
     Milliseconds delay() const { return delay_; }
+
+    /// Whether a record has acted since the last guess.
+    bool knowsDelay() const { return samples_ > 0; }
 
     /// The standard deviation of that, apart from the wait for the tick.
     Milliseconds spread() const;

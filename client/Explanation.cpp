@@ -1,8 +1,10 @@
 #include "client/Explanation.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
-#include <cstring>
+#include <cstddef>
 #include <utility>
 
 namespace drench::client {
@@ -13,15 +15,13 @@ namespace {
 /// three standard deviations.
 constexpr double priceOfLoss = 4.5;
 
-/// Keys taken for lost in one snapshot.
-constexpr int mostLostKeys = 1;
-
 /// Hypotheses kept between the ticks of one search.
 constexpr std::size_t mostBetweenTicks = 256;
 
 template<typename T>
 bool sameBits(const T& a, const T& b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    using Bytes = std::array<std::byte, sizeof(T)>;
+    return std::bit_cast<Bytes>(a) == std::bit_cast<Bytes>(b);
 }
 
 /// Whether two players of one hypothesis have the same future.
@@ -80,6 +80,19 @@ struct Turns {
     std::vector<std::uint64_t> lost;
 };
 
+/// A way through the views of a search.
+struct Path {
+    Player player;
+
+    /// The next record.
+    std::uint64_t number;
+
+    /// One beyond the last view that acted.
+    std::uint64_t end;
+    int lostViews;
+    std::vector<std::uint64_t> lost;
+};
+
 class Search {
   public:
     Search(const SentRecords& records, const PlayerUpdate& seen, const TickTimes& times,
@@ -90,8 +103,7 @@ class Search {
         // First find the views that turn the player as seen, without moving it. Movement changes
         // turns only in their last bits, so this is exact when no tick was missed, and else as good
         // as close.
-        std::vector<std::uint64_t> lost;
-        findTurns(start.player, start.next, start.next, 0, lost);
+        findTurns(start);
 
         // Then split those views, and the keys between them, over the ticks.
         for (turns_ = turns_found_.begin(); turns_ != turns_found_.end(); ++turns_) {
@@ -99,7 +111,7 @@ class Search {
             for (tick_ = 1; tick_ <= times_.count && !states.empty(); ++tick_) {
                 std::vector<Hypothesis> after;
                 for (Hypothesis& state : states)
-                    playTick(std::move(state), 0, after);
+                    playTick(std::move(state), after);
                 states = std::move(after);
             }
             for (Hypothesis& state : states) {
@@ -120,39 +132,56 @@ class Search {
         return hasView(player, seen_, limits_.isTolerant || times_.count > 1);
     }
 
-    /// Follows the views from record `number` on, each acting or lost, and notes where the player
-    /// sees what was seen.
-    void findTurns(const Player& player, std::uint64_t number, std::uint64_t end, int lostViews,
-                   std::vector<std::uint64_t>& lost) {
-        if (number == end && hasTurned(player))
-            turns_found_.push_back({end, lost});
-        while (number < records_.end() && !records_[number].isView)
-            ++number;
-        if (number == records_.end() ||
-            -times_.misfit(records_[number], times_.count) > limits_.misfit || isSpent())
-            return;
-        const Milliseconds late = times_.misfit(records_[number], 1);
-        const bool isOverdue = late > limits_.overdue;
-        if (late <= limits_.misfit) {
-            Player turned = player;
-            records_[number].actOn(turned);
-            findTurns(turned, number + 1, number + 1, lostViews, lost);
+    /// Follows the views from the start's next record on, each acting or lost, depth first, and
+    /// notes where the player sees what was seen.
+    void findTurns(const Hypothesis& start) {
+        std::vector<Path> paths = {{start.player, start.next, start.next, 0, {}}};
+        while (!paths.empty()) {
+            Path path = std::move(paths.back());
+            paths.pop_back();
+            // No end behind a lost view, since it may still be on its way; but a key behind it may
+            // act only if it is lost.
+            const bool isEnd = path.number == path.end || isKey(path.number);
+            if (isEnd && hasTurned(path.player))
+                turns_found_.push_back({path.number, path.lost});
+            while (isKey(path.number))
+                ++path.number;
+            if (path.number == records_.end() ||
+                -times_.misfit(records_[path.number], times_.count) > limits_.misfit || isSpent())
+                continue;
+            const SentRecord& view = records_[path.number++];
+            const Milliseconds late = times_.misfit(view, 1);
+            const bool isOverdue = late > limits_.overdue;
+            if (isOverdue || path.lostViews < limits_.lostViews) {
+                paths.push_back(path);
+                paths.back().lost.push_back(path.number - 1);
+                paths.back().lostViews += isOverdue ? 0 : 1;
+            }
+            if (late <= limits_.misfit) {
+                view.actOn(path.player);
+                path.end = path.number;
+                paths.push_back(std::move(path));
+            }
         }
-        if (isOverdue || lostViews < limits_.lostViews) {
-            lost.push_back(number);
-            // No end, since a view after the last one that acts may still be on its way; but a key
-            // behind it may act only if it is lost.
-            const std::uint64_t behind = number + 1;
-            if (behind < records_.end() && !records_[behind].isView && hasTurned(player))
-                turns_found_.push_back({behind, lost});
-            findTurns(player, behind, end, lostViews + (isOverdue ? 0 : 1), lost);
-            lost.pop_back();
-        }
+    }
+
+    bool isKey(std::uint64_t number) const {
+        return number < records_.end() && !records_[number].isView;
     }
 
     /// Plays tick `tick_`: lets records act, in order, then moves. Each number of records that can
     /// have acted gives one state.
-    void playTick(Hypothesis state, int lostKeys, std::vector<Hypothesis>& after) {
+    void playTick(Hypothesis&& first, std::vector<Hypothesis>& after) {
+        std::vector<Hypothesis> withoutKeys;
+        playRecords(std::move(first), &withoutKeys, after);
+        for (Hypothesis& without : withoutKeys)
+            playRecords(std::move(without), nullptr, after);
+    }
+
+    /// The same without losses of keys; where one can be lost, `withoutKeys` gets the state behind
+    /// it.
+    void playRecords(Hypothesis&& state, std::vector<Hypothesis>* withoutKeys,
+                     std::vector<Hypothesis>& after) {
         for (;;) {
             while (state.next < records_.end() && records_[state.next].changesNothing(state.player))
                 ++state.next;
@@ -176,10 +205,9 @@ class Search {
             }
             if (canWait(record))
                 endTick(state, after);
-            if (!record.isView && lostKeys < mostLostKeys) {
-                Hypothesis without = state;
-                lose(without);
-                playTick(std::move(without), lostKeys + 1, after);
+            if (!record.isView && withoutKeys) {
+                withoutKeys->push_back(state);
+                lose(withoutKeys->back());
             }
             if (isSpent())
                 return;

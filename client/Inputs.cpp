@@ -60,13 +60,16 @@ void Inputs::sendAgain(const InputRecord& lost, Time now) {
     if (const auto* view = std::get_if<ViewMessage>(&lost))
         turn(view->dx, view->dy);
     const auto* const record = std::get_if<KeyMessage>(&lost);
-    if (!record || record->key < 0 || record->key >= keyIndex::count)
+    if (!record)
         return;
-    if (record->key == keyIndex::jump) {
+    const int index{record->key};
+    if (index < 0 || index >= keyIndex::count)
+        return;
+    if (index == keyIndex::jump) {
         jump = true;
         return;
     }
-    Key& key = keys[static_cast<std::size_t>(record->key)];
+    Key& key = keys[static_cast<std::size_t>(index)];
     key.sendAt = now;
     if (!key.isDown)
         key.releasesLeft = std::max(key.releasesLeft, 1);

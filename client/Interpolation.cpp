@@ -152,6 +152,7 @@ std::vector<PlayerUpdate> Interpolation::carriedOn(double ticks) const {
     const Moment& newest = moments_.back();
     const Moment* const before = moments_.size() > 1 ? &moments_[moments_.size() - 2] : nullptr;
     const double carried = std::min(ticks, double{longestCarry});
+    const int whole = static_cast<int>(carried);
     std::vector<PlayerUpdate> players;
     for (const PlayerUpdate& player : newest.state.updates) {
         if (!isPlayerId(player.id))
@@ -161,14 +162,12 @@ std::vector<PlayerUpdate> Interpolation::carriedOn(double ticks) const {
         if (!was || isSoaked(player) || hasLeapt(*was, player, newest.tick - before->tick))
             continue;
         Player body = movingOn(*was, player, newest.tick - before->tick, *map_);
-        vec3 last = body.position;
-        for (double left = carried; left > 0.0; left -= 1.0) {
-            last = body.position;
+        for (int tick = 0; tick < whole; ++tick)
             body.update(0.0f);
-            if (left < 1.0)
-                body.position = blend(last, body.position, static_cast<float>(left));
-        }
-        players.back().position = body.position;
+        const vec3 last = body.position;
+        body.update(0.0f);
+        players.back().position =
+            blend(last, body.position, static_cast<float>(carried - static_cast<double>(whole)));
     }
     return players;
 }

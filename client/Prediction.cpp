@@ -25,6 +25,9 @@ constexpr int mostTicks = 24;
 /// The number of ticks since the last snapshot is uncertain by this many, since snapshots jitter.
 constexpr int tickUncertainty = 2;
 
+/// Snapshots in a row without an explanation, after which the delay is no longer believed.
+constexpr int patience = 8;
+
 /// Milliseconds. Records this old are forgotten even if unexplained.
 constexpr Milliseconds longestMemory = 2000.0;
 
@@ -165,7 +168,7 @@ void Prediction::sent(const std::vector<InputRecord>& records, Time now) {
             record.dy = view->dy;
         } else if (const auto* key = std::get_if<KeyMessage>(&input);
                    key && key->key >= 0 && key->key < keyIndex::count) {
-            record.key = key->key;
+            record.key = int{key->key};
             record.isDown = key->down != 0;
         } else {
             continue;
@@ -213,6 +216,14 @@ Prediction::Match Prediction::take(const Snapshot& snapshot, char id,
 
     if (const std::optional<Body> corrected = body(snapshot.arrival); drawn && corrected)
         error_.add(drawn->eye - corrected->eye, snapshot.arrival);
+    // Under a wrong delay records look lost that are still to act.
+    if (match != Match::none)
+        settleLosses();
+    unexplainedInARow_ = match == Match::none ? unexplainedInARow_ + 1 : 0;
+    if (unexplainedInARow_ == patience) {
+        line_.guessDelay(roundTrip.value_or(line_.delay()));
+        unexplainedInARow_ = 0;
+    }
     lastSeen_ = *seen;
     lastPlayers_ = players;
     count(match);
@@ -397,7 +408,9 @@ void Prediction::startAnew(const PlayerUpdate& seen, Milliseconds arrival, Milli
         const Hypothesis& likeliest = hypotheses_.front();
         std::copy(std::begin(likeliest.player.keys), std::end(likeliest.player.keys),
                   start.player.keys);
-        start.next = likeliest.next;
+        // Under a wrong delay, earlier records may be still to act.
+        if (line_.knowsDelay())
+            start.next = likeliest.next;
     }
     if (lastSeen_ && times.count == 1)
         guessWalk(start.player, lastSeen_->position);
@@ -425,21 +438,26 @@ std::vector<Hypothesis> Prediction::startsFrom(Hypothesis start, bool hasLived, 
                                                Milliseconds arrival) const {
     std::vector<Hypothesis> starts;
     const Milliseconds slack = 3.0 * line_.spread() + 2.0;
+    // How much too early the record before acted.
+    Milliseconds early = 0.0;
+    const auto costOf = [&](Milliseconds late) {
+        return (late * late + early * early) / (2.0 * line_.spread() * line_.spread());
+    };
     for (start.next = std::max(start.next, records_.begin()); start.next < records_.end();
          ++start.next) {
         const SentRecord& record = records_[start.next];
         const Milliseconds expected = record.sentAt + line_.delay();
         if (expected > due - slack) {
-            const double deviations = std::max(0.0, due - expected) / line_.spread();
-            start.cost = deviations * deviations / 2.0;
+            start.cost = costOf(std::max(0.0, due - expected));
             starts.push_back(start);
         }
         if (expected > arrival + slack)
             return starts;
+        early = std::max(0.0, expected - arrival);
         if (hasLived && !record.isView && record.key != keyIndex::jump)
             record.actOn(start.player);
     }
-    start.cost = 0.0;
+    start.cost = costOf(0.0);
     starts.push_back(start);
     return starts;
 }
@@ -459,7 +477,6 @@ void Prediction::accept(std::vector<Hypothesis>&& hypotheses, Milliseconds arriv
     line_.arrival(tick_, tick_ - likeliest.ticks, arrival, period);
     if (likeliest.ticks == 1 && hypotheses_.size() == 1)
         learnDelay(from);
-    settleLosses();
 }
 
 /// Records from `from` on that acted in the newest tick tell how long records take.
@@ -475,11 +492,13 @@ void Prediction::learnDelay(std::uint64_t from) {
 
 /// Tells of records that are lost in all hypotheses, and forgets those that are decided.
 void Prediction::settleLosses() {
-    const Milliseconds patience = line_.period() + 6.0 * line_.spread() + 20.0;
+    if (hypotheses_.empty())
+        return;
+    const Milliseconds overdue = line_.period() + 6.0 * line_.spread() + 20.0;
     std::uint64_t undecided = records_.end();
     for (Hypothesis& hypothesis : hypotheses_) {
         while (hypothesis.next < records_.end() &&
-               records_[hypothesis.next].sentAt + line_.delay() + patience < line_.due())
+               records_[hypothesis.next].sentAt + line_.delay() + overdue < line_.due())
             hypothesis.lost.push_back(hypothesis.next++);
         undecided = std::min(undecided, hypothesis.next);
     }

@@ -77,7 +77,8 @@ class Prediction {
     void sent(const std::vector<InputRecord>& records, Time now);
 
     /// A snapshot came: explains it. Nothing happens if it does not hold player `id`.
-    /// @param roundTrip  in milliseconds, as far as known; only asked for the first snapshot
+    /// @param roundTrip  in milliseconds, as far as known; only for the first snapshot, and when
+    /// many have had no explanation
     /// @param period  milliseconds from tick to tick: TickClock::period()
     Match take(const Snapshot& snapshot, char id, std::optional<double> roundTrip, double period);
 
@@ -93,7 +94,8 @@ class Prediction {
     /// Ticks since the first snapshot, missed ones included, as the explanations have them.
     std::int64_t tick() const { return tick_; }
 
-    /// The tick whose snapshot is due at `now`, with its fraction: tick() and what has passed since.
+    /// The tick whose snapshot is due at `now`, with its fraction: tick() and what has passed
+    /// since.
     double tickAt(Time now) const;
 
     const Statistics& statistics() const { return statistics_; }
@@ -124,6 +126,7 @@ class Prediction {
     SentRecords records_;
     std::vector<Hypothesis> hypotheses_;
     bool isExact_ = true;
+    int unexplainedInARow_ = 0;
     std::int64_t tick_ = 0;
     ArrivalLine line_;
     std::vector<InputRecord> lost_;

@@ -3,6 +3,7 @@
 #include "arena/Map.h"
 #include "src/MapManager.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace drench::game {
@@ -17,6 +18,12 @@ struct CubeFace {
 
     bool operator==(const CubeFace&) const = default;
 };
+
+/// The direction of a face as one number, 0 to 5: 2 · axis, and 1 more for the side of rising
+/// coordinates.
+constexpr std::uint8_t facingOf(const CubeFace& face) {
+    return static_cast<std::uint8_t>(2 * face.axis + (face.side > 0 ? 1 : 0));
+}
 
 /// The two axes that a face with this normal lies along: first × second points along `axis`.
 constexpr int firstAlong(int axis) {

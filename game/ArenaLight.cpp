@@ -75,8 +75,7 @@ std::vector<Triple> directionsAround(int axis, int side, int count) {
 constexpr int cornerSteps[4][2] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
 
 std::uint64_t faceKey(const arena::Grid& grid, const CubeFace& face) {
-    return grid.indexOf(face.cube) * 6 +
-           static_cast<std::uint64_t>(face.axis * 2 + (face.side > 0));
+    return grid.indexOf(face.cube) * 6 + facingOf(face);
 }
 
 /// What the rays of all quarters of faces meet.
@@ -132,8 +131,7 @@ class Gather {
                 start[static_cast<std::size_t>(along)] +=
                     cornerSteps[quarter][step] == 1 ? quarterOffset : -quarterOffset;
             }
-            const auto& directions =
-                directions_[static_cast<std::size_t>(face.axis * 2 + (face.side > 0))];
+            const auto& directions = directions_[facingOf(face)];
             const std::size_t index = number * 4 + static_cast<std::size_t>(quarter);
             auto met = met_.begin() + static_cast<std::ptrdiff_t>(index) * rays_;
             double open = 0.0;
@@ -182,7 +180,7 @@ std::vector<CornerLight> shared(const MapManager& map, const std::vector<CubeFac
              static_cast<std::uint64_t>(at.row)) *
                 static_cast<std::uint64_t>(map.depth + 1) +
             static_cast<std::uint64_t>(at.depth);
-        return place * 6 + static_cast<std::uint64_t>(face.axis * 2 + (face.side > 0));
+        return place * 6 + facingOf(face);
     };
     std::unordered_map<std::uint64_t, Sum> sums;
     for (std::size_t i = 0; i < faces.size(); ++i) {
@@ -215,9 +213,9 @@ Light exposed(const Light& light) {
 std::vector<CornerLight> ambientLight(const MapManager& map, const std::vector<CubeFace>& faces,
                                       const std::vector<double>& sunShares) {
     const Gather gather(map, faces);
-    std::vector<Light> materials;
-    for (const CubeFace& face : faces)
-        materials.push_back(materialLight(map, face));
+    std::vector<Light> materials(faces.size());
+    std::transform(faces.begin(), faces.end(), materials.begin(),
+                   [&](const CubeFace& face) { return materialLight(map, face); });
     // What each face sends back, from bounce to bounce.
     std::vector<Light> sent(faces.size());
     std::vector<CornerLight> quarters(faces.size());

@@ -3,6 +3,7 @@
 #include "arena/Materials.h"
 #include "game/ArenaFaces.h"
 #include "game/ArenaLight.h"
+#include "game/MaterialTextures.h"
 #include "game/SunShadows.h"
 
 #include <cmath>
@@ -71,7 +72,8 @@ class Builder {
                     Light light = exposed(arena::sum(between(ambient, point), sunLight, sun));
                     for (std::size_t c = 0; c < 3; ++c)
                         light[c] *= material[c];
-                    addVertex(face, point, arena::colourFrom(light), edges);
+                    addVertex(face, point, arena::colourFrom(light), edges,
+                              textureOf(cube.cellValue));
                 }
                 addFan(base, static_cast<std::uint32_t>(polygon.size()), face.side > 0);
             }
@@ -84,17 +86,18 @@ class Builder {
 
   private:
     void addVertex(const CubeFace& face, glm::dvec2 point, arena::Colour colour,
-                   const std::array<EdgeKind, 4>& edges) {
+                   const std::array<EdgeKind, 4>& edges, std::uint8_t texture) {
         glm::dvec3 at(face.cube.column, face.cube.row, face.cube.depth);
         at[face.axis] += face.side > 0 ? 1.0 : 0.0;
         at[firstAlong(face.axis)] += point.x;
         at[secondAlong(face.axis)] += point.y;
         mesh_.vertices.push_back({glm::vec3(at * double(arena::cubeEdge)),
                                   {colour.red, colour.green, colour.blue},
-                                  static_cast<std::uint8_t>(2 * face.axis + (face.side > 0)),
+                                  facingOf(face),
                                   static_cast<float>(point.x),
                                   static_cast<float>(point.y),
-                                  edges});
+                                  edges,
+                                  texture});
     }
 
     void addFan(std::uint32_t base, std::uint32_t count, bool towardsNormal) {

@@ -29,7 +29,7 @@ struct MeshVertex {
     /// Light and material, as shown on the screen.
     std::array<std::uint8_t, 3> colour{};
 
-    /// The surface's normal: 2 · axis, and 1 more for the side of rising coordinates.
+    /// facingOf() the face that it is a part of.
     std::uint8_t facing = 0;
 
     /// The place on the cube's face, in cells from its low corner along the face's first and second
@@ -37,6 +37,9 @@ struct MeshVertex {
     float across = 0.0f;
     float along = 0.0f;
     std::array<EdgeKind, 4> edges{};
+
+    /// The cellValue of the cube, as far as it has a texture; 0 otherwise.
+    std::uint8_t texture = 0;
 };
 
 /// Triangles, counter-clockwise as seen from outside of the cubes.

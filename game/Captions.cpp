@@ -43,8 +43,8 @@ std::string wordsFor(const Cue& cue) {
 }
 
 bool isOwnMovement(const Cue& cue) {
-    return !cue.place && (cue.sound == Sound::jet || cue.sound == Sound::step ||
-                          cue.sound == Sound::jump || cue.sound == Sound::landing);
+    return cue.isOwn && cue.sound != Sound::soaking && cue.sound != Sound::soaked &&
+           cue.sound != Sound::spawn;
 }
 
 const char* sideOf(const Bearing& bearing) {

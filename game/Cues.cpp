@@ -180,15 +180,14 @@ void Cues::hearJet(Body& body, const PlayerUpdate& update, bool begins, int tick
         return;
     const arena::CellIndex hit = arena::cellAt(*map_, end + update.direction);
     cues_.push_back({Sound::splash, end, jetSplashLoudness,
-                     arena::cell(*map_, hit.column, hit.row, hit.depth).cellValue});
+                     arena::cell(*map_, hit.column, hit.row, hit.depth).cellValue, isOwn(body)});
 }
 
 void Cues::add(Sound sound, const Body& body, float loudness, int material) {
     const bool isEvent = sound == Sound::soaking || sound == Sound::soaked || sound == Sound::spawn;
-    if (isOwn(body))
-        cues_.push_back({sound, std::nullopt, isEvent ? loudness : ownShare * loudness, material});
-    else
-        cues_.push_back({sound, body.position, loudness, material});
+    const bool own = isOwn(body);
+    cues_.push_back({sound, own ? std::nullopt : std::optional(body.position),
+                     own && !isEvent ? ownShare * loudness : loudness, material, own});
 }
 
 std::optional<int> materialBelow(const MapManager& map, vec3 centre) {

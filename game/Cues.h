@@ -23,6 +23,9 @@ struct Cue {
 
     /// The cellValue of the cube that is trodden on or hit; 0 if none is.
     int material = 0;
+
+    /// Whether it is one's own doing.
+    bool isOwn = false;
 };
 
 /// A jet that goes on, from nozzle to wall.

@@ -37,6 +37,9 @@ double frameRate(const Settings& settings, const Window& window) {
     return window.drawsInSoftware() ? std::min(limit, window.screenRate()) : limit;
 }
 
+/// Seconds: after a pause a stick does not turn for all of it.
+constexpr double longestStickTime = 0.1;
+
 /// From the last change of a setting until all are kept, so that a slider writes one file.
 constexpr std::chrono::milliseconds keepPause{700};
 
@@ -59,8 +62,6 @@ Frame::Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& m
       renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
       staging_(map(), dropSeed), opened_(client::Clock::now()), begin_(opened_) {
     scene_.camera = overview(map());
-    if (settings_.fullScreen)
-        window_.fillScreen(true);
     applySettings();
 }
 
@@ -73,18 +74,24 @@ void Frame::run() {
     waitUntilDue();
     const client::Time begin = client::Clock::now();
     const client::Time before = std::exchange(begin_, begin);
+    sinceLast_ = std::min(secondsBetween(before, begin), longestStickTime);
     pacing_.begin(begin);
+    const std::chrono::nanoseconds processor = threadProcessorTime();
     takeInputs();
     serviceRoom(begin);
     changeArena();
     compose(begin);
     sound(begin);
     const PixelSize size = window_.size();
-    renderer_.draw(scene_, size.width, size.height);
+    const int calls = renderer_.draw(scene_, size.width, size.height, look());
     drawOverlay(begin);
+    costs_.processor.add(threadProcessorTime() - processor);
+    costs_.mostDrawCalls = std::max(costs_.mostDrawCalls, calls + overlay_.drawCalls());
     window_.show();
     const client::Time end = client::Clock::now();
-    times_.add(end - begin);
+    costs_.times.add(end - begin);
+    if (!costs_.first)
+        costs_.first = end;
     latestTimes_.add({static_cast<float>(1000.0 * secondsBetween(before, begin)),
                       static_cast<float>(1000.0 * secondsBetween(begin, end))});
     visit_.setFrameTime(latestTimes_.longestWork());
@@ -94,8 +101,13 @@ void Frame::run() {
 
 void Frame::drawAgain() {
     const PixelSize size = window_.size();
-    renderer_.draw(scene_, size.width, size.height);
+    renderer_.draw(scene_, size.width, size.height, look());
     overlay_.drawAgain();
+}
+
+Look Frame::look() const {
+    const bool inSoftware = window_.drawsInSoftware();
+    return {isFull(settings_.picture, inSoftware), inSoftware, settings_.renderScale};
 }
 
 void Frame::waitUntilDue() {
@@ -135,6 +147,9 @@ void Frame::takeInputs() {
     if (capture_.holdsMouse())
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
                            {settings_.invertX, settings_.invertY});
+    if (gameHasInput && isFocused_)
+        turning_.holdStick(events.stickX, events.stickY, sinceLast_, settings_.stickSensitivity,
+                           {settings_.invertX, settings_.invertY});
     window_.captureMouse(capture_.holdsMouse());
     const ViewCounts counts = turning_.take();
     if (counts != ViewCounts{} && visit_.session())
@@ -171,7 +186,7 @@ void Frame::act(const ActionChange& change) {
         visit_.session()->setKey(*key, change.held);
     if (change.action == Action::fullScreen && change.held) {
         settings_.fullScreen = !settings_.fullScreen;
-        applySettings();
+        window_.fillScreen(settings_.fullScreen);
         changed_ = begin_;
     }
     overlay_.act(change, visit_);

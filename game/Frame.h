@@ -3,12 +3,12 @@
 #include "bots/Bot.h"
 #include "bots/Script.h"
 #include "client/Bodies.h"
-#include "common/GapHistogram.h"
 #include "game/ArenaFinder.h"
 #include "game/Arenas.h"
 #include "game/Captions.h"
 #include "game/Capture.h"
 #include "game/Ears.h"
+#include "game/FrameCosts.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
 #include "game/Overlay.h"
@@ -62,13 +62,13 @@ class Frame {
     /// False once the window was closed.
     bool goesOn() const { return !isClosed_ && !overlay_.hasQuit(); }
 
-    /// How long frames took from their first event to their last pixel.
-    const GapHistogram& times() const { return times_; }
+    const FrameCosts& costs() const { return costs_; }
 
     /// Draws the last frame once more, for a picture of it, without showing it.
     void drawAgain();
 
   private:
+    Look look() const;
     void waitUntilDue();
     void takeInputs();
     void press(const WindowEvents::Press& press);
@@ -130,12 +130,15 @@ class Frame {
     Captions captions_;
     client::Time opened_;
     client::Time begin_;
+
+    /// Seconds from the frame before.
+    double sinceLast_ = 0.0;
     Scene scene_;
     bool isClosed_ = false;
 
     /// Since when the settings differ from those kept; nothing if they do not.
     std::optional<client::Time> changed_;
-    GapHistogram times_;
+    FrameCosts costs_;
     FrameTimes latestTimes_;
 };
 

@@ -22,12 +22,11 @@ class FrameTimes {
         latest_.push_back(times);
     }
 
-    /// The longest work of the latest tenth of them, in milliseconds.
+    /// The longest work of all of them, in milliseconds.
     double longestWork() const {
         float longest = 0.0f;
-        const std::size_t begin = 9 * latest_.size() / 10;
-        for (std::size_t i = begin; i < latest_.size(); ++i)
-            longest = std::max(longest, latest_[i].work);
+        for (const Times& each : latest_)
+            longest = std::max(longest, each.work);
         return longest;
     }
 

@@ -60,7 +60,8 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
            "N")
         ->check(numberBetween(frameLimitLimits.least, frameLimitLimits.most))
         ->default_str("that of the settings");
-    app.add_flag("--frame-times", options.frameTimes, "Say at the end how long frames took");
+    app.add_flag("--frame-times", options.frameTimes,
+                 "Say at the end how long frames took and what else they cost");
     return parseArguments(app, argc, argv, [&] {
         options.size = {size[0], size[1]};
         options.room = roomOfLink(options.room);

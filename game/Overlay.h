@@ -60,6 +60,9 @@ class Overlay {
     /// Draws the last frame once more.
     void drawAgain() const { interface_.drawAgain(); }
 
+    /// The draw calls of the last frame.
+    int drawCalls() const { return interface_.drawCalls(); }
+
     /// Shows a line at the top of the picture from now on, beside what is said of the line.
     void warn(const std::string& words) { warnings_.push_back(words); }
 

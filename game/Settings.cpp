@@ -11,6 +11,7 @@ namespace {
 
 struct Clamp {
     void operator()(const char*, const char*, bool&) const {}
+    void operator()(const char*, const char*, Picture&, const auto&) const {}
 
     template<class Number>
     void operator()(const char*, const char*, Number& value, Limits<Number> limits) const {

@@ -2,12 +2,26 @@
 
 #include "game/Bindings.h"
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <vector>
 
 namespace drench::game {
+
+/// How the arena and all in it are drawn: by light alone, or with textures and smooth edges.
+/// Automatic is plain where the driver draws with the processor.
+enum class Picture { automatic, plain, full };
+
+/// Their names in the settings file, in their order.
+constexpr std::array<const char*, 3> pictureNames = {"automatic", "plain", "full"};
+
+/// Whether a choice comes to the full picture.
+/// @param drawsInSoftware  whether the driver draws with the processor
+constexpr bool isFull(Picture picture, bool drawsInSoftware) {
+    return picture == Picture::full || (picture == Picture::automatic && !drawsInSoftware);
+}
 
 /// What a player sets, and what the window remembers for its next start. The defaults are those of
 /// a first start.
@@ -33,6 +47,7 @@ struct Settings {
     /// Degrees from the left to the right edge of a picture of shape 16:9.
     double fieldOfView = 95.0;
     bool fullScreen = false;
+    Picture picture = Picture::automatic;
 
     /// Frames a second; 0 for no limit.
     int frameLimit = 144;
@@ -91,8 +106,8 @@ constexpr std::size_t mostRooms = 10;
 constexpr std::size_t longestAddress = 259;
 
 /// Calls `visit` with the table, the key and the field of each single value of the settings, and
-/// with its limits if it is a number. This is the only list of them, for whoever reads, writes or
-/// clamps settings.
+/// with its limits if it is a number or its names if it is a choice. This is the only list of them,
+/// for whoever reads, writes or clamps settings.
 template<class AnySettings, class Visit>
 void visitValues(AnySettings& settings, const Visit& visit) {
     static_assert(std::is_same_v<std::remove_const_t<AnySettings>, Settings>);
@@ -104,6 +119,7 @@ void visitValues(AnySettings& settings, const Visit& visit) {
     visit("play", "show-where-shots-meet", settings.showWhereShotsMeet);
     visit("picture", "field-of-view", settings.fieldOfView, fieldOfViewLimits);
     visit("picture", "full-screen", settings.fullScreen);
+    visit("picture", "quality", settings.picture, pictureNames);
     visit("picture", "frame-limit", settings.frameLimit, frameLimitLimits);
     visit("picture", "vsync", settings.vsync);
     visit("picture", "render-scale", settings.renderScale, renderScaleLimits);

@@ -3,6 +3,8 @@
 #include "common/Files.h"
 #include "common/UserFolders.h"
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <sstream>
 #include <toml++/toml.h>
@@ -67,6 +69,17 @@ class Reader {
         read(table, key, value, "no whole number");
     }
 
+    void operator()(const char* table, const char* key, Picture& value, const auto& names) const {
+        std::string name = names[static_cast<std::size_t>(value)];
+        read(table, key, name, "no text");
+        const auto found = std::find(names.begin(), names.end(), name);
+        if (found != names.end())
+            value = static_cast<Picture>(found - names.begin());
+        else
+            tell(*document_[table][key].node(), key,
+                 "cannot be \"" + name + "\"; the usual value is used");
+    }
+
     void readName(std::string& name) const { read("player", "name", name, "no text"); }
 
     void readRooms(std::vector<std::string>& rooms) const {
@@ -107,7 +120,7 @@ class Reader {
         const std::optional<Value> found = node->value<Value>();
         const bool isNumber = [&] {
             if constexpr (std::is_same_v<Value, double>)
-                return found && *found == *found;
+                return found && !std::isnan(*found);
             else
                 return found.has_value();
         }();
@@ -161,10 +174,14 @@ toml::array listOf(const std::vector<std::string>& texts) {
 }
 
 void store(toml::table& document, const Settings& settings) {
-    visitValues(settings,
-                [&](const char* table, const char* key, const auto& value, const auto&...) {
-                    tableIn(document, table).insert_or_assign(key, value);
-                });
+    visitValues(settings, [&](const char* table, const char* key, const auto& value,
+                              const auto&... limitsOrNames) {
+        if constexpr (std::is_same_v<decltype(value), const Picture&>)
+            tableIn(document, table)
+                .insert_or_assign(key, (limitsOrNames[static_cast<std::size_t>(value)], ...));
+        else
+            tableIn(document, table).insert_or_assign(key, value);
+    });
     toml::table& player = tableIn(document, "player");
     player.insert_or_assign("name", settings.name);
     player.insert_or_assign("rooms", listOf(settings.rooms));

@@ -121,13 +121,12 @@ SunShadows::SunShadows(const MapManager& map, const arena::Triple& towardsSun)
     : blocks_(blocksOf(map)),
       sun_(arena::unit(towardsSun)), cells_{map.columns, map.rows, map.depth},
       squaresAlongZ_(squareOf(std::max(map.depth - 1, 0)) + 1) {
-    squares_.resize(
-        static_cast<std::size_t>((squareOf(std::max(map.columns - 1, 0)) + 1) * squaresAlongZ_));
+    squares_.resize(squareAt(squareOf(std::max(map.columns - 1, 0)) + 1, 0));
     for (std::uint32_t i = 0; i < blocks_.size(); ++i) {
         const Block& block = blocks_[i];
         for (int x = squareOf(block.low[0]); x <= squareOf(block.high[0] - 1); ++x) {
             for (int z = squareOf(block.low[2]); z <= squareOf(block.high[2] - 1); ++z)
-                squares_[static_cast<std::size_t>(x * squaresAlongZ_ + z)].push_back(i);
+                squares_[squareAt(x, z)].push_back(i);
         }
     }
 }
@@ -146,7 +145,7 @@ std::vector<std::uint32_t> SunShadows::blocksTowardsSun(const CubeFace& face) co
     std::vector<std::uint32_t> found;
     for (int x = lowX; x <= highX; ++x) {
         for (int z = lowZ; z <= highZ; ++z) {
-            const auto& square = squares_[static_cast<std::size_t>(x * squaresAlongZ_ + z)];
+            const auto& square = squares_[squareAt(x, z)];
             found.insert(found.end(), square.begin(), square.end());
         }
     }

@@ -49,6 +49,10 @@ class SunShadows {
 
     static std::vector<Block> blocksOf(const MapManager& map);
     std::vector<std::uint32_t> blocksTowardsSun(const CubeFace& face) const;
+    std::size_t squareAt(int x, int z) const {
+        return static_cast<std::size_t>(x) * static_cast<std::size_t>(squaresAlongZ_) +
+               static_cast<std::size_t>(z);
+    }
 
     /// Cubes, each in at least one block. Few large ones make few edges.
     std::vector<Block> blocks_;
@@ -57,7 +61,7 @@ class SunShadows {
 
     /// The blocks that reach into each square of columns, in rows along z.
     std::vector<std::vector<std::uint32_t>> squares_;
-    int squaresAlongZ_ = 0;
+    int squaresAlongZ_;
 };
 
 } // namespace drench::game

@@ -11,6 +11,9 @@ namespace drench::game {
 
 namespace {
 
+/// Samples of a pixel, for smooth edges. They make the processor's drawing four times as slow.
+constexpr int smoothSamples = 4;
+
 [[noreturn]] void fail(const std::string& what) {
     throw InputError(what + ": " + SDL_GetError());
 }
@@ -35,6 +38,8 @@ Window::Library::Library() {
     SDL_SetHint(SDL_HINT_VIDEODRIVER, std::getenv("WAYLAND_DISPLAY") ? "x11,wayland" : "x11");
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         fail("there is no display to open a window on");
+    // Who has no gamepad plays without.
+    SDL_InitSubSystem(SDL_INIT_GAMECONTROLLER);
 }
 
 Window::Window(const std::string& title, PixelSize size) {
@@ -43,17 +48,32 @@ Window::Window(const std::string& title, PixelSize size) {
     SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
     SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 24);
     SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
-    window_.reset(SDL_CreateWindow(
-        title.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, size.width, size.height,
-        SDL_WINDOW_OPENGL | SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI));
+    // Which driver draws is known only once a window is open.
+    open(title, size, smoothSamples);
+    if (!context_ || drawsInSoftware_)
+        open(title, size, 0);
     if (!window_)
         fail("no window with OpenGL can be opened");
-    context_.reset(SDL_GL_CreateContext(window_.get()));
     if (!context_)
         fail("the graphics driver offers no OpenGL 3.3");
+    SDL_ShowWindow(window_.get());
+    SDL_GL_SetSwapInterval(1);
+}
+
+void Window::open(const std::string& title, PixelSize size, int samples) {
+    context_.reset();
+    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLEBUFFERS, samples > 0 ? 1 : 0);
+    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLESAMPLES, samples);
+    window_.reset(SDL_CreateWindow(
+        title.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, size.width, size.height,
+        SDL_WINDOW_OPENGL | SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI | SDL_WINDOW_HIDDEN));
+    if (!window_)
+        return;
+    context_.reset(SDL_GL_CreateContext(window_.get()));
+    if (!context_)
+        return;
     const auto* renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
     drawsInSoftware_ = renderer && isSoftware(renderer);
-    SDL_GL_SetSwapInterval(1);
 }
 
 PixelSize Window::size() const {
@@ -73,8 +93,12 @@ double Window::screenRate() const {
 WindowEvents Window::takeEvents() {
     WindowEvents events;
     SDL_Event event;
-    while (SDL_PollEvent(&event) != 0)
+    while (SDL_PollEvent(&event) != 0) {
         add(events, event);
+        gamepad_.take(event, events.presses);
+    }
+    events.stickX = gamepad_.stickX();
+    events.stickY = gamepad_.stickY();
     if (!mouseIsCaptured_)
         events.mouseX = events.mouseY = 0;
     return events;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "game/Gamepad.h"
 #include "game/WindowEvents.h"
 
 #include <SDL.h>
@@ -20,7 +21,8 @@ struct PixelSize {
 /// at a time.
 class Window {
   public:
-    /// Throws InputError in one line if there is no display, or no OpenGL 3.3.
+    /// Edges are smooth where a graphics card draws. Throws InputError in one line if there is no
+    /// display, or no OpenGL 3.3.
     Window(const std::string& title, PixelSize size);
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
@@ -55,6 +57,9 @@ class Window {
     SDL_GLContext context() const { return context_.get(); }
 
   private:
+    /// Opens the window anew, hidden. Without window_ or context_ it could not.
+    void open(const std::string& title, PixelSize size, int samples);
+
     struct Library {
         Library();
         ~Library() { SDL_Quit(); }
@@ -67,6 +72,7 @@ class Window {
     };
 
     Library library_;
+    Gamepad gamepad_;
     std::unique_ptr<SDL_Window, Close> window_;
     std::unique_ptr<void, Close> context_;
     bool drawsInSoftware_ = false;

@@ -22,6 +22,10 @@ struct WindowEvents {
     int mouseX = 0;
     int mouseY = 0;
 
+    /// Where the gamepad's right stick stands: see Gamepad.
+    double stickX = 0.0;
+    double stickY = 0.0;
+
     bool closed = false;
 
     /// Set when the focus changed, to what it is now.

@@ -14,6 +14,7 @@
 
 #include <future>
 #include <iostream>
+#include <sys/resource.h>
 
 using namespace drench;
 using namespace drench::game;
@@ -24,10 +25,23 @@ namespace {
 constexpr int played = 0;
 constexpr int noRoom = 1;
 
-void sayFrameTimes(const GapHistogram& times) {
-    std::cout << times.count() << " frames: p50 " << decimals(times.percentile(typical), 1)
-              << " ms, p99 " << decimals(times.percentile(nearlyAll), 1) << " ms, longest "
-              << decimals(times.longest(), 1) << " ms\n";
+/// @param start  of the program
+void sayFrameCosts(const FrameCosts& costs, client::Time start) {
+    const auto say = [](const GapHistogram& times) {
+        std::cout << "p50 " << decimals(times.percentile(typical), 1) << " ms, p99 "
+                  << decimals(times.percentile(nearlyAll), 1) << " ms, longest "
+                  << decimals(times.longest(), 1) << " ms";
+    };
+    std::cout << costs.times.count() << " frames: ";
+    say(costs.times);
+    std::cout << "\nprocessor apart from rasterising: ";
+    say(costs.processor);
+    rusage used{};
+    getrusage(RUSAGE_SELF, &used);
+    const std::chrono::duration<double, std::milli> toFirst = costs.first.value_or(start) - start;
+    std::cout << "\ndraw calls: at most " << costs.mostDrawCalls << "\nfirst frame: after "
+              << decimals(toFirst.count(), 0) << " ms\nmemory: " << used.ru_maxrss / 1024
+              << " MiB at most\n";
 }
 
 ReadSettings readOwnSettings() {
@@ -73,6 +87,7 @@ KnownArenas arenasFor(const Options& options) {
 }
 
 int play(const Options& options) {
+    const client::Time start = client::Clock::now();
     const std::optional<client::RoomAddress> room = roomOf(options);
     KnownArenas known = arenasFor(options);
     MapManager& map = known.arenas.front().map;
@@ -118,7 +133,7 @@ int play(const Options& options) {
         replaceFile(options.screenshot, arena::encodePng(screenshot(size.width, size.height)));
     }
     if (options.frameTimes)
-        sayFrameTimes(frame.times());
+        sayFrameCosts(frame.costs(), start);
     const std::string trouble = frame.visit().screens().trouble().what;
     if (!trouble.empty())
         std::cerr << trouble << '\n';

@@ -4,7 +4,11 @@
 #include "game/ArenaMesh.h"
 #include "game/Camera.h"
 #include "game/render/Buffers.h"
+#include "game/render/Look.h"
+#include "game/render/MaterialArray.h"
 #include "game/render/Program.h"
+
+#include <optional>
 
 namespace drench::game {
 
@@ -12,11 +16,20 @@ namespace drench::game {
 class ArenaPicture {
   public:
     explicit ArenaPicture(const ArenaMesh& mesh);
-    void draw(const Camera& camera, float aspect) const;
+    void draw(const Camera& camera, float aspect, const Look& look);
 
   private:
+    /// What textures need; made when they are first wanted.
+    struct Textured {
+        Program program;
+        MaterialArray materials;
+    };
+
+    const Program& programFor(const Look& look);
+
     ArenaChunks chunks_;
-    Program program_;
+    Program plain_;
+    std::optional<Textured> textured_;
     VertexArray array_;
     Buffer vertices_;
     Buffer indices_;

@@ -67,32 +67,33 @@ FigurePicture::FigurePicture()
     static_assert(offsetof(SolidVertex, sun) == offsetof(SolidVertex, colour) + 3);
 }
 
-void FigurePicture::drawFigures(const Scene& scene, float aspect) {
+int FigurePicture::drawFigures(const Scene& scene, float aspect) {
     solids_.vertices.clear();
     for (const FigurePose& figure : scene.figures)
         addFigure(solids_, figure);
-    draw(scene.camera, aspect);
+    return draw(scene.camera, aspect);
 }
 
-void FigurePicture::drawGun(const Scene& scene, float aspect) {
+int FigurePicture::drawGun(const Scene& scene, float aspect) {
     if (!scene.gun)
-        return;
+        return 0;
     solids_.vertices.clear();
     addGunInHands(solids_, *scene.gun, scene.camera);
     Camera camera = scene.camera;
     camera.fieldOfView = gunFieldOfView;
-    draw(camera, aspect);
+    return draw(camera, aspect);
 }
 
-void FigurePicture::draw(const Camera& camera, float aspect) {
+int FigurePicture::draw(const Camera& camera, float aspect) {
     if (solids_.vertices.empty())
-        return;
+        return 0;
     program_.use();
     const glm::mat4 toClip = projectionMatrix(camera, aspect) * viewMatrix(camera);
     glUniformMatrix4fv(program_.uniform("toClip"), 1, GL_FALSE, glm::value_ptr(toClip));
     array_.bind();
     buffer_.fill(GL_ARRAY_BUFFER, solids_.vertices, GL_STREAM_DRAW);
     glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(solids_.vertices.size()));
+    return 1;
 }
 
 } // namespace drench::game

@@ -7,19 +7,19 @@
 
 namespace drench::game {
 
-/// Players and what they hold, in the arena's sun and haze.
+/// Players and what they hold, in the arena's sun and haze. Returns are draw calls.
 class FigurePicture {
   public:
     FigurePicture();
 
     /// All figures, in one call.
-    void drawFigures(const Scene& scene, float aspect);
+    int drawFigures(const Scene& scene, float aspect);
 
     /// One's own gun, by a field of view of its own, in one call.
-    void drawGun(const Scene& scene, float aspect);
+    int drawGun(const Scene& scene, float aspect);
 
   private:
-    void draw(const Camera& camera, float aspect);
+    int draw(const Camera& camera, float aspect);
 
     Program program_;
     VertexArray array_;

@@ -3,6 +3,7 @@
 #include "game/ArenaMesh.h"
 #include "game/Scene.h"
 #include "game/render/ArenaPicture.h"
+#include "game/render/Canvas.h"
 #include "game/render/FigurePicture.h"
 #include "game/render/SkyPicture.h"
 #include "game/render/WaterPicture.h"
@@ -11,7 +12,7 @@
 
 namespace drench::game {
 
-/// Draws scenes into the current framebuffer. Needs the current context of OpenGL 3.3.
+/// Draws scenes. Needs the current context of OpenGL 3.3.
 class Renderer {
   public:
     explicit Renderer(const ArenaMesh& arena);
@@ -19,10 +20,15 @@ class Renderer {
     /// Draws this arena from now on.
     void setArena(const ArenaMesh& arena) { arena_.emplace(arena); }
 
-    /// @param width,height  of the framebuffer in pixels
-    void draw(const Scene& scene, int width, int height);
+    /// Draws into the window's framebuffer.
+    /// @param width,height  of that framebuffer in pixels
+    /// @return the number of draw calls
+    int draw(const Scene& scene, int width, int height, const Look& look);
 
   private:
+    int drawScene(const Scene& scene, float aspect, const Look& look);
+
+    Canvas canvas_;
     std::optional<ArenaPicture> arena_;
     SkyPicture sky_;
     FigurePicture figures_;

@@ -103,25 +103,26 @@ WaterPicture::WaterPicture()
     setAttribute<WaterVertex>(2, 3, GL_FLOAT, GL_FALSE, offsetof(WaterVertex, along));
 }
 
-void WaterPicture::drawWater(const Scene& scene, float aspect) {
+int WaterPicture::drawWater(const Scene& scene, float aspect) {
     shapes_.clear();
     addWater(shapes_, scene);
-    draw(projectionMatrix(scene.camera, aspect) * viewMatrix(scene.camera));
+    return draw(projectionMatrix(scene.camera, aspect) * viewMatrix(scene.camera));
 }
 
-void WaterPicture::drawSoaking(const Scene& scene, float aspect) {
+int WaterPicture::drawSoaking(const Scene& scene, float aspect) {
     if (!scene.soaked)
-        return;
+        return 0;
     shapes_.clear();
     addSoaking(shapes_, *scene.soaked, aspect);
     glDisable(GL_DEPTH_TEST);
-    draw(glm::mat4(1.0f));
+    const int calls = draw(glm::mat4(1.0f));
     glEnable(GL_DEPTH_TEST);
+    return calls;
 }
 
-void WaterPicture::draw(const glm::mat4& toClip) {
+int WaterPicture::draw(const glm::mat4& toClip) {
     if (shapes_.empty())
-        return;
+        return 0;
     program_.use();
     glUniformMatrix4fv(program_.uniform("toClip"), 1, GL_FALSE, glm::value_ptr(toClip));
     array_.bind();
@@ -135,6 +136,7 @@ void WaterPicture::draw(const glm::mat4& toClip) {
     glDepthMask(GL_TRUE);
     glDisable(GL_BLEND);
     glEnable(GL_CULL_FACE);
+    return 1;
 }
 
 } // namespace drench::game

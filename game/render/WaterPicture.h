@@ -7,19 +7,20 @@
 
 namespace drench::game {
 
-/// Jets, drops, wet spots and shadows, over the picture of all that is solid.
+/// Jets, drops, wet spots and shadows, over the picture of all that is solid. Returns are
+/// draw calls.
 class WaterPicture {
   public:
     WaterPicture();
 
     /// All water of the arena, in one call.
-    void drawWater(const Scene& scene, float aspect);
+    int drawWater(const Scene& scene, float aspect);
 
     /// The water that runs down the screen, in one call.
-    void drawSoaking(const Scene& scene, float aspect);
+    int drawSoaking(const Scene& scene, float aspect);
 
   private:
-    void draw(const glm::mat4& toClip);
+    int draw(const glm::mat4& toClip);
 
     Program program_;
     VertexArray array_;

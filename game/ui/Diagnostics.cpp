@@ -14,10 +14,10 @@ namespace {
 
 /// Units.
 constexpr float panelWidth = 300.0f;
-constexpr float graphHeight = 74.0f;
-constexpr float rowHeight = 21.0f;
+constexpr float graphHeight = 60.0f;
+constexpr float rowHeight = 20.0f;
 constexpr float padding = 14.0f;
-constexpr float topMargin = 76.0f;
+constexpr float topMargin = 70.0f;
 constexpr float leftMargin = 18.0f;
 
 using Rows = std::vector<std::pair<std::string, std::string>>;
@@ -92,7 +92,8 @@ void drawDiagnostics(const Theme& theme, const DiagnosticsView& view) {
     const float height =
         theme.px(graphHeight + 10.0f + rowHeight * static_cast<float>(rows.size())) + 2.0f * pad;
     const ImVec2 to = {from.x + theme.px(panelWidth), from.y + height};
-    drawGlass(list, theme, from, to);
+    list.AddRectFilled(from, to, shade::glass, theme.px(12.0f));
+    list.AddRect(from, to, shade::rim, theme.px(12.0f));
     drawGraph(list, theme, view, {from.x + pad, from.y + pad},
               {to.x - pad, from.y + pad + theme.px(graphHeight)});
     float top = from.y + pad + theme.px(graphHeight + 10.0f);

@@ -78,6 +78,14 @@ void Interface::drawAgain() const {
         ImGui_ImplOpenGL3_RenderDrawData(data);
 }
 
+int Interface::drawCalls() const {
+    const ImDrawData* const data = ImGui::GetDrawData();
+    int calls = 0;
+    for (int i = 0; data && i < data->CmdListsCount; ++i)
+        calls += data->CmdLists[i]->CmdBuffer.Size;
+    return calls;
+}
+
 bool Interface::writesText() const {
     return ImGui::GetIO().WantTextInput;
 }

@@ -33,6 +33,9 @@ class Interface {
     /// Draws the last frame once more.
     void drawAgain() const;
 
+    /// The draw calls of the last frame.
+    int drawCalls() const;
+
     /// Whether a field for text has the keys.
     bool writesText() const;
 

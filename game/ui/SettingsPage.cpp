@@ -3,6 +3,7 @@
 #include "game/ui/Widgets.h"
 
 #include <array>
+#include <cmath>
 #include <iterator>
 #include <string>
 
@@ -37,7 +38,7 @@ bool drawFrameLimit(const Theme& theme, Settings& settings, double screenRate) {
     ImGui::SetNextItemWidth(row.width);
     const auto words = [&](int limit) {
         return limit > 0 ? std::to_string(limit)
-                         : "as the screen: " + std::to_string(static_cast<int>(screenRate + 0.5));
+                         : "as the screen: " + std::to_string(std::lround(screenRate));
     };
     bool changed = false;
     if (ImGui::BeginCombo("##limit", words(settings.frameLimit).c_str())) {
@@ -53,12 +54,25 @@ bool drawFrameLimit(const Theme& theme, Settings& settings, double screenRate) {
     return changed;
 }
 
+bool drawQuality(const Theme& theme, Settings& settings) {
+    constexpr const char* words[] = {"Automatic", "Plain", "Full"};
+    static_assert(std::size(words) == pictureNames.size());
+    const Row row = beginRow(theme, "Picture", "Full has textures and smooth edges.");
+    int chosen = static_cast<int>(settings.picture);
+    const bool changed =
+        choice(theme, "quality", words, static_cast<int>(std::size(words)), chosen, row.width);
+    settings.picture = static_cast<Picture>(chosen);
+    endRow(row);
+    return changed;
+}
+
 bool drawPicture(const Theme& theme, Settings& settings, double screenRate) {
     bool changed =
         sliderRow(theme, "Field of view", settings.fieldOfView, fieldOfViewLimits, "%.0f\xC2\xB0");
     changed |= switchRow(theme, "Full screen", settings.fullScreen);
     changed |= switchRow(theme, "Wait for the screen (vsync)", settings.vsync,
                          "No torn picture, but a little later.");
+    changed |= drawQuality(theme, settings);
     changed |= drawFrameLimit(theme, settings, screenRate);
     changed |= sliderRow(theme, "Sharpness of the picture", settings.renderScale, renderScaleLimits,
                          "%.0f %%", 100.0, false, "Less is faster. Text stays sharp.");

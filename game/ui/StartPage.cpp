@@ -16,6 +16,9 @@ namespace {
 constexpr float pageWidth = 860.0f;
 constexpr float pageHeight = 440.0f;
 
+constexpr char timesRemark[] =
+    "The times are round trips. Whether a room is full, it tells only those who join.";
+
 /// The left column's share: name and what needs no room.
 constexpr float leftShare = 0.42f;
 
@@ -93,8 +96,12 @@ void StartPage::drawName(const Theme& theme, Settings& settings, Outcome& outcom
 void StartPage::drawRooms(const Theme& theme, Settings& settings, const RoomList& rooms,
                           Outcome& outcome) {
     heading(theme, "Rooms");
-    // The field for another address and two small lines.
-    const float foot = ImGui::GetFrameHeight() + 2.0f * sizeOf(theme.fonts.small, "A").y +
+    // The field for another address, a small line above it, and the remark below.
+    const float remark = theme.fonts.small
+                             ->CalcTextSizeA(sizeOf(theme.fonts.small, "A").y, FLT_MAX,
+                                             ImGui::GetContentRegionAvail().x, timesRemark)
+                             .y;
+    const float foot = ImGui::GetFrameHeight() + sizeOf(theme.fonts.small, "A").y + remark +
                        3.0f * ImGui::GetStyle().ItemSpacing.y;
     ImGui::BeginChild("rooms", {0.0f, -foot});
     if (rooms.entries().empty())
@@ -149,7 +156,7 @@ void StartPage::drawAddress(const Theme& theme, Outcome& outcome) {
     if (joins && !address_.empty())
         outcome.room = address_;
     const InFont small(theme.fonts.small);
-    paleText("The times are round trips. Whether a room is full, it tells only those who join.");
+    paleText(timesRemark);
 }
 
 } // namespace drench::game

@@ -59,7 +59,7 @@ void PredictedLine::send(const InputRecord& record) {
     prediction.sent({record}, now);
     const lag::Fate fate = up_.decide(now);
     for (int copy = 0; copy < fate.copies && recordsToLose == 0; ++copy)
-        ups_.push_back({fate.due, record, sent_});
+        ups_.push_back({fate.due + longerWay_, record, sent_});
     recordsToLose = std::max(0, recordsToLose - 1);
     if (const auto body = prediction.body(now))
         predicted_[sent_] = body->player.position;
@@ -105,6 +105,16 @@ void PredictedLine::stall(double duration) {
     nextTick_ += milliseconds(duration);
 }
 
+void PredictedLine::delayRecords(double duration) {
+    settings_.roundTrip = roundTrip() + duration;
+    longerWay_ += milliseconds(duration);
+}
+
+double PredictedLine::roundTrip() const {
+    return settings_.roundTrip.value_or(
+        2.0 * std::chrono::duration<double, std::milli>(settings_.line.delay).count());
+}
+
 void PredictedLine::playTick() {
     ++tick;
     if (truth.dead && now >= respawn_) {
@@ -137,9 +147,7 @@ void PredictedLine::playTick() {
 
 void PredictedLine::take(const UpdateMessage& state) {
     hasJoined_ = true;
-    const double roundTrip = settings_.roundTrip.value_or(
-        2.0 * std::chrono::duration<double, std::milli>(settings_.line.delay).count());
-    matches.push_back(prediction.take({state, 0, now}, id, roundTrip, period));
+    matches.push_back(prediction.take({state, 0, now}, id, roundTrip(), period));
     for (const InputRecord& lost : prediction.takeLost()) {
         told.push_back(lost);
         if (!settings_.sendsAgain)

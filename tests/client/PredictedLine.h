@@ -6,6 +6,7 @@
 #include "src/MapManager.h"
 #include "src/Player.h"
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <map>
@@ -45,6 +46,10 @@ class PredictedLine {
 
     /// Holds the room up: its next tick comes later by this.
     void stall(double milliseconds);
+
+    /// The way of records to the room becomes longer by this; the prediction is told of the round
+    /// trip that results.
+    void delayRecords(double milliseconds);
 
     /// Soaks the player after the next tick; it returns four seconds later.
     void soak() { isSoaking_ = true; }
@@ -93,6 +98,7 @@ class PredictedLine {
     };
 
     void send(const drench::client::InputRecord& record);
+    double roundTrip() const;
     void playTick();
     void take(const UpdateMessage& state);
 
@@ -105,6 +111,7 @@ class PredictedLine {
     drench::client::Time nextTick_;
     drench::client::Time nextFrame_;
     drench::client::Time respawn_;
+    drench::client::Clock::duration longerWay_{0};
     bool isSoaking_ = false;
     bool hasJoined_ = false;
     bool keys_[keyIndex::count] = {};

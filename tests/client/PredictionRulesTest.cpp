@@ -282,6 +282,55 @@ TEST(PredictionBreaks, LeaveTheBodyWhereTheRoomShowsIt) {
     EXPECT_GT(line.prediction.statistics().unexplained, 0u);
 }
 
+TEST(PredictionBreaks, GuessTheKeysOfAWalk) {
+    for (const int key : {int{keyIndex::right}, int{keyIndex::left}, int{keyIndex::backward},
+                          int{keyIndex::forward}}) {
+        PredictedLine line(arena(), delayed(40));
+        line.playAtRandom(0.2);
+        line.pass(1500.0);
+        line.truth.keys[key] = !line.truth.keys[key];
+        const std::size_t broken = line.matches.size();
+        turn(line, 3, 80);
+        const std::size_t taken = line.matches.size() - broken;
+        const auto unexplained =
+            std::count(line.matches.begin() + static_cast<std::ptrdiff_t>(broken),
+                       line.matches.end(), Match::none);
+        EXPECT_GT(taken, 30u);
+        EXPECT_LE(unexplained, 6) << key;
+        ASSERT_TRUE(line.prediction.explained());
+        EXPECT_EQ(line.prediction.explained()->keys[key], line.truth.keys[key]) << key;
+    }
+}
+
+TEST(PredictionBreaks, GuessTheSpeedOfAFall) {
+    PredictedLine line(arena(), delayed(0));
+    line.pass(1500.0);
+    line.truth.moveAll({0.0f, 400.0f, 0.0f}, 1.0f);
+    line.pass(200.0);
+    const std::size_t falling = line.matches.size();
+    EXPECT_TRUE(line.truth.inAir);
+    line.pass(200.0);
+    EXPECT_EQ(std::count(line.matches.begin() + static_cast<std::ptrdiff_t>(falling),
+                         line.matches.end(), Match::none),
+              0);
+    ASSERT_TRUE(line.prediction.explained());
+    EXPECT_EQ(line.prediction.explained()->verticalSpeed, line.truth.verticalSpeed);
+}
+
+TEST(PredictionBreaks, LearnTheDelayAnew) {
+    PredictedLine line(arena(), delayed(60));
+    line.playAtRandom(2.0);
+    line.truth.moveAll({0.5f, 0.0f, 0.25f}, 1.0f);
+    line.delayRecords(100.0);
+    line.playAtRandom(4.0);
+    EXPECT_NEAR(line.prediction.line().delay(), 220.0, 15.0);
+    const std::size_t recovered = line.matches.size();
+    line.playAtRandom(4.0);
+    EXPECT_LE(std::count(line.matches.begin() + static_cast<std::ptrdiff_t>(recovered),
+                         line.matches.end(), Match::none),
+              10);
+}
+
 TEST(PredictionBody, TurnsInTheVeryNextFrame) {
     PredictedLine line(arena(), delayed(100));
     line.pass(1000.0);

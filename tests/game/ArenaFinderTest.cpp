@@ -162,6 +162,28 @@ TEST(ArenaFinder, SoakedAndForeignSlotsTeachNothing) {
     EXPECT_EQ(finder.contradictions(0), 0);
 }
 
+TEST(ArenaFinder, FirstOfTwoSlotsWithOneIdentifierCounts) {
+    const MapManager court = loaded(emptyCourt());
+    ArenaFinder finder({&court});
+    client::Snapshot snapshot{};
+    snapshot.state = snapshotOf(
+        {playerAt('1', {1000.0f, standing, 1000.0f}), playerAt('1', {1000.0f, 0.0f, 1000.0f})});
+    finder.see(snapshot);
+    EXPECT_EQ(finder.contradictions(0), 0);
+}
+
+TEST(ArenaFinder, LeapToAnotherHeightIsNoFall) {
+    const MapManager court = loaded(emptyCourt());
+    ArenaFinder finder({&court});
+    client::Snapshot snapshot{};
+    for (const float height : {200.0f, 600.0f, 600.0f}) {
+        snapshot.state = snapshotOf({playerAt('1', {1000.0f, height, 1000.0f})});
+        ++snapshot.tick;
+        finder.see(snapshot);
+    }
+    EXPECT_EQ(finder.contradictions(0), 0);
+}
+
 TEST(ArenaFinder, NumbersOfAnySizeAreJudged) {
     const MapManager court = loaded(emptyCourt());
     ArenaFinder finder({&court});

@@ -142,3 +142,18 @@ TEST(ArenaMesh, IsWarmInTheSunAndCoolInTheShade) {
     EXPECT_GT(warm, 20);
     EXPECT_GT(cool, 5);
 }
+
+TEST(ArenaMesh, EachCubeHasTheTextureOfItsMaterial) {
+    MapManager map = loaded(arenaText(
+        4, 3, 3, [](int i, int j, int k) { return j == 1 && k == 1 && (i == 1 || i == 2); }));
+    const int marble = 7;
+    const int unknown = 77;
+    arena::cell(map, 1, 1, 1).cellValue = marble;
+    arena::cell(map, 2, 1, 1).cellValue = unknown;
+    std::map<int, int> textures;
+    for (const MeshVertex& vertex : meshOf(map).vertices)
+        ++textures[vertex.texture];
+    EXPECT_EQ(textures.size(), 2u);
+    EXPECT_GE(textures[marble], 20);
+    EXPECT_GE(textures[0], 20) << "what is no material";
+}

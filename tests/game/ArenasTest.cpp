@@ -50,6 +50,16 @@ TEST(Arenas, AreReadFromEachFolderOnce) {
     EXPECT_TRUE(known.problems.empty());
 }
 
+TEST(Arenas, OfOtherMaterialsAreOthers) {
+    const TemporaryFolder folder;
+    std::string text = arenaText(4, 4, 4, [](int, int j, int) { return j == 0; });
+    folder.write("a", text);
+    const std::size_t solid = text.find("1 1");
+    ASSERT_NE(solid, std::string::npos);
+    folder.write("b", text.replace(solid, 3, "1 2"));
+    EXPECT_EQ(namesOf(readThose(DRENCH_MAPDATA, {folder.path})), (Names{"mapdata", "a", "b"}));
+}
+
 TEST(Arenas, WhatIsNoneIsToldAndLeftOut) {
     const TemporaryFolder folder;
     folder.write("notes", "to do");

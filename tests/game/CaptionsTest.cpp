@@ -40,11 +40,15 @@ TEST(Captions, NameTheSoundAndItsSide) {
 }
 
 TEST(Captions, OwnMovementNeedsNone) {
+    const auto ownCaption = [](Sound sound, std::optional<vec3> place) {
+        return captionOf({sound, place, 1.0f, 0, true}, listener);
+    };
     for (const Sound sound : {Sound::jet, Sound::step, Sound::jump, Sound::landing})
-        EXPECT_EQ(captionOf({sound, {}}, listener), "");
-    EXPECT_EQ(captionOf({Sound::soaking, {}}, listener), "cheer");
-    EXPECT_EQ(captionOf({Sound::soaked, {}}, listener), "gurgle");
-    EXPECT_EQ(captionOf({Sound::spawn, {}}, listener), "chime");
+        EXPECT_EQ(ownCaption(sound, {}), "");
+    EXPECT_EQ(ownCaption(Sound::splash, ahead), "") << "where one's own jet lands";
+    EXPECT_EQ(ownCaption(Sound::soaking, {}), "cheer");
+    EXPECT_EQ(ownCaption(Sound::soaked, {}), "gurgle");
+    EXPECT_EQ(ownCaption(Sound::spawn, {}), "chime");
     EXPECT_EQ(captionOf({Sound::chat, {}}, listener), "tick");
 }
 

@@ -86,6 +86,7 @@ TEST_F(Hearing, WalkSoundsByItsDistanceAndMaterial) {
     for (const Cue& cue : walk) {
         EXPECT_EQ(cue.material, wood);
         ASSERT_TRUE(cue.place.has_value());
+        EXPECT_FALSE(cue.isOwn);
         EXPECT_FLOAT_EQ(cue.place->x, middle.x);
     }
     EXPECT_LT(walk.front().place->z, walk.back().place->z);
@@ -97,6 +98,20 @@ TEST_F(Hearing, MissedStatesLoseNoSteps) {
 
 TEST_F(Hearing, FirstStepIsHeardSoon) {
     EXPECT_EQ(count(play('2', 12, 1, walkForward), Sound::step), 1);
+}
+
+TEST_F(Hearing, PauseInAWalkBeginsItsStrideAnew) {
+    // Half a stride is walked before the pause, and heard no sooner for it.
+    const auto steps = [&](int ticks) {
+        cues = Cues(map);
+        return count(play('2', ticks, 1,
+                          [](Player& body, int tick) {
+                              body.keys[keyIndex::forward] = tick <= 6 || tick > 20;
+                          }),
+                     Sound::step);
+    };
+    EXPECT_EQ(steps(26), 0);
+    EXPECT_EQ(steps(28), 1);
 }
 
 TEST_F(Hearing, OwnBodyIsHeardWithoutAPlaceAndSofter) {
@@ -171,6 +186,16 @@ TEST_F(Hearing, JetBeginsOnceAndGoesOn) {
     EXPECT_TRUE(cues.jets().empty());
 }
 
+TEST_F(Hearing, MissedStatesDoNotSlowTheSplashes) {
+    PlayerUpdate shooter = playerAt('2', middle);
+    hear({shooter});
+    shooter.shooting = true;
+    int splashes = 0;
+    for (int tick = 0; tick < 90; tick += 3)
+        splashes += count(hear({shooter}, 3), Sound::splash);
+    EXPECT_EQ(splashes, 10);
+}
+
 TEST_F(Hearing, JetSplashesWhereItLands) {
     PlayerUpdate shooter = playerAt('1', middle);
     shooter.direction = {0.0f, -1.0f, 0.0f};
@@ -179,6 +204,7 @@ TEST_F(Hearing, JetSplashesWhereItLands) {
     const std::vector<Cue> heard = hear({shooter});
     ASSERT_EQ(count(heard, Sound::splash), 1);
     EXPECT_FALSE(heard[0].place.has_value()) << "one's own jet";
+    EXPECT_TRUE(heard[1].isOwn);
     EXPECT_NEAR(heard[1].place->y, 64.0f, 0.01f);
     EXPECT_EQ(heard[1].material, wood);
     EXPECT_FALSE(cues.jets()[0].place.has_value());

@@ -226,6 +226,14 @@ TEST(Match, StandsAsTheRoomSays) {
     EXPECT_EQ(after(client::Dropped{client::Dropped::Reason::replaced}), Standing::replaced);
 }
 
+TEST_F(MatchUnderWay, SoakingBeforeTheRoomWasLostExplainsNoneAfter) {
+    see({ann, bob});
+    take(client::Soaking{"Bob", "Ann"});
+    take(client::Joined{'1'});
+    see({soaked(ann), bob});
+    EXPECT_EQ(match.self()->soakedBy, "");
+}
+
 TEST_F(MatchUnderWay, LostRoomLeavesWhatWasSaid) {
     see({ann, bob});
     take(client::Chat{'2', "hi"});

@@ -53,6 +53,7 @@ Settings unusual() {
     settings.toggleFire = true;
     settings.fieldOfView = 110.0;
     settings.fullScreen = true;
+    settings.picture = Picture::full;
     settings.frameLimit = 0;
     settings.vsync = false;
     settings.renderScale = 0.5;
@@ -126,11 +127,12 @@ TEST_F(SettingsInAFile, AreClampedWhenReadAndWhenWritten) {
 TEST_F(SettingsInAFile, ValueOfAnotherKindIsToldAndBecomesTheUsualOne) {
     const Settings settings = read("[player]\nname = 5\nrooms = ['a:1', 7]\n[mouse]\n"
                                    "sensitivity = nan\ninvert-x = 'yes'\n[picture]\n"
-                                   "frame-limit = 1.5\nvsync = false\n");
+                                   "frame-limit = 1.5\nvsync = false\nquality = 'best'\n");
     EXPECT_EQ(problems,
               (std::vector<std::string>{
                   file + ":5: sensitivity is no number; the usual value is used",
                   file + ":6: invert-x is neither true nor false; the usual value is used",
+                  file + ":10: quality cannot be \"best\"; the usual value is used",
                   file + ":8: frame-limit is no whole number; the usual value is used",
                   file + ":2: name is no text; the usual value is used",
                   file + ":3: rooms has something else than texts in its list"}));

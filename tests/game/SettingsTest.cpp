@@ -46,6 +46,15 @@ TEST(Settings, NoNumberIsBroughtToTheLeast) {
     EXPECT_EQ(settings.interfaceScale, 0.5);
 }
 
+TEST(Settings, PictureIsPlainByItselfOnlyWhereTheProcessorDraws) {
+    EXPECT_FALSE(isFull(Picture::automatic, true));
+    EXPECT_TRUE(isFull(Picture::automatic, false));
+    for (const bool drawsInSoftware : {false, true}) {
+        EXPECT_FALSE(isFull(Picture::plain, drawsInSoftware));
+        EXPECT_TRUE(isFull(Picture::full, drawsInSoftware));
+    }
+}
+
 TEST(Settings, FrameLimitIsNoneOrOneThatCanBeSteered) {
     Settings settings;
     settings.frameLimit = 1;
