@@ -1,11 +1,11 @@
 #include "client/Prediction.h"
 
+#include "client/PredictionStart.h"
 #include "client/Records.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <limits>
 #include <utility>
 #include <variant>
 
@@ -15,15 +15,6 @@ namespace {
 
 /// Hypotheses carried on; more were never of use.
 constexpr std::size_t mostHypotheses = 24;
-
-/// Turns and movements tried for one snapshot: about a millisecond.
-constexpr int searchBudget = 6000;
-
-/// Missed ticks that a search spans; beyond, the prediction starts anew.
-constexpr int mostTicks = 24;
-
-/// The number of ticks since the last snapshot is uncertain by this many, since snapshots jitter.
-constexpr int tickUncertainty = 2;
 
 /// Snapshots in a row without an explanation, after which the delay is no longer believed.
 constexpr int patience = 8;
@@ -42,25 +33,8 @@ constexpr std::size_t mostLost = 1024;
 constexpr float farthestPlace = 1e7f;
 constexpr float longestView = 2.0f;
 
-/// The cost of a gap between two snapshots, and of each tick in it, in the units of
-/// Hypothesis::cost.
-constexpr double priceOfGap = 3.0;
-constexpr double priceOfMissedTick = 0.5;
-
-/// The cost of a snapshot later than jitter explains: the room was late.
-constexpr double priceOfStall = 7.0;
-
-/// Numbers of ticks that cost this much more than the likeliest are left to bold searches.
-constexpr double mostTickCost = 12.0;
-
-/// The misfit that bold searches allow, in milliseconds.
-constexpr Milliseconds wideMisfit = 250.0;
-
 /// A round trip for the first snapshot when nothing is known, in milliseconds.
 constexpr Milliseconds usualRoundTrip = 30.0;
-
-/// World units. How far a body may be from a spawn pose's column to have started there, a tick.
-constexpr float wanderPerTick = 10.0f;
 
 /// Milliseconds on the clock of times.
 Milliseconds milliseconds(Time at) {
@@ -79,63 +53,9 @@ bool isPossible(const PlayerUpdate& seen) {
            std::abs(rotation.w) <= longestView;
 }
 
-/// World units. The keys of a walk are believed to have changed if that explains a step better by
-/// this for each.
-constexpr float priceOfOtherKey = 0.02f;
-
 int playersIn(const UpdateMessage& state) {
     return static_cast<int>(std::count_if(std::begin(state.updates), std::end(state.updates),
                                           [](const PlayerUpdate& slot) { return slot.id != 0; }));
-}
-
-/// Searches from the likeliest to the boldest; the first that finds something ends the rest.
-std::vector<SearchLimits> searches(Milliseconds spread, bool isTolerant) {
-    const Milliseconds tight = spread + 1.0;
-    const Milliseconds narrow = 3.0 * spread + 2.0;
-    // Among views with equal sums, a tolerant search finds whatever it is allowed to lose.
-    if (isTolerant)
-        return {{0, narrow, narrow, true}, {1, narrow, narrow, true}, {2, narrow, narrow, true}};
-    return {{0, tight, narrow, false},          {0, narrow, narrow, false},
-            {1, tight, narrow, false},          {1, narrow, narrow, false},
-            {2, narrow, narrow, false},         {4, narrow, narrow, false},
-            {0, wideMisfit, wideMisfit, false}, {1, wideMisfit, wideMisfit, false},
-            {4, wideMisfit, wideMisfit, false}};
-}
-
-/// The cost of a snapshot `late` milliseconds after it was due, or before if negative.
-double costOfArrival(Milliseconds late, Milliseconds spread) {
-    const double deviations = late / spread;
-    const double cost = deviations * deviations / 2.0;
-    return late < 0.0 ? cost : std::min(cost, priceOfStall);
-}
-
-/// Holds the keys that best lead from a place to `player`'s in one tick, walls included. Of
-/// several, those stay that are held already.
-void guessWalk(Player& player, const vec3& before) {
-    constexpr int walkKeys[] = {keyIndex::right, keyIndex::left, keyIndex::backward,
-                                keyIndex::forward};
-    const Player held = player;
-    float least = std::numeric_limits<float>::max();
-    for (int keys = 0; keys < 1 << std::size(walkKeys); ++keys) {
-        Player walking = held;
-        float changes = 0.0f;
-        for (std::size_t i = 0; i < std::size(walkKeys); ++i) {
-            bool& key = walking.keys[walkKeys[i]];
-            changes += key != ((keys >> i & 1) != 0) ? priceOfOtherKey : 0.0f;
-            key = (keys >> i & 1) != 0;
-        }
-        const vec3 direction = walking.direction;
-        walking.placeAt(before, before + direction);
-        walking.verticalSpeed = held.position.y - before.y + static_cast<float>(Player::gravity);
-        walking.inAir = true;
-        walking.update(0.0f);
-        const vec3 apart = walking.position - held.position;
-        const float distance = std::abs(apart.x) + std::abs(apart.z) + changes;
-        if (distance < least) {
-            least = distance;
-            std::copy(std::begin(walking.keys), std::end(walking.keys), std::begin(player.keys));
-        }
-    }
 }
 
 InputRecord inputOf(const SentRecord& record) {
@@ -190,29 +110,10 @@ Prediction::Match Prediction::take(const Snapshot& snapshot, char id,
     }
     if (!line_.hasArrivals())
         line_.guessDelay(roundTrip.value_or(usualRoundTrip));
-    const Milliseconds arrival = milliseconds(snapshot.arrival);
+    const Evidence evidence = {*seen, records_, line_, milliseconds(snapshot.arrival), period};
     const int players = playersIn(snapshot.state);
     const std::optional<Body> drawn = body(snapshot.arrival);
-
-    Match match = isExact_ ? Match::exact : Match::close;
-    if (isSoaked(*seen)) {
-        beSoaked(arrival, period);
-        match = Match::exact;
-    } else if (!hypotheses_.empty()) {
-        if (!continueFrom(*seen, arrival, period, players < lastPlayers_)) {
-            startAnew(*seen, arrival, period);
-            match = Match::none;
-        } else if (!isExact_) {
-            match = Match::close;
-        }
-    } else if (findSpawn(*seen, arrival, period)) {
-        isExact_ = true;
-        match = Match::exact;
-        error_.clear();
-    } else {
-        startAnew(*seen, arrival, period);
-        match = Match::none;
-    }
+    const Match match = explainSnapshot(evidence, players < lastPlayers_);
 
     if (const std::optional<Body> corrected = body(snapshot.arrival); drawn && corrected)
         error_.add(drawn->eye - corrected->eye, snapshot.arrival);
@@ -228,6 +129,29 @@ Prediction::Match Prediction::take(const Snapshot& snapshot, char id,
     lastPlayers_ = players;
     count(match);
     return match;
+}
+
+Prediction::Match Prediction::explainSnapshot(const Evidence& evidence, bool mayHaveSatOut) {
+    if (isSoaked(evidence.seen)) {
+        beSoaked(evidence);
+        return Match::exact;
+    }
+    if (hypotheses_.empty()) {
+        std::vector<Hypothesis> starts = startsAtSpawn(*map_, evidence, tick_);
+        if (!starts.empty()) {
+            accept(std::move(starts), evidence);
+            isExact_ = true;
+            error_.clear();
+            return Match::exact;
+        }
+    } else if (continueFrom(evidence, mayHaveSatOut)) {
+        return isExact_ ? Match::exact : Match::close;
+    }
+    breakOff();
+    accept(startsAtSight(*map_, evidence, tick_, lastSeen_,
+                         hypotheses_.empty() ? nullptr : &hypotheses_.front()),
+           evidence);
+    return Match::none;
 }
 
 std::vector<InputRecord> Prediction::takeLost() {
@@ -268,202 +192,46 @@ const Player* Prediction::explained() const {
     return hypotheses_.empty() ? nullptr : &hypotheses_.front().player;
 }
 
-/// The times of the `ticks` since the newest snapshot; of as many as the arrival tells if that is
-/// less than one.
-TickTimes Prediction::timesOf(int ticks, Milliseconds arrival, Milliseconds period) const {
-    TickTimes times;
-    const double since =
-        line_.hasArrivals() ? (arrival - line_.lateness() - line_.due()) / period : 1.0;
-    times.count = ticks >= 1 ? ticks : static_cast<int>(std::clamp(since + 0.5, 1.0, 1e6));
-    times.due =
-        line_.hasArrivals() ? std::min(arrival, line_.due() + times.count * period) : arrival;
-    times.arrival = arrival;
-    times.period = period;
-    times.delay = line_.delay();
-    times.spread = line_.spread();
-    times.cost = costOfArrival((since - times.count) * period, line_.latenessSpread()) +
-                 (times.count > 1 ? priceOfGap + priceOfMissedTick * (times.count - 1) : 0.0);
-    return times;
-}
-
-bool Prediction::continueFrom(const PlayerUpdate& seen, Milliseconds arrival, Milliseconds period,
-                              bool mayHaveSatOut) {
-    const int likely = timesOf(0, arrival, period).count;
-    if (likely > mostTicks)
-        return false;
-    std::vector<TickTimes> ways;
-    for (int ticks = std::max(1, likely - tickUncertainty); ticks <= likely + tickUncertainty;
-         ++ticks)
-        ways.push_back(timesOf(ticks, arrival, period));
-    if (mayHaveSatOut) {
-        ways.push_back(timesOf(likely, arrival, period));
-        ways.back().lastTickMoves = false;
-    }
-    if (search(seen, ways, !isExact_))
-        return true;
-    // Perhaps the room or the line was held up.
-    std::vector<TickTimes> fewer;
-    for (int ticks = likely - tickUncertainty - 1; ticks >= 1; --ticks)
-        fewer.push_back(timesOf(ticks, arrival, period));
-    if (isExact_ && !fewer.empty() && search(seen, fewer, false))
-        return true;
-    // Perhaps only the last bits differ: another machine's sines would.
-    if (!isExact_ || !search(seen, ways, true))
-        return false;
-    isExact_ = false;
-    ++statistics_.breaks;
-    return true;
-}
-
-/// Tries all ways, under limits from the likeliest to the boldest; the first limits that find
-/// something end the search.
-bool Prediction::search(const PlayerUpdate& seen, const std::vector<TickTimes>& ways,
-                        bool isTolerant) {
-    int left = searchBudget;
-    double leastCost = ways.front().cost;
-    for (const TickTimes& times : ways)
-        leastCost = std::min(leastCost, times.cost);
-    for (const SearchLimits& limits : searches(line_.spread(), isTolerant)) {
-        std::vector<Hypothesis> found;
-        int budget = left / 2;
-        left -= budget;
-        for (const TickTimes& times : ways) {
-            if (limits.misfit < wideMisfit && times.cost > leastCost + mostTickCost)
-                continue;
-            for (const Hypothesis& hypothesis : hypotheses_) {
-                for (Hypothesis& next : explain(hypothesis, records_, seen, times, limits, budget))
-                    merge(found, std::move(next));
-            }
-        }
-        left += std::max(budget, 0);
+/// Whether something explains the snapshot.
+bool Prediction::continueFrom(const Evidence& evidence, bool mayHaveSatOut) {
+    if (isExact_) {
+        std::vector<Hypothesis> found = continueExactly(hypotheses_, evidence, mayHaveSatOut);
         if (!found.empty()) {
-            accept(std::move(found), ways.front().arrival, ways.front().period);
+            accept(std::move(found), evidence);
             return true;
         }
     }
-    return false;
+    // Perhaps only the last bits differ: another machine's sines would.
+    std::vector<Hypothesis> found = continueClosely(hypotheses_, evidence, mayHaveSatOut);
+    if (found.empty())
+        return false;
+    breakOff();
+    accept(std::move(found), evidence);
+    return true;
+}
+
+/// From here on nothing is known to the bit.
+void Prediction::breakOff() {
+    if (isExact_)
+        ++statistics_.breaks;
+    isExact_ = false;
 }
 
 /// Soaked players keep nothing, and records do not act on them.
-void Prediction::beSoaked(Milliseconds arrival, Milliseconds period) {
-    const int ticks = line_.hasArrivals() ? timesOf(0, arrival, period).count : 0;
+void Prediction::beSoaked(const Evidence& evidence) {
+    const int ticks = line_.hasArrivals() ? likelyTicks(evidence) : 0;
     tick_ += ticks;
-    line_.arrival(tick_, tick_ - ticks, arrival, period);
+    line_.arrival(tick_, tick_ - ticks, evidence.arrival, evidence.period);
     hypotheses_.clear();
     isExact_ = true;
     // Some of the newest records act after the return.
     std::uint64_t old = records_.begin();
-    while (old < records_.end() && records_[old].sentAt + longestMemory < arrival)
+    while (old < records_.end() && records_[old].sentAt + longestMemory < evidence.arrival)
         ++old;
     forgetBefore(old);
 }
 
-/// A spawn's state is known whole: finds the pose, and the ticks since then.
-bool Prediction::findSpawn(const PlayerUpdate& seen, Milliseconds arrival, Milliseconds period) {
-    const TickTimes now = timesOf(0, arrival, period);
-    const int most =
-        line_.hasArrivals() ? std::min(now.count + tickUncertainty, mostTicks) : mostTicks;
-    for (int pose = 0; pose < Player::spawnPoseCount; ++pose) {
-        Hypothesis start;
-        start.player = Player(seen.id, nullptr, 0.0f, pose);
-        start.player.setMapMan(map_);
-        const vec3 apart = seen.position - start.player.position;
-        const float reach = wanderPerTick * static_cast<float>(most);
-        if (std::abs(apart.x) > reach || std::abs(apart.z) > reach)
-            continue;
-        if (isSeen(start.player, seen)) {
-            start.tick = tick_ + now.count;
-            start.ticks = now.count;
-            accept(startsFrom(start, false, now.due, arrival), arrival, period);
-            return true;
-        }
-        for (int ticks = 1; ticks <= most; ++ticks) {
-            TickTimes times = timesOf(std::max(ticks, now.count), arrival, period);
-            times.count = ticks;
-            start.tick = tick_ + std::max(0, now.count - ticks);
-            const Milliseconds spawned = times.due - ticks * period;
-            hypotheses_ = startsFrom(start, false, spawned, spawned);
-            if (search(seen, {times}, false))
-                return true;
-            hypotheses_.clear();
-        }
-    }
-    return false;
-}
-
-/// Guesses what the snapshot does not tell, in several ways; the next one chooses.
-void Prediction::startAnew(const PlayerUpdate& seen, Milliseconds arrival, Milliseconds period) {
-    if (isExact_)
-        ++statistics_.breaks;
-    isExact_ = false;
-    const TickTimes times = timesOf(0, arrival, period);
-    Hypothesis start;
-    start.tick = tick_ + times.count;
-    start.ticks = times.count;
-    start.next = records_.begin();
-    start.player = bodyAt(*map_, seen.position, seen.position + seen.direction);
-    start.player.direction = seen.direction;
-    start.player.rotation = seen.rotation;
-    if (!hypotheses_.empty()) {
-        const Hypothesis& likeliest = hypotheses_.front();
-        std::copy(std::begin(likeliest.player.keys), std::end(likeliest.player.keys),
-                  start.player.keys);
-        // Under a wrong delay, earlier records may be still to act.
-        if (line_.knowsDelay())
-            start.next = likeliest.next;
-    }
-    if (lastSeen_ && times.count == 1)
-        guessWalk(start.player, lastSeen_->position);
-    std::vector<Hypothesis> starts = startsFrom(start, true, times.due, arrival);
-    const std::size_t grounded = starts.size();
-    for (std::size_t i = 0; i < grounded && lastSeen_; ++i) {
-        // In free fall the mean speed since the last snapshot was that of the time's middle.
-        const double mean =
-            static_cast<double>(seen.position.y - lastSeen_->position.y) / times.count;
-        const double speed = mean - Player::gravity * (times.count - 1) / 2.0;
-        Hypothesis inAir = starts[i];
-        inAir.player.inAir = true;
-        inAir.player.verticalSpeed =
-            static_cast<float>(std::round(speed / Player::gravity) * Player::gravity);
-        starts.push_back(std::move(inAir));
-    }
-    for (Hypothesis& hypothesis : starts)
-        hypothesis.player.keys[keyIndex::shoot] = seen.shooting;
-    accept(std::move(starts), arrival, period);
-}
-
-/// One hypothesis for each record that may be the first to act after a tick, from `start.next` on.
-/// The keys before it have acted on a player who lived by then.
-std::vector<Hypothesis> Prediction::startsFrom(Hypothesis start, bool hasLived, Milliseconds due,
-                                               Milliseconds arrival) const {
-    std::vector<Hypothesis> starts;
-    const Milliseconds slack = 3.0 * line_.spread() + 2.0;
-    // How much too early the record before acted.
-    Milliseconds early = 0.0;
-    const auto costOf = [&](Milliseconds late) {
-        return (late * late + early * early) / (2.0 * line_.spread() * line_.spread());
-    };
-    for (start.next = std::max(start.next, records_.begin()); start.next < records_.end();
-         ++start.next) {
-        const SentRecord& record = records_[start.next];
-        const Milliseconds expected = record.sentAt + line_.delay();
-        if (expected > due - slack) {
-            start.cost = costOf(std::max(0.0, due - expected));
-            starts.push_back(start);
-        }
-        if (expected > arrival + slack)
-            return starts;
-        early = std::max(0.0, expected - arrival);
-        if (hasLived && !record.isView && record.key != keyIndex::jump)
-            record.actOn(start.player);
-    }
-    start.cost = costOf(0.0);
-    starts.push_back(start);
-    return starts;
-}
-
-void Prediction::accept(std::vector<Hypothesis>&& hypotheses, Milliseconds arrival,
-                        Milliseconds period) {
+void Prediction::accept(std::vector<Hypothesis>&& hypotheses, const Evidence& evidence) {
     const std::uint64_t from = hypotheses_.empty() ? records_.end() : hypotheses_.front().next;
     std::stable_sort(hypotheses.begin(), hypotheses.end(),
                      [](const Hypothesis& a, const Hypothesis& b) { return a.cost < b.cost; });
@@ -474,7 +242,7 @@ void Prediction::accept(std::vector<Hypothesis>&& hypotheses, Milliseconds arriv
     hypotheses_ = std::move(hypotheses);
     const Hypothesis& likeliest = hypotheses_.front();
     tick_ = likeliest.tick;
-    line_.arrival(tick_, tick_ - likeliest.ticks, arrival, period);
+    line_.arrival(tick_, tick_ - likeliest.ticks, evidence.arrival, evidence.period);
     if (likeliest.ticks == 1 && hypotheses_.size() == 1)
         learnDelay(from);
 }

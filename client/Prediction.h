@@ -5,6 +5,7 @@
 #include "client/Events.h"
 #include "client/Explanation.h"
 #include "client/Inputs.h"
+#include "client/PredictionSearch.h"
 #include "client/VisualError.h"
 #include "src/MapManager.h"
 #include "src/Player.h"
@@ -107,16 +108,11 @@ class Prediction {
     const ArrivalLine& line() const { return line_; }
 
   private:
-    TickTimes timesOf(int ticks, Milliseconds arrival, Milliseconds period) const;
-    bool continueFrom(const PlayerUpdate& seen, Milliseconds arrival, Milliseconds period,
-                      bool mayHaveSatOut);
-    bool search(const PlayerUpdate& seen, const std::vector<TickTimes>& ways, bool isTolerant);
-    void beSoaked(Milliseconds arrival, Milliseconds period);
-    bool findSpawn(const PlayerUpdate& seen, Milliseconds arrival, Milliseconds period);
-    void startAnew(const PlayerUpdate& seen, Milliseconds arrival, Milliseconds period);
-    std::vector<Hypothesis> startsFrom(Hypothesis start, bool hasLived, Milliseconds due,
-                                       Milliseconds arrival) const;
-    void accept(std::vector<Hypothesis>&& hypotheses, Milliseconds arrival, Milliseconds period);
+    Match explainSnapshot(const Evidence& evidence, bool mayHaveSatOut);
+    bool continueFrom(const Evidence& evidence, bool mayHaveSatOut);
+    void beSoaked(const Evidence& evidence);
+    void breakOff();
+    void accept(std::vector<Hypothesis>&& hypotheses, const Evidence& evidence);
     void learnDelay(std::uint64_t from);
     void settleLosses();
     void forgetBefore(std::uint64_t number);

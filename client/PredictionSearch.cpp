@@ -1,0 +1,141 @@
+#include "client/PredictionSearch.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace drench::client {
+
+namespace {
+
+/// Turns and movements tried for one snapshot: about a millisecond.
+constexpr int searchBudget = 6000;
+
+/// The cost of a gap between two snapshots, and of each tick in it, in the units of
+/// Hypothesis::cost.
+constexpr double priceOfGap = 3.0;
+constexpr double priceOfMissedTick = 0.5;
+
+/// The cost of a snapshot later than jitter explains: the room was late.
+constexpr double priceOfStall = 7.0;
+
+/// Numbers of ticks that cost this much more than the likeliest are left to bold searches.
+constexpr double mostTickCost = 12.0;
+
+/// The misfit that bold searches allow, in milliseconds.
+constexpr Milliseconds wideMisfit = 250.0;
+
+/// Searches from the likeliest to the boldest.
+std::vector<SearchLimits> searches(Milliseconds spread, bool isTolerant) {
+    const Milliseconds tight = spread + 1.0;
+    const Milliseconds narrow = 3.0 * spread + 2.0;
+    // Among views with equal sums, a tolerant search finds whatever it is allowed to lose.
+    if (isTolerant)
+        return {{0, narrow, narrow, true}, {1, narrow, narrow, true}, {2, narrow, narrow, true}};
+    return {{0, tight, narrow, false},          {0, narrow, narrow, false},
+            {1, tight, narrow, false},          {1, narrow, narrow, false},
+            {2, narrow, narrow, false},         {4, narrow, narrow, false},
+            {0, wideMisfit, wideMisfit, false}, {1, wideMisfit, wideMisfit, false},
+            {4, wideMisfit, wideMisfit, false}};
+}
+
+/// The cost of a snapshot `late` milliseconds after it was due, or before if negative.
+double costOfArrival(Milliseconds late, Milliseconds spread) {
+    const double deviations = late / spread;
+    const double cost = deviations * deviations / 2.0;
+    return late < 0.0 ? cost : std::min(cost, priceOfStall);
+}
+
+/// Ticks since the newest snapshot was due, as the arrival tells.
+double ticksSince(const Evidence& evidence) {
+    const ArrivalLine& line = evidence.line;
+    return line.hasArrivals() ? (evidence.arrival - line.lateness() - line.due()) / evidence.period
+                              : 1.0;
+}
+
+/// About as many ticks as likely.
+std::vector<TickTimes> likelyWays(const Evidence& evidence, bool mayHaveSatOut) {
+    const int likely = likelyTicks(evidence);
+    std::vector<TickTimes> ways;
+    for (int ticks = std::max(1, likely - tickUncertainty); ticks <= likely + tickUncertainty;
+         ++ticks)
+        ways.push_back(timesAfter(evidence, ticks));
+    if (mayHaveSatOut) {
+        ways.push_back(timesAfter(evidence, likely));
+        ways.back().lastTickMoves = false;
+    }
+    return ways;
+}
+
+} // namespace
+
+int likelyTicks(const Evidence& evidence) {
+    return static_cast<int>(std::clamp(ticksSince(evidence) + 0.5, 1.0, 1e6));
+}
+
+TickTimes timesAfter(const Evidence& evidence, int ticks) {
+    const ArrivalLine& line = evidence.line;
+    TickTimes times;
+    times.count = ticks;
+    times.due = line.hasArrivals()
+                    ? std::min(evidence.arrival, line.due() + ticks * evidence.period)
+                    : evidence.arrival;
+    times.arrival = evidence.arrival;
+    times.period = evidence.period;
+    times.delay = line.delay();
+    times.spread = line.spread();
+    times.cost =
+        costOfArrival((ticksSince(evidence) - ticks) * evidence.period, line.latenessSpread()) +
+        (ticks > 1 ? priceOfGap + priceOfMissedTick * (ticks - 1) : 0.0);
+    return times;
+}
+
+std::vector<Hypothesis> search(const std::vector<Hypothesis>& hypotheses, const Evidence& evidence,
+                               const std::vector<TickTimes>& ways, bool isTolerant) {
+    int left = searchBudget;
+    double leastCost = ways.front().cost;
+    for (const TickTimes& times : ways)
+        leastCost = std::min(leastCost, times.cost);
+    for (const SearchLimits& limits : searches(evidence.line.spread(), isTolerant)) {
+        std::vector<Hypothesis> found;
+        int budget = left / 2;
+        left -= budget;
+        for (const TickTimes& times : ways) {
+            if (limits.misfit < wideMisfit && times.cost > leastCost + mostTickCost)
+                continue;
+            for (const Hypothesis& hypothesis : hypotheses) {
+                for (Hypothesis& next :
+                     explain(hypothesis, evidence.records, evidence.seen, times, limits, budget))
+                    merge(found, std::move(next));
+            }
+        }
+        left += std::max(budget, 0);
+        if (!found.empty())
+            return found;
+    }
+    return {};
+}
+
+std::vector<Hypothesis> continueExactly(const std::vector<Hypothesis>& hypotheses,
+                                        const Evidence& evidence, bool mayHaveSatOut) {
+    const int likely = likelyTicks(evidence);
+    if (likely > mostTicks)
+        return {};
+    std::vector<Hypothesis> found =
+        search(hypotheses, evidence, likelyWays(evidence, mayHaveSatOut), false);
+    if (!found.empty() || likely <= tickUncertainty + 1)
+        return found;
+    // Perhaps the room or the line was held up.
+    std::vector<TickTimes> fewer;
+    for (int ticks = likely - tickUncertainty - 1; ticks >= 1; --ticks)
+        fewer.push_back(timesAfter(evidence, ticks));
+    return search(hypotheses, evidence, fewer, false);
+}
+
+std::vector<Hypothesis> continueClosely(const std::vector<Hypothesis>& hypotheses,
+                                        const Evidence& evidence, bool mayHaveSatOut) {
+    if (likelyTicks(evidence) > mostTicks)
+        return {};
+    return search(hypotheses, evidence, likelyWays(evidence, mayHaveSatOut), true);
+}
+
+} // namespace drench::client

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "client/ArrivalLine.h"
+#include "client/Explanation.h"
+#include "src/Messages.h"
+
+#include <vector>
+
+// How a snapshot follows from the one before: the numbers of ticks between the two, tried from the
+// likeliest to the boldest.
+
+namespace drench::client {
+
+/// One's own player in a snapshot, and what is known when it comes.
+struct Evidence {
+    const PlayerUpdate& seen;
+    const SentRecords& records;
+    const ArrivalLine& line;
+    Milliseconds arrival = 0.0;
+
+    /// Milliseconds from tick to tick.
+    Milliseconds period = 0.0;
+};
+
+/// Missed ticks that a search spans; beyond, the prediction starts anew.
+constexpr int mostTicks = 24;
+
+/// The number of ticks since the last snapshot is uncertain by this many, since snapshots jitter.
+constexpr int tickUncertainty = 2;
+
+/// The times of the snapshot that comes `ticks` after the newest.
+TickTimes timesAfter(const Evidence& evidence, int ticks);
+
+/// The number of ticks since the newest snapshot, at least 1, as the arrival tells.
+int likelyTicks(const Evidence& evidence);
+
+/// All the ways from `hypotheses` to what is seen in one of the numbers of ticks, under limits from
+/// the likeliest to the boldest. The first limits that find something end the search, and so does
+/// a budget of turns and movements: about a millisecond.
+std::vector<Hypothesis> search(const std::vector<Hypothesis>& hypotheses, const Evidence& evidence,
+                               const std::vector<TickTimes>& ways, bool isTolerant);
+
+/// The same to the bit, in about as many ticks as likely; else in fewer, as after a stall.
+/// @param mayHaveSatOut  whether the player may have sat out the last tick
+std::vector<Hypothesis> continueExactly(const std::vector<Hypothesis>& hypotheses,
+                                        const Evidence& evidence, bool mayHaveSatOut);
+
+/// The same within closePosition and closeView.
+std::vector<Hypothesis> continueClosely(const std::vector<Hypothesis>& hypotheses,
+                                        const Evidence& evidence, bool mayHaveSatOut);
+
+} // namespace drench::client
