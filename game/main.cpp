@@ -120,9 +120,9 @@ int play(const Options& options) {
         frame.warn(problem);
     if (room)
         frame.visit().join(*room, asked.name, client::Clock::now());
-    frame.playScript(std::move(script));
+    frame.autopilot().playScript(std::move(script));
     if (roadmap)
-        frame.letBotPlay(*roadmap, *options.bot);
+        frame.autopilot().letBotPlay(*roadmap, *options.bot);
     const Timekeeper timekeeper(options.seconds);
     while (frame.goesOn() && timekeeper.goesOn())
         frame.run();
