@@ -90,8 +90,13 @@ class Screens {
     /// Whether keys and mouse are for the game and not for what is drawn over it.
     bool gameHasInput() const { return place_ == Place::match && panel_ == Panel::none; }
 
+    /// Whether the mouse turns the view: whoever writes a line of chat still looks around.
+    bool gameHasMouse() const {
+        return place_ == Place::match && (panel_ == Panel::none || panel_ == Panel::chat);
+    }
+
     /// Whether nothing in the picture asks for many frames a second.
-    bool isCalm() const { return !gameHasInput() && panel_ != Panel::chat; }
+    bool isCalm() const { return !gameHasMouse(); }
 
   private:
     Place place_ = Place::start;

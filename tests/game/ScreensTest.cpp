@@ -178,3 +178,18 @@ TEST(Screens, KnowFromTheEventWhyARoomIsLost) {
     EXPECT_EQ(lossIn(client::Joined{'1'}), std::nullopt);
     EXPECT_EQ(lossIn(client::PlayerLeft{"Ann"}), std::nullopt);
 }
+
+TEST(Screens, GiveTheMouseToTheGameInAMatchAndWhileAWordIsWritten) {
+    Screens screens;
+    EXPECT_FALSE(screens.gameHasMouse());
+    screens.join("room");
+    EXPECT_FALSE(screens.gameHasMouse());
+    screens.enter();
+    EXPECT_TRUE(screens.gameHasMouse());
+    screens.openChat();
+    EXPECT_TRUE(screens.gameHasMouse());
+    EXPECT_FALSE(screens.gameHasInput());
+    screens.closePanel();
+    screens.escape();
+    EXPECT_FALSE(screens.gameHasMouse()) << "the menu";
+}
