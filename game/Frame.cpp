@@ -1,8 +1,6 @@
 #include "game/Frame.h"
 
-#include "bots/Play.h"
 #include "common/Files.h"
-#include "game/FigureSight.h"
 
 #include <algorithm>
 #include <iostream>
@@ -12,11 +10,7 @@ namespace drench::game {
 
 namespace {
 
-/// Where the drops of water fly follows from it.
-constexpr std::uint64_t dropSeed = 1;
-
-/// What a bot does that plays here follows from it.
-constexpr std::uint64_t botSeed = 1;
+using Place = Screens::Place;
 
 double secondsBetween(client::Time from, client::Time to) {
     return std::chrono::duration<double>(to - from).count();
@@ -58,16 +52,11 @@ bool isLasting(const std::string& room) {
 
 Frame::Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh,
              Settings settings, KeepSettings keep)
-    : window_(window), arenas_(arenas), settings_(std::move(settings)), keep_(std::move(keep)),
+    : window_(window), arena_(arenas), settings_(std::move(settings)), keep_(std::move(keep)),
       renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
-      staging_(map(), dropSeed), opened_(client::Clock::now()), begin_(opened_) {
-    scene_.camera = overview(map());
+      senses_(arena_.map()), opened_(client::Clock::now()), begin_(opened_) {
+    scene_.camera = overview(arena_.map());
     applySettings();
-}
-
-void Frame::letBotPlay(const bots::Roadmap& roadmap, double skill) {
-    roadmap_ = &roadmap;
-    botSkill_ = skill;
 }
 
 void Frame::run() {
@@ -141,23 +130,21 @@ void Frame::takeInputs() {
     if (gameHadInput_ && !gameHasInput)
         releaseAll();
     gameHadInput_ = gameHasInput;
-    // Whoever writes a line of chat still looks around.
-    capture_.setMenu(!gameHasInput && visit_.screens().panel() != Screens::Panel::chat);
     pacing_.calm(visit_.screens().isCalm() || !isFocused_);
-    if (capture_.holdsMouse())
+    const bool gameHasMouse = isFocused_ && visit_.screens().gameHasMouse();
+    if (gameHasMouse)
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
                            {settings_.invertX, settings_.invertY});
     if (gameHasInput && isFocused_)
         turning_.holdStick(events.stickX, events.stickY, sinceLast_, settings_.stickSensitivity,
                            {settings_.invertX, settings_.invertY});
-    window_.captureMouse(capture_.holdsMouse());
+    window_.captureMouse(gameHasMouse);
     const ViewCounts counts = turning_.take();
     if (counts != ViewCounts{} && visit_.session())
         visit_.session()->turn(counts.dx, counts.dy);
 }
 
 void Frame::takeFocus(bool focused) {
-    capture_.setFocus(focused);
     isFocused_ = focused;
     if (focused) {
         held_.gainFocus();
@@ -174,8 +161,6 @@ void Frame::releaseAll() {
 }
 
 void Frame::press(const WindowEvents::Press& press) {
-    if (press.down && press.input.device == Input::Device::mouse && capture_.click())
-        return;
     if (const auto change = held_.press(settings_.bindings, press.input, press.down))
         act(*change);
 }
@@ -193,153 +178,78 @@ void Frame::act(const ActionChange& change) {
 }
 
 void Frame::serviceRoom(client::Time now) {
-    visit_.service(now, {[&](client::Session& session) {
-                             if (bodies_)
-                                 bodies_->serviced(session, now);
-                         },
+    visit_.service(now, {[&](client::Session& session) { senses_.serviced(session, now); },
                          [&](const client::Event& event, client::Session& session) {
                              take(event, session, now);
                          }});
 }
 
 void Frame::take(const client::Event& event, client::Session& session, client::Time now) {
+    senses_.take(event, session, now);
     if (std::holds_alternative<client::Joined>(event)) {
-        bodies_.emplace(map());
-        ears_.emplace(map());
-        beginJudging();
-        if (roadmap_)
-            bot_.emplace(*roadmap_, botSkill_, botSeed);
-        if (!visit_.isHosting() && isLasting(visit_.screens().room())) {
-            rememberRoom(settings_, visit_.screens().room());
-            changed_ = now;
-        }
+        arena_.enterRoom();
+        autopilot_.enterArena(arena_.map());
+        noteRoom(now);
+    } else if (const auto* snapshot = std::get_if<client::Snapshot>(&event)) {
+        arena_.see(*snapshot);
+        autopilot_.act(*snapshot, session, [&](const PlayerUpdate& self) {
+            return senses_.shown(self, now, settings_.showWhereShotsMeet);
+        });
     }
-    if (!bodies_)
-        return;
-    const auto* snapshot = std::get_if<client::Snapshot>(&event);
-    if (snapshot)
-        bodies_->take(*snapshot, session);
-    ears_->take(event, session.id(), bodies_->own(now));
-    if (!snapshot)
-        return;
-    judgeArena(*snapshot);
-    for (; acted_ < script_.size() && script_[acted_].tick <= snapshot->tick; ++acted_)
-        act(script_[acted_], session);
-    const PlayerUpdate* const self = session.self(snapshot->state);
-    if (bot_ && self)
-        bots::send(session, bot_->decide(bodies_->shown(*self, now, settings_.showWhereShotsMeet),
-                                         self->id));
 }
 
-void Frame::beginJudging() {
-    judged_ = {arena_};
-    for (std::size_t arena = 0; arena < arenas_.size(); ++arena) {
-        if (arena != arena_)
-            judged_.push_back(arena);
-    }
-    std::vector<const MapManager*> maps;
-    maps.reserve(judged_.size());
-    for (const std::size_t arena : judged_)
-        maps.push_back(&arenas_[arena].map);
-    finder_.emplace(std::move(maps));
-    isArenaUnknown_ = false;
-}
-
-/// Has the surface of the arena made that fits what is seen, if it is not the one shown.
-void Frame::judgeArena(const client::Snapshot& snapshot) {
-    finder_->see(snapshot);
-    if (finder_->verdict() == ArenaFinder::Verdict::none && !isArenaUnknown_) {
-        isArenaUnknown_ = true;
-        overlay_.warn("This room plays an arena that is not known here. Put its file into " +
-                      arenaFolders().front() + ", or name it with --arena.");
-    }
-    const std::size_t best = judged_[finder_->best()];
-    if (best == nextArena_)
+/// The room let us in: it will be in the list of rooms.
+void Frame::noteRoom(client::Time now) {
+    if (visit_.isHosting() || !isLasting(visit_.screens().room()))
         return;
-    nextArena_ = best;
-    nextMesh_ = std::async(std::launch::async, [&map = arenas_[best].map] { return meshOf(map); });
+    rememberRoom(settings_, visit_.screens().room());
+    changed_ = now;
 }
 
-/// Shows the arena whose surface is ready.
 void Frame::changeArena() {
-    if (!nextMesh_.valid() ||
-        nextMesh_.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
-        return;
-    const ArenaMesh mesh = nextMesh_.get();
-    if (nextArena_ == arena_)
-        return;
-    arena_ = nextArena_;
-    renderer_.setArena(mesh);
-    staging_ = Staging(map(), dropSeed);
-    bodies_.emplace(map());
-    ears_.emplace(map());
+    if (const std::optional<ArenaMesh> mesh = arena_.change()) {
+        renderer_.setArena(*mesh);
+        senses_.changeArena(arena_.map());
+        autopilot_.enterArena(arena_.map());
+    }
 }
 
 void Frame::compose(client::Time now) {
     const double time = secondsBetween(opened_, now);
     const auto seconds = static_cast<float>(time - scene_.time);
     scene_.time = time;
+    if (visit_.screens().place() == Place::start) {
+        senses_.forget();
+        scene_.camera = overview(arena_.map());
+    }
     scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
-    if (visit_.screens().place() == Screens::Place::start) {
-        bodies_.reset();
-        ears_.reset();
-        scene_.camera = overview(map());
-    }
-    const bool isPlaying = visit_.screens().place() == Screens::Place::match && bodies_;
-    std::optional<OwnBody> own;
-    std::vector<PlayerUpdate> others;
-    if (isPlaying) {
-        // While soaked, the eye stays where it was.
-        if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
-            scene_.camera.eye = onScreen(body->eye);
-            scene_.camera.direction = onScreen(body->player.direction);
-            own = {visit_.match().ownId(), scene_.camera.eye, scene_.camera.direction,
-                   body->player.isShooting()};
-        }
-        others = bodies_->others(now, settings_.showWhereShotsMeet);
-    }
-    staging_.show(scene_, own, others, seconds, settings_.lessMotion);
-    nameFigures();
-    scene_.soaked.reset();
-    if (const MatchPlayer* self = visit_.match().self(); isPlaying && self && self->soakedSince)
-        scene_.soaked =
-            SoakedOverlay{static_cast<float>(secondsBetween(*self->soakedSince, now)),
-                          static_cast<float>(secondsUntilReturn(*self, now)), self->soakedBy};
-}
-
-void Frame::nameFigures() {
-    const Palette palette = settings_.colourBlind ? Palette::colourBlind : Palette::usual;
-    for (FigurePose& figure : scene_.figures) {
-        figure.palette = palette;
-        if (const MatchPlayer* known = visit_.match().player(figure.id))
-            figure.name = known->name;
-    }
-    if (scene_.gun)
-        scene_.gun->palette = palette;
-    scene_.names = namesInSight(staging_.grid(), scene_.camera.eye, scene_.figures);
+    senses_.show(scene_, settings_, visit_.screens().place() == Place::match, now, seconds);
 }
 
 void Frame::sound(client::Time now) {
     Heard heard;
     heard.volume = settings_.masterVolume * settings_.effectsVolume;
-    if (ears_ && visit_.screens().place() == Screens::Place::match) {
+    Ears* const ears = senses_.ears();
+    if (ears && visit_.screens().place() == Place::match) {
         heard.listener = {inGame(scene_.camera.eye), inGame(scene_.camera.direction)};
-        heard.cues = ears_->cues();
-        heard.jets = ears_->jets();
+        heard.cues = ears->cues();
+        heard.jets = ears->jets();
         captions_.hear(heard.cues, heard.listener, now);
     }
     soundDevice_.play(heard, now);
     if (!soundDevice_.problem().empty() && !std::exchange(saidSilence_, true))
         std::cerr << "Nothing can be heard: " << soundDevice_.problem() << '\n';
-    if (ears_)
-        ears_->forget();
+    if (ears)
+        ears->forget();
 }
 
 void Frame::drawOverlay(client::Time now) {
     Overlay::View view;
     view.now = now;
     view.scene = &scene_;
-    view.bodies = bodies_ ? &*bodies_ : nullptr;
+    view.match = &senses_.match();
+    view.bodies = senses_.bodies();
+    view.arenaTrouble = &arena_.trouble();
     view.frames = &latestTimes_;
     if (settings_.captions)
         view.captions = &captions_.linesAt(now);
@@ -365,28 +275,6 @@ void Frame::keepSettings() {
         keep_(settings_);
     } catch (const InputError& error) {
         overlay_.warn(error.what());
-    }
-}
-
-void Frame::act(const bots::Action& action, client::Session& session) {
-    using Kind = bots::Action::Kind;
-    switch (action.kind) {
-    case Kind::hold:
-    case Kind::release:
-        session.setKey(action.key, action.kind == Kind::hold);
-        break;
-    case Kind::jump:
-        session.setKey(keyIndex::jump, true);
-        break;
-    case Kind::turn:
-        session.turn(action.dx, action.dy);
-        break;
-    case Kind::say:
-        session.say(action.text);
-        break;
-    case Kind::leave:
-        isClosed_ = true;
-        break;
     }
 }
 

@@ -47,20 +47,7 @@ void Match::note(const client::Joined& joined) {
     // What was said before a lost room was joined again stays.
     players_.clear();
     soakings_.clear();
-    standing_ = Standing::playing;
     ownId_ = joined.id;
-}
-
-void Match::note(const client::Refused&) {
-    end(Standing::full);
-}
-
-void Match::note(const client::Unanswered& unanswered) {
-    end(unanswered.nobodyListens ? Standing::nobodyListens : Standing::unanswered);
-}
-
-void Match::note(const client::Dropped& dropped) {
-    end(dropped.reason == client::Dropped::Reason::silence ? Standing::silent : Standing::replaced);
 }
 
 void Match::note(const client::Snapshot& snapshot) {
@@ -158,11 +145,6 @@ MatchNotice& Match::tell(MatchNotice::Kind kind) {
     notices_.back().kind = kind;
     notices_.back().moment = now_;
     return notices_.back();
-}
-
-void Match::end(Standing standing) {
-    standing_ = standing;
-    ownId_ = 0;
 }
 
 double secondsUntilReturn(const MatchPlayer& player, client::Time now) {

@@ -61,16 +61,11 @@ struct SaidLine {
 /// and all lists are bounded, whatever the room says.
 class Match {
   public:
-    /// How things stand with the room.
-    enum class Standing { joining, playing, full, unanswered, nobodyListens, silent, replaced };
-
     static constexpr std::size_t mostNotices = 32;
     static constexpr std::size_t mostSaid = 64;
 
     /// Takes an event of the session in, at its moment.
     void take(const client::Event& event, client::Time now);
-
-    Standing standing() const { return standing_; }
 
     /// Our own identifier while playing, else 0.
     char ownId() const { return ownId_; }
@@ -90,9 +85,9 @@ class Match {
 
   private:
     void note(const client::Joined& joined);
-    void note(const client::Refused&);
-    void note(const client::Unanswered& unanswered);
-    void note(const client::Dropped& dropped);
+    void note(const client::Refused&) { end(); }
+    void note(const client::Unanswered&) { end(); }
+    void note(const client::Dropped&) { end(); }
     void note(const client::Snapshot& snapshot);
     void note(const client::Chat& chat);
     void note(const client::PlayerJoined& joined);
@@ -103,7 +98,7 @@ class Match {
     void see(const PlayerUpdate& update, const MatchPlayer* before, MatchPlayer& player) const;
     Named named(const std::string& rawName) const;
     MatchNotice& tell(MatchNotice::Kind kind);
-    void end(Standing standing);
+    void end() { ownId_ = 0; }
 
     /// A soaking that was told; the snapshot that shows it may come before or after.
     struct ToldSoaking {
@@ -112,7 +107,6 @@ class Match {
         std::string rawVictim;
     };
 
-    Standing standing_ = Standing::joining;
     char ownId_ = 0;
     std::vector<MatchPlayer> players_;
     std::deque<MatchNotice> notices_;

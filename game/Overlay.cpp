@@ -102,10 +102,9 @@ bool Overlay::draw(const View& view, Visit& visit, Settings& settings) {
 void Overlay::drawMatch(const View& view, const Visit& visit, const Settings& settings) {
     const Theme& theme = interface_.theme();
     const Palette palette = paletteOf(settings);
-    const Match& match = visit.match();
+    const Match& match = *view.match;
     const ImVec2 size = ImGui::GetIO().DisplaySize;
-    const bool isOpen =
-        visit.screens().panel() == Panel::none || visit.screens().panel() == Panel::chat;
+    const bool isOpen = visit.screens().gameHasMouse();
     HudView hud;
     hud.now = view.now;
     hud.palette = palette;
@@ -114,6 +113,8 @@ void Overlay::drawMatch(const View& view, const Visit& visit, const Settings& se
         hud.labels = labelsOf(*view.scene, size.x / size.y);
     hud.captions = view.captions;
     hud.warnings = warnings_;
+    if (!view.arenaTrouble->empty())
+        hud.warnings.push_back(*view.arenaTrouble);
     if (std::string words = visit.line().words(); !words.empty())
         hud.warnings.push_back(std::move(words));
     drawHud(theme, match, hud);

@@ -43,10 +43,14 @@ class Overlay {
     struct View {
         client::Time now;
         const Scene* scene = nullptr;
+        const Match* match = nullptr;
 
-        /// Null outside of a match.
+        /// Null as long as no room has let one in.
         const client::Bodies* bodies = nullptr;
         const FrameTimes* frames = nullptr;
+
+        /// See ShownArena::trouble().
+        const std::string* arenaTrouble = nullptr;
 
         /// The sounds of the moment in words; null for none.
         const std::vector<Captions::Line>* captions = nullptr;

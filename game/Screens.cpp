@@ -11,34 +11,42 @@ namespace {
 constexpr double firstPause = 1.0;
 constexpr double longestPause = 30.0;
 
-Trouble troubleOf(Match::Standing why, const std::string& room) {
-    using Standing = Match::Standing;
+using Loss = Screens::Loss;
+
+Trouble troubleOf(Loss why, const std::string& room) {
     switch (why) {
-    case Standing::full:
+    case Loss::full:
         return {room + " is full.", "Four play there already. Wait until somebody leaves, or "
                                     "choose another room."};
-    case Standing::unanswered:
+    case Loss::unanswered:
         return {room + " does not answer.",
                 "Look for a slip in the address. The host's machine may be off, or its firewall "
                 "may not let this UDP port through."};
-    case Standing::nobodyListens:
+    case Loss::nobodyListens:
         return {"Nobody listens at " + room + ".",
                 "The machine is there, but the room is not: it has ended, or it has another "
                 "port."};
-    case Standing::silent:
+    case Loss::silent:
         return {room + " has fallen silent.",
                 "The room has ended or is being started anew, or the line is dead."};
-    case Standing::replaced:
+    case Loss::replaced:
         return {room + " has dropped you.",
                 "It heard nothing from you for five seconds, or it was started anew."};
-    case Standing::joining:
-    case Standing::playing:
-        break;
     }
     return {};
 }
 
 } // namespace
+
+std::optional<Loss> lossIn(const client::Event& event) {
+    if (std::holds_alternative<client::Refused>(event))
+        return Loss::full;
+    if (const auto* unanswered = std::get_if<client::Unanswered>(&event))
+        return unanswered->nobodyListens ? Loss::nobodyListens : Loss::unanswered;
+    if (const auto* dropped = std::get_if<client::Dropped>(&event))
+        return dropped->reason == client::Dropped::Reason::silence ? Loss::silent : Loss::replaced;
+    return std::nullopt;
+}
 
 double secondsBefore(int attempt) {
     double pause = firstPause;
@@ -71,11 +79,11 @@ void Screens::enter() {
     attempts_ = 0;
 }
 
-void Screens::lose(Match::Standing why, Time now) {
+void Screens::lose(Loss why, Time now) {
     place_ = Place::trouble;
     panel_ = Panel::none;
     trouble_ = troubleOf(why, room_);
-    tries_ = wasIn_ || why == Match::Standing::full;
+    tries_ = wasIn_ || why == Loss::full;
     const std::chrono::duration<double> pause(secondsBefore(attempts_));
     next_ = now + std::chrono::duration_cast<Time::duration>(pause);
 }

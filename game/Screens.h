@@ -1,8 +1,9 @@
 #pragma once
 
 #include "client/Clock.h"
-#include "game/Match.h"
+#include "client/Events.h"
 
+#include <optional>
 #include <string>
 
 namespace drench::game {
@@ -35,6 +36,9 @@ class Screens {
         trouble
     };
 
+    /// Why one is not in the room.
+    enum class Loss { full, unanswered, nobodyListens, silent, replaced };
+
     /// What lies over the place.
     enum class Panel { none, menu, settings, chat };
 
@@ -52,9 +56,9 @@ class Screens {
     /// The room let us in.
     void enter();
 
-    /// The room did not, or was lost: `why` is none of joining and playing. A room that had let us
-    /// in is joined again by itself, and so is a full one.
-    void lose(Match::Standing why, Time now);
+    /// The room did not, or was lost. A room that had let us in is joined again by itself, and so
+    /// is a full one.
+    void lose(Loss why, Time now);
 
     /// The room cannot even be asked.
     void fail(const Trouble& trouble);
@@ -86,8 +90,13 @@ class Screens {
     /// Whether keys and mouse are for the game and not for what is drawn over it.
     bool gameHasInput() const { return place_ == Place::match && panel_ == Panel::none; }
 
+    /// Whether the mouse turns the view: whoever writes a line of chat still looks around.
+    bool gameHasMouse() const {
+        return place_ == Place::match && (panel_ == Panel::none || panel_ == Panel::chat);
+    }
+
     /// Whether nothing in the picture asks for many frames a second.
-    bool isCalm() const { return !gameHasInput() && panel_ != Panel::chat; }
+    bool isCalm() const { return !gameHasMouse(); }
 
   private:
     Place place_ = Place::start;
@@ -103,6 +112,9 @@ class Screens {
     bool tries_ = false;
     Time next_{};
 };
+
+/// Nothing if the room is not lost by the event.
+std::optional<Screens::Loss> lossIn(const client::Event& event);
 
 /// Seconds before the room is joined for the `attempt`-th time, the first being 0: they double, up
 /// to half a minute.

@@ -31,7 +31,6 @@ void Visit::begin(const std::string& room, const std::string& name, Time now) {
         session_->leave(now);
     session_.reset();
     name_ = name;
-    match_ = Match();
     hasEntered_ = false;
     screens_.join(room);
     if (!hosted_)
@@ -124,15 +123,14 @@ void Visit::failToJoin(const std::string& problem) {
 }
 
 void Visit::note(const client::Event& event, Time now) {
-    match_.take(event, now);
     if (std::holds_alternative<client::Joined>(event)) {
         lastSnapshot_ = now;
         hasEntered_ = true;
         screens_.enter();
     } else if (const auto* snapshot = std::get_if<client::Snapshot>(&event)) {
         lastSnapshot_ = snapshot->arrival;
-    } else if (!session_->isOpen() && match_.standing() != Match::Standing::playing) {
-        screens_.lose(match_.standing(), now);
+    } else if (const std::optional<Screens::Loss> loss = lossIn(event)) {
+        screens_.lose(*loss, now);
     }
 }
 

@@ -3,7 +3,6 @@
 #include "client/Session.h"
 #include "game/HostedRoom.h"
 #include "game/LineQuality.h"
-#include "game/Match.h"
 #include "game/Resolving.h"
 #include "game/Screens.h"
 
@@ -38,7 +37,7 @@ class Visit {
         /// After each Session::service().
         std::function<void(client::Session&)> serviced;
 
-        /// Each event, which Match has taken before.
+        /// Each event, which the screens follow already.
         std::function<void(const client::Event&, client::Session&)> take;
     };
 
@@ -59,7 +58,6 @@ class Visit {
 
     Screens& screens() { return screens_; }
     const Screens& screens() const { return screens_; }
-    const Match& match() const { return match_; }
     const LineQuality& line() const { return line_; }
 
     /// In milliseconds; nothing where it is unknown.
@@ -80,7 +78,6 @@ class Visit {
     void note(const client::Event& event, Time now);
 
     Screens screens_;
-    Match match_;
     LineQuality line_;
     std::string name_;
 

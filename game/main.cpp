@@ -1,6 +1,5 @@
 #include "arena/ArenaFile.h"
 #include "arena/picture/Png.h"
-#include "bots/ChartCache.h"
 #include "client/RoomAddress.h"
 #include "common/CommandLine.h"
 #include "common/Decimals.h"
@@ -104,11 +103,6 @@ int play(const Options& options) {
         asked.frameLimit = *options.frameLimit;
 
     listenForSignals();
-    std::optional<bots::Roadmap> roadmap;
-    if (options.bot)
-        roadmap = bots::keptChart(
-            map, bots::chartFolder(), bots::programChecksum(), [] { return stopAsked == 0; },
-            [](const std::string&) {});
     // The surface takes some tenths of a second, and so does opening the window.
     std::future<ArenaMesh> mesh = std::async(std::launch::async, [&] { return meshOf(map); });
     Window window("Drench", options.size);
@@ -120,9 +114,9 @@ int play(const Options& options) {
         frame.warn(problem);
     if (room)
         frame.visit().join(*room, asked.name, client::Clock::now());
-    frame.playScript(std::move(script));
-    if (roadmap)
-        frame.letBotPlay(*roadmap, *options.bot);
+    frame.autopilot().playScript(std::move(script));
+    if (options.bot)
+        frame.autopilot().letBotPlay(*options.bot);
     const Timekeeper timekeeper(options.seconds);
     while (frame.goesOn() && timekeeper.goesOn())
         frame.run();

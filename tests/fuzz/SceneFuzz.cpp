@@ -3,14 +3,11 @@
 // and what it needs: three bits say what, five bits how much or who. The room is a socket on
 // 127.0.0.1, where what is sent has arrived.
 
-#include "client/Bodies.h"
 #include "client/Session.h"
-#include "game/FigureSight.h"
 #include "game/Figures.h"
 #include "game/GunInHands.h"
 #include "game/Labels.h"
-#include "game/Match.h"
-#include "game/Staging.h"
+#include "game/Senses.h"
 #include "game/WaterShapes.h"
 #include "tests/fuzz/Bytes.h"
 #include "tests/fuzz/HostileState.h"
@@ -74,36 +71,17 @@ bool isFinite(const glm::vec3& v) {
 class Picture {
   public:
     void take(const client::Event& event, const client::Session& session, client::Time now) {
-        match_.take(event, now);
-        if (std::holds_alternative<client::Joined>(event))
-            bodies_.emplace(arena());
-        if (const auto* snapshot = std::get_if<client::Snapshot>(&event); snapshot && bodies_)
-            bodies_->take(*snapshot, session);
+        senses_.take(event, session, now);
     }
 
-    void serviced(client::Session& session, client::Time now) {
-        if (bodies_)
-            bodies_->serviced(session, now);
-    }
+    void serviced(client::Session& session, client::Time now) { senses_.serviced(session, now); }
 
     void draw(client::Time now, float seconds, bool ahead) {
-        if (!bodies_)
-            return;
-        std::optional<OwnBody> own;
-        if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
-            scene_.camera.eye = onScreen(body->eye);
-            scene_.camera.direction = onScreen(body->player.direction);
-            own = {match_.ownId(), scene_.camera.eye, scene_.camera.direction,
-                   body->player.isShooting()};
-        }
-        const std::vector<PlayerUpdate> others = bodies_->others(now, ahead);
-        require(others.size() <= maxPlayers, "no more players are shown than a room has");
-        staging_.show(scene_, own, others, seconds, false);
-        for (FigurePose& figure : scene_.figures) {
-            if (const MatchPlayer* known = match_.player(figure.id))
-                figure.name = known->name;
-        }
-        scene_.names = namesInSight(staging_.grid(), scene_.camera.eye, scene_.figures);
+        Settings settings;
+        settings.showWhereShotsMeet = ahead;
+        senses_.show(scene_, settings, true, now, seconds);
+        if (Ears* const ears = senses_.ears())
+            ears->forget();
         checkScene();
         checkVertices();
     }
@@ -147,9 +125,7 @@ class Picture {
                     "water is somewhere");
     }
 
-    Match match_;
-    std::optional<client::Bodies> bodies_;
-    Staging staging_{arena(), 1};
+    Senses senses_{arena()};
     Scene scene_;
 };
 

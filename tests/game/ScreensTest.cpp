@@ -13,7 +13,7 @@ namespace {
 using std::chrono::milliseconds;
 using Panel = Screens::Panel;
 using Place = Screens::Place;
-using Standing = Match::Standing;
+using Loss = Screens::Loss;
 
 constexpr client::Time start{std::chrono::hours(1)};
 
@@ -96,7 +96,7 @@ TEST(Screens, FewFramesAreAskedForWhereverNobodyPlays) {
 }
 
 TEST(Screens, ALostRoomIsJoinedAgainByItselfWithGrowingPauses) {
-    for (const Standing why : {Standing::silent, Standing::replaced}) {
+    for (const Loss why : {Loss::silent, Loss::replaced}) {
         Screens screens = inMatch();
         screens.lose(why, start);
         EXPECT_EQ(screens.place(), Place::trouble);
@@ -106,10 +106,10 @@ TEST(Screens, ALostRoomIsJoinedAgainByItselfWithGrowingPauses) {
         screens.joinAgain();
         EXPECT_EQ(screens.place(), Place::joining);
         EXPECT_FALSE(screens.trouble().what.empty()) << "still to be told";
-        screens.lose(Standing::unanswered, start);
+        screens.lose(Loss::unanswered, start);
         EXPECT_DOUBLE_EQ(screens.secondsUntilJoin(start), 2.0) << "whatever came of it";
         screens.joinAgain();
-        screens.lose(Standing::nobodyListens, start);
+        screens.lose(Loss::nobodyListens, start);
         EXPECT_DOUBLE_EQ(screens.secondsUntilJoin(start), 4.0);
         screens.joinAgain();
         screens.enter();
@@ -129,7 +129,7 @@ TEST(Screens, PausesDoubleUpToHalfAMinute) {
 
 TEST(Screens, JoiningAgainCanBeStopped) {
     Screens screens = inMatch();
-    screens.lose(Standing::silent, start);
+    screens.lose(Loss::silent, start);
     screens.stopTrying();
     EXPECT_FALSE(screens.isJoinDue(start + std::chrono::hours(1)));
     EXPECT_LT(screens.secondsUntilJoin(start), 0.0);
@@ -138,20 +138,20 @@ TEST(Screens, JoiningAgainCanBeStopped) {
 
 TEST(Screens, OnlyAFullRoomIsTriedAgainByItselfBeforeItEverLetOneIn) {
     Screens screens;
-    for (const Standing why : {Standing::unanswered, Standing::nobodyListens}) {
+    for (const Loss why : {Loss::unanswered, Loss::nobodyListens}) {
         screens.join("here:5000");
         screens.lose(why, start);
         EXPECT_LT(screens.secondsUntilJoin(start), 0.0);
     }
     screens.join("here:5000");
-    screens.lose(Standing::full, start);
+    screens.lose(Loss::full, start);
     EXPECT_DOUBLE_EQ(screens.secondsUntilJoin(start), 1.0);
 }
 
 TEST(Screens, EachTroubleNamesTheRoomAndWhatCanBeDone) {
     std::vector<std::string> said;
-    for (const Standing why : {Standing::full, Standing::unanswered, Standing::nobodyListens,
-                               Standing::silent, Standing::replaced}) {
+    for (const Loss why :
+         {Loss::full, Loss::unanswered, Loss::nobodyListens, Loss::silent, Loss::replaced}) {
         Screens screens;
         screens.join("here:5000");
         screens.lose(why, start);
@@ -166,4 +166,30 @@ TEST(Screens, EachTroubleNamesTheRoomAndWhatCanBeDone) {
     EXPECT_EQ(screens.place(), Place::trouble);
     EXPECT_EQ(screens.trouble().advice, "Its port is none.");
     EXPECT_LT(screens.secondsUntilJoin(start), 0.0) << "it would fail again";
+}
+
+TEST(Screens, KnowFromTheEventWhyARoomIsLost) {
+    using Reason = client::Dropped::Reason;
+    EXPECT_EQ(lossIn(client::Refused{}), Loss::full);
+    EXPECT_EQ(lossIn(client::Unanswered{true}), Loss::nobodyListens);
+    EXPECT_EQ(lossIn(client::Unanswered{false}), Loss::unanswered);
+    EXPECT_EQ(lossIn(client::Dropped{Reason::silence}), Loss::silent);
+    EXPECT_EQ(lossIn(client::Dropped{Reason::replaced}), Loss::replaced);
+    EXPECT_EQ(lossIn(client::Joined{'1'}), std::nullopt);
+    EXPECT_EQ(lossIn(client::PlayerLeft{"Ann"}), std::nullopt);
+}
+
+TEST(Screens, GiveTheMouseToTheGameInAMatchAndWhileAWordIsWritten) {
+    Screens screens;
+    EXPECT_FALSE(screens.gameHasMouse());
+    screens.join("room");
+    EXPECT_FALSE(screens.gameHasMouse());
+    screens.enter();
+    EXPECT_TRUE(screens.gameHasMouse());
+    screens.openChat();
+    EXPECT_TRUE(screens.gameHasMouse());
+    EXPECT_FALSE(screens.gameHasInput());
+    screens.closePanel();
+    screens.escape();
+    EXPECT_FALSE(screens.gameHasMouse()) << "the menu";
 }
