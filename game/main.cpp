@@ -128,7 +128,7 @@ int play(const Options& options) {
     }
     if (options.frameTimes)
         sayFrameCosts(frame.costs(), start);
-    const std::string trouble = frame.visit().screens().trouble().what;
+    const std::string trouble = frame.visit().screens().whyNotPlaying();
     if (!trouble.empty())
         std::cerr << trouble << '\n';
     frame.visit().leave(client::Clock::now());
