@@ -1,14 +1,11 @@
-#include "arena/picture/Png.h"
 #include "tests/support/Arenas.h"
 #include "tests/support/UdpPeer.h"
 #include "tests/window/Desk.h"
 
 #include <arpa/inet.h>
 #include <chrono>
-#include <csignal>
 #include <future>
 #include <memory>
-#include <set>
 
 namespace {
 
@@ -116,20 +113,4 @@ TEST(WindowStarting, HelpAndWrongUseNeedNoDisplay) {
     EXPECT_EQ(wrong.status, 2);
     EXPECT_NE(wrong.said.find("--seconds: -1 is no number from 0"), std::string::npos)
         << wrong.said;
-}
-
-TEST(WindowStarting, AScreenshotShowsTheArena) {
-    const TemporaryFolder folder;
-    const std::string file = folder.path + "/picture.png";
-    Desk desk({.size = "320x180", .arguments = "--screenshot " + file});
-    desk.settle();
-    desk.window.signal(SIGTERM);
-    EXPECT_EQ(desk.window.status(), 0) << desk.window.err();
-    const arena::Image picture = arena::decodePng(readFile(file));
-    EXPECT_EQ(picture.width, 320);
-    EXPECT_EQ(picture.height, 180);
-    std::set<std::array<int, 3>> colours;
-    for (const arena::Colour& pixel : picture.pixels)
-        colours.insert({pixel.red, pixel.green, pixel.blue});
-    EXPECT_GT(colours.size(), 20u) << "light, haze and sky";
 }
