@@ -50,10 +50,9 @@ bool isLasting(const std::string& room) {
 
 } // namespace
 
-Frame::Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh,
-             Settings settings, KeepSettings keep)
-    : window_(window), arena_(arenas), settings_(std::move(settings)), keep_(std::move(keep)),
-      renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
+Frame::Frame(Window& window, ShownArena& arena, Settings settings, KeepSettings keep)
+    : window_(window), arena_(arena), settings_(std::move(settings)), keep_(std::move(keep)),
+      renderer_(arena_.firstSurface()), overlay_(window), pacing_(frameRate(settings_, window)),
       senses_(arena_.map()), opened_(client::Clock::now()), begin_(opened_) {
     scene_.camera = overview(arena_.map());
     applySettings();
@@ -207,11 +206,15 @@ void Frame::noteRoom(client::Time now) {
 }
 
 void Frame::changeArena() {
-    if (const std::optional<ArenaMesh> mesh = arena_.change()) {
-        renderer_.setArena(*mesh);
-        senses_.changeArena(arena_.map());
-        autopilot_.enterArena(arena_.map());
-    }
+    const MapManager* const before = &arena_.map();
+    const std::optional<ArenaMesh> mesh = arena_.change();
+    if (!mesh)
+        return;
+    renderer_.setArena(*mesh);
+    if (&arena_.map() == before)
+        return;
+    senses_.changeArena(arena_.map());
+    autopilot_.enterArena(arena_.map());
 }
 
 void Frame::compose(client::Time now) {

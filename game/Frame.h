@@ -31,11 +31,7 @@ class Frame {
     /// Called with the settings when the player has changed them; may throw InputError.
     using KeepSettings = std::function<void(const Settings&)>;
 
-    /// @param arenas  those that rooms may play, the likeliest first; at least one; must outlive
-    /// this
-    /// @param mesh  the surface of the first
-    Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh, Settings settings,
-          KeepSettings keep);
+    Frame(Window& window, ShownArena& arena, Settings settings, KeepSettings keep);
 
     /// The way into a room. Without one, the player chooses.
     Visit& visit() { return visit_; }
@@ -76,7 +72,7 @@ class Frame {
     void keepSettings();
 
     Window& window_;
-    ShownArena arena_;
+    ShownArena& arena_;
     Settings settings_;
     KeepSettings keep_;
     Renderer renderer_;

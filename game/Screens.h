@@ -78,6 +78,10 @@ class Screens {
     /// What was last wrong with the room, as long as it has not let us in.
     const Trouble& trouble() const { return trouble_; }
 
+    /// Why one does not play in the room that was chosen, as a line; empty while one does, and
+    /// where none was chosen.
+    std::string whyNotPlaying() const;
+
     /// Opens the menu or, where another panel lies, closes that. In the menu's place there is none
     /// outside of a match.
     void escape();

@@ -193,3 +193,19 @@ TEST(Screens, GiveTheMouseToTheGameInAMatchAndWhileAWordIsWritten) {
     screens.escape();
     EXPECT_FALSE(screens.gameHasMouse()) << "the menu";
 }
+
+TEST(Screens, SayWhyOneDoesNotPlay) {
+    const Screens::Time start{};
+    Screens screens;
+    EXPECT_EQ(screens.whyNotPlaying(), "");
+    screens.join("room");
+    EXPECT_EQ(screens.whyNotPlaying(), "room has not answered yet.");
+    screens.lose(Loss::full, start);
+    EXPECT_EQ(screens.whyNotPlaying(), "room is full.");
+    screens.joinAgain();
+    EXPECT_EQ(screens.whyNotPlaying(), "room is full.") << "the last that is known";
+    screens.enter();
+    EXPECT_EQ(screens.whyNotPlaying(), "");
+    screens.leave();
+    EXPECT_EQ(screens.whyNotPlaying(), "");
+}
