@@ -56,6 +56,9 @@ if(DRENCH_TOOLS)
   # They build with all cores.
   set_tests_properties(Deploy.GameIsTheSameOnArm64 Deploy.PackagesForArm64HoldTheSame
                        PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900 RESOURCE_LOCK cross-build)
+  add_test(NAME Deploy.FleetSaysWhatItShould
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/fleet.sh $<TARGET_FILE:drench-map>
+                   $<TARGET_FILE_NAME:$<TARGET_NAME_IF_EXISTS:drench-keeper>>)
   add_test(NAME Deploy.RoomRunsFromItsImage
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/container.sh $<TARGET_FILE:drench-bots>)
   add_test(NAME Deploy.DissectorNamesEveryByte
