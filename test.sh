@@ -24,6 +24,7 @@ need_writable_checkout
 need_build_tools
 need GoogleTest libgtest-dev has_header gtest/gtest.h
 need_tool_libraries
+need_keeper_libraries
 need 'Google Benchmark' libbenchmark-dev has_header benchmark/benchmark.h
 need_window_libraries
 need_window_test_tools

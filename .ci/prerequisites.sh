@@ -44,6 +44,13 @@ need_tool_libraries() {
   need libpng libpng-dev has_header png.h
 }
 
+# For drench-keeper, beside those of the tools.
+need_keeper_libraries() {
+  need pkg-config pkg-config command -v pkg-config
+  need cpp-httplib libcpp-httplib-dev has_library cpp-httplib
+  need prometheus-cpp prometheus-cpp-dev has_library prometheus-cpp-core
+}
+
 # For the window, beside those of the tools.
 need_window_libraries() {
   need pkg-config pkg-config command -v pkg-config

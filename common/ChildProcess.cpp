@@ -26,6 +26,8 @@ void become(const std::vector<char*>& words, const ChildProcess::Outputs& output
         dup2(outputs.output, STDOUT_FILENO);
     if (outputs.errors >= 0)
         dup2(outputs.errors, STDERR_FILENO);
+    // Libraries open sockets that a program would inherit.
+    close_range(STDERR_FILENO + 1, ~0u, 0);
     execv(words.front(), words.data());
     _exit(cannotRun);
 }

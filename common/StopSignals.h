@@ -16,4 +16,13 @@ inline void listenForSignals() {
     sigaction(SIGTERM, &action, nullptr);
 }
 
+/// Leaves SIGINT and SIGTERM to the other threads: they do not interrupt this one.
+inline void blockStopSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
 } // namespace drench

@@ -62,6 +62,13 @@ if(DRENCH_TOOLS)
                                                  nlohmann_json::nlohmann_json)
 endif()
 
+if(DRENCH_KEEPER)
+  file(GLOB keeper_tests CONFIGURE_DEPENDS keeper/*.cpp)
+  add_executable(drench-keeper-tests ${keeper_tests} support/SdkStandIn.cpp)
+  target_link_libraries(drench-keeper-tests PRIVATE drench-test-support drench-keeper-parts
+                                                    nlohmann_json::nlohmann_json PkgConfig::httplib)
+endif()
+
 if(DRENCH_WINDOW)
   file(GLOB window_tests CONFIGURE_DEPENDS game/*.cpp)
   add_executable(drench-play-tests ${window_tests})
@@ -79,6 +86,9 @@ gtest_discover_tests(drench-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120
 if(DRENCH_TOOLS)
   gtest_discover_tests(drench-bot-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
   gtest_discover_tests(drench-lag-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+endif()
+if(DRENCH_KEEPER)
+  gtest_discover_tests(drench-keeper-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 endif()
 if(DRENCH_WINDOW)
   gtest_discover_tests(drench-play-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)

@@ -26,6 +26,8 @@ class ToolProcess {
 
     void signal(int number) const { process_.signal(number); }
 
+    pid_t pid() const { return process_.pid(); }
+
     /// Waits for the end and returns the exit status; 128 and the signal's number after a signal.
     int status() { return process_.wait(); }
 

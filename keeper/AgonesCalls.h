@@ -1,0 +1,108 @@
+#pragma once
+
+#include "client/Clock.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace drench::keeper {
+
+using client::Time;
+using std::chrono::milliseconds;
+
+/// A request to the SDK server of Agones.
+struct AgonesCall {
+    enum class Kind { health, ready, allocate, players, shutdown, state };
+
+    Kind kind;
+    std::string method;
+    std::string path;
+
+    /// JSON; empty for GET.
+    std::string body;
+
+    /// The number of players that the body tells.
+    int players = 0;
+};
+
+/// The kind's word, for metrics.
+const char* nameOf(AgonesCall::Kind kind);
+
+/// Which call to the SDK server is due, from what the keeper knows of its room and how former calls
+/// went. Health and state are due every two seconds. What else failed is tried again after half a
+/// second, then after twice as long each time, up to eight seconds.
+class AgonesCalls {
+  public:
+    static constexpr milliseconds period{2000};
+
+    /// The room answers, or does no more: only while it does, it is called healthy. The first time,
+    /// it is called ready.
+    void setAnswering(bool answering);
+
+    /// Told as a counter, list or label, and allocates the room while somebody plays in it.
+    void setPlayers(int players) { players_ = players; }
+
+    /// The end: nothing else is due any more.
+    void shutDown() { shutdown_.isWished = true; }
+
+    /// The call to make now, or nothing.
+    std::optional<AgonesCall> due(Time now) const;
+
+    /// The moment of the next call, unless the room changes before.
+    Time nextAt() const;
+
+    /// How a call went.
+    /// @param status  of the answer; 0 for none
+    void answered(const AgonesCall& call, int status, const std::string& body, Time now);
+
+    /// The game server's state as last heard: "Ready", "Allocated", "Shutdown" and so on; empty
+    /// before.
+    const std::string& state() const { return state_; }
+
+    bool isShutDown() const { return shutdown_.isDone; }
+
+  private:
+    /// The moments of a call that is made until it succeeds.
+    struct Trial {
+        Time at;
+        milliseconds pause = shortestPause;
+
+        void failed(Time now);
+        void succeeded(Time next);
+    };
+
+    struct Wish : Trial {
+        bool isWished = false;
+        bool isDone = false;
+
+        Time dueAt() const { return isWished && !isDone ? at : Time::max(); }
+    };
+
+    /// How the players are told: the newest way that the SDK server and its fleet know.
+    enum class Way { counter, list, label };
+
+    Time allocateAt() const;
+    Time playersAt() const;
+    AgonesCall playersCall() const;
+    void takePlayersAnswer(const AgonesCall& call, int status, const std::string& body, Time now);
+    void takeState(const std::string& body);
+
+    static constexpr milliseconds shortestPause{500};
+    static constexpr milliseconds longestPause{8000};
+
+    bool isAnswering_ = false;
+    int players_ = 0;
+    std::string state_;
+
+    Wish ready_;
+    Wish shutdown_;
+    Trial allocate_;
+    Trial tellPlayers_;
+    Time healthAt_;
+    Time stateAt_;
+    Way way_ = Way::counter;
+    std::optional<int> toldPlayers_;
+};
+
+} // namespace drench::keeper

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "keeper/AgonesCalls.h"
+
+#include <array>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace httplib {
+class Client;
+}
+
+namespace drench::keeper {
+
+/// Speaks to the SDK server of Agones on this machine, in a thread of its own: its owner never
+/// waits, whether the SDK server answers, hangs or is not there.
+class AgonesSdk {
+  public:
+    /// @param port  where its REST interface listens on 127.0.0.1
+    explicit AgonesSdk(std::uint16_t port);
+
+    /// Ends the thread, which takes as long as the call under way: two seconds at most.
+    ~AgonesSdk();
+    AgonesSdk(const AgonesSdk&) = delete;
+    AgonesSdk& operator=(const AgonesSdk&) = delete;
+
+    /// Tells how the room is.
+    void update(bool answering, int players);
+
+    /// Asks for the end of this game server, and waits for the answer, at most so long. Returns
+    /// whether the SDK server took it.
+    bool shutDown(milliseconds longest);
+
+    /// The game server's state as last heard; empty before.
+    std::string state() const;
+
+    /// Calls without success by their name, since the last call of this function.
+    std::map<std::string, int> takeFailures();
+
+  private:
+    void run();
+    void make(const AgonesCall& call, httplib::Client& client);
+
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    AgonesCalls calls_;
+    std::map<std::string, int> failures_;
+    bool isEnding_ = false;
+    std::uint16_t port_;
+    std::thread thread_;
+};
+
+} // namespace drench::keeper

@@ -1,0 +1,74 @@
+#include "keeper/Headcount.h"
+
+#include "src/Messages.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace drench::keeper {
+
+namespace {
+
+using std::chrono::duration;
+
+/// States a second for each player: 62, and 58 at some hours of a server's first days.
+constexpr double statesPerSecond = 60.0;
+
+/// Below it a single state more or less would change the number.
+constexpr duration<double> shortestStretch{1.5};
+
+constexpr int contradictionsThatCount = 3;
+
+} // namespace
+
+void NetworkHeadcount::take(const std::optional<UdpCounters>& counters, Time now) {
+    const bool goesOn =
+        counters && counters_ && counters->in >= counters_->in && counters->out >= counters_->out;
+    if (!goesOn) {
+        counters_ = counters;
+        countedAt_ = now;
+        players_.reset();
+        return;
+    }
+    const duration<double> stretch = now - countedAt_;
+    if (stretch < shortestStretch)
+        return;
+    const double unanswering = static_cast<double>(counters->out - counters_->out) -
+                               static_cast<double>(counters->in - counters_->in);
+    const double players = std::round(unanswering / stretch.count() / statesPerSecond);
+    players_ = static_cast<int>(std::clamp(players, 0.0, static_cast<double>(maxPlayers)));
+    counters_ = counters;
+    countedAt_ = now;
+}
+
+void Headcount::reset() {
+    byNotices_ = 0;
+    byNetwork_.reset();
+    contradictions_ = 0;
+}
+
+void Headcount::joined() {
+    byNotices_ = std::min(byNotices_ + 1, maxPlayers);
+    contradictions_ = 0;
+}
+
+void Headcount::left() {
+    byNotices_ = std::max(byNotices_ - 1, 0);
+    contradictions_ = 0;
+}
+
+void Headcount::compare(const std::optional<int>& byNetwork) {
+    byNetwork_ = byNetwork;
+    contradictions_ = byNetwork && *byNetwork != byNotices_ ? contradictions_ + 1 : 0;
+    if (contradictions_ < contradictionsThatCount)
+        return;
+    byNotices_ = *byNetwork;
+    contradictions_ = 0;
+    ++corrections_;
+}
+
+int Headcount::players() const {
+    return contradictions_ > 0 ? std::max(byNotices_, *byNetwork_) : byNotices_;
+}
+
+} // namespace drench::keeper

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "client/Clock.h"
+#include "keeper/Proc.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace drench::keeper {
+
+using client::Time;
+
+/// The number of players by what leaves the room: one state for each player in each tick. All else
+/// is in balance: each datagram that comes in draws one receipt. Valid where the room is alone with
+/// its keeper in a network namespace, whose counters these are.
+class NetworkHeadcount {
+  public:
+    /// Takes the counters of a moment. Without counters, or when they fall, counting begins anew.
+    void take(const std::optional<UdpCounters>& counters, Time now);
+
+    /// The number of players over the last stretch of at least a second and a half; nothing before
+    /// its end.
+    std::optional<int> players() const { return players_; }
+
+  private:
+    std::optional<UdpCounters> counters_;
+    Time countedAt_;
+    std::optional<int> players_;
+};
+
+/// The number of players by two sources: the notices, and the network where it can be counted.
+class Headcount {
+  public:
+    /// A server has started: nobody plays.
+    void reset();
+
+    void joined();
+    void left();
+
+    /// Compares with what the network says, once for each stretch of it. After three contradictions
+    /// in a row the notices were wrong, and the network's number takes their place.
+    void compare(const std::optional<int>& byNetwork);
+
+    /// 0 to maxPlayers. While the two sources contradict each other, the larger number: nobody's
+    /// match ends on a doubt.
+    int players() const;
+
+    /// The notices' numbers that were replaced.
+    std::uint64_t corrections() const { return corrections_; }
+
+  private:
+    int byNotices_ = 0;
+    std::optional<int> byNetwork_;
+    int contradictions_ = 0;
+    std::uint64_t corrections_ = 0;
+};
+
+} // namespace drench::keeper
