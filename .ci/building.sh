@@ -51,3 +51,9 @@ build() {
   shift
   quietly cmake --build --preset "$preset" --parallel "$(nproc)" ${1+--target "$@"}
 }
+
+# unpack_arm64_libraries: what the packages are built against, into build/sysroot-arm64.
+unpack_arm64_libraries() {
+  quietly deploy/debian/sysroot.sh arm64 build/sysroot-arm64 \
+    libc6-dev libstdc++6 libcli11-dev nlohmann-json3-dev libpng-dev
+}

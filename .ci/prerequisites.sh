@@ -83,6 +83,11 @@ need_package_tools() {
   need dpkg-shlibdeps dpkg-dev command -v dpkg-shlibdeps
 }
 
+# For arm64 on another machine.
+need_cross_compiler() {
+  need 'a compiler for arm64' g++-aarch64-linux-gnu command -v aarch64-linux-gnu-g++
+}
+
 # Installs what need() noted, or says what it is and stops.
 install_missing() {
   [ ${#missing[@]} -gt 0 ] || return 0

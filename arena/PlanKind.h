@@ -38,7 +38,7 @@ constexpr bool isBlankInPlan(char c) {
 
 /// Whether the character is a control character. No arena's name may hold one.
 constexpr bool isControl(char c) {
-    return (c >= 0 && c < ' ') || c == '\x7f';
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
 }
 
 } // namespace drench::arena

@@ -48,6 +48,17 @@ if(DRENCH_TOOLS)
                    ${PROJECT_SOURCE_DIR}/deploy/debian)
   add_test(NAME Deploy.LintianAcceptsThePackages
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/lintian.sh ${PROJECT_BINARY_DIR})
+  add_test(NAME Deploy.GameIsTheSameOnArm64
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/arm64.sh ${PROJECT_BINARY_DIR}
+                   $<TARGET_FILE:drench-bots>)
+  add_test(NAME Deploy.PackagesForArm64HoldTheSame
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/arm64-packages.sh ${PROJECT_BINARY_DIR})
+  # They build with all cores.
+  set_tests_properties(Deploy.GameIsTheSameOnArm64 Deploy.PackagesForArm64HoldTheSame
+                       PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900 RESOURCE_LOCK cross-build)
+  add_test(NAME Deploy.FleetSaysWhatItShould
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/fleet.sh $<TARGET_FILE:drench-map>
+                   $<TARGET_FILE_NAME:$<TARGET_NAME_IF_EXISTS:drench-keeper>>)
   add_test(NAME Deploy.RoomRunsFromItsImage
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/container.sh $<TARGET_FILE:drench-bots>)
   add_test(NAME Deploy.DissectorNamesEveryByte

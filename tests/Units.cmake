@@ -4,6 +4,11 @@ set(room_on_a_manual_clock support/ManualClock.cpp support/Room.cpp)
 
 file(GLOB game_tests CONFIGURE_DEPENDS src/*.cpp)
 list(REMOVE_ITEM game_tests ${CMAKE_CURRENT_SOURCE_DIR}/src/TimingTest.cpp)
+add_executable(drench-game-tests ${game_tests} ${room_on_a_manual_clock})
+target_link_libraries(drench-game-tests PRIVATE drench-test-support drench-room)
+target_compile_definitions(drench-game-tests PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
+add_dependencies(drench-game-tests resources)
+
 file(GLOB library_tests CONFIGURE_DEPENDS arena/*.cpp arena/picture/*.cpp client/*.cpp common/*.cpp)
 if(NOT DRENCH_TOOLS)
   # They write files that the tools read, or play over a line that the relay impairs.
@@ -13,7 +18,7 @@ if(NOT DRENCH_TOOLS)
        ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictionRulesTest.cpp
        ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictionTest.cpp)
 endif()
-add_executable(drench-tests ${game_tests} ${library_tests} ${room_on_a_manual_clock})
+add_executable(drench-tests ${library_tests} ${room_on_a_manual_clock})
 target_link_libraries(drench-tests PRIVATE drench-test-support drench-room drench-picture drench-client
                                            $<TARGET_NAME_IF_EXISTS:drench-png>
                                            $<TARGET_NAME_IF_EXISTS:drench-lag-parts>)
@@ -82,6 +87,7 @@ endif()
 add_executable(drench-timing-tests src/TimingTest.cpp)
 target_link_libraries(drench-timing-tests PRIVATE drench-test-support)
 
+gtest_discover_tests(drench-game-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 gtest_discover_tests(drench-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 if(DRENCH_TOOLS)
   gtest_discover_tests(drench-bot-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)

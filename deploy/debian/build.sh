@@ -1,31 +1,64 @@
 #!/usr/bin/env bash
-# Builds the Debian packages, and installs what that takes: deploy/debian/build.sh [--window]
-# The window's package is built too where its libraries are installed; --window installs them.
+# Builds the Debian packages, and installs what that takes: deploy/debian/build.sh [--window] [--arm64]
+# The window's package is built too where its libraries are installed; --window installs them. --arm64
+# builds those for rooms and clients a second time, for arm64.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-if [ $# -gt 0 ] && [ "$*" != --window ]; then
-  echo 'usage: deploy/debian/build.sh [--window]' >&2
-  exit 2
-fi
+window=
+arm64=
+for argument; do
+  case $argument in
+    --window) window=yes ;;
+    --arm64) arm64=yes ;;
+    *)
+      echo 'usage: deploy/debian/build.sh [--window] [--arm64]' >&2
+      exit 2
+      ;;
+  esac
+done
 
 . .ci/building.sh
 need_writable_checkout
 need_build_tools
 need_tool_libraries
 need_package_tools
-[ $# -eq 0 ] || need_window_libraries
+[ -z "$window" ] || need_window_libraries
+[ -z "$arm64" ] || need_cross_compiler
 install_missing
+
+architecture=$(dpkg --print-architecture)
+if [ -n "$arm64" ] && [ "$architecture" = arm64 ]; then
+  echo 'This machine is an arm64 itself: its packages are for arm64 without --arm64.' >&2
+  exit 2
+fi
 echo 'Building; this takes a minute or two ...'
-configure package
-build package
 rm -f build/drench_*.deb build/libdrench-dev_*.deb build/drench-window_*.deb
-quietly cpack --config build/package/CPackConfig.cmake -B build
-rm -rf build/_CPack_Packages
+
+# pack PRESET
+pack() {
+  configure "$1"
+  build "$1"
+  quietly cpack --config "build/$1/CPackConfig.cmake" -B build
+  rm -rf build/_CPack_Packages
+}
+pack package
+if [ -n "$arm64" ]; then
+  echo 'Building the same for arm64 ...'
+  unpack_arm64_libraries
+  # Where dpkg-shlibdeps learns which packages the libraries are of.
+  (
+    export DPKG_ADMINDIR=$PWD/build/sysroot-arm64/var/lib/dpkg DEB_HOST_ARCH=arm64
+    pack package-arm64
+  )
+fi
+
 as_root='sudo '
 [ "$(id -u)" -ne 0 ] || as_root=
 install="${as_root}apt-get install --reinstall"
-echo "For rooms, bots and arenas:     $install $(echo ./build/drench_*.deb)"
-if compgen -G 'build/drench-window_*.deb' >/dev/null; then
-  echo "To play, with rooms and bots:   $install $(echo ./build/drench_*.deb ./build/drench-window_*.deb)"
+here="_$architecture.deb"
+echo "For rooms, bots and arenas:     $install $(echo ./build/drench_*"$here")"
+if compgen -G "build/drench-window_*$here" >/dev/null; then
+  echo "To play, with rooms and bots:   $install $(echo ./build/drench_*"$here" ./build/drench-window_*"$here")"
 fi
-echo "To build clients in C++:        $install $(echo ./build/libdrench-dev_*.deb)"
+echo "To build clients in C++:        $install $(echo ./build/libdrench-dev_*"$here")"
+[ -z "$arm64" ] || echo "For machines with arm64:        $(echo ./build/*_arm64.deb)"

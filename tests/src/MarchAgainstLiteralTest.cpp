@@ -15,7 +15,7 @@
 namespace {
 
 /// Slow builds get one ray out of so many.
-#if defined(DRENCH_SANITIZED) || !defined(__OPTIMIZE__)
+#if defined(DRENCH_SANITIZED) || defined(DRENCH_EMULATED) || !defined(__OPTIMIZE__)
 constexpr int thinning = 25;
 #else
 constexpr int thinning = 1;
