@@ -218,11 +218,7 @@ class Life {
         PlayedLife::Frame frame;
         frame.taking = life_.takings.size() - 1;
         frame.recordsSent = life_.records.end();
-        frame.ticksAhead = body->tick - prediction_.tick();
-        const client::ArrivalLine& line = prediction_.line();
-        frame.share = std::clamp(line.ticksSince(milliseconds(now) + line.delay()) -
-                                     static_cast<double>(frame.ticksAhead - 1),
-                                 -1.0, 1.0);
+        frame.drawnAhead = body->drawnTick - static_cast<double>(prediction_.tick());
         frame.eye = body->eye;
         life_.frames.push_back(frame);
     }

@@ -147,7 +147,7 @@ class Search {
             while (isKey(path.number))
                 ++path.number;
             if (path.number == records_.end() ||
-                -times_.misfit(records_[path.number], times_.count) > limits_.misfit || isSpent())
+                -times_.misfit(records_[path.number], times_.count) > limits_.early || isSpent())
                 continue;
             const SentRecord& view = records_[path.number++];
             const Milliseconds late = times_.misfit(view, 1);
@@ -157,7 +157,7 @@ class Search {
                 paths.back().lost.push_back(path.number - 1);
                 paths.back().lostViews += isOverdue ? 0 : 1;
             }
-            if (late <= limits_.misfit) {
+            if (late <= limits_.late) {
                 view.actOn(path.player);
                 path.end = path.number;
                 paths.push_back(std::move(path));
@@ -197,7 +197,7 @@ class Search {
                 }
             }
             const Milliseconds misfit = times_.misfit(record, tick_);
-            if (-misfit > limits_.misfit)
+            if (-misfit > limits_.early)
                 break;
             if (misfit > limits_.overdue && tick_ == 1) {
                 lose(state);
@@ -220,7 +220,7 @@ class Search {
 
     /// Whether a record may also act in a later tick than this.
     bool canWait(const SentRecord& record) const {
-        return tick_ == times_.count || times_.misfit(record, tick_ + 1) <= limits_.misfit;
+        return tick_ == times_.count || times_.misfit(record, tick_ + 1) <= limits_.late;
     }
 
     static void lose(Hypothesis& state) {
@@ -229,9 +229,11 @@ class Search {
         ++state.next;
     }
 
+    /// A record that is very late was held up on its way, which is about as improbable as a loss.
     double price(Milliseconds misfit) const {
         const double deviations = misfit / times_.spread;
-        return deviations * deviations / 2.0;
+        const double price = deviations * deviations / 2.0;
+        return misfit > 0.0 ? std::min(price, priceOfLoss) : price;
     }
 
     void endTick(const Hypothesis& state, std::vector<Hypothesis>& after) {

@@ -108,10 +108,11 @@ struct SearchLimits {
     /// always be lost.
     int lostViews = 0;
 
-    /// The most a record may act too early, or a view too late.
-    Milliseconds misfit = 0.0;
+    /// The most a record may act too early, and a view too late.
+    Milliseconds early = 0.0;
+    Milliseconds late = 0.0;
 
-    /// A record that is later than this is overdue, and lost. Not less than `misfit`: among views
+    /// A record that is later than this is overdue, and lost. Not less than `late`: among views
     /// with equal counts, the next one would explain as much as one that is a little late.
     Milliseconds overdue = 0.0;
 

@@ -162,25 +162,34 @@ std::optional<Prediction::Body> Prediction::body(Time now) const {
     if (hypotheses_.empty())
         return std::nullopt;
     const Hypothesis& likeliest = hypotheses_.front();
-    const double ahead = line_.ticksSince(milliseconds(now) + line_.delay());
-    const int ticks = static_cast<int>(std::clamp(std::ceil(ahead), 1.0, double{mostTicksAhead}));
-    Body body = {likeliest.player, tick_ + ticks, vec3()};
-    vec3 before = body.player.position;
+    const auto tickOf = [](double ticks) {
+        return static_cast<int>(std::clamp(std::ceil(ticks), 1.0, double{mostTicksAhead}));
+    };
+    const int acting = tickOf(line_.actsAfter(milliseconds(now)));
+    const double drawn = line_.ticksSince(milliseconds(now) + line_.delay());
+    const int shown = tickOf(drawn);
+    Body body = {likeliest.player, tick_ + acting, vec3()};
+    Player player = likeliest.player;
     std::uint64_t next = likeliest.next;
-    for (int tick = 1; tick <= ticks; ++tick) {
+    for (int tick = 1; tick <= std::max(acting, shown); ++tick) {
         for (; next < records_.end(); ++next) {
-            const double acts = line_.ticksSince(records_[next].sentAt + line_.delay());
-            if (tick < ticks && acts > tick)
+            if (tick < acting && line_.actsAfter(records_[next].sentAt) > tick)
                 break;
-            records_[next].actOn(body.player);
+            records_[next].actOn(player);
         }
-        before = body.player.position;
-        body.player.update(0.0f);
+        const vec3 before = player.position;
+        player.update(0.0f);
+        if (tick == acting)
+            body.player = player;
+        if (tick == shown) {
+            // Below 0 where a record sent now may still act in a tick that a snapshot shows
+            // already: the room's ticks are late by a little.
+            const double share = std::clamp(drawn - (shown - 1), -1.0, 1.0);
+            body.eye = before + (player.position - before) * static_cast<float>(share);
+            body.drawnTick = static_cast<double>(tick_ + shown - 1) + share;
+        }
     }
-    // Below 0 where a record sent now may still act in a tick that a snapshot shows already: the
-    // room's ticks are late by a little.
-    const auto share = static_cast<float>(std::clamp(ahead - (ticks - 1), -1.0, 1.0));
-    body.eye = before + (body.player.position - before) * share + error_.at(now);
+    body.eye += error_.at(now);
     return body;
 }
 

@@ -66,8 +66,12 @@ class Prediction {
         /// The number of that tick; each is reached once, so sounds and splashes can hang on it.
         std::int64_t tick;
 
-        /// Between that tick and the one before it, with what is left of a correction.
+        /// Between two ticks, with what is left of a correction.
         vec3 eye;
+
+        /// The moment of `eye` in ticks, with its fraction; about `tick`, by a gently corrected
+        /// clock.
+        double drawnTick = 0.0;
     };
 
     /// @param map  the room's arena; must outlive the prediction
