@@ -5,6 +5,7 @@
 #include "client/Events.h"
 #include "client/Explanation.h"
 #include "client/Inputs.h"
+#include "client/PredictionAhead.h"
 #include "client/PredictionSearch.h"
 #include "client/VisualError.h"
 #include "src/MapManager.h"
@@ -117,6 +118,7 @@ class Prediction {
     void beSoaked(const Evidence& evidence);
     void breakOff();
     void accept(std::vector<Hypothesis>&& hypotheses, const Evidence& evidence);
+    void playAhead(Time now);
     void learnDelay(std::uint64_t from);
     void settleLosses();
     void forgetBefore(std::uint64_t number);
@@ -130,6 +132,7 @@ class Prediction {
     std::int64_t tick_ = 0;
     ArrivalLine line_;
     std::vector<InputRecord> lost_;
+    PredictionAhead ahead_;
     VisualError error_;
     Statistics statistics_;
 

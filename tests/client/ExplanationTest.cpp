@@ -97,6 +97,34 @@ TEST_F(Explanation, TellsHowManyRecordsActed) {
     }
 }
 
+TEST_F(Explanation, TellsTurnsAllAroundAndFarUpAndDown) {
+    for (const int right : {-5000, -2262, -1132, -1131, 1131, 2262, 5000}) {
+        for (const int down : {-900, -480, -200, 0, 200, 480, 900}) {
+            records_ = {};
+            records_.add(view(sentFor(0), right, down));
+            records_.add(view(sentFor(0), 3, -2));
+            records_.add(view(sentFor(0), 1, 1));
+            truth_ = start_.player;
+            tick({0, 1});
+            const std::vector<Hypothesis> found = explained(anyTime);
+            ASSERT_EQ(found.size(), 1u) << right << " " << down;
+            EXPECT_EQ(found[0].next, 2u) << right << " " << down;
+        }
+    }
+}
+
+TEST_F(Explanation, TellsTurnsOfWhichSomeAreRefused) {
+    records_.add(view(sentFor(0), 0, -430));
+    records_.add(view(sentFor(0), 20, -60));
+    records_.add(view(sentFor(0), 7, 40));
+    records_.add(view(sentFor(0), 9, 1));
+    tick({0, 1, 2});
+    EXPECT_GT(truth_.direction.y, std::sin(445.0f / 360.0f)) << "the second turn was refused";
+    const std::vector<Hypothesis> found = explained(anyTime);
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].next, 3u);
+}
+
 TEST_F(Explanation, SplitsRecordsOverMissedTicks) {
     records_.add(key(sentFor(1), keyIndex::forward));
     records_.add(view(sentFor(1), 40));
