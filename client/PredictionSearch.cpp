@@ -38,18 +38,14 @@ std::vector<SearchLimits> searches(Milliseconds spread, bool isTolerant) {
     const Milliseconds heldUp = std::max(narrow, longestHold);
     // Among views with equal sums, a tolerant search finds whatever it is allowed to lose.
     if (isTolerant)
-        return {{0, narrow, narrow, narrow, true},
-                {1, narrow, narrow, narrow, true},
-                {2, narrow, narrow, narrow, true}};
-    return {{0, tight, tight, heldUp, false},
-            {0, narrow, narrow, heldUp, false},
-            {1, tight, heldUp, heldUp, false},
-            {1, narrow, heldUp, heldUp, false},
-            {2, narrow, heldUp, heldUp, false},
-            {4, narrow, heldUp, heldUp, false},
-            {0, wideMisfit, wideMisfit, wideMisfit, false},
-            {1, wideMisfit, wideMisfit, wideMisfit, false},
-            {4, wideMisfit, wideMisfit, wideMisfit, false}};
+        return {{0, narrow, narrow, narrow, true}, {2, narrow, narrow, narrow, true}};
+    const auto exact = [&](int lostViews, Milliseconds early, Milliseconds late) {
+        return SearchLimits{lostViews, early, late, std::max(late, heldUp), false};
+    };
+    return {exact(0, tight, tight),           exact(0, narrow, narrow),
+            exact(1, tight, heldUp),          exact(1, narrow, heldUp),
+            exact(2, narrow, heldUp),         exact(4, narrow, heldUp),
+            exact(0, wideMisfit, wideMisfit), exact(4, wideMisfit, wideMisfit)};
 }
 
 /// The cost of a snapshot `late` milliseconds after it was due, or before if negative.

@@ -56,6 +56,47 @@ TEST(ArrivalLine, HasTheEarliestArrivalsDue) {
     EXPECT_EQ(ticks.line.due(), ticks.now - 2.0);
 }
 
+TEST(ArrivalLine, LearnsLatenessSlowly) {
+    Ticks ticks;
+    ticks.next(0.0);
+    ticks.next(0.0);
+    ticks.next(3.2);
+    EXPECT_NEAR(ticks.line.lateness(), 0.1, 1e-9) << "by a thirty-second of each";
+    ticks.next(1000.0);
+    EXPECT_NEAR(ticks.line.lateness(), 0.1 + 6.0 / 32.0, 0.1) << "no single one tells much";
+}
+
+TEST(ArrivalLine, RemembersTheMoreArrivalsTheLaterTheyCome) {
+    const auto memoryAt = [](Milliseconds late) {
+        Ticks ticks;
+        for (int i = 0; i < 400; ++i)
+            ticks.next(i % 2 == 0 ? 0.0 : 2.0 * late);
+        int snapshots = 0;
+        do {
+            ticks.next(12.0 + 2.0 * late);
+            ++snapshots;
+        } while (ticks.line.due() < ticks.now + 11.9 && snapshots < 50);
+        return snapshots;
+    };
+    EXPECT_EQ(memoryAt(0.0), 2);
+    EXPECT_GE(memoryAt(0.5), 4);
+    EXPECT_LE(memoryAt(0.5), 12);
+    EXPECT_GE(memoryAt(1.0), 8);
+    EXPECT_GE(memoryAt(6.0), 14);
+}
+
+TEST(ArrivalLine, DrawsAnewBeyondHalfASecond) {
+    for (const auto& [step, isAnew] : {std::pair(450.0, false), {550.0, true}}) {
+        Ticks ticks;
+        for (int i = 0; i < 100; ++i)
+            ticks.next(0.0);
+        ticks.now += step;
+        ticks.next(0.0);
+        ticks.next(0.0);
+        EXPECT_EQ(std::abs(ticks.line.ticksSince(ticks.now)) < 0.01, isAnew) << step;
+    }
+}
+
 TEST(ArrivalLine, RenumbersWhatItBelieved) {
     Ticks ticks;
     ticks.next(0.0);
