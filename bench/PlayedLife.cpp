@@ -160,20 +160,15 @@ class Life {
         prediction_.sent(player_->sentInputs(), now);
         const std::optional<client::Prediction::Body> body = prediction_.body(now);
         for (const client::InputRecord& input : player_->sentInputs()) {
-            client::SentRecord record;
-            record.sentAt = milliseconds(now);
+            const std::optional<client::SentRecord> record =
+                client::SentRecord::of(input, milliseconds(now));
+            if (!record)
+                continue;
             PlayedLife::Sending sending;
-            if (const auto* view = std::get_if<ViewMessage>(&input)) {
-                record.isView = true;
-                record.dx = view->dx;
-                record.dy = view->dy;
-                sending.isChange = true;
+            sending.isChange = record->isView || changedKey == record->key;
+            if (record->isView) {
                 for (; carried_ < life_.losses.size(); ++carried_)
                     life_.losses[carried_].carrier = life_.records.end();
-            } else if (const auto* key = std::get_if<KeyMessage>(&input)) {
-                record.key = int{key->key};
-                record.isDown = key->down != 0;
-                sending.isChange = changedKey == record.key;
             }
             if (body) {
                 sending.predicted = body->player.position;
@@ -181,7 +176,7 @@ class Life {
                 sending.taking = life_.takings.size() - 1;
                 sending.ticksAhead = body->tick - prediction_.tick();
             }
-            life_.records.add(record);
+            life_.records.add(*record);
             life_.sendings.push_back(sending);
         }
     }
@@ -218,11 +213,7 @@ class Life {
         PlayedLife::Frame frame;
         frame.taking = life_.takings.size() - 1;
         frame.recordsSent = life_.records.end();
-        frame.ticksAhead = body->tick - prediction_.tick();
-        const client::ArrivalLine& line = prediction_.line();
-        frame.share = std::clamp(line.ticksSince(milliseconds(now) + line.delay()) -
-                                     static_cast<double>(frame.ticksAhead - 1),
-                                 -1.0, 1.0);
+        frame.drawnAhead = body->drawnTick - static_cast<double>(prediction_.tick());
         frame.eye = body->eye;
         life_.frames.push_back(frame);
     }

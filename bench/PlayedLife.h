@@ -50,9 +50,8 @@ struct PlayedLife {
         std::size_t taking = 0;
         std::uint64_t recordsSent = 0;
 
-        /// The predicted tick, counted from that snapshot's, and the share of the way to it.
-        std::int64_t ticksAhead = 0;
-        double share = 0.0;
+        /// The moment drawn, in ticks, counted from that snapshot's.
+        double drawnAhead = 0.0;
         vec3 eye;
     };
 

@@ -4,6 +4,7 @@
 #include "client/Records.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -53,12 +54,12 @@ class Account {
     void addEyes(std::vector<double>& errors) const {
         for (const PlayedLife::Frame& frame : life_.frames) {
             const std::size_t from = ticks_[frame.taking];
-            const auto ahead = static_cast<std::size_t>(frame.ticksAhead);
-            if (from + ahead >= states_.size())
+            const auto shown = static_cast<std::size_t>(std::max(1.0, std::ceil(frame.drawnAhead)));
+            if (from + shown >= states_.size())
                 continue;
             Player player = states_[from];
             vec3 before;
-            for (std::size_t tick = from + 1; tick <= from + ahead; ++tick) {
+            for (std::size_t tick = from + 1; tick <= from + shown; ++tick) {
                 for (const std::uint64_t number : actsIn_[tick]) {
                     if (number < frame.recordsSent)
                         life_.records[number].actOn(player);
@@ -66,7 +67,8 @@ class Account {
                 before = player.position;
                 player.update(0.0f);
             }
-            const vec3 eye = before + (player.position - before) * static_cast<float>(frame.share);
+            const double share = frame.drawnAhead - static_cast<double>(shown - 1);
+            const vec3 eye = before + (player.position - before) * static_cast<float>(share);
             errors.push_back(static_cast<double>((frame.eye - eye).length()));
         }
     }

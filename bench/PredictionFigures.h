@@ -38,7 +38,7 @@ struct LineFigures {
     std::vector<double> gaps;
 
     /// World units. Of each frame, from the drawn eye to where the records known then, in the ticks
-    /// in which they really acted, take it.
+    /// in which they really acted, take it at the moment drawn.
     std::vector<double> eyes;
 
     /// World units. Of each record, from the body predicted for its tick to the body in the tick

@@ -41,18 +41,18 @@ std::vector<Node> continued(const std::vector<Node>& nodes, const client::SentRe
                             const PlayerUpdate& seen, const client::TickTimes& times) {
     const double narrow = 3.0 * times.spread + 3.0;
     const double wide = 3.0 * narrow;
-    const SearchLimits searches[] = {{0, narrow, narrow, false},
-                                     {1, narrow, narrow, false},
-                                     {2, narrow, narrow, false},
-                                     {4, narrow, narrow, false},
-                                     {8, narrow, narrow, false},
-                                     {16, narrow, narrow, false},
-                                     {0, wide, wide, false},
-                                     {2, wide, wide, false},
-                                     {4, wide, wide, false},
-                                     {8, wide, wide, false},
-                                     {0, widestMisfit, widestMisfit, false},
-                                     {2, widestMisfit, widestMisfit, false}};
+    const SearchLimits searches[] = {{0, narrow, narrow, wide, false},
+                                     {1, narrow, wide, wide, false},
+                                     {2, narrow, wide, wide, false},
+                                     {4, narrow, wide, wide, false},
+                                     {8, narrow, wide, wide, false},
+                                     {16, narrow, wide, wide, false},
+                                     {0, wide, wide, wide, false},
+                                     {2, wide, wide, wide, false},
+                                     {4, wide, wide, wide, false},
+                                     {8, wide, wide, wide, false},
+                                     {0, widestMisfit, widestMisfit, widestMisfit, false},
+                                     {2, widestMisfit, widestMisfit, widestMisfit, false}};
     for (const SearchLimits& limits : searches) {
         std::vector<Node> found;
         int budget = budgetOfSearch;

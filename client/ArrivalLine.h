@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace drench::client {
 
@@ -32,6 +33,10 @@ class ArrivalLine {
     /// shows as a small change of speed.
     double ticksSince(Milliseconds now) const { return (now - drawnDue_) / period_; }
 
+    /// The moment at which a record sent at `sentAt` can act, in ticks after the newest: 0.2 acts
+    /// in the first.
+    double actsAfter(Milliseconds sentAt) const { return (sentAt + delay_ - due_) / period_; }
+
     /// A record sent at `sentAt` acted in the newest tick.
     void acted(Milliseconds sentAt);
 
@@ -50,6 +55,9 @@ class ArrivalLine {
   private:
     static constexpr std::size_t kept = 16;
 
+    /// A second of mouse movement.
+    static constexpr std::size_t keptRecords = 128;
+
     struct Arrival {
         std::int64_t tick;
         Milliseconds at;
@@ -59,10 +67,14 @@ class ArrivalLine {
     std::size_t count_ = 0;
     Milliseconds due_ = 0.0;
     Milliseconds drawnDue_ = 0.0;
-    Milliseconds period_ = 16.4;
+    Milliseconds period_ = 16.1;
     Milliseconds delay_ = 0.0;
-    double variance_ = 50.0;
+    double variance_ = 0.0;
     std::size_t samples_ = 0;
+
+    /// Of the newest records, the longest delay with which each can have acted, and these in order.
+    std::array<Milliseconds, keptRecords> longest_ = {};
+    std::vector<Milliseconds> sorted_;
     Milliseconds lateness_ = 0.0;
     double latenessVariance_ = 4.0;
 };

@@ -1,11 +1,7 @@
 #pragma once
 
-#include "client/Inputs.h"
-#include "src/Player.h"
+#include "client/Hypothesis.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <deque>
 #include <vector>
 
 // Which of our records had acted when the room made a snapshot? Snapshots do not say, but movement
@@ -14,127 +10,11 @@
 
 namespace drench::client {
 
-/// Milliseconds on one clock of the caller's.
-using Milliseconds = double;
-
-/// A key or a view that went out.
-struct SentRecord {
-    Milliseconds sentAt = 0.0;
-    bool isView = false;
-
-    /// Of a key.
-    int key = 0;
-    bool isDown = false;
-
-    /// Of a view.
-    std::int32_t dx = 0;
-    std::int32_t dy = 0;
-
-    /// Whether it leaves `player` as it is: a key that is held, or released, already. A jump never
-    /// counts as that, since the next tick may take the one that waits.
-    bool changesNothing(const Player& player) const;
-
-    /// Acts on a living player as the room does it.
-    void actOn(Player& player) const;
-};
-
-/// Sent records by their numbers, which count from 0 and stay when old records are forgotten.
-class SentRecords {
-  public:
-    void add(const SentRecord& record) { records_.push_back(record); }
-    void forgetBefore(std::uint64_t number);
-    const SentRecord& operator[](std::uint64_t number) const;
-
-    /// The first number kept, and the number that the next record will get.
-    std::uint64_t begin() const { return first_; }
-    std::uint64_t end() const { return first_ + records_.size(); }
-
-  private:
-    std::uint64_t first_ = 0;
-    std::deque<SentRecord> records_;
-};
-
-/// One way in which the snapshots up to now can have come about.
-struct Hypothesis {
-    /// The player after the tick of the latest snapshot. Made without the dice of Player().
-    Player player = Player('0', nullptr, 0.0f, 0);
-
-    /// The number of that tick, and the ticks since the snapshot before.
-    std::int64_t tick = 0;
-    int ticks = 0;
-
-    /// The first record that has neither acted nor is taken for lost.
-    std::uint64_t next = 0;
-
-    /// How badly it fits the times at which records should have acted, and the price of its losses:
-    /// half a squared number of standard deviations.
-    double cost = 0.0;
-
-    /// The numbers of records taken for lost, ascending.
-    std::vector<std::uint64_t> lost;
-};
-
-/// When the records of a snapshot and of the missed ones before it can have acted.
-struct TickTimes {
-    /// Ticks since the last snapshot, at least 1.
-    int count = 1;
-
-    /// The moment at which the snapshot of the last tick was due, and at which it came.
-    Milliseconds due = 0.0;
-    Milliseconds arrival = 0.0;
-    Milliseconds period = 0.0;
-
-    /// From the sending of a record to the due moment of the first tick in which it can act.
-    Milliseconds delay = 0.0;
-
-    /// The standard deviation of that.
-    Milliseconds spread = 0.0;
-
-    /// Whether the player moves in the last tick. When another player is removed, the next one
-    /// sits out that tick.
-    bool lastTickMoves = true;
-
-    /// The cost of this number of ticks, by the moment at which the snapshot came.
-    double cost = 0.0;
-
-    /// By how much too early, negative, or too late, positive, a record acts in tick `tick`, 1 to
-    /// count; 0 if the times agree.
-    Milliseconds misfit(const SentRecord& record, int tick) const;
-};
-
-/// How far a search goes.
-struct SearchLimits {
-    /// The most views taken for lost in this snapshot, overdue ones apart. One key a tick may
-    /// always be lost.
-    int lostViews = 0;
-
-    /// The most a record may act too early, or a view too late.
-    Milliseconds misfit = 0.0;
-
-    /// A record that is later than this is overdue, and lost. Not less than `misfit`: among views
-    /// with equal counts, the next one would explain as much as one that is a little late.
-    Milliseconds overdue = 0.0;
-
-    /// Whether positions and views need only be close, not the same bits.
-    bool isTolerant = false;
-};
-
-/// Distances within which a tolerant search takes a state for the one seen: world units, and
-/// lengths of direction and rotation (half of the turn by one count).
-constexpr float closePosition = 0.01f;
-constexpr float closeView = 0.0014f;
-
 /// All the ways, within the limits, that lead from `hypothesis` to the state seen `times.count`
 /// ticks later, equal ones merged. In a tolerant search the players then take over what was seen.
-/// Each turn and each movement takes one from `budget`; at 0 the search ends with what it has.
+/// Each step takes its effort from `budget`; at 0 the search ends with what it has.
 std::vector<Hypothesis> explain(const Hypothesis& hypothesis, const SentRecords& records,
                                 const PlayerUpdate& seen, const TickTimes& times,
                                 const SearchLimits& limits, int& budget);
-
-/// Adds a hypothesis, or lowers the cost of the one with the same future that is there.
-void merge(std::vector<Hypothesis>& hypotheses, Hypothesis&& hypothesis);
-
-/// Whether a player's state shows in these fields, to the bit.
-bool isSeen(const Player& player, const PlayerUpdate& seen);
 
 } // namespace drench::client

@@ -7,7 +7,6 @@
 #include <cmath>
 #include <iterator>
 #include <utility>
-#include <variant>
 
 namespace drench::client {
 
@@ -21,9 +20,6 @@ constexpr int patience = 8;
 
 /// Milliseconds. Records this old are forgotten even if unexplained.
 constexpr Milliseconds longestMemory = 2000.0;
-
-/// Ticks that are predicted ahead at most; longer lines are shown late.
-constexpr int mostTicksAhead = 64;
 
 /// Records under way and losses not yet taken, kept at most: far more than a player makes.
 constexpr std::size_t mostRecords = 2048;
@@ -58,19 +54,6 @@ int playersIn(const UpdateMessage& state) {
                                           [](const PlayerUpdate& slot) { return slot.id != 0; }));
 }
 
-InputRecord inputOf(const SentRecord& record) {
-    if (record.isView) {
-        ViewMessage view;
-        view.dx = record.dx;
-        view.dy = record.dy;
-        return view;
-    }
-    KeyMessage key;
-    key.key = static_cast<signed char>(record.key);
-    key.down = static_cast<char>(record.isDown);
-    return key;
-}
-
 } // namespace
 
 double Prediction::Statistics::explainedShare() const {
@@ -80,23 +63,12 @@ double Prediction::Statistics::explainedShare() const {
 
 void Prediction::sent(const std::vector<InputRecord>& records, Time now) {
     for (const InputRecord& input : records) {
-        SentRecord record;
-        record.sentAt = milliseconds(now);
-        if (const auto* view = std::get_if<ViewMessage>(&input)) {
-            record.isView = true;
-            record.dx = view->dx;
-            record.dy = view->dy;
-        } else if (const auto* key = std::get_if<KeyMessage>(&input);
-                   key && key->key >= 0 && key->key < keyIndex::count) {
-            record.key = int{key->key};
-            record.isDown = key->down != 0;
-        } else {
-            continue;
-        }
-        records_.add(record);
+        if (const std::optional<SentRecord> record = SentRecord::of(input, milliseconds(now)))
+            records_.add(*record);
     }
     if (records_.end() - records_.begin() > mostRecords)
         forgetBefore(records_.end() - mostRecords);
+    playAhead(now);
 }
 
 Prediction::Match Prediction::take(const Snapshot& snapshot, char id,
@@ -115,11 +87,12 @@ Prediction::Match Prediction::take(const Snapshot& snapshot, char id,
     const std::optional<Body> drawn = body(snapshot.arrival);
     const Match match = explainSnapshot(evidence, players < lastPlayers_);
 
-    if (const std::optional<Body> corrected = body(snapshot.arrival); drawn && corrected)
-        error_.add(drawn->eye - corrected->eye, snapshot.arrival);
     // Under a wrong delay records look lost that are still to act.
     if (match != Match::none)
         settleLosses();
+    playAhead(snapshot.arrival);
+    if (const std::optional<Body> corrected = body(snapshot.arrival); drawn && corrected)
+        error_.add(drawn->eye - corrected->eye, snapshot.arrival);
     unexplainedInARow_ = match == Match::none ? unexplainedInARow_ + 1 : 0;
     if (unexplainedInARow_ == patience) {
         line_.guessDelay(roundTrip.value_or(line_.delay()));
@@ -161,27 +134,9 @@ std::vector<InputRecord> Prediction::takeLost() {
 std::optional<Prediction::Body> Prediction::body(Time now) const {
     if (hypotheses_.empty())
         return std::nullopt;
-    const Hypothesis& likeliest = hypotheses_.front();
-    const double ahead = line_.ticksSince(milliseconds(now) + line_.delay());
-    const int ticks = static_cast<int>(std::clamp(std::ceil(ahead), 1.0, double{mostTicksAhead}));
-    Body body = {likeliest.player, tick_ + ticks, vec3()};
-    vec3 before = body.player.position;
-    std::uint64_t next = likeliest.next;
-    for (int tick = 1; tick <= ticks; ++tick) {
-        for (; next < records_.end(); ++next) {
-            const double acts = line_.ticksSince(records_[next].sentAt + line_.delay());
-            if (tick < ticks && acts > tick)
-                break;
-            records_[next].actOn(body.player);
-        }
-        before = body.player.position;
-        body.player.update(0.0f);
-    }
-    // Below 0 where a record sent now may still act in a tick that a snapshot shows already: the
-    // room's ticks are late by a little.
-    const auto share = static_cast<float>(std::clamp(ahead - (ticks - 1), -1.0, 1.0));
-    body.eye = before + (body.player.position - before) * share + error_.at(now);
-    return body;
+    const PredictionAhead::Moment moment = ahead_.at(records_, line_, milliseconds(now));
+    return Body{moment.player, tick_ + moment.tick, moment.eye + error_.at(now),
+                static_cast<double>(tick_) + moment.drawnTick};
 }
 
 double Prediction::tickAt(Time now) const {
@@ -247,6 +202,13 @@ void Prediction::accept(std::vector<Hypothesis>&& hypotheses, const Evidence& ev
         learnDelay(from);
 }
 
+void Prediction::playAhead(Time now) {
+    if (hypotheses_.empty())
+        ahead_.clear();
+    else
+        ahead_.follow(hypotheses_.front(), records_, line_, milliseconds(now));
+}
+
 /// Records from `from` on that acted in the newest tick tell how long records take.
 void Prediction::learnDelay(std::uint64_t from) {
     const Hypothesis& likeliest = hypotheses_.front();
@@ -280,7 +242,7 @@ void Prediction::settleLosses() {
             continue;
         ++(records_[number].isView ? statistics_.lostViews : statistics_.lostKeys);
         if (lost_.size() < mostLost)
-            lost_.push_back(inputOf(records_[number]));
+            lost_.push_back(records_[number].input());
         for (Hypothesis& hypothesis : hypotheses_)
             std::erase(hypothesis.lost, number);
     }

@@ -5,6 +5,7 @@
 #include "client/Events.h"
 #include "client/Explanation.h"
 #include "client/Inputs.h"
+#include "client/PredictionAhead.h"
 #include "client/PredictionSearch.h"
 #include "client/VisualError.h"
 #include "src/MapManager.h"
@@ -66,8 +67,12 @@ class Prediction {
         /// The number of that tick; each is reached once, so sounds and splashes can hang on it.
         std::int64_t tick;
 
-        /// Between that tick and the one before it, with what is left of a correction.
+        /// Between two ticks, with what is left of a correction.
         vec3 eye;
+
+        /// The moment of `eye` in ticks, with its fraction; about `tick`, by a gently corrected
+        /// clock.
+        double drawnTick = 0.0;
     };
 
     /// @param map  the room's arena; must outlive the prediction
@@ -113,6 +118,7 @@ class Prediction {
     void beSoaked(const Evidence& evidence);
     void breakOff();
     void accept(std::vector<Hypothesis>&& hypotheses, const Evidence& evidence);
+    void playAhead(Time now);
     void learnDelay(std::uint64_t from);
     void settleLosses();
     void forgetBefore(std::uint64_t number);
@@ -126,6 +132,7 @@ class Prediction {
     std::int64_t tick_ = 0;
     ArrivalLine line_;
     std::vector<InputRecord> lost_;
+    PredictionAhead ahead_;
     VisualError error_;
     Statistics statistics_;
 

@@ -7,8 +7,11 @@ namespace drench::client {
 
 namespace {
 
-/// Turns and movements tried for one snapshot: about a millisecond.
-constexpr int searchBudget = 6000;
+/// The effort for one snapshot at most, together less than a millisecond: for the likely numbers of
+/// ticks, for fewer, and for what is only close.
+constexpr int likelyBudget = 13'000;
+constexpr int stallBudget = 5000;
+constexpr int closeBudget = 4000;
 
 /// The cost of a gap between two snapshots, and of each tick in it, in the units of
 /// Hypothesis::cost.
@@ -24,18 +27,25 @@ constexpr double mostTickCost = 12.0;
 /// The misfit that bold searches allow, in milliseconds.
 constexpr Milliseconds wideMisfit = 250.0;
 
-/// Searches from the likeliest to the boldest.
+/// A busy machine on the way holds records up for this long now and then, in milliseconds.
+constexpr Milliseconds longestHold = 20.0;
+
+/// Searches from the likeliest to the boldest. Where a loss and a record that was held up explain a
+/// snapshot alike, as among views with equal counts, both are kept.
 std::vector<SearchLimits> searches(Milliseconds spread, bool isTolerant) {
     const Milliseconds tight = spread + 1.0;
     const Milliseconds narrow = 3.0 * spread + 2.0;
+    const Milliseconds heldUp = std::max(narrow, longestHold);
     // Among views with equal sums, a tolerant search finds whatever it is allowed to lose.
     if (isTolerant)
-        return {{0, narrow, narrow, true}, {1, narrow, narrow, true}, {2, narrow, narrow, true}};
-    return {{0, tight, narrow, false},          {0, narrow, narrow, false},
-            {1, tight, narrow, false},          {1, narrow, narrow, false},
-            {2, narrow, narrow, false},         {4, narrow, narrow, false},
-            {0, wideMisfit, wideMisfit, false}, {1, wideMisfit, wideMisfit, false},
-            {4, wideMisfit, wideMisfit, false}};
+        return {{0, narrow, narrow, narrow, true}, {2, narrow, narrow, narrow, true}};
+    const auto exact = [&](int lostViews, Milliseconds early, Milliseconds late) {
+        return SearchLimits{lostViews, early, late, std::max(late, heldUp), false};
+    };
+    return {exact(0, tight, tight),           exact(0, narrow, narrow),
+            exact(1, tight, heldUp),          exact(1, narrow, heldUp),
+            exact(2, narrow, heldUp),         exact(4, narrow, heldUp),
+            exact(0, wideMisfit, wideMisfit), exact(4, wideMisfit, wideMisfit)};
 }
 
 /// The cost of a snapshot `late` milliseconds after it was due, or before if negative.
@@ -53,15 +63,16 @@ double ticksSince(const Evidence& evidence) {
 }
 
 /// About as many ticks as likely.
-std::vector<TickTimes> likelyWays(const Evidence& evidence, bool mayHaveSatOut) {
+std::vector<Way> likelyWays(const std::vector<Hypothesis>& hypotheses, const Evidence& evidence,
+                            bool mayHaveSatOut) {
     const int likely = likelyTicks(evidence);
-    std::vector<TickTimes> ways;
+    std::vector<Way> ways;
     for (int ticks = std::max(1, likely - tickUncertainty); ticks <= likely + tickUncertainty;
          ++ticks)
-        ways.push_back(timesAfter(evidence, ticks));
+        ways.push_back({timesAfter(evidence, ticks), hypotheses});
     if (mayHaveSatOut) {
-        ways.push_back(timesAfter(evidence, likely));
-        ways.back().lastTickMoves = false;
+        ways.push_back({timesAfter(evidence, likely), hypotheses});
+        ways.back().times.lastTickMoves = false;
     }
     return ways;
 }
@@ -89,26 +100,25 @@ TickTimes timesAfter(const Evidence& evidence, int ticks) {
     return times;
 }
 
-std::vector<Hypothesis> search(const std::vector<Hypothesis>& hypotheses, const Evidence& evidence,
-                               const std::vector<TickTimes>& ways, bool isTolerant) {
-    int left = searchBudget;
-    double leastCost = ways.front().cost;
-    for (const TickTimes& times : ways)
-        leastCost = std::min(leastCost, times.cost);
+std::vector<Hypothesis> search(const Evidence& evidence, const std::vector<Way>& ways,
+                               bool isTolerant, int& budget) {
+    double leastCost = ways.front().times.cost;
+    for (const Way& way : ways)
+        leastCost = std::min(leastCost, way.times.cost);
     for (const SearchLimits& limits : searches(evidence.line.spread(), isTolerant)) {
         std::vector<Hypothesis> found;
-        int budget = left / 2;
-        left -= budget;
-        for (const TickTimes& times : ways) {
-            if (limits.misfit < wideMisfit && times.cost > leastCost + mostTickCost)
+        int share = budget / 2;
+        budget -= share;
+        for (const Way& way : ways) {
+            if (limits.early < wideMisfit && way.times.cost > leastCost + mostTickCost)
                 continue;
-            for (const Hypothesis& hypothesis : hypotheses) {
+            for (const Hypothesis& hypothesis : way.from) {
                 for (Hypothesis& next :
-                     explain(hypothesis, evidence.records, evidence.seen, times, limits, budget))
+                     explain(hypothesis, evidence.records, evidence.seen, way.times, limits, share))
                     merge(found, std::move(next));
             }
         }
-        left += std::max(budget, 0);
+        budget += std::max(share, 0);
         if (!found.empty())
             return found;
     }
@@ -120,22 +130,25 @@ std::vector<Hypothesis> continueExactly(const std::vector<Hypothesis>& hypothese
     const int likely = likelyTicks(evidence);
     if (likely > mostTicks)
         return {};
+    int budget = likelyBudget;
     std::vector<Hypothesis> found =
-        search(hypotheses, evidence, likelyWays(evidence, mayHaveSatOut), false);
+        search(evidence, likelyWays(hypotheses, evidence, mayHaveSatOut), false, budget);
     if (!found.empty() || likely <= tickUncertainty + 1)
         return found;
     // Perhaps the room or the line was held up.
-    std::vector<TickTimes> fewer;
+    std::vector<Way> fewer;
     for (int ticks = likely - tickUncertainty - 1; ticks >= 1; --ticks)
-        fewer.push_back(timesAfter(evidence, ticks));
-    return search(hypotheses, evidence, fewer, false);
+        fewer.push_back({timesAfter(evidence, ticks), hypotheses});
+    budget = stallBudget;
+    return search(evidence, fewer, false, budget);
 }
 
 std::vector<Hypothesis> continueClosely(const std::vector<Hypothesis>& hypotheses,
                                         const Evidence& evidence, bool mayHaveSatOut) {
     if (likelyTicks(evidence) > mostTicks)
         return {};
-    return search(hypotheses, evidence, likelyWays(evidence, mayHaveSatOut), true);
+    int budget = closeBudget;
+    return search(evidence, likelyWays(hypotheses, evidence, mayHaveSatOut), true, budget);
 }
 
 } // namespace drench::client

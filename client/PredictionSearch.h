@@ -4,6 +4,7 @@
 #include "client/Explanation.h"
 #include "src/Messages.h"
 
+#include <span>
 #include <vector>
 
 // How a snapshot follows from the one before: the numbers of ticks between the two, tried from the
@@ -34,18 +35,25 @@ TickTimes timesAfter(const Evidence& evidence, int ticks);
 /// The number of ticks since the newest snapshot, at least 1, as the arrival tells.
 int likelyTicks(const Evidence& evidence);
 
-/// All the ways from `hypotheses` to what is seen in one of the numbers of ticks, under limits from
-/// the likeliest to the boldest. The first limits that find something end the search, and so does
-/// a budget of turns and movements: about a millisecond.
-std::vector<Hypothesis> search(const std::vector<Hypothesis>& hypotheses, const Evidence& evidence,
-                               const std::vector<TickTimes>& ways, bool isTolerant);
+/// A number of ticks, and the hypotheses from which it may lead to what is seen.
+struct Way {
+    TickTimes times;
+    std::span<const Hypothesis> from;
+};
 
-/// The same to the bit, in about as many ticks as likely; else in fewer, as after a stall.
+/// All that leads to what is seen on one of the ways, under limits from the likeliest to the
+/// boldest; the first limits that find something end the search.
+/// @param budget  the effort that may be made, lessened by that which was
+std::vector<Hypothesis> search(const Evidence& evidence, const std::vector<Way>& ways,
+                               bool isTolerant, int& budget);
+
+/// The same to the bit, within a budget, in about as many ticks as likely; else in fewer, as after
+/// a stall.
 /// @param mayHaveSatOut  whether the player may have sat out the last tick
 std::vector<Hypothesis> continueExactly(const std::vector<Hypothesis>& hypotheses,
                                         const Evidence& evidence, bool mayHaveSatOut);
 
-/// The same within closePosition and closeView.
+/// The same within closePosition and closeView, and within a budget.
 std::vector<Hypothesis> continueClosely(const std::vector<Hypothesis>& hypotheses,
                                         const Evidence& evidence, bool mayHaveSatOut);
 

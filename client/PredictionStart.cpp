@@ -12,6 +12,9 @@ namespace drench::client {
 
 namespace {
 
+/// The effort to find a spawn at most: three milliseconds, if a dozen snapshots were missed.
+constexpr int spawnBudget = 60'000;
+
 /// World units. How far a body may be from a spawn pose's column to have started there, a tick.
 constexpr float wanderPerTick = 10.0f;
 
@@ -93,6 +96,7 @@ float fallingSpeed(float rise, int ticks) {
 std::vector<Hypothesis> startsAtSpawn(MapManager& map, const Evidence& evidence,
                                       std::int64_t tick) {
     const int likely = likelyTicks(evidence);
+    int budget = spawnBudget;
     const int most =
         evidence.line.hasArrivals() ? std::min(likely + tickUncertainty, mostTicks) : mostTicks;
     for (int pose = 0; pose < Player::spawnPoseCount; ++pose) {
@@ -109,16 +113,20 @@ std::vector<Hypothesis> startsAtSpawn(MapManager& map, const Evidence& evidence,
             return startsFrom(start, evidence, false, timesAfter(evidence, likely).due,
                               evidence.arrival);
         }
+        std::vector<std::vector<Hypothesis>> starts;
+        std::vector<Way> ways;
+        starts.reserve(static_cast<std::size_t>(most));
         for (int ticks = 1; ticks <= most; ++ticks) {
             TickTimes times = timesAfter(evidence, std::max(ticks, likely));
             times.count = ticks;
             start.tick = tick + std::max(0, likely - ticks);
             const Milliseconds spawned = times.due - ticks * evidence.period;
-            std::vector<Hypothesis> found = search(
-                startsFrom(start, evidence, false, spawned, spawned), evidence, {times}, false);
-            if (!found.empty())
-                return found;
+            starts.push_back(startsFrom(start, evidence, false, spawned, spawned));
+            ways.push_back({times, starts.back()});
         }
+        std::vector<Hypothesis> found = search(evidence, ways, false, budget);
+        if (!found.empty())
+            return found;
     }
     return {};
 }

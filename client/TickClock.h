@@ -37,7 +37,7 @@ class TickClock {
     /// first arrival.
     double tickAt(Time now) const;
 
-    /// Milliseconds from tick to tick, without the long pauses of a late room; about 16.4 in a
+    /// Milliseconds from tick to tick, without the long pauses of a late room; about 16.1 in a
     /// young room, more in one that ran for hours.
     double period() const { return period_; }
 
@@ -49,7 +49,7 @@ class TickClock {
 
   private:
     /// Milliseconds: the period of nearly all rooms. The first arrivals correct it.
-    static constexpr double usualPeriod = 16.4;
+    static constexpr double usualPeriod = 16.1;
 
     static constexpr std::size_t keptGaps = 64;
     static constexpr std::size_t keptLags = 16;

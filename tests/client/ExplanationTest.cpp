@@ -15,7 +15,7 @@ constexpr Milliseconds period = 16.0;
 constexpr Milliseconds delay = 50.0;
 
 /// Limits of a search that allows anything which the records' times do not forbid.
-constexpr SearchLimits anyTime = {0, 100.0, 100.0, false};
+constexpr SearchLimits anyTime = {0, 100.0, 100.0, 100.0, false};
 
 SentRecord view(Milliseconds sentAt, int dx, int dy = 0) {
     SentRecord record;
@@ -97,6 +97,34 @@ TEST_F(Explanation, TellsHowManyRecordsActed) {
     }
 }
 
+TEST_F(Explanation, TellsTurnsAllAroundAndFarUpAndDown) {
+    for (const int right : {-5000, -2262, -1132, -1131, 1131, 2262, 5000}) {
+        for (const int down : {-900, -480, -200, 0, 200, 480, 900}) {
+            records_ = {};
+            records_.add(view(sentFor(0), right, down));
+            records_.add(view(sentFor(0), 3, -2));
+            records_.add(view(sentFor(0), 1, 1));
+            truth_ = start_.player;
+            tick({0, 1});
+            const std::vector<Hypothesis> found = explained(anyTime);
+            ASSERT_EQ(found.size(), 1u) << right << " " << down;
+            EXPECT_EQ(found[0].next, 2u) << right << " " << down;
+        }
+    }
+}
+
+TEST_F(Explanation, TellsTurnsOfWhichSomeAreRefused) {
+    records_.add(view(sentFor(0), 0, -430));
+    records_.add(view(sentFor(0), 20, -60));
+    records_.add(view(sentFor(0), 7, 40));
+    records_.add(view(sentFor(0), 9, 1));
+    tick({0, 1, 2});
+    EXPECT_GT(truth_.direction.y, std::sin(445.0f / 360.0f)) << "the second turn was refused";
+    const std::vector<Hypothesis> found = explained(anyTime);
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].next, 3u);
+}
+
 TEST_F(Explanation, SplitsRecordsOverMissedTicks) {
     records_.add(key(sentFor(1), keyIndex::forward));
     records_.add(view(sentFor(1), 40));
@@ -128,16 +156,16 @@ TEST_F(Explanation, FindsNothingWhereNoRecordsLead) {
     records_.add(view(sentFor(0), 5));
     truth_.rotateView(6, 0);
     tick();
-    EXPECT_TRUE(explained({4, 100.0, 100.0, false}).empty());
+    EXPECT_TRUE(explained({4, 100.0, 100.0, 100.0, false}).empty());
 }
 
 TEST_F(Explanation, TakesViewsForLostAsAllowed) {
     for (int number = 0; number < 4; ++number)
         records_.add(view(sentFor(0), 5 + number));
     tick({0, 3});
-    EXPECT_TRUE(explained({0, 100.0, 100.0, false}).empty());
-    EXPECT_TRUE(explained({1, 100.0, 100.0, false}).empty());
-    const std::vector<Hypothesis> found = explained({2, 100.0, 100.0, false});
+    EXPECT_TRUE(explained({0, 100.0, 100.0, 100.0, false}).empty());
+    EXPECT_TRUE(explained({1, 100.0, 100.0, 100.0, false}).empty());
+    const std::vector<Hypothesis> found = explained({2, 100.0, 100.0, 100.0, false});
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].lost, (std::vector<std::uint64_t>{1, 2}));
     EXPECT_EQ(found[0].next, 4u);
@@ -167,8 +195,8 @@ TEST_F(Explanation, LosesOverdueRecordsWithoutAllowance) {
     records_.add(view(sentFor(0), 7));
     tick({2});
     // Three ticks late, less the half tick of slack.
-    EXPECT_TRUE(explained({0, 10.0, 45.0, false}).empty());
-    const std::vector<Hypothesis> found = explained({0, 10.0, 30.0, false});
+    EXPECT_TRUE(explained({0, 10.0, 10.0, 45.0, false}).empty());
+    const std::vector<Hypothesis> found = explained({0, 10.0, 10.0, 30.0, false});
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].lost, (std::vector<std::uint64_t>{0, 1}));
 }
@@ -178,8 +206,8 @@ TEST_F(Explanation, PrefersTheLateViewToTheNextOneOfEqualCounts) {
     records_.add(view(sentFor(0), 5));
     tick({0});
     // Four milliseconds late: too late for this search, but not lost.
-    EXPECT_TRUE(explained({0, 2.0, 20.0, false}).empty());
-    const std::vector<Hypothesis> found = explained({0, 6.0, 20.0, false});
+    EXPECT_TRUE(explained({0, 2.0, 2.0, 20.0, false}).empty());
+    const std::vector<Hypothesis> found = explained({0, 6.0, 6.0, 20.0, false});
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].next, 1u);
     EXPECT_TRUE(found[0].lost.empty());
@@ -188,8 +216,8 @@ TEST_F(Explanation, PrefersTheLateViewToTheNextOneOfEqualCounts) {
 TEST_F(Explanation, LetsNoRecordActTooEarly) {
     records_.add(view(1000.0 - delay + 20.0, 5));
     tick({0});
-    EXPECT_TRUE(explained({4, 19.0, 19.0, false}).empty());
-    EXPECT_EQ(explained({0, 21.0, 21.0, false}).size(), 1u);
+    EXPECT_TRUE(explained({4, 19.0, 19.0, 19.0, false}).empty());
+    EXPECT_EQ(explained({0, 21.0, 21.0, 21.0, false}).size(), 1u);
 }
 
 TEST_F(Explanation, LetsARecordActThoughOneBehindItIsLost) {
@@ -197,7 +225,7 @@ TEST_F(Explanation, LetsARecordActThoughOneBehindItIsLost) {
     records_.add(view(sentFor(0), 6));
     records_.add(key(sentFor(0), keyIndex::forward));
     tick({0, 2});
-    const std::vector<Hypothesis> found = explained({1, 100.0, 100.0, false});
+    const std::vector<Hypothesis> found = explained({1, 100.0, 100.0, 100.0, false});
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].lost, std::vector<std::uint64_t>{1});
     EXPECT_EQ(found[0].next, 3u);
@@ -211,6 +239,19 @@ TEST_F(Explanation, CostsLessTheBetterItFits) {
     EXPECT_DOUBLE_EQ(early[0].cost, 2.0);
     times_.cost = 3.0;
     EXPECT_DOUBLE_EQ(explained(anyTime)[0].cost, 5.0);
+}
+
+TEST_F(Explanation, CostsNoMoreForARecordThatWasHeldUpThanForALoss) {
+    records_.add(view(sentFor(5), 5));
+    tick({0});
+    const std::vector<Hypothesis> late = explained(anyTime);
+    ASSERT_EQ(late.size(), 1u);
+    records_.add(view(sentFor(0), 7));
+    truth_ = start_.player;
+    tick({1});
+    const std::vector<Hypothesis> lost = explained({1, 100.0, 100.0, 100.0, false});
+    ASSERT_EQ(lost.size(), 1u);
+    EXPECT_DOUBLE_EQ(late[0].cost, lost[0].cost);
 }
 
 TEST_F(Explanation, KeepsWhatCannotYetBeTold) {
@@ -280,7 +321,7 @@ TEST_F(Explanation, EndsWithTheBudget) {
     for (int now = 0; now < 3; ++now)
         tick();
     const PlayerUpdate seen = truth_.getPlayerUpdate();
-    const SearchLimits bold = {8, 100.0, 100.0, false};
+    const SearchLimits bold = {8, 100.0, 100.0, 100.0, false};
     int large = 1'000'000;
     EXPECT_FALSE(explain(start_, records_, seen, times_, bold, large).empty());
     EXPECT_GT(large, 0);

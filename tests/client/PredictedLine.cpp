@@ -59,10 +59,12 @@ void PredictedLine::send(const InputRecord& record) {
     prediction.sent({record}, now);
     const lag::Fate fate = up_.decide(now);
     for (int copy = 0; copy < fate.copies && recordsToLose == 0; ++copy)
-        ups_.push_back({fate.due + longerWay_, record, sent_});
+        ups_.push_back({std::max(fate.due + longerWay_, heldUntil_), record, sent_});
     recordsToLose = std::max(0, recordsToLose - 1);
-    if (const auto body = prediction.body(now))
+    if (const auto body = prediction.body(now)) {
         predicted_[sent_] = body->player.position;
+        predictedTicks_[sent_] = taken_ + body->tick - prediction.tick();
+    }
     ++sent_;
 }
 
@@ -87,6 +89,7 @@ void PredictedLine::pass(double duration) {
                 truth.setKey(key->key, key->down != 0);
         } else if (!downs_.empty() && downs_.front().at == now) {
             const UpdateMessage state = downs_.front().state;
+            taken_ = downs_.front().tick;
             downs_.pop_front();
             take(state);
         } else if (nextTick_ == now) {
@@ -108,6 +111,14 @@ void PredictedLine::stall(double duration) {
 void PredictedLine::delayRecords(double duration) {
     settings_.roundTrip = roundTrip() + duration;
     longerWay_ += milliseconds(duration);
+}
+
+void PredictedLine::holdRecords(double duration) {
+    if (ups_.empty())
+        return;
+    heldUntil_ = ups_.front().at + milliseconds(duration);
+    for (Up& up : ups_)
+        up.at = std::max(up.at, heldUntil_);
 }
 
 double PredictedLine::roundTrip() const {
@@ -134,7 +145,7 @@ void PredictedLine::playTick() {
     }
     const lag::Fate fate = down_.decide(now);
     for (int copy = 0; copy < fate.copies && snapshotsToLose == 0; ++copy)
-        downs_.push_back({fate.due, state});
+        downs_.push_back({fate.due, state, tick});
     snapshotsToLose = std::max(0, snapshotsToLose - 1);
     if (isSoaking_ && !truth.dead) {
         truth.die(0.0f);
@@ -195,4 +206,17 @@ std::vector<float> PredictedLine::errors() const {
     }
     std::sort(errors.begin(), errors.end());
     return errors;
+}
+
+double PredictedLine::wrongTickShare() const {
+    int wrong = 0;
+    int all = 0;
+    for (const auto& [number, predicted] : predictedTicks_) {
+        const auto acted = acted_.find(number);
+        if (acted == acted_.end())
+            continue;
+        ++all;
+        wrong += acted->second != predicted;
+    }
+    return static_cast<double>(wrong) / all;
 }

@@ -51,6 +51,9 @@ class PredictedLine {
     /// trip that results.
     void delayRecords(double milliseconds);
 
+    /// Holds the records under way, and those that follow them, up for as long.
+    void holdRecords(double milliseconds);
+
     /// Soaks the player after the next tick; it returns four seconds later.
     void soak() { isSoaking_ = true; }
 
@@ -86,6 +89,10 @@ class PredictedLine {
     /// the tick that took it, ascending; for all records that acted.
     std::vector<float> errors() const;
 
+    /// The share, 0 to 1, of the records that acted in another tick than was predicted when they
+    /// were sent.
+    double wrongTickShare() const;
+
   private:
     struct Up {
         drench::client::Time at;
@@ -95,6 +102,7 @@ class PredictedLine {
     struct Down {
         drench::client::Time at;
         UpdateMessage state;
+        std::int64_t tick;
     };
 
     void send(const drench::client::InputRecord& record);
@@ -112,6 +120,7 @@ class PredictedLine {
     drench::client::Time nextFrame_;
     drench::client::Time respawn_;
     drench::client::Clock::duration longerWay_{0};
+    drench::client::Time heldUntil_;
     bool isSoaking_ = false;
     bool hasJoined_ = false;
     bool keys_[keyIndex::count] = {};
@@ -121,4 +130,8 @@ class PredictedLine {
     std::map<std::int64_t, vec3> places_;
     std::map<std::uint64_t, std::int64_t> acted_;
     std::map<std::uint64_t, vec3> predicted_;
+    std::map<std::uint64_t, std::int64_t> predictedTicks_;
+
+    /// The tick of the newest snapshot that came.
+    std::int64_t taken_ = 0;
 };

@@ -186,6 +186,21 @@ TEST(PredictionTicks, AreNotInventedWhenTheRoomIsHeldUp) {
     EXPECT_TRUE(allExact(line));
 }
 
+TEST(PredictionLosses, AreNotToldOfRecordsThatWereHeldUp) {
+    for (const double held : {8.0, 17.0, 24.0, 32.0}) {
+        PredictedLine line(arena(), delayed(40));
+        line.sendKey(keyIndex::forward, true);
+        line.pass(500.0);
+        // Equal counts: one more or less of them tells nothing of which.
+        turn(line, -1, 100);
+        line.holdRecords(held);
+        turn(line, -1, 30);
+        turn(line, 2, 60);
+        EXPECT_TRUE(allExact(line)) << held;
+        EXPECT_TRUE(line.told.empty()) << held;
+    }
+}
+
 TEST(PredictionLosses, TellOfAViewOnce) {
     PredictedLine line(arena(), delayed(40));
     line.pass(1000.0);
@@ -377,6 +392,17 @@ TEST(PredictionBody, IsAheadByASecondAtMost) {
     const std::optional<Prediction::Body> body = line.prediction.body(line.now);
     ASSERT_TRUE(body);
     EXPECT_EQ(body->tick - line.prediction.tick(), 64);
+}
+
+TEST(PredictionBody, IsOfTheTickThatTakesTheInput) {
+    // The room's ticks wander by some tenths of a millisecond meanwhile, and by more if it is late.
+    for (const auto& [delay, most] : {std::pair(0, 0.02), {40, 0.04}}) {
+        for (std::uint64_t seed = 0; seed < 4; ++seed) {
+            PredictedLine line(arena(), delayed(delay, seed));
+            line.playAtRandom(20.0);
+            EXPECT_LT(line.wrongTickShare(), most) << delay << " " << seed;
+        }
+    }
 }
 
 TEST(PredictionBody, IsWhereTheRoomPutsIt) {

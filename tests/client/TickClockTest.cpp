@@ -131,7 +131,7 @@ constexpr int oneMinute = 3700;
 TEST(TickClock, KnowsNothingBeforeTheFirstSnapshot) {
     const TickClock clock;
     EXPECT_EQ(clock.tickAt(at(1234)), 0.0);
-    EXPECT_DOUBLE_EQ(clock.period(), 16.4);
+    EXPECT_DOUBLE_EQ(clock.period(), 16.1);
     EXPECT_EQ(clock.missed(), 0u);
     EXPECT_EQ(clock.jitter(), 0.0);
 }
