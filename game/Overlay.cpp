@@ -1,5 +1,6 @@
 #include "game/Overlay.h"
 
+#include "game/Dressing.h"
 #include "game/ui/Hud.h"
 #include "game/ui/PlayerTable.h"
 #include "src/FilePath.h"
@@ -15,10 +16,6 @@ using Place = Screens::Place;
 
 /// In a room with bots on this machine; with the player it is full.
 constexpr int hostedBots = 3;
-
-Palette paletteOf(const Settings& settings) {
-    return settings.colourBlind ? Palette::colourBlind : Palette::usual;
-}
 
 } // namespace
 
