@@ -216,7 +216,8 @@ UpdateMessage Play::sightOf(Seat& seat, const client::Snapshot& snapshot) const 
     if (!seat.bodies)
         return snapshot.state;
     seat.bodies->take(snapshot, *seat.session);
-    return seat.bodies->shown(*seat.session->self(snapshot.state), snapshot.arrival,
+    return seat.bodies->shown(*seat.session->self(snapshot.state),
+                              seat.bodies->own(snapshot.arrival), snapshot.arrival,
                               sight_ == Sight::ahead);
 }
 

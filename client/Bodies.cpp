@@ -36,12 +36,13 @@ std::vector<PlayerUpdate> Bodies::others(Time now, bool ahead) {
     return players;
 }
 
-UpdateMessage Bodies::shown(const PlayerUpdate& self, Time now, bool ahead) {
+UpdateMessage Bodies::shown(const PlayerUpdate& self, const std::optional<Prediction::Body>& own,
+                            Time now, bool ahead) {
     PlayerUpdate predicted = self;
-    if (const std::optional<Prediction::Body> body = own(now)) {
-        predicted.position = body->player.position;
-        predicted.direction = body->player.direction;
-        predicted.rotation = body->player.rotation;
+    if (own) {
+        predicted.position = own->player.position;
+        predicted.direction = own->player.direction;
+        predicted.rotation = own->player.rotation;
     }
     UpdateMessage state;
     state.add(predicted);

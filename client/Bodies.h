@@ -32,7 +32,9 @@ class Bodies {
 
     /// The same as a state of the room, whose player `self` is oneself: for whoever decides by
     /// states, as bots do.
-    UpdateMessage shown(const PlayerUpdate& self, Time now, bool ahead);
+    /// @param own  as own(now) gives it
+    UpdateMessage shown(const PlayerUpdate& self, const std::optional<Prediction::Body>& own,
+                        Time now, bool ahead);
 
     const Prediction& prediction() const { return prediction_; }
 

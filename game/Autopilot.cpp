@@ -1,6 +1,9 @@
 #include "game/Autopilot.h"
 
+#include "bots/ChartCache.h"
 #include "bots/Play.h"
+
+#include <chrono>
 
 namespace drench::game {
 
@@ -11,23 +14,44 @@ constexpr std::uint64_t botSeed = 1;
 
 } // namespace
 
-void Autopilot::letBotPlay(const bots::Roadmap& roadmap, double skill) {
-    roadmap_ = &roadmap;
-    skill_ = skill;
-}
-
-void Autopilot::enterRoom() {
-    if (roadmap_)
-        bot_.emplace(*roadmap_, skill_, botSeed);
+void Autopilot::enterArena(MapManager& map) {
+    map_ = &map;
+    bot_.reset();
 }
 
 void Autopilot::act(const client::Snapshot& snapshot, client::Session& session,
-                    client::Bodies& bodies, client::Time now, bool ahead) {
+                    const std::function<UpdateMessage(const PlayerUpdate& self)>& shown) {
     for (; acted_ < script_.size() && script_[acted_].tick <= snapshot.tick; ++acted_)
         act(script_[acted_], session);
+    if (skill_ && !bot_)
+        prepareBot();
     const PlayerUpdate* const self = session.self(snapshot.state);
     if (bot_ && self)
-        bots::send(session, bot_->decide(bodies.shown(*self, now, ahead), self->id));
+        bots::send(session, bot_->decide(shown(*self), self->id));
+}
+
+void Autopilot::prepareBot() {
+    if (charting_.valid()) {
+        // A chart that is not wanted any more ends soon, but not at once.
+        goesOn_ = charted_ == map_;
+        if (charting_.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+            return;
+        roadmap_ = charting_.get();
+    }
+    if (charted_ != map_ || !roadmap_)
+        chart();
+    else
+        bot_.emplace(*roadmap_, *skill_, botSeed);
+}
+
+void Autopilot::chart() {
+    charted_ = map_;
+    goesOn_ = true;
+    charting_ = std::async(std::launch::async, [this, &map = *map_] {
+        return bots::keptChart(
+            map, bots::chartFolder(), bots::programChecksum(), [this] { return goesOn_.load(); },
+            [](const std::string&) {});
+    });
 }
 
 void Autopilot::act(const bots::Action& action, client::Session& session) {

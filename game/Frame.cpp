@@ -130,23 +130,21 @@ void Frame::takeInputs() {
     if (gameHadInput_ && !gameHasInput)
         releaseAll();
     gameHadInput_ = gameHasInput;
-    // Whoever writes a line of chat still looks around.
-    capture_.setMenu(!gameHasInput && visit_.screens().panel() != Screens::Panel::chat);
     pacing_.calm(visit_.screens().isCalm() || !isFocused_);
-    if (capture_.holdsMouse())
+    const bool gameHasMouse = isFocused_ && visit_.screens().gameHasMouse();
+    if (gameHasMouse)
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
                            {settings_.invertX, settings_.invertY});
     if (gameHasInput && isFocused_)
         turning_.holdStick(events.stickX, events.stickY, sinceLast_, settings_.stickSensitivity,
                            {settings_.invertX, settings_.invertY});
-    window_.captureMouse(capture_.holdsMouse());
+    window_.captureMouse(gameHasMouse);
     const ViewCounts counts = turning_.take();
     if (counts != ViewCounts{} && visit_.session())
         visit_.session()->turn(counts.dx, counts.dy);
 }
 
 void Frame::takeFocus(bool focused) {
-    capture_.setFocus(focused);
     isFocused_ = focused;
     if (focused) {
         held_.gainFocus();
@@ -163,8 +161,6 @@ void Frame::releaseAll() {
 }
 
 void Frame::press(const WindowEvents::Press& press) {
-    if (press.down && press.input.device == Input::Device::mouse && capture_.click())
-        return;
     if (const auto change = held_.press(settings_.bindings, press.input, press.down))
         act(*change);
 }
@@ -192,11 +188,13 @@ void Frame::take(const client::Event& event, client::Session& session, client::T
     senses_.take(event, session, now);
     if (std::holds_alternative<client::Joined>(event)) {
         arena_.enterRoom();
-        autopilot_.enterRoom();
+        autopilot_.enterArena(arena_.map());
         noteRoom(now);
     } else if (const auto* snapshot = std::get_if<client::Snapshot>(&event)) {
         arena_.see(*snapshot);
-        autopilot_.act(*snapshot, session, *senses_.bodies(), now, settings_.showWhereShotsMeet);
+        autopilot_.act(*snapshot, session, [&](const PlayerUpdate& self) {
+            return senses_.shown(self, now, settings_.showWhereShotsMeet);
+        });
     }
 }
 
@@ -212,6 +210,7 @@ void Frame::changeArena() {
     if (const std::optional<ArenaMesh> mesh = arena_.change()) {
         renderer_.setArena(*mesh);
         senses_.changeArena(arena_.map());
+        autopilot_.enterArena(arena_.map());
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "game/Autopilot.h"
 #include "game/Captions.h"
-#include "game/Capture.h"
 #include "game/FrameCosts.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
@@ -86,9 +85,8 @@ class Frame {
 
     HeldActions held_;
     Turning turning_;
-    Capture capture_;
     bool gameHadInput_ = false;
-    bool isFocused_ = true;
+    bool isFocused_ = false;
 
     Visit visit_;
     Autopilot autopilot_;

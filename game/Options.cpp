@@ -22,8 +22,9 @@ constexpr char endHelp[] =
     "Keys: W, A, S, D walk, the mouse turns, its left button fires, space jumps, Esc frees the "
     "mouse.\n"
     "\n"
-    "Exit status: 0 after playing, 1 when the room let nobody in or was lost, 2 when the command "
-    "line, a file or the display cannot be used.";
+    "Exit status: 0 after playing, 1 when the room did not answer, let nobody in or was lost, 2 "
+    "when "
+    "the command line, a file or the display cannot be used.";
 
 } // namespace
 

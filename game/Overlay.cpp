@@ -101,8 +101,7 @@ void Overlay::drawMatch(const View& view, const Visit& visit, const Settings& se
     const Palette palette = paletteOf(settings);
     const Match& match = *view.match;
     const ImVec2 size = ImGui::GetIO().DisplaySize;
-    const bool isOpen =
-        visit.screens().panel() == Panel::none || visit.screens().panel() == Panel::chat;
+    const bool isOpen = visit.screens().gameHasMouse();
     HudView hud;
     hud.now = view.now;
     hud.palette = palette;

@@ -109,6 +109,12 @@ double Screens::secondsUntilJoin(Time now) const {
     return std::max(std::chrono::duration<double>(next_ - now).count(), 0.0);
 }
 
+std::string Screens::whyNotPlaying() const {
+    if (place_ == Place::joining && trouble_.what.empty())
+        return room_ + " has not answered yet.";
+    return trouble_.what;
+}
+
 void Screens::escape() {
     if (panel_ != Panel::none)
         closePanel();

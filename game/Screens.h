@@ -78,6 +78,10 @@ class Screens {
     /// What was last wrong with the room, as long as it has not let us in.
     const Trouble& trouble() const { return trouble_; }
 
+    /// Why one does not play in the room that was chosen, as a line; empty while one does, and
+    /// where none was chosen.
+    std::string whyNotPlaying() const;
+
     /// Opens the menu or, where another panel lies, closes that. In the menu's place there is none
     /// outside of a match.
     void escape();
@@ -90,8 +94,13 @@ class Screens {
     /// Whether keys and mouse are for the game and not for what is drawn over it.
     bool gameHasInput() const { return place_ == Place::match && panel_ == Panel::none; }
 
+    /// Whether the mouse turns the view: whoever writes a line of chat still looks around.
+    bool gameHasMouse() const {
+        return place_ == Place::match && (panel_ == Panel::none || panel_ == Panel::chat);
+    }
+
     /// Whether nothing in the picture asks for many frames a second.
-    bool isCalm() const { return !gameHasInput() && panel_ != Panel::chat; }
+    bool isCalm() const { return !gameHasMouse(); }
 
   private:
     Place place_ = Place::start;

@@ -32,12 +32,11 @@ void Senses::take(const client::Event& event, const client::Session& session, cl
     }
     if (!bodies_)
         return;
-    std::optional<client::Prediction::Body> own;
     if (const auto* snapshot = std::get_if<client::Snapshot>(&event)) {
         bodies_->take(*snapshot, session);
-        own = bodies_->own(now);
+        own_ = bodies_->own(now);
     }
-    ears_->take(event, session.id(), own);
+    ears_->take(event, session.id(), own_);
 }
 
 void Senses::show(Scene& scene, const Settings& settings, bool isInRoom, client::Time now,

@@ -29,6 +29,14 @@ class Senses {
 
     void take(const client::Event& event, const client::Session& session, client::Time now);
 
+    /// The state as it is drawn when a snapshot has just been taken in: see
+    /// client::Bodies::shown().
+    /// @param self  ourselves in that snapshot
+    /// @param now  as given to take()
+    UpdateMessage shown(const PlayerUpdate& self, client::Time now, bool ahead) {
+        return bodies_->shown(self, own_, now, ahead);
+    }
+
     const Match& match() const { return match_; }
 
     /// Null as long as no room has let one in.
@@ -49,6 +57,9 @@ class Senses {
     MapManager* map_;
     Match match_;
     std::optional<client::Bodies> bodies_;
+
+    /// One's own body when the newest snapshot was taken in.
+    std::optional<client::Prediction::Body> own_;
     std::optional<Ears> ears_;
     Staging staging_;
 };

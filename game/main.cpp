@@ -1,6 +1,5 @@
 #include "arena/ArenaFile.h"
 #include "arena/picture/Png.h"
-#include "bots/ChartCache.h"
 #include "client/RoomAddress.h"
 #include "common/CommandLine.h"
 #include "common/Decimals.h"
@@ -104,11 +103,6 @@ int play(const Options& options) {
         asked.frameLimit = *options.frameLimit;
 
     listenForSignals();
-    std::optional<bots::Roadmap> roadmap;
-    if (options.bot)
-        roadmap = bots::keptChart(
-            map, bots::chartFolder(), bots::programChecksum(), [] { return stopAsked == 0; },
-            [](const std::string&) {});
     // The surface takes some tenths of a second, and so does opening the window.
     std::future<ArenaMesh> mesh = std::async(std::launch::async, [&] { return meshOf(map); });
     Window window("Drench", options.size);
@@ -121,8 +115,8 @@ int play(const Options& options) {
     if (room)
         frame.visit().join(*room, asked.name, client::Clock::now());
     frame.autopilot().playScript(std::move(script));
-    if (roadmap)
-        frame.autopilot().letBotPlay(*roadmap, *options.bot);
+    if (options.bot)
+        frame.autopilot().letBotPlay(*options.bot);
     const Timekeeper timekeeper(options.seconds);
     while (frame.goesOn() && timekeeper.goesOn())
         frame.run();
@@ -134,7 +128,7 @@ int play(const Options& options) {
     }
     if (options.frameTimes)
         sayFrameCosts(frame.costs(), start);
-    const std::string trouble = frame.visit().screens().trouble().what;
+    const std::string trouble = frame.visit().screens().whyNotPlaying();
     if (!trouble.empty())
         std::cerr << trouble << '\n';
     frame.visit().leave(client::Clock::now());

@@ -59,8 +59,10 @@ endif()
 
 if(DRENCH_WINDOW)
   file(GLOB window_tests CONFIGURE_DEPENDS game/*.cpp)
-  add_executable(drench-play-tests ${window_tests} client/SessionLine.cpp)
-  target_link_libraries(drench-play-tests PRIVATE drench-test-support drench-display drench-play)
+  add_executable(drench-play-tests ${window_tests} client/SessionLine.cpp
+                                   ${PROJECT_SOURCE_DIR}/game/Autopilot.cpp)
+  target_link_libraries(drench-play-tests PRIVATE drench-test-support drench-display drench-play
+                                                  drench-bot-parts)
   target_compile_definitions(drench-play-tests
                              PRIVATE DRENCH_ARENAS="${PROJECT_SOURCE_DIR}/arenas"
                                      DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")

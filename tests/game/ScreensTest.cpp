@@ -178,3 +178,34 @@ TEST(Screens, KnowFromTheEventWhyARoomIsLost) {
     EXPECT_EQ(lossIn(client::Joined{'1'}), std::nullopt);
     EXPECT_EQ(lossIn(client::PlayerLeft{"Ann"}), std::nullopt);
 }
+
+TEST(Screens, GiveTheMouseToTheGameInAMatchAndWhileAWordIsWritten) {
+    Screens screens;
+    EXPECT_FALSE(screens.gameHasMouse());
+    screens.join("room");
+    EXPECT_FALSE(screens.gameHasMouse());
+    screens.enter();
+    EXPECT_TRUE(screens.gameHasMouse());
+    screens.openChat();
+    EXPECT_TRUE(screens.gameHasMouse());
+    EXPECT_FALSE(screens.gameHasInput());
+    screens.closePanel();
+    screens.escape();
+    EXPECT_FALSE(screens.gameHasMouse()) << "the menu";
+}
+
+TEST(Screens, SayWhyOneDoesNotPlay) {
+    const Screens::Time start{};
+    Screens screens;
+    EXPECT_EQ(screens.whyNotPlaying(), "");
+    screens.join("room");
+    EXPECT_EQ(screens.whyNotPlaying(), "room has not answered yet.");
+    screens.lose(Loss::full, start);
+    EXPECT_EQ(screens.whyNotPlaying(), "room is full.");
+    screens.joinAgain();
+    EXPECT_EQ(screens.whyNotPlaying(), "room is full.") << "the last that is known";
+    screens.enter();
+    EXPECT_EQ(screens.whyNotPlaying(), "");
+    screens.leave();
+    EXPECT_EQ(screens.whyNotPlaying(), "");
+}

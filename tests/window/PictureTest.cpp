@@ -41,25 +41,45 @@ void clearWarning(arena::Image& picture) {
     }
 }
 
-} // namespace
-
-TEST(WindowPicture, IsTheOneThatWasKept) {
+/// The picture of a window in a room that plays the court.
+/// @param folder  for all that the window needs
+/// @param arguments  besides the usual, as `environment`
+arena::Image pictureOf(const TemporaryFolder& folder, const std::string& arguments,
+                       const std::string& environment = "") {
     const Display display;
-    const TemporaryFolder folder;
     std::filesystem::create_directories(folder.path + "/drench");
     folder.write("drench/settings.toml", "[picture]\nless-motion = true\n");
-    const std::string arena = folder.write("court", arena::writeMapText(pictures::testCourt()));
     const std::string file = folder.path + "/picture.png";
     const StillRoom room(courtState());
     ToolProcess window("/usr/bin/env",
                        windowCommand(display.name, folder.path,
                                      "localhost:" + std::to_string(room.port()) + " --name " +
-                                         Desk::player + " --arena " + arena +
-                                         " --size 480x270 --screenshot " + file));
+                                         Desk::player + " --size 480x270 --screenshot " + file +
+                                         " " + arguments,
+                                     environment));
     EXPECT_TRUE(waitUntil([&] { return room.heard() >= 2; })) << window.err();
     window.signal(SIGTERM);
-    ASSERT_EQ(window.status(), 0) << window.err();
+    EXPECT_EQ(window.status(), 0) << window.err();
     arena::Image picture = arena::decodePng(readFile(file));
     clearWarning(picture);
-    expectStored(picture, "window.png");
+    return picture;
+}
+
+std::string courtText() {
+    return arena::writeMapText(pictures::testCourt());
+}
+
+} // namespace
+
+TEST(WindowPicture, IsTheOneThatWasKept) {
+    const TemporaryFolder folder;
+    const std::string arena = folder.write("court", courtText());
+    expectStored(pictureOf(folder, "--arena " + arena), "window.png");
+}
+
+TEST(WindowPicture, IsOfTheArenaThatFitsWhatTheRoomShows) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directories(folder.path + "/drench/arenas");
+    folder.write("drench/arenas/court", courtText());
+    expectStored(pictureOf(folder, "", "XDG_DATA_HOME=" + folder.path), "window.png");
 }
