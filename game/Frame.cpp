@@ -16,15 +16,6 @@ double secondsBetween(client::Time from, client::Time to) {
     return std::chrono::duration<double>(to - from).count();
 }
 
-/// Above a corner of the arena, seeing all of it: for whoever has no body yet.
-Camera overview(const MapManager& map) {
-    Camera camera;
-    const glm::vec3 middle = glm::vec3(map.width, 0.4f * map.height, map.length) * 0.5f;
-    camera.eye = middle + glm::vec3(0.55f * map.width, 1.3f * map.height, 0.7f * map.length);
-    camera.direction = middle - camera.eye;
-    return camera;
-}
-
 /// Frames a second. A driver that draws with the processor draws none that the screen cannot show.
 double frameRate(const Settings& settings, const Window& window) {
     const double limit = settings.frameLimit > 0 ? settings.frameLimit : window.screenRate();
@@ -55,7 +46,7 @@ Frame::Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& m
     : window_(window), arena_(arenas), settings_(std::move(settings)), keep_(std::move(keep)),
       renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
       senses_(arena_.map()), opened_(client::Clock::now()), begin_(opened_) {
-    scene_.camera = overview(arena_.map());
+    scene_.camera = overviewOf(arena_.map());
     applySettings();
 }
 
@@ -220,7 +211,7 @@ void Frame::compose(client::Time now) {
     scene_.time = time;
     if (visit_.screens().place() == Place::start) {
         senses_.forget();
-        scene_.camera = overview(arena_.map());
+        scene_.camera = overviewOf(arena_.map());
     }
     scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
     senses_.show(scene_, settings_, visit_.screens().place() == Place::match, now, seconds);

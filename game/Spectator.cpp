@@ -18,8 +18,15 @@ constexpr float flightSpeed = 400.0f;
 constexpr float followDistance = 330.0f;
 constexpr float followHeight = 55.0f;
 
-/// Radians above the horizon, when one does not look around.
-constexpr float followPitch = 0.3f;
+/// Radians above the horizon, when one does not look around: the first of these at which the
+/// camera has room behind a player, whose back may be at a wall.
+constexpr float followPitches[] = {0.3f, 0.65f, 1.0f, 1.35f};
+
+/// The share of the distance that is room enough.
+constexpr float enoughRoom = 0.6f;
+
+/// World units from the middle of a figure to the camera.
+constexpr float nearestFigure = 110.0f;
 
 /// World units that the camera keeps from cubes.
 constexpr float wallGap = 16.0f;
@@ -50,11 +57,11 @@ float withinTurn(float angle) {
     return std::remainder(angle, glm::two_pi<float>());
 }
 
-/// The farthest point on the way from `from` to `to` that is reached without coming near a cube.
-glm::vec3 beforeCubes(const MapManager& map, glm::vec3 from, glm::vec3 to) {
+/// The share of a way that is gone without coming near a cube.
+float freeShare(const MapManager& map, glm::vec3 from, glm::vec3 way) {
     const auto isFree = [&](float share) {
         constexpr vec3 room{2.0f * wallGap, 2.0f * wallGap, 2.0f * wallGap};
-        return !map.collides(Box(inGame(from + share * (to - from)), room));
+        return !map.collides(Box(inGame(from + share * way), room));
     };
     float reached = 0.0f;
     for (int step = 1; step <= sweepSteps; ++step) {
@@ -71,7 +78,23 @@ glm::vec3 beforeCubes(const MapManager& map, glm::vec3 from, glm::vec3 to) {
         }
         break;
     }
-    return from + reached * (to - from);
+    return reached;
+}
+
+/// How steeply to look down on a player from behind.
+float pitchWithRoom(const MapManager& map, glm::vec3 from, float yaw) {
+    float best = followPitches[0];
+    float most = 0.0f;
+    for (const float pitch : followPitches) {
+        const float room = freeShare(map, from, -followDistance * directionOf(yaw, -pitch));
+        if (room > most) {
+            most = room;
+            best = pitch;
+        }
+        if (room >= enoughRoom)
+            break;
+    }
+    return best;
 }
 
 } // namespace
@@ -100,8 +123,7 @@ void Spectator::turn(float right, float up) {
     float& yaw = view_ == View::flying ? yaw_ : aroundYaw_;
     float& pitch = view_ == View::flying ? pitch_ : aroundPitch_;
     yaw = withinTurn(yaw - right);
-    const float rest = view_ == View::flying ? 0.0f : followPitch;
-    pitch = std::clamp(pitch + up, rest - steepest, rest + steepest);
+    pitch = std::clamp(pitch + up, -steepest, steepest);
 }
 
 void Spectator::fly(glm::vec3 way, float seconds) {
@@ -144,17 +166,26 @@ void Spectator::place(Camera& camera, const PlayerUpdate* player, const MapManag
     pitch_ = std::clamp(pitchOf(camera.direction), -steepest, steepest);
 }
 
+bool Spectator::isInTheWay(glm::vec3 figure, const Camera& camera) const {
+    return view_ == View::following && glm::distance(figure, camera.eye) < nearestFigure;
+}
+
 void Spectator::follow(Camera& camera, const PlayerUpdate& player, const MapManager& map,
                        float seconds) {
-    const float yaw = yawOf(onScreen(player.direction));
-    if (followed_ != player.id)
-        followedYaw_ = yaw;
-    followed_ = player.id;
-    followedYaw_ += withinTurn(yaw - followedYaw_) * (1.0f - std::exp(-seconds / followTime));
     const glm::vec3 middle = onScreen(player.position);
-    const glm::vec3 over = beforeCubes(map, middle, middle + glm::vec3(0.0f, followHeight, 0.0f));
-    camera.direction = directionOf(followedYaw_ + aroundYaw_, aroundPitch_ - followPitch);
-    camera.eye = beforeCubes(map, over, over - followDistance * camera.direction);
+    const glm::vec3 rise(0.0f, followHeight, 0.0f);
+    const glm::vec3 over = middle + freeShare(map, middle, rise) * rise;
+    const bool isNew = followed_ != player.id;
+    followed_ = player.id;
+    const float followed = isNew ? 1.0f : 1.0f - std::exp(-seconds / followTime);
+    const float yaw = yawOf(onScreen(player.direction));
+    followedYaw_ += withinTurn(yaw - followedYaw_) * followed;
+    const float pitch = -pitchWithRoom(map, over, followedYaw_ + aroundYaw_);
+    followedPitch_ += (pitch - followedPitch_) * followed;
+    camera.direction = directionOf(followedYaw_ + aroundYaw_,
+                                   std::clamp(followedPitch_ + aroundPitch_, -steepest, steepest));
+    const glm::vec3 way = -followDistance * camera.direction;
+    camera.eye = over + freeShare(map, over, way) * way;
 }
 
 } // namespace drench::game

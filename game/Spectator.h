@@ -47,6 +47,9 @@ class Spectator {
     /// @param player  the one watched; null for none
     void place(Camera& camera, const PlayerUpdate* player, const MapManager& map, float seconds);
 
+    /// Whether the camera is so near to whom it follows that nothing else could be seen.
+    bool isInTheWay(glm::vec3 figure, const Camera& camera) const;
+
   private:
     void follow(Camera& camera, const PlayerUpdate& player, const MapManager& map, float seconds);
 
@@ -61,6 +64,7 @@ class Spectator {
     /// Behind a player: where it looks, smoothed, and by how much one looks around.
     char followed_ = 0;
     float followedYaw_ = 0.0f;
+    float followedPitch_ = 0.0f;
     float aroundYaw_ = 0.0f;
     float aroundPitch_ = 0.0f;
 };

@@ -68,6 +68,9 @@ void Watching::pass(double seconds, const Settings& settings, Scene& scene) {
         std::erase_if(players, [&](const PlayerUpdate& each) { return each.id == watched; });
     }
     staging_->show(scene, own, players, passed, settings.lessMotion);
+    std::erase_if(scene.figures, [&](const FigurePose& figure) {
+        return figure.id == watched && spectator_.isInTheWay(figure.position, scene.camera);
+    });
     dress(scene, match(), staging_->grid(), paletteOf(settings));
     scene.soaked = soakedIn(match(), playback_.now());
 }
