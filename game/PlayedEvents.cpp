@@ -1,14 +1,12 @@
 #include "game/PlayedEvents.h"
 
 #include "client/Notices.h"
-#include "client/Records.h"
-#include "client/TickClock.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <deque>
-#include <optional>
+#include <utility>
 #include <variant>
 
 namespace drench::game {
@@ -19,6 +17,9 @@ using Seconds = std::chrono::duration<double>;
 
 /// Snapshots to either side of one from which the line of ticks is drawn there: about a second.
 constexpr std::size_t reach = 32;
+
+/// A session that is told of anew this soon after the last snapshot is none.
+constexpr std::chrono::seconds sessionsApart{1};
 
 /// Arrivals in which client::TickClock finds a loss, and a few more.
 constexpr std::size_t findingTime = 12;
@@ -34,47 +35,9 @@ client::Time timeAt(double seconds) {
     return client::Time(std::chrono::duration_cast<client::Time::duration>(Seconds(seconds)));
 }
 
-/// Reads the records one after the other, counting ticks.
-class Reader {
-  public:
-    std::vector<PlayedEvent> events;
-
-    void take(const HeardDatagram& heard) {
-        now_ = heard.arrival;
-        std::visit([this](const auto& record) { take(record); }, client::readRecord(heard.bytes));
-    }
-
-    /// Seconds from tick to tick.
-    double period() const { return clock_.period() / 1000.0; }
-
-  private:
-    void add(const client::Event& event) { events.push_back({now_, event}); }
-
-    void take(const AcceptanceMessage& acceptance) {
-        if (newest_) {
-            // A session of its own counts its own ticks.
-            firstTick_ = tick_ + std::max<std::int64_t>(
-                                     1, std::llround(Seconds(now_ - *newest_).count() / period()));
-            clock_ = {};
-        }
-        add(client::Joined{acceptance.id});
-    }
-    void take(const UpdateMessage& state) {
-        newest_ = now_;
-        tick_ = firstTick_ + clock_.arrival(now_);
-        add(client::Snapshot{state, tick_, now_});
-    }
-    void take(const TalkMessage& talk) { add(client::wordsOf(talk)); }
-    void take(const client::UnknownRecord&) {}
-    void take(const client::Receipt&) {}
-    void take(const RefusalMessage&) {}
-
-    client::TickClock clock_;
-    client::Time now_;
-    std::int64_t firstTick_ = 0;
-    std::int64_t tick_ = 0;
-    std::optional<client::Time> newest_;
-};
+Seconds periodOf(const client::TickClock& clock) {
+    return std::chrono::duration<double, std::milli>(clock.period());
+}
 
 /// For each value the least of those at most `reach` places away.
 std::vector<double> leastAround(const std::vector<double>& values) {
@@ -186,17 +149,51 @@ void smoothArrivals(const std::vector<Arrival>& arrivals, double period) {
 
 } // namespace
 
-std::vector<PlayedEvent> playedEvents(std::span<const HeardDatagram> heard) {
-    Reader reader;
-    for (const HeardDatagram& each : heard)
-        reader.take(each);
-    const std::vector<Arrival> arrivals = arrivalsIn(reader.events);
+void LineDecoder::take(client::Time arrival, std::string_view datagram) {
+    now_ = arrival;
+    std::visit([this](const auto& record) { take(record); }, client::readRecord(datagram));
+}
+
+void LineDecoder::add(const client::Event& event) {
+    if (events_.size() < mostEvents)
+        events_.push_back({now_, event});
+}
+
+void LineDecoder::take(const AcceptanceMessage& acceptance) {
+    // The second answer to a join that was sent twice; the session leaves that place.
+    if (isIn_ && now_ - newest_ < sessionsApart)
+        return;
+    if (hasBegun_) {
+        // A session of its own counts its own ticks.
+        const double ticks = Seconds(now_ - newest_) / periodOf(clock_);
+        firstTick_ = tick_ + std::max<std::int64_t>(1, std::llround(ticks));
+        clock_ = {};
+    }
+    ownId_ = acceptance.id;
+    add(client::Joined{acceptance.id});
+}
+
+void LineDecoder::take(const UpdateMessage& state) {
+    hasBegun_ = true;
+    newest_ = now_;
+    isIn_ = client::playerWith(state, ownId_) != nullptr;
+    tick_ = firstTick_ + clock_.arrival(now_);
+    add(client::Snapshot{state, tick_, now_});
+}
+
+void LineDecoder::take(const TalkMessage& talk) {
+    add(client::wordsOf(talk));
+}
+
+std::vector<PlayedEvent> LineDecoder::finish() {
+    std::vector<PlayedEvent> events = std::move(events_);
+    const std::vector<Arrival> arrivals = arrivalsIn(events);
     moveLosses(arrivals);
-    smoothArrivals(arrivals, reader.period());
-    std::stable_sort(
-        reader.events.begin(), reader.events.end(),
-        [](const PlayedEvent& a, const PlayedEvent& b) { return a.moment < b.moment; });
-    return std::move(reader.events);
+    smoothArrivals(arrivals, periodOf(clock_).count());
+    std::stable_sort(events.begin(), events.end(), [](const PlayedEvent& a, const PlayedEvent& b) {
+        return a.moment < b.moment;
+    });
+    return events;
 }
 
 } // namespace drench::game

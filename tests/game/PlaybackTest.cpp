@@ -203,10 +203,10 @@ TEST_F(PlaybackOfAMatch, AnswersForTheArenaWithItsFirstSnapshots) {
 
 TEST(Playback, WithoutASnapshotThereIsNothingToWatch) {
     RecordedLine line;
-    EXPECT_THROW(Playback(line.events()), InputError);
     line.hear(acceptanceDatagram('1'));
     line.hear(noticeDatagram("Ann joined"));
     EXPECT_THROW(Playback(line.events()), InputError);
+    EXPECT_THROW(Playback(std::vector<PlayedEvent>()), InputError);
 }
 
 TEST(Playback, OfASingleSnapshotStandsStill) {

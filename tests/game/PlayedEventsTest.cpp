@@ -52,7 +52,16 @@ TEST(PlayedEvents, AreWhatTheRoomSaidInItsOrder) {
 }
 
 TEST(PlayedEvents, OfAnEmptyRecordingAreNone) {
-    EXPECT_TRUE(playedEvents({}).empty());
+    EXPECT_TRUE(RecordedLine().events().empty());
+}
+
+TEST(PlayedEvents, TheSecondAnswerToAJoinIsNoSession) {
+    RecordedLine line;
+    line.hear(acceptanceDatagram('1'));
+    line.ticks(10, {ann});
+    line.hear(acceptanceDatagram('2'));
+    line.ticks(10, {ann});
+    EXPECT_EQ(line.events().size(), 21u);
 }
 
 TEST(PlayedEvents, OfAJitteringLineComeEvenly) {

@@ -5,7 +5,6 @@
 #include "tests/support/Datagrams.h"
 
 #include <chrono>
-#include <deque>
 #include <string>
 #include <vector>
 
@@ -19,9 +18,9 @@ class RecordedLine {
     double now = 0.0;
 
     void hear(const std::string& datagram, double lateness = 0.0) {
+        using Time = drench::client::Time;
         const std::chrono::duration<double, std::milli> arrival(now + lateness);
-        bytes_.push_back(datagram);
-        heard_.push_back({Time(std::chrono::round<Time::duration>(arrival)), bytes_.back()});
+        decoder_.take(Time(std::chrono::round<Time::duration>(arrival)), datagram);
     }
 
     /// One tick passes, and its snapshot comes.
@@ -35,13 +34,8 @@ class RecordedLine {
             tick(players);
     }
 
-    std::vector<drench::game::PlayedEvent> events() const {
-        return drench::game::playedEvents(heard_);
-    }
+    std::vector<drench::game::PlayedEvent> events() { return decoder_.finish(); }
 
   private:
-    using Time = drench::client::Time;
-
-    std::deque<std::string> bytes_;
-    std::vector<drench::game::HeardDatagram> heard_;
+    drench::game::LineDecoder decoder_;
 };
