@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "${1:-$(dirname "$0")/..}"
 
-rooms='common game room client arena arena/picture bots lag window game/render game/ui tools bench tests'
+rooms='common game room client client/recording arena arena/picture bots lag window game/render game/ui tools bench tests'
 
 # Prints "FILE:LINE:INCLUDED" for each include in quotes, or of a room in angle brackets; in src/, which
 # includes from its own folder, INCLUDED too is named from the root.
@@ -22,6 +22,7 @@ includes | awk -F: -v rooms="$rooms" '
     if (file ~ /^src\/(Server|NetworkInfo|main)\./) return "room"
     if (file ~ /^src\//) return "game"
     if (file ~ /^arena\/picture\//) return "arena/picture"
+    if (file ~ /^client\/recording\//) return "client/recording"
     if (file ~ /^game\/(render|ui)\//) { sub(/\/[^\/]*$/, "", file); return file }
     if (file ~ /^game\//) return "window"
     sub(/\/.*/, "", file)

@@ -37,16 +37,18 @@ need_build_tools() {
   need make make command -v make
 }
 
-# For drench-map and drench-bots.
+# For all but the server.
 need_tool_libraries() {
+  need pkg-config pkg-config command -v pkg-config
   need CLI11 libcli11-dev has_header CLI/CLI.hpp
   need 'the JSON library' nlohmann-json3-dev has_header nlohmann/json.hpp
   need libpng libpng-dev has_header png.h
+  need zstd libzstd-dev has_library libzstd
+  need libpcap libpcap-dev has_library libpcap
 }
 
 # For the window, beside those of the tools.
 need_window_libraries() {
-  need pkg-config pkg-config command -v pkg-config
   need SDL2 libsdl2-dev has_library sdl2
   need epoxy libepoxy-dev has_library epoxy
   need GLM libglm-dev has_header glm/glm.hpp

@@ -47,13 +47,14 @@ char onlyPlayerNamed(const UpdateMessage& state, std::string_view name) {
 } // namespace
 
 std::optional<Session> Session::join(const sockaddr_in& room, std::string_view name, Time now,
-                                     std::string& problem) {
+                                     std::string& problem, Tap tap) {
     Session session;
     Parts& parts = session.parts_;
     if (!parts.socket.open(room, problem))
         return std::nullopt;
     parts.name = untilZero(name).substr(0, longestName);
     parts.now = now;
+    parts.tap = std::move(tap);
     session.sendJoin();
     return session;
 }
@@ -146,6 +147,8 @@ bool Session::receive(const Take& take) {
         switch (parts_.socket.receive(datagram, sizeof datagram, length)) {
         case Socket::Result::done:
             ++parts_.statistics.received;
+            if (parts_.tap)
+                parts_.tap(Way::fromRoom, {datagram, length}, parts_.now);
             take(std::string_view(datagram, length));
             break;
         case Socket::Result::nobodyListens:
@@ -277,6 +280,8 @@ bool Session::send(const void* datagram, std::size_t length) {
         return false;
     }
     ++parts_.statistics.sent;
+    if (parts_.tap)
+        parts_.tap(Way::toRoom, {static_cast<const char*>(datagram), length}, parts_.now);
     parts_.roundTrip.sent(parts_.now);
     return true;
 }

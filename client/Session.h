@@ -8,6 +8,7 @@
 #include "client/Records.h"
 #include "client/RoundTrip.h"
 #include "client/Socket.h"
+#include "client/Tap.h"
 #include "client/TickClock.h"
 
 #include <cstdint>
@@ -63,8 +64,10 @@ class Session {
     /// record is sent again while neither receipt nor answer has come. If both copies make a
     /// player, the session makes the second player leave. The room keeps the first 11 characters of
     /// the name. Returns nothing if the system gives no socket, with the reason in `problem`.
+    /// @param tap  sees all datagrams, those of leaving included: must be callable until the
+    /// session is destroyed
     static std::optional<Session> join(const sockaddr_in& room, std::string_view name, Time now,
-                                       std::string& problem);
+                                       std::string& problem, Tap tap = {});
 
     /// Leaves as leave() does, at the last moment passed in. That moment may be long ago: after a
     /// pause in calling service(), call leave() first.
@@ -139,6 +142,7 @@ class Session {
     /// All members, so that moving cannot forget one.
     struct Parts {
         Socket socket;
+        Tap tap;
         std::string name;
 
         /// The last moment passed in.

@@ -16,8 +16,6 @@ namespace drench {
 
 namespace {
 
-constexpr off_t largestFile = off_t{64} << 20;
-
 [[noreturn]] void fail(const std::string& path, const std::string& what) {
     throw InputError(path + ": " + what);
 }
@@ -91,7 +89,7 @@ bool isStandardOutput(const struct stat& file) {
 
 } // namespace
 
-std::string readFile(const std::string& path) {
+std::string readFile(const std::string& path, std::size_t most) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status {};
     if (file.number < 0 || fstat(file.number, &status) != 0)
@@ -110,8 +108,8 @@ std::string readFile(const std::string& path) {
         if (count == 0)
             return bytes;
         bytes.append(block, static_cast<std::size_t>(count));
-        if (static_cast<off_t>(bytes.size()) > largestFile)
-            fail(path, "is larger than any arena (64 MiB)");
+        if (bytes.size() > most)
+            fail(path, "is too large (more than " + std::to_string(most >> 20) + " MiB)");
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
@@ -10,9 +11,12 @@ struct InputError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// More than any arena has.
+constexpr std::size_t mostArenaBytes = std::size_t{64} << 20;
+
 /// The file's bytes, unchanged. Throws InputError with the path and the system's reason if the file
-/// cannot be read, is a folder, or is larger than any arena (64 MiB).
-std::string readFile(const std::string& path);
+/// cannot be read, is a folder, or has more than `most` bytes.
+std::string readFile(const std::string& path, std::size_t most = mostArenaBytes);
 
 /// Replaces the file by exactly these bytes, or leaves it as it was and throws InputError: the
 /// bytes go to a temporary file beside it, which is then renamed. Follows links and keeps the mode

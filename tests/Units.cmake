@@ -51,6 +51,10 @@ if(DRENCH_TOOLS)
                                                       ${room_on_a_manual_clock})
   target_link_libraries(drench-lead-figures PRIVATE drench-test-support drench-room drench-bot-parts)
 
+  file(GLOB recording_tests CONFIGURE_DEPENDS client/recording/*.cpp)
+  add_executable(drench-recording-tests ${recording_tests})
+  target_link_libraries(drench-recording-tests PRIVATE drench-test-support drench-recording)
+
   file(GLOB lag_tests CONFIGURE_DEPENDS lag/*.cpp)
   add_executable(drench-lag-tests ${lag_tests})
   target_link_libraries(drench-lag-tests PRIVATE drench-test-support drench-lag-parts
@@ -74,6 +78,7 @@ target_link_libraries(drench-timing-tests PRIVATE drench-test-support)
 gtest_discover_tests(drench-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 if(DRENCH_TOOLS)
   gtest_discover_tests(drench-bot-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(drench-recording-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
   gtest_discover_tests(drench-lag-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 endif()
 if(DRENCH_WINDOW)

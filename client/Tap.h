@@ -1,0 +1,19 @@
+#pragma once
+
+#include "client/Clock.h"
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+namespace drench::client {
+
+/// Which way a datagram goes.
+enum class Way : std::uint8_t { fromRoom, toRoom };
+
+/// Sees a datagram as it is on the wire, with the moment passed to the call that sends or receives
+/// it; for recording. One received is seen before anything is made of it, and cut to 533 bytes, of
+/// which the longest record has 532. Must not call the session.
+using Tap = std::function<void(Way way, std::string_view datagram, Time now)>;
+
+} // namespace drench::client

@@ -1,0 +1,97 @@
+#include "client/recording/RecordingBytes.h"
+
+#include "client/recording/Columns.h"
+#include "common/Checksum.h"
+#include "common/Files.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace drench::client {
+
+namespace {
+
+void putText(std::string& bytes, const std::string& text) {
+    if (text.size() > recordingLimits::textBytes)
+        throw InputError("the name of a room or program is too long for a recording");
+    putNumber(bytes, text.size());
+    bytes += text;
+}
+
+} // namespace
+
+RecordingHeader headerNow(std::string arena, std::string room, std::string program) {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return {.arena = std::move(arena),
+            .room = std::move(room),
+            .program = std::move(program),
+            .startedAt = std::chrono::duration_cast<std::chrono::microseconds>(now).count()};
+}
+
+RecordingBytes::RecordingBytes(const RecordingHeader& header) {
+    if (header.arena.size() > recordingLimits::arenaBytes)
+        throw InputError("the arena is too large for a recording");
+    std::string bytes;
+    putSigned(bytes, header.startedAt);
+    putText(bytes, header.room);
+    putText(bytes, header.program);
+    putNumber(bytes, header.arena.size());
+    putNumber(bytes, checksum(header.arena));
+    append(std::string(recordingMagic));
+    append(blockOf(BlockKind::header, bytes));
+    if (!header.arena.empty())
+        append(blockOf(BlockKind::arena, header.arena));
+}
+
+void RecordingBytes::add(const RecordedDatagram& datagram) {
+    if (!builder_.hasRoomFor(datagram))
+        endBlock();
+    builder_.add(datagram);
+}
+
+void RecordingBytes::addBlock(std::string block, RecordedTime shift) {
+    BlockHead head;
+    std::memcpy(&head, block.data(), sizeof head);
+    head.firstTime -= shift.count();
+    head.lastTime -= shift.count();
+    seal(head);
+    std::memcpy(block.data(), &head, sizeof head);
+    places_.push_back(
+        {size_, RecordedTime(head.firstTime), RecordedTime(head.lastTime), head.datagrams});
+    append(block);
+}
+
+void RecordingBytes::endBlock() {
+    if (!builder_.isEmpty())
+        addBlock(builder_.take(), RecordedTime(0));
+}
+
+void RecordingBytes::end() {
+    endBlock();
+    std::string index;
+    putNumber(index, places_.size());
+    BlockPlace before;
+    for (const BlockPlace& place : places_) {
+        putNumber(index, place.offset - before.offset);
+        putNumber(index, static_cast<std::uint64_t>((place.firstTime - before.lastTime).count()));
+        putNumber(index, static_cast<std::uint64_t>((place.lastTime - place.firstTime).count()));
+        putNumber(index, place.datagrams);
+        before = place;
+    }
+    IndexTrailer trailer;
+    trailer.offset = size_;
+    append(blockOf(BlockKind::index, index));
+    append({reinterpret_cast<const char*>(&trailer), sizeof trailer});
+}
+
+std::string RecordingBytes::takeReady() {
+    return std::exchange(ready_, {});
+}
+
+void RecordingBytes::append(const std::string& bytes) {
+    ready_ += bytes;
+    size_ += bytes.size();
+}
+
+} // namespace drench::client

@@ -1,0 +1,134 @@
+#include "client/recording/RecordingWriter.h"
+
+#include "common/Files.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace drench::client {
+
+namespace {
+
+/// Well below the second that a block spans.
+constexpr std::chrono::milliseconds pause(250);
+
+int openNew(const std::string& path) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    if (file < 0)
+        throw InputError(path + ": cannot be written (" + std::strerror(errno) + ")");
+    struct stat status {};
+    if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
+        close(file);
+        throw InputError(path + ": is there already, and is not overwritten");
+    }
+    return file;
+}
+
+/// While it lives, new threads of this one get no signals: those are for who waits for them.
+class SignalsBlocked {
+  public:
+    SignalsBlocked() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsBlocked(const SignalsBlocked&) = delete;
+    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+  private:
+    sigset_t before_;
+};
+
+} // namespace
+
+RecordingWriter::RecordingWriter(const std::string& path, const RecordingHeader& header, Time start)
+    : path_(path), start_(start), file_(openNew(path)), bytes_(header) {
+    const SignalsBlocked blocked;
+    thread_ = std::thread([this] { run(); });
+}
+
+RecordingWriter::~RecordingWriter() {
+    finish();
+}
+
+void RecordingWriter::take(Way way, std::uint32_t line, std::string_view datagram, Time now) {
+    const auto time = std::chrono::duration_cast<RecordedTime>(now - start_);
+    const std::size_t bytes = datagram.size() + sizeof(RecordedDatagram);
+    std::unique_lock lock(mutex_);
+    if (isEnding_ || !problem_.empty())
+        return;
+    if (bytesWaiting_ + bytes > mostBytesWaiting) {
+        lock.unlock();
+        endEarly("the disk is too slow");
+        return;
+    }
+    bytesWaiting_ += bytes;
+    waiting_.push_back({time, way, line, std::string(datagram)});
+}
+
+std::string RecordingWriter::problem() const {
+    const std::lock_guard lock(mutex_);
+    return problem_;
+}
+
+std::string RecordingWriter::finish() {
+    {
+        const std::lock_guard lock(mutex_);
+        isEnding_ = true;
+    }
+    wake_.notify_all();
+    if (thread_.joinable())
+        thread_.join();
+    return problem();
+}
+
+void RecordingWriter::run() {
+    write(bytes_.takeReady());
+    for (bool isEnding = false; !isEnding;) {
+        std::vector<RecordedDatagram> taken;
+        {
+            std::unique_lock lock(mutex_);
+            wake_.wait_for(lock, pause, [this] { return isEnding_; });
+            isEnding = isEnding_;
+            taken = std::exchange(waiting_, {});
+            bytesWaiting_ = 0;
+        }
+        for (const RecordedDatagram& datagram : taken)
+            bytes_.add(datagram);
+        // Nothing more may come for a long time.
+        if (taken.empty())
+            bytes_.endBlock();
+        if (isEnding)
+            bytes_.end();
+        write(bytes_.takeReady());
+    }
+}
+
+/// After a failure nothing more is written: a reader could not tell what lacks.
+void RecordingWriter::write(const std::string& bytes) {
+    std::size_t written = 0;
+    while (written < bytes.size() && !isBroken_) {
+        const ssize_t count = ::write(file_.number, bytes.data() + written, bytes.size() - written);
+        if (count >= 0) {
+            written += static_cast<std::size_t>(count);
+        } else if (errno != EINTR) {
+            isBroken_ = true;
+            endEarly(std::strerror(errno));
+        }
+    }
+}
+
+void RecordingWriter::endEarly(const std::string& reason) {
+    const std::lock_guard lock(mutex_);
+    if (problem_.empty())
+        problem_ = path_ + ": the recording ends early (" + reason + ")";
+}
+
+} // namespace drench::client

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "client/Clock.h"
+#include "client/recording/Recording.h"
+#include "client/recording/RecordingBytes.h"
+#include "common/Descriptor.h"
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace drench::client {
+
+/// Writes a recording while it goes on, about once a second, in a thread of its own: take() only
+/// keeps what it gets. When the file cannot be written any further, the recording ends there, and
+/// the program goes on; problem() says why.
+class RecordingWriter {
+  public:
+    /// The most bytes that wait for the disk; with more, the recording ends.
+    static constexpr std::size_t mostBytesWaiting = std::size_t{32} << 20;
+
+    /// Makes the file, whose times count from `start`. Throws InputError if that fails, or if a
+    /// file with something in it is there already: a recording is never overwritten.
+    RecordingWriter(const std::string& path, const RecordingHeader& header, Time start);
+
+    /// As finish().
+    ~RecordingWriter();
+    RecordingWriter(const RecordingWriter&) = delete;
+    RecordingWriter& operator=(const RecordingWriter&) = delete;
+
+    /// A datagram passed at `now`. Never waits for the disk.
+    void take(Way way, std::uint32_t line, std::string_view datagram, Time now);
+
+    /// Why the recording ended early, as one line; empty if it has not.
+    std::string problem() const;
+
+    /// Writes what is left, and the index; nothing is taken any more. Returns problem().
+    std::string finish();
+
+  private:
+    void run();
+    void write(const std::string& bytes);
+    void endEarly(const std::string& reason);
+
+    std::string path_;
+    Time start_;
+    Descriptor file_;
+
+    /// Of the thread alone.
+    RecordingBytes bytes_;
+    bool isBroken_ = false;
+
+    /// Guards the members below.
+    mutable std::mutex mutex_;
+    std::condition_variable wake_;
+    std::vector<RecordedDatagram> waiting_;
+    std::size_t bytesWaiting_ = 0;
+    bool isEnding_ = false;
+    std::string problem_;
+
+    std::thread thread_;
+};
+
+} // namespace drench::client

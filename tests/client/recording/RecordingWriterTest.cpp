@@ -1,0 +1,95 @@
+#include "client/recording/RecordingWriter.h"
+
+#include "client/recording/RecordingReader.h"
+#include "common/Files.h"
+#include "tests/client/recording/MadeMatch.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+#include <thread>
+
+using namespace drench;
+using namespace drench::client;
+
+namespace {
+
+constexpr Time start{};
+
+void takeAll(RecordingWriter& writer, const std::vector<RecordedDatagram>& match) {
+    for (const RecordedDatagram& datagram : match)
+        writer.take(datagram.way, datagram.line, datagram.bytes, start + datagram.time);
+}
+
+std::uint64_t countIn(RecordingReader reader) {
+    std::uint64_t count = 0;
+    while (reader.next())
+        ++count;
+    return count;
+}
+
+} // namespace
+
+TEST(RecordingWriter, WritesTheSameFileAsInMemory) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/match";
+    const std::vector<RecordedDatagram> match = madeMatch(200);
+    RecordingWriter writer(path, madeHeader(), start);
+    takeAll(writer, match);
+    EXPECT_EQ(writer.finish(), "");
+    RecordingReader reader = RecordingReader::open(path);
+    EXPECT_TRUE(reader.problems().empty());
+    for (const RecordedDatagram& datagram : match)
+        ASSERT_TRUE(same(reader.next().value(), datagram));
+    EXPECT_FALSE(reader.next());
+}
+
+TEST(RecordingWriter, HasWrittenWhatItTookBeforeItsEnd) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/match";
+    const std::vector<RecordedDatagram> match = madeMatch(200);
+    RecordingWriter writer(path, madeHeader(), start);
+    takeAll(writer, match);
+    std::uint64_t read = 0;
+    for (int i = 0; i < 200 && read < match.size(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        const std::string bytes = readFile(path);
+        read = bytes.empty() ? 0 : countIn(RecordingReader(bytes, path));
+    }
+    EXPECT_EQ(read, match.size());
+}
+
+TEST(RecordingWriter, EndsWithOneLineOnAFullDisk) {
+    RecordingWriter writer("/dev/full", madeHeader(), start);
+    takeAll(writer, madeMatch(100));
+    EXPECT_EQ(writer.finish(), "/dev/full: the recording ends early (No space left on device)");
+    takeAll(writer, madeMatch(1));
+    EXPECT_EQ(writer.problem(), writer.finish());
+}
+
+TEST(RecordingWriter, OverwritesNothing) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("match", "precious");
+    try {
+        const RecordingWriter writer(path, madeHeader(), start);
+        FAIL();
+    } catch (const InputError& error) {
+        EXPECT_EQ(error.what(), path + ": is there already, and is not overwritten");
+    }
+    EXPECT_EQ(readFile(path), "precious");
+    EXPECT_THROW(RecordingWriter(folder.path + "/no/match", madeHeader(), start), InputError);
+}
+
+TEST(RecordingWriter, ThrowsAwayNothingBelowItsLimitAndEndsBeyond) {
+    const TemporaryFolder folder;
+    RecordingWriter writer(folder.path + "/match", madeHeader(), start);
+    // At once, more than the thread takes in the meantime.
+    const std::string large(60000, 'x');
+    for (std::size_t taken = 0; taken <= 3 * RecordingWriter::mostBytesWaiting; taken += 60000)
+        writer.take(Way::fromRoom, 0, large, start);
+    const std::string problem = writer.finish();
+    EXPECT_TRUE(problem.empty() ||
+                problem == folder.path + "/match: the recording ends early (the disk is too slow)");
+    EXPECT_GE(countIn(RecordingReader::open(folder.path + "/match")),
+              RecordingWriter::mostBytesWaiting / 60000 - 20);
+}
