@@ -1,5 +1,6 @@
 #include "game/Frame.h"
 
+#include "arena/MapText.h"
 #include "common/Files.h"
 
 #include <algorithm>
@@ -43,11 +44,21 @@ bool isLasting(const std::string& room) {
 
 Frame::Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh,
              Settings settings, KeepSettings keep)
-    : window_(window), arena_(arenas), settings_(std::move(settings)), keep_(std::move(keep)),
-      renderer_(mesh), overlay_(window), pacing_(frameRate(settings_, window)),
-      senses_(arena_.map()), opened_(client::Clock::now()), begin_(opened_) {
+    : window_(window), arenas_(arenas), arena_(arenas), settings_(std::move(settings)),
+      keep_(std::move(keep)), renderer_(mesh), overlay_(window),
+      pacing_(frameRate(settings_, window)), recorder_(recordingsFolder()), senses_(arena_.map()),
+      opened_(client::Clock::now()), begin_(opened_) {
     scene_.camera = overviewOf(arena_.map());
+    visit_.recordInto(
+        [this](const std::string& room, client::Time now) { return recorder_.enter(room, now); });
     applySettings();
+}
+
+void Frame::watch(OpenedRecording opened) {
+    renderer_.setArena(opened.mesh);
+    screening_.emplace(std::move(opened));
+    visit_.screens().watch(screening_->title());
+    scene_.camera = overviewOf(arena_.map());
 }
 
 void Frame::run() {
@@ -60,6 +71,7 @@ void Frame::run() {
     takeInputs();
     serviceRoom(begin);
     changeArena();
+    changeScreening();
     compose(begin);
     sound(begin);
     const PixelSize size = window_.size();
@@ -122,7 +134,9 @@ void Frame::takeInputs() {
         releaseAll();
     gameHadInput_ = gameHasInput;
     pacing_.calm(visit_.screens().isCalm() || !isFocused_);
-    const bool gameHasMouse = isFocused_ && visit_.screens().gameHasMouse();
+    // Whoever watches needs the pointer for the bar.
+    const bool gameHasMouse =
+        isFocused_ && visit_.screens().gameHasMouse() && (!screening_ || screening_->isDragging());
     if (gameHasMouse)
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
                            {settings_.invertX, settings_.invertY});
@@ -131,7 +145,9 @@ void Frame::takeInputs() {
                            {settings_.invertX, settings_.invertY});
     window_.captureMouse(gameHasMouse);
     const ViewCounts counts = turning_.take();
-    if (counts != ViewCounts{} && visit_.session())
+    if (screening_)
+        screening_->turn(counts);
+    else if (counts != ViewCounts{} && visit_.session())
         visit_.session()->turn(counts.dx, counts.dy);
 }
 
@@ -140,18 +156,24 @@ void Frame::takeFocus(bool focused) {
     if (focused) {
         held_.gainFocus();
     } else {
+        if (screening_)
+            screening_->releaseAll();
         for (const ActionChange& ended : held_.loseFocus())
             act(ended);
     }
 }
 
 void Frame::releaseAll() {
+    if (screening_)
+        screening_->releaseAll();
     for (const ActionChange& ended : held_.releaseAll())
         act(ended);
     turning_.forget();
 }
 
 void Frame::press(const WindowEvents::Press& press) {
+    if (screening_ && screening_->press(press.input, press.down))
+        return;
     if (const auto change = held_.press(settings_.bindings, press.input, press.down))
         act(*change);
 }
@@ -165,7 +187,19 @@ void Frame::act(const ActionChange& change) {
         window_.fillScreen(settings_.fullScreen);
         changed_ = begin_;
     }
+    if (change.held)
+        record(change.action, begin_);
     overlay_.act(change, visit_);
+}
+
+void Frame::record(Action action, client::Time now) {
+    if (action != Action::record && action != Action::keepRecent)
+        return;
+    const std::string arena = arena_.isCertain() ? arena::writeMapText(arena_.map()) : "";
+    if (action == Action::record)
+        recorder_.toggle(arena, now);
+    else
+        recorder_.keepRecent(arena);
 }
 
 void Frame::serviceRoom(client::Time now) {
@@ -205,23 +239,62 @@ void Frame::changeArena() {
     }
 }
 
+/// Opens what was chosen to be watched, and brings back the arena of the start when that is over.
+void Frame::changeScreening() {
+    const auto isReady = [](const auto& future) {
+        return future.valid() &&
+               future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    };
+    if (const std::string chosen = overlay_.takeChosenRecording();
+        !chosen.empty() && !opening_.valid())
+        opening_ = std::async(std::launch::async,
+                              [&known = arenas_, chosen] { return openRecording(chosen, known); });
+    if (isReady(opening_)) {
+        try {
+            OpenedRecording opened = opening_.get();
+            if (visit_.screens().place() == Place::start)
+                watch(std::move(opened));
+        } catch (const InputError& error) {
+            overlay_.warn(error.what());
+        }
+    }
+    if (screening_ && visit_.screens().place() != Place::watching) {
+        screening_.reset();
+        roomMesh_ = std::async(std::launch::async, [&map = arena_.map()] { return meshOf(map); });
+    }
+    if (isReady(roomMesh_)) {
+        const ArenaMesh mesh = roomMesh_.get();
+        if (!screening_)
+            renderer_.setArena(mesh);
+    }
+}
+
 void Frame::compose(client::Time now) {
     const double time = secondsBetween(opened_, now);
     const auto seconds = static_cast<float>(time - scene_.time);
     scene_.time = time;
     if (visit_.screens().place() == Place::start) {
         senses_.forget();
+        recorder_.leave(now);
         scene_.camera = overviewOf(arena_.map());
     }
     scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
-    senses_.show(scene_, settings_, visit_.screens().place() == Place::match, now, seconds);
+    if (screening_)
+        screening_->pass(sinceLast_, settings_, scene_);
+    else
+        senses_.show(scene_, settings_, visit_.screens().place() == Place::match, now, seconds);
 }
 
 void Frame::sound(client::Time now) {
     Heard heard;
     heard.volume = settings_.masterVolume * settings_.effectsVolume;
     Ears* const ears = senses_.ears();
-    if (ears && visit_.screens().place() == Place::match) {
+    if (screening_) {
+        heard.listener = {inGame(scene_.camera.eye), inGame(scene_.camera.direction)};
+        heard.cues = screening_->watching().cues();
+        heard.jets = screening_->watching().jets();
+        captions_.hear(heard.cues, heard.listener, now);
+    } else if (ears && visit_.screens().place() == Place::match) {
         heard.listener = {inGame(scene_.camera.eye), inGame(scene_.camera.direction)};
         heard.cues = ears->cues();
         heard.jets = ears->jets();
@@ -235,10 +308,15 @@ void Frame::sound(client::Time now) {
 }
 
 void Frame::drawOverlay(client::Time now) {
+    for (const std::string& words : recorder_.takeNews())
+        overlay_.tell(words, now);
     Overlay::View view;
     view.now = now;
     view.scene = &scene_;
-    view.match = &senses_.match();
+    view.match = screening_ ? &screening_->watching().match() : &senses_.match();
+    view.matchNow = screening_ ? screening_->watching().playback().now() : now;
+    view.screening = screening();
+    view.recorder = &recorder_;
     view.bodies = senses_.bodies();
     view.arenaTrouble = &arena_.trouble();
     view.frames = &latestTimes_;

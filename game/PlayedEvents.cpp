@@ -154,6 +154,17 @@ void LineDecoder::take(client::Time arrival, std::string_view datagram) {
     std::visit([this](const auto& record) { take(record); }, client::readRecord(datagram));
 }
 
+void LineDecoder::takeSent(client::Time moment, std::string_view datagram) {
+    constexpr char withIdentifier[] = {messageCode::key, messageCode::view, messageCode::chat,
+                                       messageCode::keepAlive};
+    if (ownId_ != 0 || datagram.size() < 2 || !client::isPlayerId(datagram[1]) ||
+        std::ranges::count(withIdentifier, datagram[0]) == 0)
+        return;
+    now_ = moment;
+    ownId_ = datagram[1];
+    add(client::Joined{ownId_});
+}
+
 void LineDecoder::add(const client::Event& event) {
     if (events_.size() < mostEvents)
         events_.push_back({now_, event});

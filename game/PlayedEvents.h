@@ -27,6 +27,9 @@ class LineDecoder {
     /// @param datagram  passed over if it is no record of the protocol
     void take(client::Time arrival, std::string_view datagram);
 
+    /// What the client sent tells who it is in a recording that began after its joining.
+    void takeSent(client::Time moment, std::string_view datagram);
+
     /// All that the line told, in the order of its moments.
     ///
     /// A snapshot's moment is the one at which it was due, which a line of ticks over the arrivals

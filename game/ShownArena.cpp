@@ -25,6 +25,11 @@ void ShownArena::see(const client::Snapshot& snapshot) {
                    arenaFolders().front() + ", or name it with --arena.";
 }
 
+bool ShownArena::isCertain() const {
+    return finder_ && finder_->verdict() == ArenaFinder::Verdict::one &&
+           judged_[finder_->best()] == shown_;
+}
+
 std::optional<ArenaMesh> ShownArena::change() {
     if (!finder_)
         return std::nullopt;

@@ -33,6 +33,9 @@ class ShownArena {
     /// Changes to the arena that fits, once its surface is made, and returns that; nothing else.
     std::optional<ArenaMesh> change();
 
+    /// Whether the room can play no other of the known ones.
+    bool isCertain() const;
+
     /// What to tell the player as long as no known arena fits; empty else.
     const std::string& trouble() const { return trouble_; }
 

@@ -20,6 +20,12 @@ class Interface {
     /// What happened; only to be called while the interface has the input.
     void take(std::span<const SDL_Event> events);
 
+    /// The same for the mouse alone, when keys are for the game but the pointer is for both.
+    void takeMouse(std::span<const SDL_Event> events);
+
+    /// Whether the pointer is on something of the interface.
+    bool wantsMouse() const;
+
     /// Lets go of keys and buttons, as when the game gets the input.
     void releaseInput();
 

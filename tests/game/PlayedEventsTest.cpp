@@ -64,6 +64,18 @@ TEST(PlayedEvents, TheSecondAnswerToAJoinIsNoSession) {
     EXPECT_EQ(line.events().size(), 21u);
 }
 
+TEST(PlayedEvents, WhoRecordsIsKnownByWhatItSends) {
+    LineDecoder decoder;
+    decoder.take({}, bytesOf(snapshotOf({ann})));
+    decoder.takeSent({}, joinDatagram("Ann"));
+    decoder.takeSent({}, "k?");
+    decoder.takeSent({}, keepAliveDatagram('3'));
+    decoder.takeSent({}, keyDatagram('2', 0, true));
+    const std::vector<PlayedEvent> events = decoder.finish();
+    ASSERT_EQ(events.size(), 2u);
+    EXPECT_EQ(std::get<client::Joined>(events[1].event).id, '3');
+}
+
 TEST(PlayedEvents, OfAJitteringLineComeEvenly) {
     RecordedLine line;
     for (int i = 0; i < 300; ++i)
