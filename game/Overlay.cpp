@@ -5,6 +5,7 @@
 #include "game/ui/PlayerTable.h"
 #include "src/FilePath.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -20,6 +21,14 @@ constexpr int hostedBots = 3;
 
 /// For which news are shown.
 constexpr std::chrono::seconds newsTime{6};
+
+bool clicksOnBar(const Theme& theme, std::span<const SDL_Event> events) {
+    return std::ranges::any_of(events, [&](const SDL_Event& event) {
+        return event.type == SDL_MOUSEBUTTONDOWN &&
+               isOnPlaybackBar(theme, static_cast<float>(event.button.x),
+                               static_cast<float>(event.button.y));
+    });
+}
 
 } // namespace
 
@@ -42,7 +51,8 @@ std::vector<WindowEvents::Press> Overlay::take(const WindowEvents& events, Visit
     } else if (screens.place() == Place::watching) {
         interface_.takeMouse(events.all);
     }
-    const bool isPointing = screens.place() == Place::watching && interface_.wantsMouse();
+    const bool isPointing =
+        screens.place() == Place::watching && clicksOnBar(interface_.theme(), events.all);
     std::vector<WindowEvents::Press> left;
     for (const WindowEvents::Press& press : events.presses) {
         if (press.down && isPointing && press.input.device == Input::Device::mouse)

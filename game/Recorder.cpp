@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <utility>
 
 namespace drench::game {
@@ -12,6 +13,10 @@ namespace drench::game {
 namespace {
 
 constexpr char program[] = "drench " DRENCH_VERSION;
+
+std::string nameOf(const std::string& file) {
+    return std::filesystem::path(file).filename().string();
+}
 
 } // namespace
 
@@ -67,7 +72,8 @@ void Recorder::end(Time now) {
     ending_.push_back(std::async(
         std::launch::async, [writer = std::move(writer_), file = file_, length]() mutable {
             const std::string problem = writer->finish();
-            return problem.empty() ? "Recorded " + lengthWords(length) + " into " + file : problem;
+            return problem.empty() ? "Recorded " + lengthWords(length) + " as " + nameOf(file)
+                                   : problem;
         }));
 }
 
@@ -80,7 +86,7 @@ void Recorder::keepRecent(const std::string& arena) {
             try {
                 const std::string file = newRecordingFile(folder);
                 replaceFile(file, bytes);
-                return "Kept the last two minutes in " + file;
+                return "Kept the last two minutes as " + nameOf(file);
             } catch (const InputError& error) {
                 return std::string(error.what());
             }

@@ -167,7 +167,7 @@ void Spectator::place(Camera& camera, const PlayerUpdate* player, const MapManag
 }
 
 bool Spectator::isInTheWay(glm::vec3 figure, const Camera& camera) const {
-    return view_ == View::following && glm::distance(figure, camera.eye) < nearestFigure;
+    return view_ != View::eye && glm::distance(figure, camera.eye) < nearestFigure;
 }
 
 void Spectator::follow(Camera& camera, const PlayerUpdate& player, const MapManager& map,

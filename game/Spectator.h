@@ -47,7 +47,7 @@ class Spectator {
     /// @param player  the one watched; null for none
     void place(Camera& camera, const PlayerUpdate* player, const MapManager& map, float seconds);
 
-    /// Whether the camera is so near to whom it follows that nothing else could be seen.
+    /// Whether a figure is so near to the camera that little else could be seen.
     bool isInTheWay(glm::vec3 figure, const Camera& camera) const;
 
   private:

@@ -69,7 +69,7 @@ void Watching::pass(double seconds, const Settings& settings, Scene& scene) {
     }
     staging_->show(scene, own, players, passed, settings.lessMotion);
     std::erase_if(scene.figures, [&](const FigurePose& figure) {
-        return figure.id == watched && spectator_.isInTheWay(figure.position, scene.camera);
+        return spectator_.isInTheWay(figure.position, scene.camera);
     });
     dress(scene, match(), staging_->grid(), paletteOf(settings));
     scene.soaked = soakedIn(match(), playback_.now());

@@ -41,10 +41,6 @@ void Interface::takeMouse(std::span<const SDL_Event> events) {
     }
 }
 
-bool Interface::wantsMouse() const {
-    return ImGui::GetIO().WantCaptureMouse;
-}
-
 void Interface::releaseInput() {
     ImGui::GetIO().ClearInputCharacters();
     std::ranges::fill(ImGui::GetIO().KeysDown, false);

@@ -23,9 +23,6 @@ class Interface {
     /// The same for the mouse alone, when keys are for the game but the pointer is for both.
     void takeMouse(std::span<const SDL_Event> events);
 
-    /// Whether the pointer is on something of the interface.
-    bool wantsMouse() const;
-
     /// Lets go of keys and buttons, as when the game gets the input.
     void releaseInput();
 

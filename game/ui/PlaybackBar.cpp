@@ -92,13 +92,27 @@ void drawTrack(ImDrawList& list, const Theme& theme, const Playback& playback, P
     list.AddCircleFilled({x, middle}, theme.px(6.5f), shade::white, 24);
 }
 
+struct Pane {
+    ImVec2 from;
+    ImVec2 to;
+};
+
+Pane paneOf(const Theme& theme) {
+    const ImVec2 size = ImGui::GetIO().DisplaySize;
+    return {{theme.px(margin), size.y - theme.px(margin + paneHeight)},
+            {size.x - theme.px(margin), size.y - theme.px(margin)}};
+}
+
 } // namespace
+
+bool isOnPlaybackBar(const Theme& theme, float x, float y) {
+    const Pane pane = paneOf(theme);
+    return x >= pane.from.x && x < pane.to.x && y >= pane.from.y && y < pane.to.y;
+}
 
 void drawPlaybackBar(const Theme& theme, Watching& watching, Palette palette) {
     Playback& playback = watching.playback();
-    const ImVec2 size = ImGui::GetIO().DisplaySize;
-    const ImVec2 from = {theme.px(margin), size.y - theme.px(margin + paneHeight)};
-    const ImVec2 to = {size.x - theme.px(margin), size.y - theme.px(margin)};
+    const auto [from, to] = paneOf(theme);
     ImGui::SetNextWindowPos(from);
     ImGui::SetNextWindowSize({to.x - from.x, to.y - from.y});
     ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, {0.0f, 0.0f});
@@ -144,7 +158,7 @@ void drawPlaybackBar(const Theme& theme, Watching& watching, Palette palette) {
 
     const float helpTop = from.y - sizeOf(theme.fonts.small, help).y - theme.px(6.0f);
     drawText(*ImGui::GetBackgroundDrawList(), theme.fonts.small, {from.x + theme.px(2.0f), helpTop},
-             shade::pale, help, true);
+             shade::white, help, true);
 }
 
 } // namespace drench::game

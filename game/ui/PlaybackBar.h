@@ -13,4 +13,7 @@ constexpr float playbackBarHeight = 92.0f;
 /// fired, and does what the mouse asks for there.
 void drawPlaybackBar(const Theme& theme, Watching& watching, Palette palette);
 
+/// Whether a place of the window lies on the bar.
+bool isOnPlaybackBar(const Theme& theme, float x, float y);
+
 } // namespace drench::game
