@@ -16,6 +16,7 @@ class ArenaChunks {
     /// World units along each edge of a chunk: a few cubes.
     static constexpr float edge = 256.0f;
 
+    ArenaChunks() = default;
     explicit ArenaChunks(const ArenaMesh& mesh);
 
     /// The indices of the mesh, those of each chunk one after the other.

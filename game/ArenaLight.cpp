@@ -81,7 +81,7 @@ std::uint64_t faceKey(const arena::Grid& grid, const CubeFace& face) {
 /// What the rays of all quarters of faces meet.
 class Gather {
   public:
-    Gather(const MapManager& map, const std::vector<CubeFace>& faces)
+    Gather(const MapManager& map, const std::vector<CubeFace>& faces, const std::stop_token& stop)
         : grid_(arena::gridOf(map)), faces_(faces) {
         rays_ = static_cast<int>(
             std::clamp<long>(rayBudget / std::max<long>(4 * static_cast<long>(faces.size()), 1),
@@ -96,8 +96,9 @@ class Gather {
         const unsigned threads = std::clamp(std::thread::hardware_concurrency(), 1u, 8u);
         std::vector<std::jthread> workers;
         for (unsigned worker = 0; worker < threads; ++worker) {
-            workers.emplace_back([this, worker, threads] {
-                for (std::size_t i = worker; i < faces_.size(); i += threads)
+            workers.emplace_back([this, worker, threads, &stop] {
+                for (std::size_t i = worker; i < faces_.size() && !stop.stop_requested();
+                     i += threads)
                     shoot(i);
             });
         }
@@ -211,15 +212,16 @@ Light exposed(const Light& light) {
 }
 
 std::vector<CornerLight> ambientLight(const MapManager& map, const std::vector<CubeFace>& faces,
-                                      const std::vector<double>& sunShares) {
-    const Gather gather(map, faces);
+                                      const std::vector<double>& sunShares,
+                                      const std::stop_token& stop) {
+    const Gather gather(map, faces, stop);
     std::vector<Light> materials(faces.size());
     std::transform(faces.begin(), faces.end(), materials.begin(),
                    [&](const CubeFace& face) { return materialLight(map, face); });
     // What each face sends back, from bounce to bounce.
     std::vector<Light> sent(faces.size());
     std::vector<CornerLight> quarters(faces.size());
-    for (int bounce = 0; bounce <= bounces; ++bounce) {
+    for (int bounce = 0; bounce <= bounces && !stop.stop_requested(); ++bounce) {
         for (std::size_t i = 0; i < faces.size(); ++i) {
             for (int quarter = 0; quarter < 4; ++quarter) {
                 Light light = arena::scaled(fillLight, gather.rays() * fillShare(faces[i]) *
@@ -241,6 +243,13 @@ std::vector<CornerLight> ambientLight(const MapManager& map, const std::vector<C
         }
     }
     return shared(map, faces, quarters);
+}
+
+CornerLight unshadowedLight(const CubeFace& face) {
+    // So much of the sky makes an arena about as light on the whole as its shadows do.
+    constexpr double share = 0.15;
+    const Light light = arena::sum(arena::scaled(fillLight, fillShare(face)), skyLight, share);
+    return {light, light, light, light};
 }
 
 } // namespace drench::game

@@ -4,6 +4,7 @@
 #include "game/ArenaFaces.h"
 
 #include <array>
+#include <stop_token>
 #include <vector>
 
 namespace drench::game {
@@ -31,7 +32,12 @@ arena::Light exposed(const arena::Light& light);
 /// The light from sky and faces at the corners of visible faces, by rays and three bounces.
 /// Corners that faces of one plane share are lit alike.
 /// @param sunShares  the share of each face that the sun shines on, times the cosine to it
+/// @param stop  asks to give up; the light is then any
 std::vector<CornerLight> ambientLight(const MapManager& map, const std::vector<CubeFace>& faces,
-                                      const std::vector<double>& sunShares);
+                                      const std::vector<double>& sunShares,
+                                      const std::stop_token& stop = {});
+
+/// About what a face in an arena gets of that light, without looking around.
+CornerLight unshadowedLight(const CubeFace& face);
 
 } // namespace drench::game

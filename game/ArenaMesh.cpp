@@ -114,19 +114,33 @@ class Builder {
 
 } // namespace
 
-ArenaMesh meshOf(const MapManager& map) {
+ArenaMesh meshOf(const MapManager& map, const std::stop_token& stop) {
     const std::vector<CubeFace> faces = visibleFaces(map);
     const SunShadows shadows(map, towardsSun);
     std::vector<SunnyFace> sunny;
     std::vector<double> shares;
     for (const CubeFace& face : faces) {
+        if (stop.stop_requested())
+            return {};
         sunny.push_back(shadows.on(face));
         shares.push_back(sunny.back().share() * shadows.slope(face));
     }
-    const std::vector<CornerLight> ambient = ambientLight(map, faces, shares);
+    const std::vector<CornerLight> ambient = ambientLight(map, faces, shares, stop);
+    if (stop.stop_requested())
+        return {};
     Builder builder(map);
     for (std::size_t i = 0; i < faces.size(); ++i)
         builder.add(faces[i], sunny[i], shadows.slope(faces[i]), ambient[i]);
+    return builder.take();
+}
+
+ArenaMesh roughMeshOf(const MapManager& map) {
+    const arena::Triple sun = arena::unit(towardsSun);
+    Builder builder(map);
+    for (const CubeFace& face : visibleFaces(map)) {
+        const double slope = slopeOf(face, sun);
+        builder.add(face, {{wholeFace}, {}}, slope, unshadowedLight(face));
+    }
     return builder.take();
 }
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <glm/vec3.hpp>
+#include <stop_token>
 #include <vector>
 
 namespace drench::game {
@@ -50,7 +51,12 @@ struct ArenaMesh {
     std::vector<std::uint32_t> indices;
 };
 
-/// The visible surface of the map's cubes.
-ArenaMesh meshOf(const MapManager& map);
+/// The visible surface of the map's cubes, with shadows and the light between them.
+/// @param stop  asks to give up; the mesh is then empty
+ArenaMesh meshOf(const MapManager& map, const std::stop_token& stop = {});
+
+/// The same surface, lit as if nothing stood in the way of light: at hand at once, even for the
+/// largest arena.
+ArenaMesh roughMeshOf(const MapManager& map);
 
 } // namespace drench::game

@@ -42,12 +42,11 @@ bool isLasting(const std::string& room) {
 
 } // namespace
 
-Frame::Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh,
-             Settings settings, KeepSettings keep)
-    : window_(window), arenas_(arenas), arena_(arenas), settings_(std::move(settings)),
-      keep_(std::move(keep)), renderer_(mesh), overlay_(window),
-      pacing_(frameRate(settings_, window)), recorder_(recordingsFolder()), senses_(arena_.map()),
-      opened_(client::Clock::now()), begin_(opened_) {
+Frame::Frame(Window& window, ShownArena& arena, Settings settings, KeepSettings keep)
+    : window_(window), arena_(arena), settings_(std::move(settings)), keep_(std::move(keep)),
+      renderer_(arena_.firstSurface()), overlay_(window), pacing_(frameRate(settings_, window)),
+      recorder_(recordingsFolder()), senses_(arena_.map()), opened_(client::Clock::now()),
+      begin_(opened_) {
     scene_.camera = overviewOf(arena_.map());
     visit_.recordInto(
         [this](const std::string& room, client::Time now) { return recorder_.enter(room, now); });
@@ -232,24 +231,28 @@ void Frame::noteRoom(client::Time now) {
 }
 
 void Frame::changeArena() {
-    if (const std::optional<ArenaMesh> mesh = arena_.change()) {
-        renderer_.setArena(*mesh);
-        senses_.changeArena(arena_.map());
-        autopilot_.enterArena(arena_.map());
-    }
+    if (screening_)
+        return;
+    const MapManager* const before = &arena_.map();
+    const std::optional<ArenaMesh> mesh = arena_.change();
+    if (!mesh)
+        return;
+    renderer_.setArena(*mesh);
+    if (&arena_.map() == before)
+        return;
+    senses_.changeArena(arena_.map());
+    autopilot_.enterArena(arena_.map());
 }
 
 /// Opens what was chosen to be watched, and brings back the arena of the start when that is over.
 void Frame::changeScreening() {
-    const auto isReady = [](const auto& future) {
-        return future.valid() &&
-               future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
-    };
     if (const std::string chosen = overlay_.takeChosenRecording();
         !chosen.empty() && !opening_.valid())
-        opening_ = std::async(std::launch::async,
-                              [&known = arenas_, chosen] { return openRecording(chosen, known); });
-    if (isReady(opening_)) {
+        opening_ = std::async(std::launch::async, [&known = arena_.known(), chosen] {
+            return openRecording(chosen, known);
+        });
+    if (opening_.valid() &&
+        opening_.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
         try {
             OpenedRecording opened = opening_.get();
             if (visit_.screens().place() == Place::start)
@@ -260,12 +263,7 @@ void Frame::changeScreening() {
     }
     if (screening_ && visit_.screens().place() != Place::watching) {
         screening_.reset();
-        roomMesh_ = std::async(std::launch::async, [&map = arena_.map()] { return meshOf(map); });
-    }
-    if (isReady(roomMesh_)) {
-        const ArenaMesh mesh = roomMesh_.get();
-        if (!screening_)
-            renderer_.setArena(mesh);
+        arena_.showAgain();
     }
 }
 

@@ -34,11 +34,7 @@ class Frame {
     /// Called with the settings when the player has changed them; may throw InputError.
     using KeepSettings = std::function<void(const Settings&)>;
 
-    /// @param arenas  those that rooms may play, the likeliest first; at least one; must outlive
-    /// this
-    /// @param mesh  the surface of the first
-    Frame(Window& window, std::vector<KnownArena>& arenas, const ArenaMesh& mesh, Settings settings,
-          KeepSettings keep);
+    Frame(Window& window, ShownArena& arena, Settings settings, KeepSettings keep);
 
     /// The way into a room. Without one, the player chooses.
     Visit& visit() { return visit_; }
@@ -87,8 +83,7 @@ class Frame {
     void keepSettings();
 
     Window& window_;
-    std::vector<KnownArena>& arenas_;
-    ShownArena arena_;
+    ShownArena& arena_;
     Settings settings_;
     KeepSettings keep_;
     Renderer renderer_;
@@ -105,10 +100,9 @@ class Frame {
     Autopilot autopilot_;
     Senses senses_;
 
-    /// What is watched, the one that is being opened, and the arena behind the start afterwards.
+    /// What is watched, and what is being opened.
     std::optional<Screening> screening_;
     std::future<OpenedRecording> opening_;
-    std::future<ArenaMesh> roomMesh_;
     SoundDevice soundDevice_;
     bool saidSilence_ = false;
     Captions captions_;

@@ -1,8 +1,32 @@
 #include "game/ShownArena.h"
 
-#include <chrono>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <utility>
 
 namespace drench::game {
+
+namespace {
+
+/// Of the threads that make light: other work comes first.
+constexpr int backgroundNice = 10;
+
+bool isReady(const std::future<ArenaMesh>& mesh) {
+    return mesh.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+}
+
+} // namespace
+
+ShownArena::ShownArena(std::vector<KnownArena>& known, client::Time::duration patience)
+    : known_(known), patience_(patience) {
+    make(shown_);
+}
+
+ArenaMesh ShownArena::firstSurface() {
+    if (making_.lit.wait_until(making_.roughDue) == std::future_status::ready)
+        return making_.lit.get();
+    return making_.rough.get();
+}
 
 void ShownArena::enterRoom() {
     judged_ = {shown_};
@@ -30,28 +54,54 @@ bool ShownArena::isCertain() const {
            judged_[finder_->best()] == shown_;
 }
 
+void ShownArena::showAgain() {
+    if (!making_.lit.valid())
+        make(shown_);
+}
+
 std::optional<ArenaMesh> ShownArena::change() {
-    if (!finder_)
-        return std::nullopt;
-    const std::size_t best = judged_[finder_->best()];
-    // A surface that is under way is waited for even if it is not wanted any more.
-    if (!mesh_.valid()) {
+    const std::size_t best = fitting();
+    if (!making_.lit.valid()) {
         if (best != shown_)
             make(best);
         return std::nullopt;
     }
-    if (mesh_.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
-        return std::nullopt;
-    ArenaMesh mesh = mesh_.get();
-    if (making_ != best || making_ == shown_)
-        return std::nullopt;
-    shown_ = making_;
-    return mesh;
+    const bool isWanted = making_.arena == best;
+    if (!isWanted && making_.arena != shown_)
+        stop_.request_stop();
+    if (isReady(making_.lit)) {
+        ArenaMesh mesh = making_.lit.get();
+        if (stop_.stop_requested())
+            return std::nullopt;
+        shown_ = making_.arena;
+        return mesh;
+    }
+    if (isWanted && making_.rough.valid() && client::Clock::now() >= making_.roughDue &&
+        isReady(making_.rough)) {
+        shown_ = making_.arena;
+        return making_.rough.get();
+    }
+    return std::nullopt;
+}
+
+std::size_t ShownArena::fitting() const {
+    return finder_ ? judged_[finder_->best()] : shown_;
 }
 
 void ShownArena::make(std::size_t arena) {
-    making_ = arena;
-    mesh_ = std::async(std::launch::async, [&map = known_[arena].map] { return meshOf(map); });
+    stop_ = {};
+    std::promise<ArenaMesh> rough;
+    making_.arena = arena;
+    making_.roughDue = client::Clock::now() + patience_;
+    making_.rough = rough.get_future();
+    making_.lit =
+        std::async(std::launch::async, [&map = known_[arena].map, stop = stop_.get_token(),
+                                        rough = std::move(rough)]() mutable {
+            rough.set_value(roughMeshOf(map));
+            // From now on frames may be drawn, with all cores.
+            setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), backgroundNice);
+            return meshOf(map, stop);
+        });
 }
 
 } // namespace drench::game

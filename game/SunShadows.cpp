@@ -110,6 +110,10 @@ double areaOf(const Polygon& polygon) {
     return 0.5 * twice;
 }
 
+double slopeOf(const CubeFace& face, const arena::Triple& sun) {
+    return std::max(face.side * sun[static_cast<std::size_t>(face.axis)], 0.0);
+}
+
 double SunnyFace::share() const {
     double sum = 0.0;
     for (const Polygon& polygon : lit)
@@ -206,14 +210,9 @@ std::vector<SunShadows::Block> SunShadows::blocksOf(const MapManager& map) {
     return blocks;
 }
 
-double SunShadows::slope(const CubeFace& face) const {
-    return std::max(face.side * sun_[static_cast<std::size_t>(face.axis)], 0.0);
-}
-
 SunnyFace SunShadows::on(const CubeFace& face) const {
-    const Polygon whole = {{0.0, 0.0}, {1.0, 0.0}, {1.0, 1.0}, {0.0, 1.0}};
     if (slope(face) == 0.0)
-        return {{}, {whole}};
+        return {{}, {wholeFace}};
     const auto axis = static_cast<std::size_t>(face.axis);
     const auto first = static_cast<std::size_t>(firstAlong(face.axis));
     const auto second = static_cast<std::size_t>(secondAlong(face.axis));
@@ -223,7 +222,7 @@ SunnyFace SunShadows::on(const CubeFace& face) const {
     const double shift1 = sun_[first] / std::abs(sun_[axis]);
     const double shift2 = sun_[second] / std::abs(sun_[axis]);
 
-    SunnyFace sunny = {{whole}, {}};
+    SunnyFace sunny = {{wholeFace}, {}};
     for (const std::uint32_t number : blocksTowardsSun(face)) {
         const Block& block = blocks_[number];
         // The part of the block in front of the plane: distances from it.
@@ -253,11 +252,11 @@ SunnyFace SunShadows::on(const CubeFace& face) const {
         }
         cast(hullOf(std::move(corners)), sunny);
         if (sunny.lit.empty())
-            return {{}, {whole}};
+            return {{}, {wholeFace}};
     }
     // Shadows fall in pieces: one shape is drawn faster.
     if (sunny.shaded.empty())
-        return {{whole}, {}};
+        return {{wholeFace}, {}};
     return sunny;
 }
 

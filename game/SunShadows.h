@@ -16,6 +16,9 @@ using Polygon = std::vector<glm::dvec2>;
 /// Twice the area counts once for each turn to the left; negative for clockwise corners.
 double areaOf(const Polygon& polygon);
 
+/// All of a face of a cube.
+inline const Polygon wholeFace = {{0.0, 0.0}, {1.0, 0.0}, {1.0, 1.0}, {0.0, 1.0}};
+
 /// A face of a cube, cut along the edges of the shadows on it. In cells, along the face's first and
 /// second axis from the cube's low corner: all lies between (0, 0) and (1, 1), and nothing
 /// overlaps.
@@ -27,6 +30,9 @@ struct SunnyFace {
     double share() const;
 };
 
+/// The cosine between a face's normal and the sun, a unit vector; 0 where it faces away.
+double slopeOf(const CubeFace& face, const arena::Triple& sun);
+
 /// Where the sun shines, exactly: the sun is a point infinitely far away, and every shadow's edge
 /// is the edge of a cube, seen from there.
 class SunShadows {
@@ -37,8 +43,8 @@ class SunShadows {
     /// How a visible face lies in the sun; wholly in the shade where it faces away.
     SunnyFace on(const CubeFace& face) const;
 
-    /// The cosine between a face's normal and the sun; 0 where it faces away.
-    double slope(const CubeFace& face) const;
+    /// See slopeOf().
+    double slope(const CubeFace& face) const { return slopeOf(face, sun_); }
 
   private:
     /// Cells from `low` to below `high`.

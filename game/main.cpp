@@ -13,7 +13,6 @@
 #include "game/Video.h"
 #include "game/render/Screenshot.h"
 
-#include <future>
 #include <iostream>
 #include <sys/resource.h>
 
@@ -132,7 +131,6 @@ int play(const Options& options) {
     const client::Time start = client::Clock::now();
     const std::optional<client::RoomAddress> room = roomOf(options);
     KnownArenas known = arenasFor(options);
-    MapManager& map = known.arenas.front().map;
     std::vector<bots::Action> script;
     if (!options.script.empty())
         script = bots::readScript(readFile(options.script), options.script);
@@ -151,9 +149,9 @@ int play(const Options& options) {
 
     listenForSignals();
     // The surface takes some tenths of a second, and so does opening the window.
-    std::future<ArenaMesh> mesh = std::async(std::launch::async, [&] { return meshOf(map); });
+    ShownArena arena(known.arenas);
     Window window("Drench", options.size);
-    Frame frame(window, known.arenas, mesh.get(), asked,
+    Frame frame(window, arena, asked,
                 [&](const Settings& settings) { keep(settings, asked, read.settings); });
     for (const std::string& problem : read.problems)
         frame.warn(problem);

@@ -77,7 +77,12 @@ Program programWith(const std::string& definitions) {
 
 } // namespace
 
-ArenaPicture::ArenaPicture(const ArenaMesh& mesh) : chunks_(mesh), plain_(programWith("")) {
+ArenaPicture::ArenaPicture(const ArenaMesh& mesh) : plain_(programWith("")) {
+    fill(mesh);
+}
+
+void ArenaPicture::fill(const ArenaMesh& mesh) {
+    chunks_ = ArenaChunks(mesh);
     array_.bind();
     vertices_.fill(GL_ARRAY_BUFFER, mesh.vertices, GL_STATIC_DRAW);
     indices_.fill(GL_ELEMENT_ARRAY_BUFFER, chunks_.indices(), GL_STATIC_DRAW);

@@ -16,6 +16,9 @@ namespace drench::game {
 class ArenaPicture {
   public:
     explicit ArenaPicture(const ArenaMesh& mesh);
+
+    /// Draws this mesh from now on.
+    void fill(const ArenaMesh& mesh);
     void draw(const Camera& camera, float aspect, const Look& look);
 
   private:

@@ -38,7 +38,7 @@ int Renderer::drawScene(const Scene& scene, float aspect, const Look& look) {
     int calls = figures_.drawGun(scene, aspect);
     glDepthRange(gunDepth, 1.0);
     calls += figures_.drawFigures(scene, aspect);
-    arena_->draw(scene.camera, aspect, look);
+    arena_.draw(scene.camera, aspect, look);
     ++calls;
     sky_.draw(scene.camera, aspect, scene.time);
     ++calls;

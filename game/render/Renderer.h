@@ -8,8 +8,6 @@
 #include "game/render/SkyPicture.h"
 #include "game/render/WaterPicture.h"
 
-#include <optional>
-
 namespace drench::game {
 
 /// Draws scenes. Needs the current context of OpenGL 3.3.
@@ -18,7 +16,7 @@ class Renderer {
     explicit Renderer(const ArenaMesh& arena);
 
     /// Draws this arena from now on.
-    void setArena(const ArenaMesh& arena) { arena_.emplace(arena); }
+    void setArena(const ArenaMesh& arena) { arena_.fill(arena); }
 
     /// Draws into the window's framebuffer.
     /// @param width,height  of that framebuffer in pixels
@@ -29,7 +27,7 @@ class Renderer {
     int drawScene(const Scene& scene, float aspect, const Look& look);
 
     Canvas canvas_;
-    std::optional<ArenaPicture> arena_;
+    ArenaPicture arena_;
     SkyPicture sky_;
     FigurePicture figures_;
     WaterPicture water_;

@@ -44,14 +44,14 @@ CubeFace faceOf(const Triangle& triangle) {
     return {{index(inside.x), index(inside.y), index(inside.z)}, triangle.axis, triangle.side};
 }
 
-void expectEachFaceCoveredOnce(const MapManager& map) {
+void expectEachFaceCoveredOnce(const MapManager& map, const ArenaMesh& mesh) {
     std::map<std::array<int, 5>, double> areas;
     const auto keyOf = [](const CubeFace& face) {
         return std::array{face.cube.column, face.cube.row, face.cube.depth, face.axis, face.side};
     };
     for (const CubeFace& face : visibleFaces(map))
         areas[keyOf(face)] = 0.0;
-    for (const Triangle& triangle : trianglesOf(meshOf(map))) {
+    for (const Triangle& triangle : trianglesOf(mesh)) {
         const glm::vec3 normal = glm::cross(triangle.corners[1] - triangle.corners[0],
                                             triangle.corners[2] - triangle.corners[0]);
         EXPECT_GT(normal[triangle.axis] * static_cast<float>(triangle.side), 0.0f)
@@ -77,12 +77,15 @@ void expectEachFaceCoveredOnce(const MapManager& map) {
 } // namespace
 
 TEST(ArenaMesh, CoversEachVisibleFaceOnceAndNoneElse) {
-    expectEachFaceCoveredOnce(loaded(arenaText(
-        6, 5, 6, [](int i, int j, int k) { return j == 0 || (i * 7 + j * 5 + k * 3) % 4 == 0; })));
+    const MapManager map = loaded(arenaText(
+        6, 5, 6, [](int i, int j, int k) { return j == 0 || (i * 7 + j * 5 + k * 3) % 4 == 0; }));
+    expectEachFaceCoveredOnce(map, meshOf(map));
+    expectEachFaceCoveredOnce(map, roughMeshOf(map));
 }
 
 TEST(ArenaMesh, CoversTheDefaultArenaOnce) {
-    expectEachFaceCoveredOnce(arena::readWholeArena(DRENCH_MAPDATA).text.map);
+    const arena::ArenaFile arena = arena::readWholeArena(DRENCH_MAPDATA);
+    expectEachFaceCoveredOnce(arena.text.map, meshOf(arena.text.map));
 }
 
 TEST(ArenaMesh, IsEmptyWithoutCubes) {
@@ -156,4 +159,32 @@ TEST(ArenaMesh, EachCubeHasTheTextureOfItsMaterial) {
     EXPECT_EQ(textures.size(), 2u);
     EXPECT_GE(textures[marble], 20);
     EXPECT_GE(textures[0], 20) << "what is no material";
+}
+
+TEST(ArenaMesh, IsRoughlyAsLightWithoutLookingAround) {
+    // The swap must not be a flash.
+    const arena::ArenaFile arena = arena::readWholeArena(DRENCH_MAPDATA);
+    const auto meanOf = [](const ArenaMesh& mesh) {
+        double sum = 0.0;
+        double areas = 0.0;
+        for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
+            const auto corner = [&](std::size_t k) { return mesh.vertices[mesh.indices[i + k]]; };
+            const double area = glm::length(glm::cross(corner(1).position - corner(0).position,
+                                                       corner(2).position - corner(0).position));
+            for (std::size_t k = 0; k < 3; ++k)
+                sum += area * corner(k).colour[1];
+            areas += 3.0 * area;
+        }
+        return sum / areas;
+    };
+    const double lit = meanOf(meshOf(arena.text.map));
+    EXPECT_NEAR(meanOf(roughMeshOf(arena.text.map)), lit, 0.2 * lit);
+}
+
+TEST(ArenaMesh, IsEmptyOnceNobodyWantsItAnyMore) {
+    const MapManager map = loaded(arenaText(6, 5, 6, [](int, int j, int) { return j == 0; }));
+    std::stop_source stop;
+    EXPECT_FALSE(meshOf(map, stop.get_token()).vertices.empty());
+    stop.request_stop();
+    EXPECT_TRUE(meshOf(map, stop.get_token()).vertices.empty());
 }
