@@ -77,14 +77,20 @@ std::vector<Level> strafesFor(const Level& moved, const Level& forward, double i
     return strafes;
 }
 
-/// The falls to try where nothing is known: the one that the step shows, standing, and those that
-/// a cube ends.
+/// The falls to try where nothing is known: the one that the step shows, standing, and for who
+/// stays at its height, those that a cube may have ended.
 std::vector<Unseen::Fall> anyFalls(const PlayerUpdate& before, const PlayerUpdate& seen) {
     const float fallen = seen.position.y - before.position.y;
     // Vertical speeds are multiples of gravity.
     const auto gravity = static_cast<float>(Player::gravity);
     const float speed = std::round(fallen / gravity) * gravity;
-    return {{speed + gravity, true}, {0.0f, false}, {-20.0f, true}, {Player::takeOffSpeed, true}};
+    std::vector<Unseen::Fall> falls = {{speed + gravity, true}, {0.0f, false}};
+    if (std::fabs(static_cast<double>(fallen)) < closeEnough) {
+        for (const float ended : {-4.0f, -8.0f, -12.0f, -16.0f, -20.0f, -26.0f, -32.0f, -40.0f,
+                                  -50.0f, -60.0f, 2.0f, 4.0f, 8.0f, Player::takeOffSpeed})
+            falls.push_back({ended, true});
+    }
+    return falls;
 }
 
 class Search {

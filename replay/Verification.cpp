@@ -34,9 +34,13 @@ constexpr double lossInPeriods = 0.3;
 /// on which losses cannot always be told.
 constexpr double unsteadyInPeriods = 0.1;
 
-/// On such a line, the states among which so few steps may be odd, each as if states were lost.
+/// Arrivals that follow each other in less come in a burst.
+constexpr double burstInPeriods = 0.5;
+
+/// Where losses cannot be told, the states among which so few steps may be odd, each as if states
+/// were lost.
 constexpr std::size_t doubtSpan = 64;
-constexpr std::size_t mostDoubts = 3;
+constexpr std::size_t mostDoubts = 6;
 constexpr int doubtfulTicks = 4;
 
 /// After a soaking; less than Player::respawnDelay, for what the line may add to its state.
@@ -70,7 +74,16 @@ class Arrivals {
         isSteady_ = *middle < unsteadyInPeriods;
     }
 
-    bool isSteady() const { return isSteady_; }
+    /// Whether arrivals tell of losses here: not on an unsteady line, nor in a burst that makes up
+    /// for a pause.
+    bool areSteadyAt(std::size_t i) const {
+        const std::size_t end = std::min(i + nearby, frames_.size());
+        for (std::size_t j = std::max<std::size_t>(i, nearby) - nearby + 1; j < end; ++j) {
+            if (microseconds(frames_[j].time - frames_[j - 1].time) < burstInPeriods * period_)
+                return false;
+        }
+        return isSteady_;
+    }
 
     /// The most ticks that may lie between state `i` and the one before it.
     int mostTicks(std::size_t i) const {
@@ -162,11 +175,14 @@ class Verifier {
             return;
         }
         if (!tried.impossible.empty() && mayDoubt(i)) {
+            doubts_.push_back(i);
             Tried again = tryStep(frame, doubtfulTicks);
-            if (again.impossible.empty()) {
-                tried = std::move(again);
-                doubts_.push_back(i);
+            if (!again.impossible.empty() && mayBeLate(frame)) {
+                ++result_.late;
+                return;
             }
+            if (again.impossible.empty())
+                tried = std::move(again);
         }
         result_.steps += tried.steps;
         result_.overGaps += tried.overGaps;
@@ -203,7 +219,7 @@ class Verifier {
     bool mayDoubt(std::size_t i) {
         while (!doubts_.empty() && i - doubts_.front() > doubtSpan)
             doubts_.pop_front();
-        return !arrivals_.isSteady() && doubts_.size() < mostDoubts;
+        return !arrivals_.areSteadyAt(i) && doubts_.size() < mostDoubts;
     }
 
     Outcome follow(Known& next, const PlayerUpdate& before, const PlayerUpdate& seen, int ticks) {
@@ -269,14 +285,25 @@ class Verifier {
         return found == known.unseen.end() ? nothing : found->second;
     }
 
-    /// Whether a state lies before one that has come already: each player's step from or to one of
-    /// those is a single tick.
+    /// Whether a state is the next one of an earlier state than the last, as far as all falls are
+    /// known there: falls backwards in time look like jumps.
     bool isLate(const Frame& frame) {
-        for (std::size_t i = 0; i + 1 < known_.size(); ++i) {
-            if (leadsTo(known_[i], frame) || leadsTo({&frame, {}, {}}, *known_[i + 1].frame))
-                return true;
-        }
-        return false;
+        return std::any_of(known_.begin(), known_.end() - 1,
+                           [&](const Known& earlier) { return leadsTo(earlier, frame); });
+    }
+
+    /// The same as far as can be told when the states around it got lost, too.
+    bool mayBeLate(const Frame& frame) {
+        return std::any_of(known_.begin(), known_.end() - 1, [&](const Known& earlier) {
+            for (const PlayerUpdate& seen : frame.state.updates) {
+                const PlayerUpdate* before = client::playerWith(earlier.frame->state, seen.id);
+                if (seen.id == 0 || !before || client::isSoaked(seen) || client::isSoaked(*before))
+                    continue;
+                if (!canBeThere(map_, *before, unseenOf(earlier, seen.id), seen, doubtfulTicks))
+                    return false;
+            }
+            return true;
+        });
     }
 
     bool leadsTo(const Known& from, const Frame& to) {
@@ -288,7 +315,8 @@ class Verifier {
             hasMoved = hasMoved || !isSameBody(*before, seen);
             if (client::isSoaked(seen) || client::isSoaked(*before))
                 continue;
-            if (!step(map_, *before, unseenOf(from, seen.id), seen).unseen)
+            const Unseen& unseen = unseenOf(from, seen.id);
+            if (unseen.falls.empty() || !step(map_, *before, unseen, seen).unseen)
                 return false;
         }
         return hasMoved;
