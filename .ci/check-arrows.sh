@@ -4,13 +4,13 @@
 set -euo pipefail
 cd "${1:-$(dirname "$0")/..}"
 
-rooms='common game room client client/recording arena arena/picture bots lag keeper window game/render game/ui tools bench tests'
+rooms='common game room client client/recording arena arena/picture replay bots lag keeper window game/render game/ui tools bench tests'
 
 # Prints "FILE:LINE:INCLUDED" for each include in quotes, or of a room in angle brackets; in src/, which
 # includes from its own folder, INCLUDED too is named from the root.
 includes() {
   git ls-files --cached --others --exclude-standard '*.h' '*.cpp' ':!examples' |
-    xargs grep -nE '^ *# *include *("|<(src|common|client|arena|bots|lag|keeper|game|tools|bench|tests)/)' /dev/null |
+    xargs grep -nE '^ *# *include *("|<(src|common|client|arena|replay|bots|lag|keeper|game|tools|bench|tests)/)' /dev/null |
     sed -E 's/^([^:]*:[0-9]+):[^"<]*["<]([^">]*)[">].*/\1:\2/
             s|^(src/[^:]*:[0-9]+):([^/]*)$|\1:src/\2|'
 }

@@ -78,7 +78,8 @@ void send(client::Session& session, const Controls& controls) {
 Play::Play(const Roadmap& roadmap, std::vector<client::RoomAddress> rooms,
            const PlayOptions& options, std::function<void(const std::string&)> note)
     : roadmap_(roadmap), rooms_(std::move(rooms)), skill_(options.skill), sight_(options.sight),
-      note_(std::move(note)), epoll_(epoll_create1(EPOLL_CLOEXEC)), told_(rooms_.size()) {
+      tap_(options.tap), note_(std::move(note)), epoll_(epoll_create1(EPOLL_CLOEXEC)),
+      told_(rooms_.size()) {
     if (epoll_ < 0)
         throw std::runtime_error(std::string("no epoll instance: ") + std::strerror(errno));
     Chance chance(options.seed);
@@ -151,11 +152,14 @@ void Play::serve(Seat& seat, Time now) {
 
 void Play::join(Seat& seat, Time now) {
     const client::RoomAddress& room = rooms_[seat.room];
+    // The first seats are those of the first room.
+    const auto number = static_cast<std::uint32_t>(&seat - seats_.data());
     std::string problem;
-    seat.session = client::Session::join(room.address, seat.name, now, problem);
+    seat.session = client::Session::join(room.address, seat.name, now, problem,
+                                         client::onLine(seat.room == 0 ? tap_ : nullptr, number));
     epoll_event readable = {};
     readable.events = EPOLLIN;
-    readable.data.u32 = static_cast<std::uint32_t>(&seat - seats_.data());
+    readable.data.u32 = number;
     if (seat.session &&
         epoll_ctl(epoll_, EPOLL_CTL_ADD, seat.session->descriptor(), &readable) != 0)
         problem = std::strerror(errno);

@@ -4,10 +4,11 @@
 #include "bots/Report.h"
 #include "bots/Roadmap.h"
 #include "bots/Tally.h"
-#include "bots/Tracks.h"
+#include "replay/Tracks.h"
 #include "client/Bodies.h"
 #include "client/RoomAddress.h"
 #include "client/Session.h"
+#include "client/Tap.h"
 #include "common/Chance.h"
 
 #include <functional>
@@ -39,6 +40,9 @@ struct PlayOptions {
 
     /// Whether to keep the tracks of the first room's players.
     bool keepTracks = false;
+
+    /// Sees the datagrams of the first room's players, each with a line of its own, from 0.
+    client::LineTap tap = {};
 };
 
 /// The state of a run at some moment.
@@ -81,7 +85,7 @@ class Play {
 
     /// All players, those of a room together, the rooms in their order.
     std::vector<PlayerReport> players() const;
-    const std::vector<Track>& tracks() const { return tracks_; }
+    const std::vector<replay::Track>& tracks() const { return tracks_; }
 
   private:
     struct Seat {
@@ -94,7 +98,7 @@ class Play {
         /// Unless it goes by the newest snapshot.
         std::optional<client::Bodies> bodies = std::nullopt;
         Scorer scorer = {};
-        Track* track = nullptr;
+        replay::Track* track = nullptr;
         client::Time nextJoin = {};
         int failures = 0;
     };
@@ -118,10 +122,11 @@ class Play {
     std::vector<client::RoomAddress> rooms_;
     double skill_;
     Sight sight_;
+    client::LineTap tap_;
     std::function<void(const std::string&)> note_;
     int epoll_;
     std::vector<Seat> seats_;
-    std::vector<Track> tracks_;
+    std::vector<replay::Track> tracks_;
     std::vector<Told> told_;
 };
 

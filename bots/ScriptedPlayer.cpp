@@ -5,6 +5,7 @@
 #include "client/Session.h"
 
 #include <charconv>
+#include <utility>
 
 namespace drench::bots {
 
@@ -54,14 +55,14 @@ void act(client::Session& session, const Action& action, client::Time now) {
 
 ScriptedRun playScript(const client::RoomAddress& room, const std::string& name,
                        const std::vector<Action>& script, bool keepRecord,
-                       const std::function<bool()>& goOn) {
+                       const std::function<bool()>& goOn, client::Tap tap) {
     ScriptedRun run;
     if (keepRecord)
         run.record = headings;
     Scorer scorer;
     auto next = script.begin();
-    std::optional<client::Session> session =
-        client::Session::join(room.address, name, client::Clock::now(), run.trouble);
+    std::optional<client::Session> session = client::Session::join(
+        room.address, name, client::Clock::now(), run.trouble, std::move(tap));
     while (session && session->isOpen() && run.trouble.empty() && goOn()) {
         client::wait(*session, client::Clock::now());
         const client::Time now = client::Clock::now();

@@ -3,6 +3,7 @@
 #include "bots/Report.h"
 #include "bots/Script.h"
 #include "client/RoomAddress.h"
+#include "client/Tap.h"
 
 #include <functional>
 #include <string>
@@ -26,8 +27,9 @@ struct ScriptedRun {
 
 /// Plays a script with one player, from joining until the script leaves or `goOn` returns false.
 /// `goOn` is called after each arrival, and after three seconds at the latest.
+/// @param tap  sees the player's datagrams
 ScriptedRun playScript(const client::RoomAddress& room, const std::string& name,
                        const std::vector<Action>& script, bool keepRecord,
-                       const std::function<bool()>& goOn);
+                       const std::function<bool()>& goOn, client::Tap tap = {});
 
 } // namespace drench::bots

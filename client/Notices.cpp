@@ -46,4 +46,11 @@ Event parseNotice(std::string_view text) {
     return Notice{std::string(text)};
 }
 
+Event wordsOf(const TalkMessage& talk) {
+    const std::string_view text = untilZero({talk.text, sizeof talk.text});
+    if (talk.id == serverSpeaker)
+        return parseNotice(text);
+    return Chat{talk.id, std::string(text)};
+}
+
 } // namespace drench::client

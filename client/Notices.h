@@ -12,4 +12,7 @@ namespace drench::client {
 /// @param text  up to its first 0, at most 30 bytes
 Event parseNotice(std::string_view text);
 
+/// What a record of words tells: a player's Chat, or the server's notice.
+Event wordsOf(const TalkMessage& talk);
+
 } // namespace drench::client

@@ -215,11 +215,8 @@ void Session::take(const UpdateMessage& state) {
 }
 
 void Session::take(const TalkMessage& talk) {
-    if (!isPlaying())
-        return;
-    const std::string_view text = untilZero({talk.text, sizeof talk.text});
-    parts_.events.push(talk.id == serverSpeaker ? parseNotice(text)
-                                                : Event(Chat{talk.id, std::string(text)}));
+    if (isPlaying())
+        parts_.events.push(wordsOf(talk));
 }
 
 /// The answer to the join, or to a second copy of it, may have come in the meantime.

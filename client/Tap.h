@@ -16,4 +16,17 @@ enum class Way : std::uint8_t { fromRoom, toRoom };
 /// which the longest record has 532. Must not call the session.
 using Tap = std::function<void(Way way, std::string_view datagram, Time now)>;
 
+/// The same for several players at once, each with a line of its own to the room.
+using LineTap =
+    std::function<void(Way way, std::uint32_t line, std::string_view datagram, Time now)>;
+
+/// Shows one player's datagrams to `tap`, as those of this line; an empty tap if `tap` is empty.
+inline Tap onLine(const LineTap& tap, std::uint32_t line) {
+    if (!tap)
+        return {};
+    return [tap, line](Way way, std::string_view datagram, Time now) {
+        tap(way, line, datagram, now);
+    };
+}
+
 } // namespace drench::client

@@ -2,9 +2,12 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <sstream>
 #include <stdexcept>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -21,11 +24,13 @@ int statusOf(int ended) {
 }
 
 /// Turns this process into a program, whose arguments end with a null.
-void become(const std::vector<char*>& words, const ChildProcess::Outputs& outputs) {
-    if (outputs.output >= 0)
-        dup2(outputs.output, STDOUT_FILENO);
-    if (outputs.errors >= 0)
-        dup2(outputs.errors, STDERR_FILENO);
+void become(const std::vector<char*>& words, const ChildProcess::Streams& streams) {
+    if (streams.output >= 0)
+        dup2(streams.output, STDOUT_FILENO);
+    if (streams.errors >= 0)
+        dup2(streams.errors, STDERR_FILENO);
+    if (streams.input >= 0)
+        dup2(streams.input, STDIN_FILENO);
     // Libraries open sockets that a program would inherit.
     close_range(STDERR_FILENO + 1, ~0u, 0);
     execv(words.front(), words.data());
@@ -61,8 +66,8 @@ ChildProcess::ChildProcess(const std::function<void()>& main) {
     }
 }
 
-ChildProcess::ChildProcess(const std::vector<std::string>& words, const Outputs& outputs)
-    : ChildProcess([arguments = argumentsOf(words), outputs] { become(arguments, outputs); }) {}
+ChildProcess::ChildProcess(const std::vector<std::string>& words, const Streams& streams)
+    : ChildProcess([arguments = argumentsOf(words), streams] { become(arguments, streams); }) {}
 
 ChildProcess::ChildProcess(ChildProcess&& other) noexcept
     : pid_(std::exchange(other.pid_, -1)), status_(other.status_) {}
@@ -89,6 +94,19 @@ int ChildProcess::wait() {
     if (pid_ > 0 && !status_ && waitpid(pid_, &ended, 0) == pid_)
         status_ = statusOf(ended);
     return status_.value_or(-1);
+}
+
+std::string programNamed(const std::string& name) {
+    const char* const set = std::getenv("PATH");
+    std::istringstream folders(set ? set : "");
+    for (std::string folder; std::getline(folders, folder, ':');) {
+        std::string file = folder.empty() ? name : folder + "/" + name;
+        struct stat status {};
+        if (stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+            access(file.c_str(), X_OK) == 0)
+            return file;
+    }
+    return {};
 }
 
 } // namespace drench

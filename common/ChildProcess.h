@@ -16,16 +16,17 @@ class ChildProcess {
     /// gives no process.
     explicit ChildProcess(const std::function<void()>& main);
 
-    /// The destinations of a program's standard output and standard error; -1 leaves them as they
-    /// are.
-    struct Outputs {
+    /// The descriptors that become a program's standard output, error and input; -1 leaves them as
+    /// they are.
+    struct Streams {
         int output = -1;
         int errors = -1;
+        int input = -1;
     };
 
     /// Starts a program: the first word is its file, the others are its arguments. Its exit status
     /// is 127 if the file cannot be run.
-    ChildProcess(const std::vector<std::string>& words, const Outputs& outputs);
+    ChildProcess(const std::vector<std::string>& words, const Streams& streams);
 
     ChildProcess(ChildProcess&& other) noexcept;
     ChildProcess& operator=(ChildProcess&&) = delete;
@@ -46,5 +47,8 @@ class ChildProcess {
     pid_t pid_;
     std::optional<int> status_;
 };
+
+/// The file that a shell runs for a program's name, by $PATH; empty if there is none.
+std::string programNamed(const std::string& name);
 
 } // namespace drench

@@ -10,6 +10,7 @@
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace drench {
 
@@ -154,6 +155,26 @@ void requireWritable(const std::string& path) {
     std::string temporary;
     close(makeTemporaryFile(path, linkTarget(path), temporary));
     unlink(temporary.c_str());
+}
+
+FileInMaking::FileInMaking(std::string path) : path_(std::move(path)) {
+    const std::optional<struct stat> existing = fileToReplace(path_);
+    if (existing && !S_ISREG(existing->st_mode))
+        fail(path_, "cannot be written (it is no file)");
+    close(makeTemporaryFile(path_, linkTarget(path_), name_));
+}
+
+FileInMaking::~FileInMaking() {
+    if (!name_.empty())
+        unlink(name_.c_str());
+}
+
+void FileInMaking::finish() {
+    const std::optional<struct stat> existing = fileToReplace(path_);
+    const mode_t mode = existing ? existing->st_mode & 07777 : newFileMode();
+    if (chmod(name_.c_str(), mode) != 0 || rename(name_.c_str(), linkTarget(path_).c_str()) != 0)
+        failWithReason(path_, "cannot be written");
+    name_.clear();
 }
 
 } // namespace drench

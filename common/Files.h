@@ -28,4 +28,27 @@ void replaceFile(const std::string& path, const std::string& bytes);
 /// For programs that have the bytes only after a long run. Changes nothing.
 void requireWritable(const std::string& path);
 
+/// A file that another program writes, and that takes its place once it is whole.
+class FileInMaking {
+  public:
+    /// Makes an empty file beside the path. Throws InputError as requireWritable() does, and for
+    /// anything but a regular file.
+    explicit FileInMaking(std::string path);
+    FileInMaking(const FileInMaking&) = delete;
+    FileInMaking& operator=(const FileInMaking&) = delete;
+
+    /// Removes the file unless it has taken its place.
+    ~FileInMaking();
+
+    /// The file to be written.
+    const std::string& name() const { return name_; }
+
+    /// The file takes its place at the path. Throws InputError if it cannot.
+    void finish();
+
+  private:
+    std::string path_;
+    std::string name_;
+};
+
 } // namespace drench

@@ -9,9 +9,9 @@ namespace drench::game {
 namespace {
 
 constexpr Action ordered[actionCount] = {
-    Action::forward, Action::backward,   Action::left,        Action::right,
-    Action::jump,    Action::fire,       Action::table,       Action::chat,
-    Action::menu,    Action::fullScreen, Action::diagnostics, Action::record,
+    Action::forward,     Action::backward, Action::left,       Action::right, Action::jump,
+    Action::fire,        Action::table,    Action::chat,       Action::menu,  Action::fullScreen,
+    Action::diagnostics, Action::record,   Action::keepRecent,
 };
 
 static_assert(static_cast<int>(Action::right) == keyIndex::right &&
@@ -40,6 +40,7 @@ constexpr DefaultBinding defaults[] = {
     {Action::chat, "Enter"},         {Action::chat, "KeyT"},
     {Action::menu, "PadStart"},      {Action::fullScreen, "F11"},
     {Action::diagnostics, "F3"},     {Action::record, "F9"},
+    {Action::keepRecent, "F10"},
 };
 
 bool isInput(const Input& input) {
@@ -67,8 +68,8 @@ std::optional<int> roomKey(Action action) {
 
 std::string_view actionName(Action action) {
     constexpr std::string_view names[actionCount] = {
-        "right", "left", "backward", "forward",     "jump",   "fire",
-        "table", "chat", "menu",     "diagnostics", "record", "full-screen"};
+        "right", "left", "backward",    "forward", "jump",        "fire",       "table",
+        "chat",  "menu", "diagnostics", "record",  "keep-recent", "full-screen"};
     return names[static_cast<std::size_t>(action)];
 }
 

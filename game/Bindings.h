@@ -24,10 +24,11 @@ enum class Action {
     menu,
     diagnostics,
     record,
+    keepRecent,
     fullScreen
 };
 
-constexpr int actionCount = 12;
+constexpr int actionCount = 13;
 
 /// All of them, in the order of a list of keys for people.
 std::span<const Action> actions();

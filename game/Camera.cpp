@@ -5,6 +5,14 @@
 
 namespace drench::game {
 
+Camera overviewOf(const MapManager& map) {
+    Camera camera;
+    const glm::vec3 middle = glm::vec3(map.width, 0.4f * map.height, map.length) * 0.5f;
+    camera.eye = middle + glm::vec3(0.55f * map.width, 1.3f * map.height, 0.7f * map.length);
+    camera.direction = middle - camera.eye;
+    return camera;
+}
+
 glm::mat4 viewMatrix(const Camera& camera) {
     return glm::lookAt(camera.eye, camera.eye + glm::normalize(camera.direction), camera.up);
 }

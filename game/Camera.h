@@ -1,5 +1,6 @@
 #pragma once
 
+#include "src/MapManager.h"
 #include "src/Vector.h"
 
 #include <glm/mat4x4.hpp>
@@ -35,6 +36,9 @@ constexpr float nearPlane = 6.0f;
 
 /// World units; the largest arena is 16 384 wide.
 constexpr float farPlane = 24576.0f;
+
+/// Above a corner of the arena, seeing all of it: for whoever is nowhere in it.
+Camera overviewOf(const MapManager& map);
 
 /// From world units to what the eye sees: x to the right, y up, -z ahead.
 glm::mat4 viewMatrix(const Camera& camera);

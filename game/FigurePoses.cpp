@@ -58,7 +58,7 @@ void FigurePoses::show(const MapManager& map, const arena::Grid& grid,
         known.position = pose.position;
         known.walking.move(pose.position, seconds);
         pose.walkPhase = known.walking.phase();
-        pose.stride = known.walking.stride();
+        pose.way = known.walking.way();
         pose.inAir = !standsOnCube(map, pose.position);
         pose.shooting = player.shooting;
         pose.sun = sunOn(grid, pose.position);

@@ -37,6 +37,11 @@ constexpr vec3 gunAhead{0.0f, -2.0f, 5.0f};
 /// Radians that a leg swings to each side of the vertical at full stride.
 constexpr float swing = 0.62f;
 
+/// Radians. Hips turn towards the way so far at most, and legs go backwards on ways that are
+/// further from the view: to the side one goes forwards.
+constexpr float mostTurn = 1.1f;
+constexpr float backwards = 1.75f;
+
 /// A head nods less than its eyes look up.
 constexpr float nod = 0.55f;
 
@@ -72,6 +77,28 @@ mat4 gunPlace(const mat4& body, float pitch) {
     return glm::translate(turned(body, gunPivot, leftward, -pitch), gunPivot + gunAhead);
 }
 
+/// How legs go along the way of a body that looks elsewhere.
+struct Gait {
+    /// Radians to the left that the hips are turned.
+    float turn = 0.0f;
+
+    /// As FigurePose::walkPhase; runs back in steps backwards.
+    float phase = 0.0f;
+    float stride = 0.0f;
+};
+
+Gait gaitOf(const FigurePose& pose) {
+    const float stride = glm::length(pose.way);
+    const float view = anglesOf(pose.direction).yaw;
+    const float turn =
+        std::remainder(std::atan2(pose.way.x, pose.way.y) - view, glm::two_pi<float>());
+    const bool isBackwards = std::abs(turn) > backwards;
+    const float along =
+        isBackwards ? std::remainder(turn + glm::pi<float>(), glm::two_pi<float>()) : turn;
+    return {stride * std::clamp(along, -mostTurn, mostTurn),
+            isBackwards ? -pose.walkPhase : pose.walkPhase, stride};
+}
+
 /// The bend of a leg: forward at the hip, back at the knee.
 struct Bend {
     float hip = 0.0f;
@@ -79,14 +106,14 @@ struct Bend {
 };
 
 /// @param side  1 for the left leg, -1 for the right one
-Bend bendOf(const FigurePose& pose, float side) {
-    if (pose.inAir)
+Bend bendOf(const Gait& gait, bool inAir, float side) {
+    if (inAir)
         return side > 0.0f ? Bend{1.15f, 1.75f} : Bend{0.6f, 1.7f};
-    const float angle = pose.walkPhase * glm::pi<float>();
+    const float angle = gait.phase * glm::pi<float>();
     const float forward = side * std::sin(angle);
     // The knee bends while its leg comes forward.
     const float comes = std::max(0.0f, side * std::cos(angle));
-    return {pose.stride * swing * forward, pose.stride * 0.95f * comes};
+    return {gait.stride * swing * forward, gait.stride * 0.95f * comes};
 }
 
 void addLeg(Solids& solids, const mat4& body, float side, Bend bend, Colour shorts) {
@@ -108,8 +135,10 @@ void addLeg(Solids& solids, const mat4& body, float side, Bend bend, Colour shor
 /// ground.
 float addLegs(Solids& solids, const mat4& body, const FigurePose& pose, Colour shorts) {
     const std::size_t first = solids.vertices.size();
+    const Gait gait = gaitOf(pose);
+    const mat4 hips = pose.inAir ? body : glm::rotate(body, gait.turn, upward);
     for (const float side : {1.0f, -1.0f})
-        addLeg(solids, body, side, bendOf(pose, side), shorts);
+        addLeg(solids, hips, side, bendOf(gait, pose.inAir, side), shorts);
     if (pose.inAir)
         return 0.0f;
     float lowest = pose.position.y;

@@ -1,5 +1,6 @@
 #include "game/Frame.h"
 
+#include "arena/MapText.h"
 #include "common/Files.h"
 
 #include <algorithm>
@@ -14,15 +15,6 @@ using Place = Screens::Place;
 
 double secondsBetween(client::Time from, client::Time to) {
     return std::chrono::duration<double>(to - from).count();
-}
-
-/// Above a corner of the arena, seeing all of it: for whoever has no body yet.
-Camera overview(const MapManager& map) {
-    Camera camera;
-    const glm::vec3 middle = glm::vec3(map.width, 0.4f * map.height, map.length) * 0.5f;
-    camera.eye = middle + glm::vec3(0.55f * map.width, 1.3f * map.height, 0.7f * map.length);
-    camera.direction = middle - camera.eye;
-    return camera;
 }
 
 /// Frames a second. A driver that draws with the processor draws none that the screen cannot show.
@@ -53,9 +45,19 @@ bool isLasting(const std::string& room) {
 Frame::Frame(Window& window, ShownArena& arena, Settings settings, KeepSettings keep)
     : window_(window), arena_(arena), settings_(std::move(settings)), keep_(std::move(keep)),
       renderer_(arena_.firstSurface()), overlay_(window), pacing_(frameRate(settings_, window)),
-      senses_(arena_.map()), opened_(client::Clock::now()), begin_(opened_) {
-    scene_.camera = overview(arena_.map());
+      recorder_(recordingsFolder()), senses_(arena_.map()), opened_(client::Clock::now()),
+      begin_(opened_) {
+    scene_.camera = overviewOf(arena_.map());
+    visit_.recordInto(
+        [this](const std::string& room, client::Time now) { return recorder_.enter(room, now); });
     applySettings();
+}
+
+void Frame::watch(OpenedRecording opened) {
+    renderer_.setArena(opened.mesh);
+    screening_.emplace(std::move(opened));
+    visit_.screens().watch(screening_->title());
+    scene_.camera = overviewOf(arena_.map());
 }
 
 void Frame::run() {
@@ -68,6 +70,7 @@ void Frame::run() {
     takeInputs();
     serviceRoom(begin);
     changeArena();
+    changeScreening();
     compose(begin);
     sound(begin);
     const PixelSize size = window_.size();
@@ -130,7 +133,9 @@ void Frame::takeInputs() {
         releaseAll();
     gameHadInput_ = gameHasInput;
     pacing_.calm(visit_.screens().isCalm() || !isFocused_);
-    const bool gameHasMouse = isFocused_ && visit_.screens().gameHasMouse();
+    // Whoever watches needs the pointer for the bar.
+    const bool gameHasMouse =
+        isFocused_ && visit_.screens().gameHasMouse() && (!screening_ || screening_->isDragging());
     if (gameHasMouse)
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
                            {settings_.invertX, settings_.invertY});
@@ -139,7 +144,9 @@ void Frame::takeInputs() {
                            {settings_.invertX, settings_.invertY});
     window_.captureMouse(gameHasMouse);
     const ViewCounts counts = turning_.take();
-    if (counts != ViewCounts{} && visit_.session())
+    if (screening_)
+        screening_->turn(counts);
+    else if (counts != ViewCounts{} && visit_.session())
         visit_.session()->turn(counts.dx, counts.dy);
 }
 
@@ -148,18 +155,24 @@ void Frame::takeFocus(bool focused) {
     if (focused) {
         held_.gainFocus();
     } else {
+        if (screening_)
+            screening_->releaseAll();
         for (const ActionChange& ended : held_.loseFocus())
             act(ended);
     }
 }
 
 void Frame::releaseAll() {
+    if (screening_)
+        screening_->releaseAll();
     for (const ActionChange& ended : held_.releaseAll())
         act(ended);
     turning_.forget();
 }
 
 void Frame::press(const WindowEvents::Press& press) {
+    if (screening_ && screening_->press(press.input, press.down))
+        return;
     if (const auto change = held_.press(settings_.bindings, press.input, press.down))
         act(*change);
 }
@@ -173,7 +186,19 @@ void Frame::act(const ActionChange& change) {
         window_.fillScreen(settings_.fullScreen);
         changed_ = begin_;
     }
+    if (change.held)
+        record(change.action, begin_);
     overlay_.act(change, visit_);
+}
+
+void Frame::record(Action action, client::Time now) {
+    if (action != Action::record && action != Action::keepRecent)
+        return;
+    const std::string arena = arena_.isCertain() ? arena::writeMapText(arena_.map()) : "";
+    if (action == Action::record)
+        recorder_.toggle(arena, now);
+    else
+        recorder_.keepRecent(arena);
 }
 
 void Frame::serviceRoom(client::Time now) {
@@ -206,6 +231,8 @@ void Frame::noteRoom(client::Time now) {
 }
 
 void Frame::changeArena() {
+    if (screening_)
+        return;
     const MapManager* const before = &arena_.map();
     const std::optional<ArenaMesh> mesh = arena_.change();
     if (!mesh)
@@ -217,23 +244,55 @@ void Frame::changeArena() {
     autopilot_.enterArena(arena_.map());
 }
 
+/// Opens what was chosen to be watched, and brings back the arena of the start when that is over.
+void Frame::changeScreening() {
+    if (const std::string chosen = overlay_.takeChosenRecording();
+        !chosen.empty() && !opening_.valid())
+        opening_ = std::async(std::launch::async, [&known = arena_.known(), chosen] {
+            return openRecording(chosen, known);
+        });
+    if (opening_.valid() &&
+        opening_.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
+        try {
+            OpenedRecording opened = opening_.get();
+            if (visit_.screens().place() == Place::start)
+                watch(std::move(opened));
+        } catch (const InputError& error) {
+            overlay_.warn(error.what());
+        }
+    }
+    if (screening_ && visit_.screens().place() != Place::watching) {
+        screening_.reset();
+        arena_.showAgain();
+    }
+}
+
 void Frame::compose(client::Time now) {
     const double time = secondsBetween(opened_, now);
     const auto seconds = static_cast<float>(time - scene_.time);
     scene_.time = time;
     if (visit_.screens().place() == Place::start) {
         senses_.forget();
-        scene_.camera = overview(arena_.map());
+        recorder_.leave(now);
+        scene_.camera = overviewOf(arena_.map());
     }
     scene_.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(settings_.fieldOfView));
-    senses_.show(scene_, settings_, visit_.screens().place() == Place::match, now, seconds);
+    if (screening_)
+        screening_->pass(sinceLast_, settings_, scene_);
+    else
+        senses_.show(scene_, settings_, visit_.screens().place() == Place::match, now, seconds);
 }
 
 void Frame::sound(client::Time now) {
     Heard heard;
     heard.volume = settings_.masterVolume * settings_.effectsVolume;
     Ears* const ears = senses_.ears();
-    if (ears && visit_.screens().place() == Place::match) {
+    if (screening_) {
+        heard.listener = {inGame(scene_.camera.eye), inGame(scene_.camera.direction)};
+        heard.cues = screening_->watching().cues();
+        heard.jets = screening_->watching().jets();
+        captions_.hear(heard.cues, heard.listener, now);
+    } else if (ears && visit_.screens().place() == Place::match) {
         heard.listener = {inGame(scene_.camera.eye), inGame(scene_.camera.direction)};
         heard.cues = ears->cues();
         heard.jets = ears->jets();
@@ -247,10 +306,15 @@ void Frame::sound(client::Time now) {
 }
 
 void Frame::drawOverlay(client::Time now) {
+    for (const std::string& words : recorder_.takeNews())
+        overlay_.tell(words, now);
     Overlay::View view;
     view.now = now;
     view.scene = &scene_;
-    view.match = &senses_.match();
+    view.match = screening_ ? &screening_->watching().match() : &senses_.match();
+    view.matchNow = screening_ ? screening_->watching().playback().now() : now;
+    view.screening = screening();
+    view.recorder = &recorder_;
     view.bodies = senses_.bodies();
     view.arenaTrouble = &arena_.trouble();
     view.frames = &latestTimes_;

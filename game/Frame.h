@@ -7,7 +7,9 @@
 #include "game/HeldActions.h"
 #include "game/Overlay.h"
 #include "game/Pacing.h"
+#include "game/Recorder.h"
 #include "game/Scene.h"
+#include "game/Screening.h"
 #include "game/Senses.h"
 #include "game/Settings.h"
 #include "game/ShownArena.h"
@@ -18,6 +20,7 @@
 #include "game/render/Renderer.h"
 
 #include <functional>
+#include <future>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,6 +45,12 @@ class Frame {
     /// Who plays besides or instead of the one at the window.
     Autopilot& autopilot() { return autopilot_; }
 
+    /// Shows a recorded match, until the player stops that.
+    void watch(OpenedRecording opened);
+
+    /// What is watched; null for nothing.
+    Screening* screening() { return screening_ ? &*screening_ : nullptr; }
+
     /// Waits until the next frame is due, and makes it.
     void run();
 
@@ -65,6 +74,8 @@ class Frame {
     void act(const ActionChange& change);
     void noteRoom(client::Time now);
     void changeArena();
+    void record(Action action, client::Time now);
+    void changeScreening();
     void compose(client::Time now);
     void sound(client::Time now);
     void drawOverlay(client::Time now);
@@ -84,9 +95,14 @@ class Frame {
     bool gameHadInput_ = false;
     bool isFocused_ = false;
 
+    Recorder recorder_;
     Visit visit_;
     Autopilot autopilot_;
     Senses senses_;
+
+    /// What is watched, and what is being opened.
+    std::optional<Screening> screening_;
+    std::future<OpenedRecording> opening_;
     SoundDevice soundDevice_;
     bool saidSilence_ = false;
     Captions captions_;

@@ -35,7 +35,7 @@ std::optional<int> freePort() {
 std::unique_ptr<ChildProcess> startQuietly(const std::vector<std::string>& words) {
     const Descriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
     return std::make_unique<ChildProcess>(words,
-                                          ChildProcess::Outputs{nowhere.number, nowhere.number});
+                                          ChildProcess::Streams{nowhere.number, nowhere.number});
 }
 
 bool isProgram(const std::string& file) {

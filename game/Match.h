@@ -67,6 +67,9 @@ class Match {
     /// Takes an event of the session in, at its moment.
     void take(const client::Event& event, client::Time now);
 
+    /// Makes the player with this identifier ourselves, or nobody if it is 0: for a recorded match.
+    void watchAs(char id) { ownId_ = id; }
+
     /// Our own identifier while playing, else 0.
     char ownId() const { return ownId_; }
 

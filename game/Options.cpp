@@ -2,11 +2,13 @@
 
 #include "arena/picture/Image.h"
 #include "common/CommandLine.h"
+#include "game/OpenedRecording.h"
 #include "game/RoomLink.h"
 #include "game/Settings.h"
 #include "src/Messages.h"
 
 #include <CLI/CLI.hpp>
+#include <utility>
 
 namespace drench::game {
 
@@ -37,8 +39,9 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
                             const char* type) {
         return app.add_option(name, value, description)->type_name(type);
     };
-    option("room", options.room, "Where to play; without one you choose on the screen",
-           "HOST[:PORT] or drench://HOST[:PORT]");
+    option("room", options.room,
+           "Where to play, or a recorded match to watch; without one you choose on the screen",
+           "HOST[:PORT], drench://HOST[:PORT] or FILE");
     option("--name", options.name, "Your name, at most 11 bytes", "NAME")
         ->default_str("that of the settings");
     option("--arena", options.arena,
@@ -61,11 +64,44 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
            "N")
         ->check(numberBetween(frameLimitLimits.least, frameLimitLimits.most))
         ->default_str("that of the settings");
+    CLI::Option* video =
+        option("--video", options.video, "Draw the recorded match there, without a display", "MP4");
+    option("--from", options.from, "Where in the recording to begin", "S")
+        ->check(numberBetween(0.0, longestRun));
+    option("--to", options.to, "Where a video ends", "S")
+        ->check(numberBetween(0.0, longestRun))
+        ->default_str("its end")
+        ->needs(video);
+    option("--view", options.view,
+           "From where it is seen: through a player's eye, behind a "
+           "player, or above",
+           "eye|follow|above")
+        ->check(CLI::IsMember({"eye", "follow", "above"}))
+        ->capture_default_str();
+    option("--player", options.player, "Which player that is, 1 to 4", "N")
+        ->check(numberBetween(1, maxPlayers))
+        ->default_str("whoever recorded it");
+    option("--camera", options.camera,
+           "See it from one place: the eye and a point to look at, world units", "X,Y,Z,X,Y,Z")
+        ->delimiter(',')
+        ->expected(6);
+    option("--fps", options.videoRate, "Frames a second of a video", "N")
+        ->check(numberBetween(1, 240))
+        ->capture_default_str()
+        ->needs(video);
+    app.add_flag("--plain", options.isPlain, "A video without textures, drawn faster")
+        ->needs(video);
     app.add_flag("--frame-times", options.frameTimes,
                  "Say at the end how long frames took and what else they cost");
     return parseArguments(app, argc, argv, [&] {
         options.size = {size[0], size[1]};
+        if (isRecording(options.room))
+            options.recording = std::exchange(options.room, "");
         options.room = roomOfLink(options.room);
+        if (!options.video.empty() && options.recording.empty())
+            throw CLI::ValidationError("--video", "wants a recorded match to draw");
+        if (!options.video.empty() && (size[0] % 2 != 0 || size[1] % 2 != 0))
+            throw CLI::ValidationError("--size", "a video's width and height are even numbers");
         if (options.name.size() > longestName)
             throw CLI::ValidationError("--name", options.name + " has more than " +
                                                      std::to_string(longestName) + " bytes");

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace drench::game {
 
@@ -11,6 +12,31 @@ namespace drench::game {
 struct Options {
     /// Empty if the player is to choose one.
     std::string room;
+
+    /// The recording to watch instead; empty for none.
+    std::string recording;
+
+    /// The video to make of it; empty for none.
+    std::string video;
+
+    /// Seconds of the recording: where it begins, and the end of a video.
+    double from = 0.0;
+    std::optional<double> to;
+
+    /// From where it is seen: "eye", "follow" or "above".
+    std::string view = "eye";
+
+    /// In whose eye or behind whom; 0 for whoever recorded it.
+    int player = 0;
+
+    /// An eye and the point that it looks at, world units; empty for none.
+    std::vector<float> camera;
+
+    /// Frames a second of a video.
+    int videoRate = 30;
+
+    /// Whether a video has no textures and rough edges.
+    bool isPlain = false;
 
     /// Empty for the name of the settings.
     std::string name;

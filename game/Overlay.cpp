@@ -1,9 +1,12 @@
 #include "game/Overlay.h"
 
-#include "game/ui/Hud.h"
+#include "game/Dressing.h"
+#include "game/ui/PlaybackBar.h"
 #include "game/ui/PlayerTable.h"
 #include "src/FilePath.h"
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace drench::game {
@@ -16,8 +19,15 @@ using Place = Screens::Place;
 /// In a room with bots on this machine; with the player it is full.
 constexpr int hostedBots = 3;
 
-Palette paletteOf(const Settings& settings) {
-    return settings.colourBlind ? Palette::colourBlind : Palette::usual;
+/// For which news are shown.
+constexpr std::chrono::seconds newsTime{6};
+
+bool clicksOnBar(const Theme& theme, std::span<const SDL_Event> events) {
+    return std::ranges::any_of(events, [&](const SDL_Event& event) {
+        return event.type == SDL_MOUSEBUTTONDOWN &&
+               isOnPlaybackBar(theme, static_cast<float>(event.button.x),
+                               static_cast<float>(event.button.y));
+    });
 }
 
 } // namespace
@@ -38,9 +48,15 @@ std::vector<WindowEvents::Press> Overlay::take(const WindowEvents& events, Visit
             screens.closePanel();
     } else if (!gameHadInput && !keysWaited) {
         interface_.take(events.all);
+    } else if (screens.place() == Place::watching) {
+        interface_.takeMouse(events.all);
     }
+    const bool isPointing =
+        screens.place() == Place::watching && clicksOnBar(interface_.theme(), events.all);
     std::vector<WindowEvents::Press> left;
     for (const WindowEvents::Press& press : events.presses) {
+        if (press.down && isPointing && press.input.device == Input::Device::mouse)
+            continue;
         // The game hears of all that goes up, since it may have gone down there.
         if (!press.down || (gameHadInput && screens.gameHasInput()))
             left.push_back(press);
@@ -87,11 +103,18 @@ void Overlay::service(const Visit& visit, const Settings& settings, client::Time
         rooms_.show(wanted);
     }
     rooms_.service(now);
+    if (areShown && !std::exchange(wasAtStart_, areShown) && !lookingForRecordings_.valid())
+        lookingForRecordings_ =
+            std::async(std::launch::async, [] { return recordingsIn(recordingsFolder()); });
+    wasAtStart_ = areShown;
+    if (lookingForRecordings_.valid() &&
+        lookingForRecordings_.wait_for(std::chrono::seconds(0)) == std::future_status::ready)
+        recordings_ = lookingForRecordings_.get();
 }
 
 bool Overlay::draw(const View& view, Visit& visit, Settings& settings) {
     interface_.begin(settings.interfaceScale);
-    if (visit.screens().place() == Place::match)
+    if (visit.screens().place() == Place::match || visit.screens().place() == Place::watching)
         drawMatch(view, visit, settings);
     bool changed = drawPanel(view, visit, settings);
     interface_.draw();
@@ -106,23 +129,42 @@ void Overlay::drawMatch(const View& view, const Visit& visit, const Settings& se
     const ImVec2 size = ImGui::GetIO().DisplaySize;
     const bool isOpen = visit.screens().gameHasMouse();
     HudView hud;
-    hud.now = view.now;
+    hud.now = view.matchNow;
     hud.palette = palette;
     hud.hasCrosshair = isOpen && !showsTable_ && match.self() && !match.self()->soakedSince;
     if (size.y > 0.0f)
         hud.labels = labelsOf(*view.scene, size.x / size.y);
     hud.captions = view.captions;
-    hud.warnings = warnings_;
-    if (!view.arenaTrouble->empty())
-        hud.warnings.push_back(*view.arenaTrouble);
-    if (std::string words = visit.line().words(); !words.empty())
-        hud.warnings.push_back(std::move(words));
+    const bool hasBar = view.screening && visit.screens().panel() == Panel::none;
+    hud.foot = hasBar ? playbackBarHeight : 0.0f;
+    addLines(hud, view, visit);
     drawHud(theme, match, hud);
-    chat_.draw(theme, match, palette, view.now, visit.screens().panel() == Panel::chat);
+    chat_.draw(theme, match, palette, view.matchNow, visit.screens().panel() == Panel::chat,
+               hud.foot);
+    if (hasBar)
+        drawPlaybackBar(theme, view.screening->watching(), palette);
     if (showsDiagnostics_)
         drawDiagnostics(theme, diagnosticsOf(view, visit));
     if (showsTable_ && isOpen)
         drawPlayerTable(theme, match, palette, visit.screens().room());
+}
+
+void Overlay::addLines(HudView& hud, const View& view, const Visit& visit) {
+    hud.warnings = warnings_;
+    if (view.screening) {
+        hud.warnings.insert(hud.warnings.end(), view.screening->problems().begin(),
+                            view.screening->problems().end());
+    } else {
+        if (!view.arenaTrouble->empty())
+            hud.warnings.push_back(*view.arenaTrouble);
+        if (std::string words = visit.line().words(); !words.empty())
+            hud.warnings.push_back(std::move(words));
+    }
+    std::erase_if(news_, [&](const News& each) { return view.now - each.moment > newsTime; });
+    for (const News& each : news_)
+        hud.news.push_back(each.words);
+    if (view.recorder->isRecording())
+        hud.recordingSeconds = view.recorder->seconds(view.now);
 }
 
 DiagnosticsView Overlay::diagnosticsOf(const View& view, const Visit& visit) const {
@@ -164,6 +206,7 @@ bool Overlay::drawPanel(const View& view, Visit& visit, Settings& settings) {
         choice = drawWay(theme, screens, view.now);
         break;
     case Place::match:
+    case Place::watching:
         if (screens.panel() == Panel::menu)
             choice = drawMenu(theme, screens);
         break;
@@ -174,11 +217,14 @@ bool Overlay::drawPanel(const View& view, Visit& visit, Settings& settings) {
 }
 
 bool Overlay::drawStart(const View& view, Visit& visit, Settings& settings) {
-    const StartPage::Outcome outcome = startPage_.draw(interface_.theme(), settings, rooms_);
+    const StartPage::Outcome outcome =
+        startPage_.draw(interface_.theme(), settings, rooms_, recordings_);
     if (outcome.hosts)
         visit.host(getAppPath(), hostedBots, settings.name, view.now);
     else if (!outcome.room.empty())
         visit.join(outcome.room, settings.name, view.now);
+    if (!outcome.recording.empty())
+        chosenRecording_ = outcome.recording;
     if (outcome.opensSettings)
         visit.screens().openSettings();
     hasQuit_ = hasQuit_ || outcome.quits;

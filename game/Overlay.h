@@ -4,19 +4,25 @@
 #include "game/Captions.h"
 #include "game/FrameTimes.h"
 #include "game/HeldActions.h"
+#include "game/OwnRecordings.h"
+#include "game/Recorder.h"
 #include "game/RoomList.h"
 #include "game/Scene.h"
+#include "game/Screening.h"
 #include "game/Settings.h"
 #include "game/Visit.h"
 #include "game/Window.h"
 #include "game/ui/ChatBox.h"
 #include "game/ui/Diagnostics.h"
+#include "game/ui/Hud.h"
 #include "game/ui/Interface.h"
 #include "game/ui/Menu.h"
 #include "game/ui/SettingsPage.h"
 #include "game/ui/StartPage.h"
 
+#include <future>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace drench::game {
@@ -45,6 +51,13 @@ class Overlay {
         const Scene* scene = nullptr;
         const Match* match = nullptr;
 
+        /// The moment on the match's clock.
+        client::Time matchNow;
+
+        /// What is watched; null for none.
+        Screening* screening = nullptr;
+        const Recorder* recorder = nullptr;
+
         /// Null as long as no room has let one in.
         const client::Bodies* bodies = nullptr;
         const FrameTimes* frames = nullptr;
@@ -70,11 +83,18 @@ class Overlay {
     /// Shows a line at the top of the picture from now on, beside what is said of the line.
     void warn(const std::string& words) { warnings_.push_back(words); }
 
+    /// Shows a line there for some seconds.
+    void tell(const std::string& words, client::Time now) { news_.push_back({words, now}); }
+
+    /// The recording that was chosen to be watched since the last call; empty for none.
+    std::string takeChosenRecording() { return std::exchange(chosenRecording_, {}); }
+
     bool hasQuit() const { return hasQuit_; }
 
   private:
     void takePress(const WindowEvents::Press& press, Visit& visit, Settings& settings);
     void drawMatch(const View& view, const Visit& visit, const Settings& settings);
+    void addLines(HudView& hud, const View& view, const Visit& visit);
     DiagnosticsView diagnosticsOf(const View& view, const Visit& visit) const;
     bool drawPanel(const View& view, Visit& visit, Settings& settings);
     bool drawStart(const View& view, Visit& visit, Settings& settings);
@@ -87,6 +107,18 @@ class Overlay {
     RoomList rooms_;
     std::vector<std::string> shownRooms_;
     std::vector<std::string> warnings_;
+
+    struct News {
+        std::string words;
+        client::Time moment;
+    };
+    std::vector<News> news_;
+
+    /// The user's own recordings, looked for whenever the start is shown.
+    std::future<std::vector<OwnRecording>> lookingForRecordings_;
+    std::vector<OwnRecording> recordings_;
+    bool wasAtStart_ = false;
+    std::string chosenRecording_;
     bool showsTable_ = false;
     bool showsDiagnostics_ = false;
     bool settingsChanged_ = false;

@@ -3,7 +3,6 @@
 #include "game/Camera.h"
 #include "game/Liveries.h"
 
-#include <glm/gtc/quaternion.hpp>
 #include <glm/vec2.hpp>
 #include <glm/vec3.hpp>
 #include <optional>
@@ -24,13 +23,13 @@ struct FigurePose {
 
     /// The view.
     glm::vec3 direction{0.0f, 0.0f, 1.0f};
-    glm::quat rotation{1.0f, 0.0f, 0.0f, 0.0f};
 
     /// Steps taken so far, for the legs; two make a whole swing.
     float walkPhase = 0.0f;
 
-    /// How far the legs swing, from 0, standing, to 1, at full speed.
-    float stride = 0.0f;
+    /// Where the body walks, along x and z: of length 0, standing, to 1, at full speed. So far
+    /// swing the legs.
+    glm::vec2 way{0.0f};
     bool inAir = false;
     bool shooting = false;
     bool soaked = false;

@@ -95,6 +95,12 @@ void Screens::fail(const Trouble& trouble) {
     tries_ = false;
 }
 
+void Screens::watch(const std::string& title) {
+    *this = Screens();
+    place_ = Place::watching;
+    room_ = title;
+}
+
 void Screens::leave() {
     *this = Screens();
 }
@@ -118,12 +124,12 @@ std::string Screens::whyNotPlaying() const {
 void Screens::escape() {
     if (panel_ != Panel::none)
         closePanel();
-    else if (place_ == Place::match)
+    else if (hasPicture())
         panel_ = Panel::menu;
 }
 
 void Screens::openChat() {
-    if (gameHasInput())
+    if (gameHasInput() && place_ == Place::match)
         panel_ = Panel::chat;
 }
 
@@ -133,7 +139,7 @@ void Screens::openSettings() {
 }
 
 void Screens::closePanel() {
-    const bool wasInMenu = panel_ == Panel::settings && place_ == Place::match;
+    const bool wasInMenu = panel_ == Panel::settings && hasPicture();
     panel_ = wasInMenu ? Panel::menu : Panel::none;
 }
 

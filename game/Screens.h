@@ -32,6 +32,9 @@ class Screens {
 
         match,
 
+        /// A recorded match is watched.
+        watching,
+
         /// The room let nobody in, or was lost.
         trouble
     };
@@ -45,7 +48,7 @@ class Screens {
     Place place() const { return place_; }
     Panel panel() const { return panel_; }
 
-    /// The room as the player named it; empty at the start.
+    /// The room as the player named it, or what is watched; empty at the start.
     const std::string& room() const { return room_; }
 
     /// A room is chosen, by its address or a link to it, or the one of the trouble is tried once
@@ -62,6 +65,9 @@ class Screens {
 
     /// The room cannot even be asked.
     void fail(const Trouble& trouble);
+
+    /// A recorded match is watched from now on.
+    void watch(const std::string& title);
 
     /// Back to the choice of a room.
     void leave();
@@ -92,17 +98,20 @@ class Screens {
     void closePanel();
 
     /// Whether keys and mouse are for the game and not for what is drawn over it.
-    bool gameHasInput() const { return place_ == Place::match && panel_ == Panel::none; }
+    bool gameHasInput() const { return hasPicture() && panel_ == Panel::none; }
 
     /// Whether the mouse turns the view: whoever writes a line of chat still looks around.
     bool gameHasMouse() const {
-        return place_ == Place::match && (panel_ == Panel::none || panel_ == Panel::chat);
+        return hasPicture() && (panel_ == Panel::none || panel_ == Panel::chat);
     }
 
     /// Whether nothing in the picture asks for many frames a second.
     bool isCalm() const { return !gameHasMouse(); }
 
   private:
+    /// Whether there is something to be seen that a menu can lie over.
+    bool hasPicture() const { return place_ == Place::match || place_ == Place::watching; }
+
     Place place_ = Place::start;
     Panel panel_ = Panel::none;
     std::string room_;

@@ -1,8 +1,6 @@
 #include "game/Senses.h"
 
-#include "game/FigureSight.h"
-
-#include <chrono>
+#include "game/Dressing.h"
 
 namespace drench::game {
 
@@ -54,24 +52,10 @@ void Senses::show(Scene& scene, const Settings& settings, bool isInRoom, client:
                    body->player.isShooting()};
         }
         others = bodies_->others(now, settings.showWhereShotsMeet);
-        if (const MatchPlayer* self = match_.self(); self && self->soakedSince)
-            scene.soaked =
-                SoakedOverlay{std::chrono::duration<float>(now - *self->soakedSince).count(),
-                              static_cast<float>(secondsUntilReturn(*self, now)), self->soakedBy};
+        scene.soaked = soakedIn(match_, now);
     }
     staging_.show(scene, own, others, seconds, settings.lessMotion);
-    nameFigures(scene, settings.colourBlind ? Palette::colourBlind : Palette::usual);
-}
-
-void Senses::nameFigures(Scene& scene, Palette palette) const {
-    for (FigurePose& figure : scene.figures) {
-        figure.palette = palette;
-        if (const MatchPlayer* known = match_.player(figure.id))
-            figure.name = known->name;
-    }
-    if (scene.gun)
-        scene.gun->palette = palette;
-    scene.names = namesInSight(staging_.grid(), scene.camera.eye, scene.figures);
+    dress(scene, match_, staging_.grid(), paletteOf(settings));
 }
 
 } // namespace drench::game

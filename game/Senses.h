@@ -54,8 +54,6 @@ class Senses {
     /// Where the drops of water fly follows from it.
     static constexpr std::uint64_t dropSeed = 1;
 
-    void nameFigures(Scene& scene, Palette palette) const;
-
     MapManager* map_;
     Match match_;
     std::optional<client::Bodies> bodies_;

@@ -49,6 +49,16 @@ void ShownArena::see(const client::Snapshot& snapshot) {
                    arenaFolders().front() + ", or name it with --arena.";
 }
 
+bool ShownArena::isCertain() const {
+    return finder_ && finder_->verdict() == ArenaFinder::Verdict::one &&
+           judged_[finder_->best()] == shown_;
+}
+
+void ShownArena::showAgain() {
+    if (!making_.lit.valid())
+        make(shown_);
+}
+
 std::optional<ArenaMesh> ShownArena::change() {
     const std::size_t best = fitting();
     if (!making_.lit.valid()) {

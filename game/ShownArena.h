@@ -36,6 +36,9 @@ class ShownArena {
     /// The one shown now.
     MapManager& map() const { return known_[shown_].map; }
 
+    /// All that rooms may play.
+    const std::vector<KnownArena>& known() const { return known_; }
+
     /// Waits for the first surface. To be called once, before change().
     ArenaMesh firstSurface();
 
@@ -48,6 +51,12 @@ class ShownArena {
     /// The surface to draw from now on, if it is another one: better lit, or of the arena that
     /// fits, which is shown from now on.
     std::optional<ArenaMesh> change();
+
+    /// Something else was drawn: change() brings the surface once more.
+    void showAgain();
+
+    /// Whether the room can play no other of the known ones.
+    bool isCertain() const;
 
     /// What to tell the player as long as no known arena fits; empty else.
     const std::string& trouble() const { return trouble_; }

@@ -112,7 +112,8 @@ void Visit::resolveOnce(Time now) {
 
 void Visit::openSession(const sockaddr_in& room, Time now) {
     std::string problem;
-    session_ = client::Session::join(room, name_, now, problem);
+    session_ = client::Session::join(room, name_, now, problem,
+                                     taps_ ? taps_(screens_.room(), now) : client::Tap());
     line_.forget();
     if (!session_)
         failToJoin(problem);

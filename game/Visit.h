@@ -9,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace drench::game {
@@ -17,6 +18,10 @@ namespace drench::game {
 class Visit {
   public:
     using Time = client::Time;
+
+    /// Who records is asked for a tap whenever a session begins, with the room's name.
+    using Taps = std::function<client::Tap(const std::string& room, Time now)>;
+    void recordInto(Taps taps) { taps_ = std::move(taps); }
 
     /// Chooses a room, by what the player typed, or one that has been looked up.
     void join(const std::string& room, const std::string& name, Time now);
@@ -77,6 +82,7 @@ class Visit {
     void hostOnce(Time now);
     void note(const client::Event& event, Time now);
 
+    Taps taps_;
     Screens screens_;
     LineQuality line_;
     std::string name_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <glm/geometric.hpp>
 
 namespace drench::game {
 
@@ -24,7 +25,8 @@ constexpr float phaseRound = 2000.0f;
 } // namespace
 
 void Walking::move(glm::vec3 position, float seconds) {
-    const float way = std::hypot(position.x - last_.x, position.z - last_.z);
+    const glm::vec2 moved(position.x - last_.x, position.z - last_.z);
+    const float way = glm::length(moved);
     last_ = position;
     if (!hasStarted_ || !(seconds > 0.0f)) {
         hasStarted_ = true;
@@ -34,8 +36,12 @@ void Walking::move(glm::vec3 position, float seconds) {
     if (!(speed < fastest))
         return;
     phase_ = std::fmod(phase_ + way / stepLength, phaseRound);
-    const float target = std::min(speed / fullSpeed, 1.0f);
-    stride_ += (target - stride_) * (1.0f - std::exp(-seconds / strideTime));
+    const glm::vec2 target = moved / std::max(seconds * fullSpeed, way);
+    way_ += (target - way_) * (1.0f - std::exp(-seconds / strideTime));
+}
+
+float Walking::stride() const {
+    return glm::length(way_);
 }
 
 } // namespace drench::game

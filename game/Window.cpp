@@ -28,12 +28,19 @@ bool isSoftware(std::string_view renderer) {
 
 } // namespace
 
-Window::Library::Library() {
+Window::Library::Library(Place place) {
     // Ctrl-C is the program's own.
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     // Counts as the mouse gives them, whatever the desktop does to its pointer.
     SDL_SetHint(SDL_HINT_MOUSE_RELATIVE_SCALING, "0");
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
+    if (place == Place::nowhere) {
+        // Its windows are memory of OpenGL's.
+        SDL_SetHintWithPriority(SDL_HINT_VIDEODRIVER, "offscreen", SDL_HINT_OVERRIDE);
+        if (SDL_Init(SDL_INIT_VIDEO) != 0)
+            fail("nothing can be drawn without a display");
+        return;
+    }
     // Of SDL's drivers only those that somebody can see, unless the user names another.
     SDL_SetHint(SDL_HINT_VIDEODRIVER, std::getenv("WAYLAND_DISPLAY") ? "x11,wayland" : "x11");
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
@@ -42,7 +49,7 @@ Window::Library::Library() {
     SDL_InitSubSystem(SDL_INIT_GAMECONTROLLER);
 }
 
-Window::Window(const std::string& title, PixelSize size) {
+Window::Window(const std::string& title, PixelSize size, Place place) : library_(place) {
     SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
     SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
     SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);

@@ -21,9 +21,12 @@ struct PixelSize {
 /// at a time.
 class Window {
   public:
+    /// Where the window is: on the screen, or nowhere, for pictures that only files show.
+    enum class Place { screen, nowhere };
+
     /// Edges are smooth where a graphics card draws. Throws InputError in one line if there is no
-    /// display, or no OpenGL 3.3.
-    Window(const std::string& title, PixelSize size);
+    /// display where one is needed, or no OpenGL 3.3.
+    Window(const std::string& title, PixelSize size, Place place = Place::screen);
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 
@@ -61,7 +64,7 @@ class Window {
     void open(const std::string& title, PixelSize size, int samples);
 
     struct Library {
-        Library();
+        explicit Library(Place place);
         ~Library() { SDL_Quit(); }
         Library(const Library&) = delete;
         Library& operator=(const Library&) = delete;

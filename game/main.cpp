@@ -2,6 +2,7 @@
 #include "arena/picture/Png.h"
 #include "client/RoomAddress.h"
 #include "common/CommandLine.h"
+#include "common/Console.h"
 #include "common/Decimals.h"
 #include "common/Files.h"
 #include "common/StopSignals.h"
@@ -9,6 +10,7 @@
 #include "game/Frame.h"
 #include "game/Options.h"
 #include "game/SettingsFile.h"
+#include "game/Video.h"
 #include "game/render/Screenshot.h"
 
 #include <iostream>
@@ -22,6 +24,7 @@ namespace {
 // Exit statuses, beside notUsable.
 constexpr int played = 0;
 constexpr int noRoom = 1;
+constexpr int interrupted = 1;
 
 /// @param start  of the program
 void sayFrameCosts(const FrameCosts& costs, client::Time start) {
@@ -84,6 +87,46 @@ KnownArenas arenasFor(const Options& options) {
     return named;
 }
 
+/// Shows what the command line asks for.
+void begin(Watching& watching, const MapManager& map, const Options& options) {
+    Spectator& spectator = watching.spectator();
+    if (options.player > 0)
+        spectator.watch(static_cast<char>('0' + options.player));
+    if (options.view == "follow") {
+        spectator.setView(Spectator::View::following);
+    } else if (options.view == "above") {
+        const Camera camera = overviewOf(map);
+        spectator.flyFrom(camera.eye, camera.direction);
+    }
+    if (!options.camera.empty()) {
+        const std::vector<float>& at = options.camera;
+        const glm::vec3 eye(at[0], at[1], at[2]);
+        spectator.flyFrom(eye, glm::vec3(at[3], at[4], at[5]) - eye);
+    }
+    watching.playback().seek(options.from);
+}
+
+/// Draws a recorded match into a file.
+int film(const Options& options) {
+    requireWritable(options.video);
+    const KnownArenas known = arenasFor(options);
+    OpenedRecording opened = openRecording(options.recording, known.arenas, !options.arena.empty());
+    for (const std::string& problem : opened.problems)
+        std::cerr << problem << '\n';
+    Watching watching(std::move(opened.events), *opened.map);
+    begin(watching, *opened.map, options);
+    listenForSignals();
+    Console console(false, false);
+    ProgressLine progress(console);
+    const VideoPlan plan{options.video, options.size, options.videoRate,
+                         options.from,  options.to,   !options.isPlain};
+    const bool isWhole = makeVideo(plan, watching, *opened.map, opened.mesh, [&](double share) {
+        progress.show("Drawing: " + decimals(100.0 * share, 0) + " %");
+        return stopAsked == 0;
+    });
+    return isWhole ? played : interrupted;
+}
+
 int play(const Options& options) {
     const client::Time start = client::Clock::now();
     const std::optional<client::RoomAddress> room = roomOf(options);
@@ -100,6 +143,10 @@ int play(const Options& options) {
     if (options.frameLimit)
         asked.frameLimit = *options.frameLimit;
 
+    std::optional<OpenedRecording> opened;
+    if (!options.recording.empty())
+        opened = openRecording(options.recording, known.arenas, !options.arena.empty());
+
     listenForSignals();
     // The surface takes some tenths of a second, and so does opening the window.
     ShownArena arena(known.arenas);
@@ -112,6 +159,10 @@ int play(const Options& options) {
         frame.warn(problem);
     if (room)
         frame.visit().join(*room, asked.name, client::Clock::now());
+    if (opened) {
+        frame.watch(std::move(*opened));
+        begin(frame.screening()->watching(), frame.screening()->map(), options);
+    }
     frame.autopilot().playScript(std::move(script));
     if (options.bot)
         frame.autopilot().letBotPlay(*options.bot);
@@ -139,5 +190,5 @@ int main(int argc, char** argv) {
     Options options;
     if (const std::optional<int> status = readOptions(argc, argv, options))
         return *status;
-    return runTool([&] { return play(options); });
+    return runTool([&] { return options.video.empty() ? play(options) : film(options); });
 }

@@ -107,12 +107,15 @@ void Relay::receiveFromClients(Time now) {
 void Relay::receiveFromRoom(const std::shared_ptr<Client>& peer, Time now) {
     for (int i = 0; i < datagramsPerService; ++i) {
         const ssize_t length = recv(peer->towardsRoom.number, buffer_.data(), buffer_.size(), 0);
-        if (length >= 0)
-            take(Direction::down, peer, static_cast<std::size_t>(length), now);
-        else if (errno == ECONNREFUSED)
+        if (length >= 0) {
+            const auto size = static_cast<std::size_t>(length);
+            show(client::Way::fromRoom, *peer, {buffer_.data(), size}, now);
+            take(Direction::down, peer, size, now);
+        } else if (errno == ECONNREFUSED) {
             ++refusals_;
-        else
+        } else {
             return;
+        }
     }
 }
 
@@ -140,6 +143,7 @@ std::shared_ptr<Relay::Client> Relay::letThrough(const sockaddr_in& address, Tim
                                  " clients are here; more are not let through");
     std::shared_ptr<Client> peer(
         new Client{.address = address,
+                   .number = static_cast<std::uint32_t>(clientsSeen_),
                    .towardsRoom = Descriptor(openSocket()),
                    .up = {.impairment = Impairment(upSettings_, chance_.bits())},
                    .down = {.impairment = Impairment(downSettings_, chance_.bits())},
@@ -190,7 +194,7 @@ void Relay::sendDue(Time now) {
         queue_.pop_back();
         bytesWaiting_ -= bytesKept(datagram);
         Traffic& traffic = trafficOf(datagram.direction);
-        if (!send(datagram)) {
+        if (!send(datagram, now)) {
             ++traffic.unsent;
             continue;
         }
@@ -208,7 +212,7 @@ void Relay::sendDue(Time now) {
     }
 }
 
-bool Relay::send(const Datagram& datagram) {
+bool Relay::send(const Datagram& datagram, Time now) {
     const Client& peer = *datagram.peer;
     const std::string& bytes = datagram.bytes;
     if (datagram.direction == Direction::down)
@@ -216,13 +220,20 @@ bool Relay::send(const Datagram& datagram) {
                       sizeof peer.address) >= 0;
     // A refusal answers an earlier datagram; this one has not been sent yet.
     for (int tries = 0; tries < 2; ++tries) {
-        if (::send(peer.towardsRoom.number, bytes.data(), bytes.size(), 0) >= 0)
+        if (::send(peer.towardsRoom.number, bytes.data(), bytes.size(), 0) >= 0) {
+            show(client::Way::toRoom, peer, bytes, now);
             return true;
+        }
         if (errno != ECONNREFUSED)
             return false;
         ++refusals_;
     }
     return false;
+}
+
+void Relay::show(client::Way way, const Client& peer, std::string_view datagram, Time now) const {
+    if (tap_)
+        tap_(way, peer.number, datagram, now);
 }
 
 void Relay::forgetSilent(Time now) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "client/Tap.h"
 #include "common/Descriptor.h"
 #include "lag/Impairment.h"
 #include "lag/TrafficReport.h"
@@ -11,6 +12,8 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace drench::lag {
@@ -38,6 +41,10 @@ class Relay {
     /// @param note  called with a line about each trouble
     Relay(std::uint16_t port, const sockaddr_in& room, const Settings& up, const Settings& down,
           std::uint64_t seed, std::function<void(const std::string&)> note);
+
+    /// Has all datagrams shown to `tap` as the room's end of the lines has them: those to the room
+    /// when they go on, others when they come in. Clients are numbered from 0 as they come.
+    void showTo(client::LineTap tap) { tap_ = std::move(tap); }
 
     int port() const { return port_; }
 
@@ -70,6 +77,7 @@ class Relay {
 
     struct Client {
         sockaddr_in address;
+        std::uint32_t number;
         Descriptor towardsRoom;
         Line up;
         Line down;
@@ -105,7 +113,8 @@ class Relay {
               Time now);
     void keep(Datagram datagram);
     void sendDue(Time now);
-    bool send(const Datagram& datagram);
+    bool send(const Datagram& datagram, Time now);
+    void show(client::Way way, const Client& peer, std::string_view datagram, Time now) const;
     void forgetSilent(Time now);
 
     Traffic& trafficOf(Direction direction) { return direction == Direction::up ? up_ : down_; }
@@ -117,6 +126,7 @@ class Relay {
     Settings downSettings_;
     Chance chance_;
     std::function<void(const std::string&)> note_;
+    client::LineTap tap_;
 
     /// The sockets of wait(): the one for clients, then those of `clients_` in their order.
     std::vector<pollfd> polled_;

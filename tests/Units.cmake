@@ -60,6 +60,12 @@ if(DRENCH_TOOLS)
   add_executable(drench-recording-tests ${recording_tests})
   target_link_libraries(drench-recording-tests PRIVATE drench-test-support drench-recording)
 
+  file(GLOB replay_tests CONFIGURE_DEPENDS replay/*.cpp)
+  add_executable(drench-replay-tests ${replay_tests})
+  target_link_libraries(drench-replay-tests PRIVATE drench-test-support drench-replay-parts)
+  target_compile_definitions(drench-replay-tests
+                             PRIVATE DRENCH_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
+
   file(GLOB lag_tests CONFIGURE_DEPENDS lag/*.cpp)
   add_executable(drench-lag-tests ${lag_tests})
   target_link_libraries(drench-lag-tests PRIVATE drench-test-support drench-lag-parts
@@ -92,6 +98,7 @@ gtest_discover_tests(drench-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120
 if(DRENCH_TOOLS)
   gtest_discover_tests(drench-bot-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
   gtest_discover_tests(drench-recording-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(drench-replay-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
   gtest_discover_tests(drench-lag-tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 endif()
 if(DRENCH_KEEPER)

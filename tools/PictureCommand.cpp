@@ -8,9 +8,7 @@
 #include "common/Console.h"
 #include "common/Files.h"
 
-#include <algorithm>
 #include <array>
-#include <filesystem>
 #include <map>
 #include <vector>
 
@@ -72,19 +70,10 @@ arena::Image pictureOf(MapManager& map, const PictureOptions& options) {
     return arena::eyePicture(map, marks, {x, y, z}, {lookX, lookY, lookZ}, width, height);
 }
 
-/// Programs choose the format by the file's ending, so it must not promise another one.
-void requirePngName(const std::string& output) {
-    std::string ending = std::filesystem::path(output).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (!ending.empty() && ending != ".png")
-        throw InputError(output + ": a picture is written as PNG; let its name end in .png");
-}
-
 } // namespace
 
 void addPicture(CLI::App& app, Run& run) {
-    MapCommand command(app, "picture", "Draws an arena");
+    FileCommand command(app, "picture", "Draws an arena");
     command.addFile("Map text, plan or voxel file");
     command.addOutput("PNG file to write");
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/MapCommand.h"
+#include "tools/FileCommand.h"
 
 namespace drench {
 

@@ -1,4 +1,5 @@
 #include "arena/ArenaFile.h"
+#include "arena/MapText.h"
 #include "arena/picture/Png.h"
 #include "bots/Chart.h"
 #include "bots/ChartCache.h"
@@ -7,14 +8,16 @@
 #include "bots/Report.h"
 #include "bots/Script.h"
 #include "bots/ScriptedPlayer.h"
-#include "bots/Tracks.h"
 #include "common/Console.h"
 #include "common/Decimals.h"
+#include "common/ExitStatus.h"
 #include "common/Files.h"
 #include "common/StopSignals.h"
 #include "common/Timekeeper.h"
+#include "replay/Tracks.h"
 #include "src/FilePath.h"
 #include "tools/Arguments.h"
+#include "tools/Saving.h"
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -36,6 +39,8 @@ using namespace drench;
 namespace {
 
 using client::Clock;
+
+constexpr char programName[] = "drench-bots " DRENCH_VERSION;
 
 // Exit statuses, beside notUsable.
 constexpr int played = 0;
@@ -66,6 +71,7 @@ struct Options {
     std::string script;
     std::string record;
     std::string tracks;
+    std::string save;
     std::array<int, 2> size = {1280, 1000};
     bool json = false;
     bool quiet = false;
@@ -104,11 +110,15 @@ int playScript(const Options& options) {
         bots::readScript(readFile(options.script), options.script);
     if (!options.record.empty())
         requireWritable(options.record);
+    Console console(true, options.json);
+    // Nobody says which arena the room plays.
+    Saving saving(options.save, client::headerNow("", room.name, programName));
     listenForSignals();
     const Timekeeper timekeeper(options.seconds);
-    const bots::ScriptedRun run =
-        bots::playScript(room, options.name.empty() ? "Script" : options.name, script,
-                         !options.record.empty(), [&] { return timekeeper.goesOn(); });
+    const bots::ScriptedRun run = bots::playScript(
+        room, options.name.empty() ? "Script" : options.name, script, !options.record.empty(),
+        [&] { return timekeeper.goesOn(); }, client::onLine(saving.tap(), 0));
+    const bool isSaved = saving.finish(console);
     bots::Report report;
     report.seconds = timekeeper.elapsed();
     report.rooms = {room.name};
@@ -118,6 +128,8 @@ int playScript(const Options& options) {
     const int status = writeReport(report, options);
     if (!options.record.empty())
         replaceFile(options.record, run.record);
+    if (!isSaved)
+        return notUsable;
     return run.trouble.empty() ? status : nobodyGotIn;
 }
 
@@ -137,7 +149,7 @@ std::optional<bots::Roadmap> chartArena(MapManager& map, const Options& options,
 }
 
 /// Lets the bots play until the time is over or a stop is asked for, and makes them leave.
-void playOn(bots::Play& play, const Timekeeper& timekeeper, Console& console) {
+void playOn(bots::Play& play, const Timekeeper& timekeeper, Saving& saving, Console& console) {
     client::Time shown = Clock::now();
     std::uint64_t snapshotsShown = 0;
     while (timekeeper.goesOn()) {
@@ -148,6 +160,7 @@ void playOn(bots::Play& play, const Timekeeper& timekeeper, Console& console) {
         const bots::Standing standing = play.standing();
         console.show(
             liveLine(standing, snapshotsShown, std::chrono::duration<double>(now - shown).count()));
+        saving.tellProblem(console);
         shown = now;
         snapshotsShown = standing.snapshots;
     }
@@ -163,6 +176,8 @@ int playBots(const Options& options) {
     if (!options.tracks.empty())
         requireWritable(options.tracks);
     Console console(options.quiet, options.json);
+    Saving saving(options.save, client::headerNow(arena::writeMapText(loaded.text.map),
+                                                  rooms.front().name, programName));
     listenForSignals();
     const auto note = [&](const std::string& line) { console.note(line); };
     std::optional<bots::Roadmap> roadmap;
@@ -178,13 +193,15 @@ int playBots(const Options& options) {
                      .seed = options.seed,
                      .name = options.name,
                      .sight = sights.at(options.sight),
-                     .keepTracks = !options.tracks.empty()},
+                     .keepTracks = !options.tracks.empty(),
+                     .tap = saving.tap()},
                     note);
     if (plays) {
         // Neither waiting nor charting is playing.
         timekeeper = Timekeeper(options.seconds);
-        playOn(play, timekeeper, console);
+        playOn(play, timekeeper, saving, console);
     }
+    const bool isSaved = saving.finish(console);
 
     bots::Report report;
     report.bots = {options.arena, options.seed, options.skill};
@@ -195,10 +212,10 @@ int playBots(const Options& options) {
     const int status = writeReport(report, options);
     if (!options.tracks.empty()) {
         const auto [width, height] = options.size;
-        replaceFile(options.tracks, arena::encodePng(bots::tracksPicture(
+        replaceFile(options.tracks, arena::encodePng(replay::tracksPicture(
                                         loaded.text.map, play.tracks(), width, height)));
     }
-    return status;
+    return isSaved ? status : notUsable;
 }
 
 constexpr char scriptHelp[] =
@@ -227,7 +244,7 @@ struct Given {
 };
 
 Given addOptions(CLI::App& app, Options& options) {
-    app.set_version_flag("--version", "drench-bots " DRENCH_VERSION);
+    app.set_version_flag("--version", programName);
     app.get_formatter()->column_width(30);
     app.footer(scriptHelp);
     app.add_option("room", options.target, "Where to play")
@@ -274,6 +291,8 @@ Given addOptions(CLI::App& app, Options& options) {
                      ->delimiter('x')
                      ->check(numberBetween(smallestSide, arena::Image::largestSide))
                      ->default_str("1280x1000");
+    option("--save", options.save, "Record what the players of the first room send and hear",
+           "FILE");
     given.script = option("--script", options.script,
                           "Instead of bots, one player sends what stands here", "FILE");
     given.record =

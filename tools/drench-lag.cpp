@@ -1,10 +1,12 @@
 #include "common/Console.h"
+#include "common/ExitStatus.h"
 #include "common/NumberIn.h"
 #include "common/StopSignals.h"
 #include "common/Timekeeper.h"
 #include "lag/Relay.h"
 #include "lag/TrafficReport.h"
 #include "tools/Arguments.h"
+#include "tools/Saving.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -68,6 +70,8 @@ struct Options {
     Asked down;
     double seconds = 0.0;
     std::uint64_t seed = std::random_device()();
+    std::string save;
+    std::string arena;
     bool json = false;
     bool quiet = false;
 };
@@ -237,6 +241,9 @@ int relayBetween(const Options& options, const lag::Settings& up, const lag::Set
     Console console(options.quiet, options.json);
     lag::Relay relay(static_cast<std::uint16_t>(options.port), room.address, up, down, options.seed,
                      [&](const std::string& note) { console.note(note); });
+    Saving saving(options.save, client::headerNow(arenaTextOf(options.arena), room.name,
+                                                  "drench-lag " DRENCH_VERSION));
+    relay.showTo(saving.tap());
     listenForSignals();
     (options.json ? std::cerr : std::cout)
         << "drench-lag is listening on port " << relay.port() << std::endl;
@@ -252,12 +259,14 @@ int relayBetween(const Options& options, const lag::Settings& up, const lag::Set
         if (now >= shown + livePeriod) {
             const double seconds = std::chrono::duration<double>(now - shown).count();
             console.show(liveLine(relay, upShown, downShown, seconds));
+            saving.tellProblem(console);
             shown = now;
             upShown = relay.up().in;
             downShown = relay.down().in;
         }
     }
     console.clear();
+    const bool isSaved = saving.finish(console);
 
     const lag::Report report{.port = relay.port(),
                              .room = room.name,
@@ -274,7 +283,7 @@ int relayBetween(const Options& options, const lag::Settings& up, const lag::Set
         lag::writeJson(std::cout, report);
     else if (!options.quiet)
         lag::writeTable(std::cout, report);
-    return 0;
+    return isSaved ? 0 : notUsable;
 }
 
 constexpr char directionHelp[] =
@@ -284,7 +293,7 @@ constexpr char directionHelp[] =
     "Clients join at PORT instead of the room. The first line says which port that is; with --json "
     "it goes to standard error, so that standard output is the report alone.\n"
     "\n"
-    "Exit status: 0 after relaying, 2 when the command line or the port cannot be used.";
+    "Exit status: 0 after relaying, 2 when the command line, the port or a file cannot be used.";
 
 void addOptions(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "drench-lag " DRENCH_VERSION);
@@ -308,6 +317,13 @@ void addOptions(CLI::App& app, Options& options) {
         ->type_name("K")
         ->check(numberBetween(std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max()))
         ->default_str("random");
+    app.add_option("--save", options.save,
+                   "Record what passes, with all inputs, as the room has it")
+        ->type_name("FILE");
+    app.add_option("--arena", options.arena,
+                   "What the room plays, to be kept in the recording: a map text, plan or voxel "
+                   "file")
+        ->type_name("FILE");
     app.add_flag("--json", options.json, "Print the report as one JSON object");
     app.add_flag("--quiet", options.quiet, "Show no live line and no table");
 }
@@ -322,6 +338,8 @@ int main(int argc, char** argv) {
     lag::Settings down;
     const auto settle = [&] {
         refuseIdleOptions(options);
+        if (options.save.empty() && !options.arena.empty())
+            throw CLI::ValidationError("--arena", "does nothing without --save");
         up = settingsOf("up", options.up, options.both);
         down = settingsOf("down", options.down, options.both);
     };

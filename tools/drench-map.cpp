@@ -6,7 +6,7 @@
 #include "common/ExitStatus.h"
 #include "common/Files.h"
 #include "tools/CheckReport.h"
-#include "tools/MapCommand.h"
+#include "tools/FileCommand.h"
 #include "tools/PictureCommand.h"
 
 #include <filesystem>
@@ -54,7 +54,7 @@ int checkFile(const std::string& file, bool asJson) {
 }
 
 void addCheck(CLI::App& app, Run& run) {
-    MapCommand command(app, "check", "Says whether an arena can be played, and why not");
+    FileCommand command(app, "check", "Says whether an arena can be played, and why not");
     command.addFile("Map text, plan or voxel file");
     const auto asJson = std::make_shared<bool>(false);
     command.options->add_flag("--json", *asJson, "Print one JSON object for programs");
@@ -65,7 +65,7 @@ void addCheck(CLI::App& app, Run& run) {
 }
 
 void addNew(CLI::App& app, Run& run) {
-    MapCommand command(app, "new", "Writes a plan to begin with: a court with marked spawns");
+    FileCommand command(app, "new", "Writes a plan to begin with: a court with marked spawns");
     command.addOutput("Plan to write");
     const auto size = std::make_shared<std::array<int, 3>>(std::array{32, 16, 32});
     addNumbers(*command.options, "--size", *size, 'x', "CxRxD", "Columns, rows and depth in cubes")
@@ -89,7 +89,7 @@ void addNew(CLI::App& app, Run& run) {
 }
 
 void addBuild(CLI::App& app, Run& run) {
-    MapCommand command(app, "build", "Turns a plan into the map text that the server reads");
+    FileCommand command(app, "build", "Turns a plan into the map text that the server reads");
     command.addFile("Plan");
     command.addOutput("Map text to write");
     command.options->callback([=, &run] {
@@ -102,7 +102,7 @@ void addBuild(CLI::App& app, Run& run) {
 }
 
 void addPlan(CLI::App& app, Run& run) {
-    MapCommand command(app, "plan", "Turns an arena into a plan, for a text editor");
+    FileCommand command(app, "plan", "Turns an arena into a plan, for a text editor");
     command.addFile("Map text, voxel file or plan");
     command.addOutput("Plan to write");
     const auto name = std::make_shared<std::string>();
@@ -129,7 +129,7 @@ void writeReplaced(const arena::ReplacedColour& replaced) {
 }
 
 void addImport(CLI::App& app, Run& run) {
-    MapCommand command(app, "import", "Turns a voxel editor's file into a map text");
+    FileCommand command(app, "import", "Turns a voxel editor's file into a map text");
     command.addFile("Voxel file (.vox)");
     command.addOutput("Map text to write");
     command.options->callback([=, &run] {
@@ -144,7 +144,7 @@ void addImport(CLI::App& app, Run& run) {
 }
 
 void addExport(CLI::App& app, Run& run) {
-    MapCommand command(app, "export", "Turns an arena into a file for voxel editors");
+    FileCommand command(app, "export", "Turns an arena into a file for voxel editors");
     command.addFile("Map text or plan");
     command.addOutput("Voxel file (.vox) to write");
     command.options->callback([=, &run] {

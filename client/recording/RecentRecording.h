@@ -9,6 +9,7 @@
 #include <deque>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace drench::client {
 
@@ -21,6 +22,9 @@ class RecentRecording {
     /// @param header  of the recordings to be made; their start moves along
     /// @param span  how much is kept; up to a second more
     RecentRecording(RecordingHeader header, Time start, RecordedTime span);
+
+    /// The arena became known: see RecordingHeader.
+    void setArena(std::string arena) { header_.arena = std::move(arena); }
 
     /// A datagram passed at `now`. Once a second this takes as long as shrinking a second's
     /// datagrams: a fraction of a millisecond.

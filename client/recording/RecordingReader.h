@@ -25,6 +25,9 @@ class RecordingReader {
     /// Empty as far as the file was cut off before its end.
     const RecordingHeader& header() const { return header_; }
 
+    /// Of the file.
+    const std::string& name() const { return name_; }
+
     /// The moment of the last datagram.
     RecordedTime duration() const;
 

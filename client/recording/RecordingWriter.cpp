@@ -69,6 +69,7 @@ void RecordingWriter::take(Way way, std::uint32_t line, std::string_view datagra
         endEarly("the disk is too slow");
         return;
     }
+    hasTaken_ = true;
     bytesWaiting_ += bytes;
     waiting_.push_back({time, way, line, std::string(datagram)});
 }
@@ -84,8 +85,12 @@ std::string RecordingWriter::finish() {
         isEnding_ = true;
     }
     wake_.notify_all();
-    if (thread_.joinable())
+    if (thread_.joinable()) {
         thread_.join();
+        if (struct stat status{};
+            !hasTaken_ && fstat(file_.number, &status) == 0 && S_ISREG(status.st_mode))
+            unlink(path_.c_str());
+    }
     return problem();
 }
 

@@ -39,7 +39,8 @@ class RecordingWriter {
     /// Why the recording ended early, as one line; empty if it has not.
     std::string problem() const;
 
-    /// Writes what is left, and the index; nothing is taken any more. Returns problem().
+    /// Writes what is left, and the index; nothing is taken any more. Removes the file if it has no
+    /// datagrams. Returns problem().
     std::string finish();
 
   private:
@@ -60,6 +61,7 @@ class RecordingWriter {
     std::condition_variable wake_;
     std::vector<RecordedDatagram> waiting_;
     std::size_t bytesWaiting_ = 0;
+    bool hasTaken_ = false;
     bool isEnding_ = false;
     std::string problem_;
 

@@ -94,10 +94,10 @@ std::optional<ChatBox::Outcome> ChatBox::press(const SDL_KeyboardEvent& key, std
 }
 
 void ChatBox::draw(const Theme& theme, const Match& match, Palette palette, client::Time now,
-                   bool isOpen) const {
+                   bool isOpen, float foot) const {
     ImDrawList& list = *ImGui::GetBackgroundDrawList();
     const float left = theme.px(margin);
-    float bottom = ImGui::GetIO().DisplaySize.y - theme.px(margin);
+    float bottom = ImGui::GetIO().DisplaySize.y - theme.px(margin + foot);
     if (isOpen) {
         drawLine(theme, left, bottom);
         bottom -= theme.px(fieldHeight + 8.0f);

@@ -25,8 +25,9 @@ class ChatBox {
     void cancel() { line_.cancel(); }
 
     /// Draws what was said lately, or with the line all that there is room for.
+    /// @param foot  units at the lower edge that are left to others
     void draw(const Theme& theme, const Match& match, Palette palette, client::Time now,
-              bool isOpen) const;
+              bool isOpen, float foot = 0.0f) const;
 
   private:
     std::optional<Outcome> press(const SDL_KeyboardEvent& key, std::string& words);

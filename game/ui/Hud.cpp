@@ -1,6 +1,7 @@
 #include "game/ui/Hud.h"
 
 #include "common/Decimals.h"
+#include "game/OwnRecordings.h"
 #include "game/ui/Marks.h"
 #include "src/Player.h"
 
@@ -42,7 +43,8 @@ class Pen {
     void crosshair() const;
     void points() const;
     void notices() const;
-    void warnings() const;
+    void topLines() const;
+    void recording() const;
     void ownHit() const;
     void soaked() const;
     void captions() const;
@@ -203,21 +205,43 @@ void Pen::notices() const {
     }
 }
 
-void Pen::warnings() const {
+void Pen::topLines() const {
     float top = px(margin);
-    for (const std::string& words : view_.warnings) {
+    const auto line = [&](const std::string& words, bool isWarning) {
+        const float sign = isWarning ? px(18.0f) : 0.0f;
         const ImVec2 text = sizeOf(theme_.fonts.text, words);
-        const float width = text.x + px(2.0f * pillPadding + 18.0f);
+        const float width = text.x + px(2.0f * pillPadding) + sign;
         const float left = std::round(0.5f * (size_.x - width));
         drawGlass(list_, theme_, {left, top}, {left + width, top + px(pillHeight)});
-        const ImVec2 sign = {left + px(pillPadding + 5.0f), top + px(0.5f * pillHeight)};
-        list_.AddTriangleFilled({sign.x, sign.y - px(7.0f)}, {sign.x + px(7.5f), sign.y + px(6.0f)},
-                                {sign.x - px(7.5f), sign.y + px(6.0f)}, shade::warm);
+        const ImVec2 at = {left + px(pillPadding + 5.0f), top + px(0.5f * pillHeight)};
+        if (isWarning)
+            list_.AddTriangleFilled({at.x, at.y - px(7.0f)}, {at.x + px(7.5f), at.y + px(6.0f)},
+                                    {at.x - px(7.5f), at.y + px(6.0f)}, shade::warm);
         drawText(list_, theme_.fonts.text,
-                 {left + px(pillPadding + 18.0f), top + 0.5f * (px(pillHeight) - text.y)},
-                 shade::warm, words);
+                 {left + px(pillPadding) + sign, top + 0.5f * (px(pillHeight) - text.y)},
+                 isWarning ? shade::warm : shade::white, words);
         top += px(pillHeight + 6.0f);
-    }
+    };
+    for (const std::string& words : view_.warnings)
+        line(words, true);
+    for (const std::string& words : view_.news)
+        line(words, false);
+}
+
+void Pen::recording() const {
+    if (!view_.recordingSeconds)
+        return;
+    const std::string words = lengthWords(std::chrono::duration<double>(*view_.recordingSeconds));
+    const ImVec2 text = sizeOf(theme_.fonts.text, words);
+    const float left = px(margin);
+    const float top = px(margin + 44.0f + 8.0f);
+    const float width = text.x + px(2.0f * pillPadding + 18.0f);
+    drawGlass(list_, theme_, {left, top}, {left + width, top + px(pillHeight)});
+    list_.AddCircleFilled({left + px(pillPadding + 5.0f), top + px(0.5f * pillHeight)}, px(5.5f),
+                          shade::recording, 24);
+    drawText(list_, theme_.fonts.text,
+             {left + px(pillPadding + 18.0f), top + 0.5f * (px(pillHeight) - text.y)}, shade::white,
+             words);
 }
 
 void Pen::ownHit() const {
@@ -265,7 +289,7 @@ void Pen::soaked() const {
 void Pen::captions() const {
     if (!view_.captions)
         return;
-    float bottom = size_.y - px(margin);
+    float bottom = size_.y - px(margin + view_.foot);
     for (const Captions::Line& line : *view_.captions) {
         const ImVec2 text = sizeOf(theme_.fonts.text, line.words);
         const float width = text.x + px(2.0f * pillPadding);
@@ -288,7 +312,8 @@ void drawHud(const Theme& theme, const Match& match, const HudView& view) {
         pen.crosshair();
     pen.points();
     pen.notices();
-    pen.warnings();
+    pen.topLines();
+    pen.recording();
     pen.ownHit();
     pen.soaked();
     pen.captions();

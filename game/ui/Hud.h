@@ -6,6 +6,7 @@
 #include "game/PlayerMark.h"
 #include "game/ui/Theme.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,16 @@ struct HudView {
 
     /// What is bad about the line, or does not fit; empty for none.
     std::vector<std::string> warnings;
+
+    /// What has just been done, in words.
+    std::vector<std::string> news;
+
+    /// Since a recording goes on; nothing without one.
+    std::optional<double> recordingSeconds;
     bool hasCrosshair = true;
+
+    /// Units at the lower edge that are left to others.
+    float foot = 0.0f;
 };
 
 /// Draws it over the whole picture, below all windows.

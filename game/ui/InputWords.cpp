@@ -101,6 +101,8 @@ std::string actionWords(Action action) {
         return "Line and frames";
     case Action::record:
         return "Record";
+    case Action::keepRecent:
+        return "Keep the last two minutes";
     case Action::fullScreen:
         return "Full screen";
     }

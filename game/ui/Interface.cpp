@@ -34,6 +34,13 @@ void Interface::take(std::span<const SDL_Event> events) {
         ImGui_ImplSDL2_ProcessEvent(&event);
 }
 
+void Interface::takeMouse(std::span<const SDL_Event> events) {
+    for (const SDL_Event& event : events) {
+        if (event.type >= SDL_MOUSEMOTION && event.type <= SDL_MOUSEWHEEL)
+            ImGui_ImplSDL2_ProcessEvent(&event);
+    }
+}
+
 void Interface::releaseInput() {
     ImGui::GetIO().ClearInputCharacters();
     std::ranges::fill(ImGui::GetIO().KeysDown, false);

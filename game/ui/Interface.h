@@ -20,6 +20,9 @@ class Interface {
     /// What happened; only to be called while the interface has the input.
     void take(std::span<const SDL_Event> events);
 
+    /// The same for the mouse alone, when keys are for the game but the pointer is for both.
+    void takeMouse(std::span<const SDL_Event> events);
+
     /// Lets go of keys and buttons, as when the game gets the input.
     void releaseInput();
 

@@ -10,10 +10,10 @@ namespace {
 constexpr Input backspace = {Input::Device::keyboard, 42};
 
 /// The order in which people look for them.
-constexpr Action shownActions[] = {Action::forward,     Action::backward, Action::left,
-                                   Action::right,       Action::jump,     Action::fire,
-                                   Action::table,       Action::chat,     Action::menu,
-                                   Action::diagnostics, Action::record,   Action::fullScreen};
+constexpr Action shownActions[] = {
+    Action::forward, Action::backward,   Action::left,      Action::right, Action::jump,
+    Action::fire,    Action::table,      Action::chat,      Action::menu,  Action::diagnostics,
+    Action::record,  Action::keepRecent, Action::fullScreen};
 static_assert(std::size(shownActions) == actionCount);
 
 } // namespace

@@ -60,16 +60,19 @@ std::optional<RoomChoice> drawMenu(const Theme& theme, const Screens& screens) {
     paleText(screens.room());
     ImGui::Dummy(theme.px(0.0f, 8.0f));
     std::optional<RoomChoice> chosen;
-    if (wideButton(theme, "Play on", true))
+    const bool isWatching = screens.place() == Screens::Place::watching;
+    if (wideButton(theme, isWatching ? "Watch on" : "Play on", true))
         chosen = RoomChoice::resume;
     if (wideButton(theme, "Settings"))
         chosen = RoomChoice::settings;
-    if (wideButton(theme, "Leave the room"))
+    if (wideButton(theme, isWatching ? "Stop watching" : "Leave the room"))
         chosen = RoomChoice::leave;
     if (wideButton(theme, "Quit"))
         chosen = RoomChoice::quit;
-    ImGui::Spacing();
-    paleText("The match goes on meanwhile.");
+    if (!isWatching) {
+        ImGui::Spacing();
+        paleText("The match goes on meanwhile.");
+    }
     return chosen;
 }
 

@@ -2,6 +2,7 @@
 
 #include "client/Records.h"
 #include "game/Text.h"
+#include "game/ui/InputWords.h"
 #include "game/ui/Marks.h"
 #include "game/ui/Widgets.h"
 
@@ -57,7 +58,8 @@ void drawTitle(const Theme& theme) {
 
 } // namespace
 
-StartPage::Outcome StartPage::draw(const Theme& theme, Settings& settings, const RoomList& rooms) {
+StartPage::Outcome StartPage::draw(const Theme& theme, Settings& settings, const RoomList& rooms,
+                                   const std::vector<OwnRecording>& recordings) {
     Outcome outcome;
     dimBehind(0.25f);
     const Page page(theme, "start", pageWidth, pageHeight);
@@ -69,13 +71,19 @@ StartPage::Outcome StartPage::draw(const Theme& theme, Settings& settings, const
     drawName(theme, settings, outcome);
     ImGui::Dummy(theme.px(0.0f, 6.0f));
     outcome.hosts = wideButton(theme, "Play with bots on this machine", true);
+    if (wideButton(theme, showsRecordings_ ? "Rooms" : "Watch a match"))
+        showsRecordings_ = !showsRecordings_;
     outcome.opensSettings = wideButton(theme, "Settings");
     outcome.quits = wideButton(theme, "Quit");
     ImGui::EndChild();
     ImGui::SameLine(0.0f, theme.px(28.0f));
     ImGui::BeginChild("right", {0.0f, 0.0f});
-    drawRooms(theme, settings, rooms, outcome);
-    drawAddress(theme, outcome);
+    if (showsRecordings_) {
+        drawRecordings(theme, settings.bindings, recordings, outcome);
+    } else {
+        drawRooms(theme, settings, rooms, outcome);
+        drawAddress(theme, outcome);
+    }
     ImGui::EndChild();
     return outcome;
 }
@@ -157,6 +165,43 @@ void StartPage::drawAddress(const Theme& theme, Outcome& outcome) {
         outcome.room = address_;
     const InFont small(theme.fonts.small);
     paleText(timesRemark);
+}
+
+void StartPage::drawRecordings(const Theme& theme, const Bindings& bindings,
+                               const std::vector<OwnRecording>& recordings, Outcome& outcome) {
+    heading(theme, "Recorded matches");
+    const float foot = 2.2f * sizeOf(theme.fonts.text, "A").y + ImGui::GetStyle().ItemSpacing.y;
+    ImGui::BeginChild("recordings", {0.0f, -foot});
+    if (recordings.empty())
+        paleText("None yet.");
+    for (const OwnRecording& each : recordings) {
+        ImGui::PushID(each.file.c_str());
+        const float left = ImGui::GetCursorPosX();
+        const float wide = ImGui::GetContentRegionAvail().x - theme.px(84.0f);
+        const float top = ImGui::GetCursorPosY();
+        const ImVec2 corner = ImGui::GetCursorScreenPos();
+        ImGui::PushClipRect(corner, {corner.x + wide - theme.px(10.0f), corner.y + 1000.0f}, true);
+        ImGui::TextUnformatted(each.date.c_str());
+        {
+            const InFont small(theme.fonts.small);
+            ImGui::SetCursorPosY(ImGui::GetCursorPosY() - ImGui::GetStyle().ItemSpacing.y);
+            const std::string room = each.room.empty() ? "an unknown room" : each.room;
+            ImGui::TextDisabled("%s in %s", lengthWords(each.length).c_str(), room.c_str());
+        }
+        ImGui::PopClipRect();
+        const float bottom = ImGui::GetCursorPosY();
+        ImGui::SetCursorPos({left + wide, top});
+        if (ImGui::Button("Watch", {theme.px(78.0f), 0.0f}))
+            outcome.recording = each.file;
+        ImGui::SetCursorPosY(std::max(bottom, ImGui::GetCursorPosY()));
+        ImGui::PopID();
+    }
+    ImGui::EndChild();
+    const InFont small(theme.fonts.small);
+    paleText("In a match, " + firstInputWords(bindings, Action::record) +
+             " begins and ends a "
+             "recording, and " +
+             firstInputWords(bindings, Action::keepRecent) + " keeps the last two minutes.");
 }
 
 } // namespace drench::game

@@ -36,6 +36,7 @@ constexpr ImU32 white = IM_COL32(244, 250, 255, 255);
 constexpr ImU32 pale = IM_COL32(172, 200, 226, 255);
 constexpr ImU32 warm = IM_COL32(255, 178, 72, 255);
 constexpr ImU32 water = IM_COL32(64, 186, 255, 255);
+constexpr ImU32 recording = IM_COL32(255, 68, 62, 255);
 constexpr ImU32 shadow = IM_COL32(2, 12, 26, 200);
 } // namespace shade
 

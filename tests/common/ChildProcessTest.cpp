@@ -17,8 +17,8 @@ using namespace drench;
 
 namespace {
 
-ChildProcess shell(const std::string& command, const ChildProcess::Outputs& outputs = {}) {
-    return ChildProcess({"/bin/sh", "-c", command}, outputs);
+ChildProcess shell(const std::string& command, const ChildProcess::Streams& streams = {}) {
+    return ChildProcess({"/bin/sh", "-c", command}, streams);
 }
 
 } // namespace
@@ -49,6 +49,17 @@ TEST(ChildProcess, OutputsGoWhereTheyAreSent) {
     EXPECT_EQ(shell("echo to out; echo to err >&2", {out.number, err.number}).wait(), 0);
     EXPECT_EQ(readFile(folder.path + "/out"), "to out\n");
     EXPECT_EQ(readFile(folder.path + "/err"), "to err\n");
+}
+
+TEST(ChildProcess, InputComesFromWhereItIsTaken) {
+    const TemporaryFolder folder;
+    const Descriptor in(open(folder.write("in", "3\n").c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(shell("read status; exit $status", {.input = in.number}).wait(), 3);
+}
+
+TEST(ProgramNamed, IsWhatAShellWouldRun) {
+    EXPECT_EQ(shell("test \"$(command -v sh)\" = " + programNamed("sh")).wait(), 0);
+    EXPECT_EQ(programNamed("no-such-program-anywhere"), "");
 }
 
 TEST(ChildProcess, EndsWithItsScope) {

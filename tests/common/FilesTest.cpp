@@ -338,3 +338,33 @@ TEST(FilesWriting, StandardOutputIsWrittenIntoAlsoWhenItIsAFile) {
     EXPECT_EQ(readFile(path), "before new after");
     EXPECT_EQ(namesIn(folder.path), Names{"output"});
 }
+
+TEST(FileInMaking, TakesItsPlaceOnceItIsWhole) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "old");
+    FileInMaking file(path);
+    replaceFile(file.name(), "new");
+    EXPECT_EQ(readFile(path), "old");
+    file.finish();
+    EXPECT_EQ(readFile(path), "new");
+    EXPECT_EQ(namesIn(folder.path), Names{"file"});
+}
+
+TEST(FileInMaking, LeavesNothingWhenItIsNotFinished) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "old");
+    {
+        const FileInMaking file(path);
+        EXPECT_EQ(namesIn(folder.path).size(), 2u);
+    }
+    EXPECT_EQ(readFile(path), "old");
+    EXPECT_EQ(namesIn(folder.path), Names{"file"});
+}
+
+TEST(FileInMaking, RefusesWhatItCannotReplace) {
+    const TemporaryFolder folder;
+    EXPECT_THROW(FileInMaking(folder.path + "/none/file"), InputError);
+    EXPECT_THROW(FileInMaking{folder.path}, InputError);
+    EXPECT_THROW(FileInMaking("/dev/null"), InputError);
+    EXPECT_EQ(namesIn(folder.path), Names{});
+}

@@ -4,7 +4,7 @@
 
 #include "bots/Play.h"
 #include "bots/Report.h"
-#include "bots/Tracks.h"
+#include "replay/Tracks.h"
 #include "src/Messages.h"
 #include "tests/bots/LevelRoadmap.h"
 #include "tests/fuzz/Bytes.h"
@@ -95,7 +95,7 @@ void checkResults(const bots::Play& play, const MapManager& map, int statesSent)
     std::ostringstream out;
     bots::writeTable(out, report);
     bots::writeJson(out, report);
-    const arena::Image image = bots::tracksPicture(map, play.tracks(), 120, 120);
+    const arena::Image image = replay::tracksPicture(map, play.tracks(), 120, 120);
     require(image.width == 120 && image.height == 120, "tracks are drawn in the size asked for");
 }
 

@@ -47,6 +47,9 @@ FigurePose standingPose() {
     return pose;
 }
 
+/// Its way at full speed where it looks.
+constexpr glm::vec2 ahead{1.0f, 0.0f};
+
 glm::vec3 lookingUp(float pitch) {
     return {std::cos(pitch), std::sin(pitch), 0.0f};
 }
@@ -57,10 +60,10 @@ TEST(Figures, StandOnTheirFeetWithEveryStep) {
     FigurePose pose = standingPose();
     for (int quarters = 0; quarters <= 4; ++quarters) {
         for (int step = 0; step < 40; ++step) {
-            pose.stride = 0.25f * static_cast<float>(quarters);
+            pose.way = ahead * (0.25f * static_cast<float>(quarters));
             pose.walkPhase = 0.05f * static_cast<float>(step);
             ASSERT_NEAR(extentOf(pose).low.y, pose.position.y - halfHeight, rounding)
-                << pose.stride << " " << pose.walkPhase;
+                << quarters << " " << pose.walkPhase;
         }
     }
 }
@@ -98,11 +101,39 @@ TEST(Figures, DrawTheirLegsUpInTheAir) {
 TEST(Figures, SwingTheirLegsInTurnAsTheyWalk) {
     FigurePose pose = standingPose();
     const float atRest = extentOf(pose).high.x - extentOf(pose).low.x;
-    pose.stride = 1.0f;
+    pose.way = ahead;
     pose.walkPhase = 0.5f;
     const Extent first = extentOf(pose);
     EXPECT_LT(first.low.x, extentOf(standingPose()).low.x - 2.0f);
     EXPECT_GT(first.high.x - first.low.x, atRest);
+}
+
+TEST(Figures, SwingTheirLegsAlongTheirWayAndNotTheirView) {
+    FigurePose pose = standingPose();
+    const Extent atRest = extentOf(pose);
+    pose.walkPhase = 0.5f;
+    pose.way = {0.0f, 1.0f};
+    const Extent left = extentOf(pose);
+    pose.way = {0.0f, -1.0f};
+    const Extent right = extentOf(pose);
+    for (const Extent& aside : {left, right})
+        EXPECT_GT(aside.high.z - aside.low.z, atRest.high.z - atRest.low.z + 5.0f);
+}
+
+TEST(Figures, WalkBackwardsAsForwardsInTheOtherOrder) {
+    FigurePose pose = standingPose();
+    for (int step = 0; step < 8; ++step) {
+        pose.walkPhase = 0.25f * static_cast<float>(step);
+        pose.way = ahead;
+        const Extent forward = extentOf(pose);
+        pose.walkPhase = -pose.walkPhase;
+        pose.way = -ahead;
+        const Extent back = extentOf(pose);
+        for (int axis = 0; axis < 3; ++axis) {
+            EXPECT_NEAR(back.low[axis], forward.low[axis], rounding) << step;
+            EXPECT_NEAR(back.high[axis], forward.high[axis], rounding) << step;
+        }
+    }
 }
 
 TEST(Figures, AimWhereTheyLook) {
@@ -122,7 +153,7 @@ TEST(Figures, AimWhereTheyLook) {
 TEST(Figures, HoldTheNozzleStillWhileTheyWalk) {
     FigurePose pose = standingPose();
     const glm::vec3 nozzle = nozzleOf(pose);
-    pose.stride = 1.0f;
+    pose.way = ahead;
     pose.walkPhase = 0.4f;
     EXPECT_EQ(nozzleOf(pose), nozzle);
 }

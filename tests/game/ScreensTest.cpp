@@ -209,3 +209,21 @@ TEST(Screens, SayWhyOneDoesNotPlay) {
     screens.leave();
     EXPECT_EQ(screens.whyNotPlaying(), "");
 }
+
+TEST(Screens, AWatchedMatchHasAMenuAndNoChat) {
+    Screens screens;
+    screens.watch("localhost:5000, yesterday");
+    EXPECT_EQ(screens.place(), Screens::Place::watching);
+    EXPECT_EQ(screens.room(), "localhost:5000, yesterday");
+    EXPECT_TRUE(screens.gameHasInput());
+    screens.openChat();
+    EXPECT_EQ(screens.panel(), Screens::Panel::none);
+    screens.escape();
+    EXPECT_EQ(screens.panel(), Screens::Panel::menu);
+    EXPECT_FALSE(screens.gameHasInput());
+    screens.openSettings();
+    screens.closePanel();
+    EXPECT_EQ(screens.panel(), Screens::Panel::menu);
+    screens.leave();
+    EXPECT_EQ(screens.place(), Screens::Place::start);
+}

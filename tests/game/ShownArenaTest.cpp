@@ -148,3 +148,18 @@ TEST_F(ArenaInARoom, OutsideOfRoomsStaysAsItIs) {
     EXPECT_EQ(&before.map(), &known[0].map);
     EXPECT_EQ(before.trouble(), "");
 }
+
+TEST_F(ArenaInARoom, ComesOnceMoreAfterSomethingElseWasDrawn) {
+    ShownArena before(known, longPatience);
+    const ArenaMesh first = before.firstSurface();
+    before.showAgain();
+    std::optional<ArenaMesh> again;
+    for (int i = 0; i < 1000 && !again; ++i) {
+        again = before.change();
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_TRUE(again);
+    EXPECT_EQ(coloursOf(*again), coloursOf(first));
+    EXPECT_EQ(&before.map(), &known[0].map);
+    EXPECT_FALSE(before.change());
+}

@@ -79,7 +79,8 @@ TEST_F(StagingInCourt, FiguresWalkByTheirWayAndAreInTheAirOverNothing) {
     for (int i = 0; i < 60; ++i)
         show({playerAt('2', place + vec3(6.0f * static_cast<float>(i), 0.0f, 0.0f))});
     EXPECT_GT(scene.figures[0].walkPhase, 3.0f);
-    EXPECT_GT(scene.figures[0].stride, 0.9f);
+    EXPECT_GT(scene.figures[0].way.x, 0.9f);
+    EXPECT_NEAR(scene.figures[0].way.y, 0.0f, 0.01f);
     EXPECT_FALSE(scene.figures[0].inAir);
     show({playerAt('2', place + vec3(360.0f, 10.0f, 0.0f))});
     EXPECT_TRUE(scene.figures[0].inAir);

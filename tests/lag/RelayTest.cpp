@@ -234,6 +234,41 @@ TEST(Relay, DelaysEachDirectionByItsOwn) {
     EXPECT_EQ(line.relay.down().delays.longest(), 26.0);
 }
 
+TEST(Relay, ShowsDatagramsAsTheRoomHasThem) {
+    struct Shown {
+        client::Way way;
+        std::uint32_t line;
+        std::string datagram;
+        Time now;
+    };
+    Settings lossy = delayed(milliseconds(25));
+    lossy.loss = 1.0;
+    Line line(delayed(milliseconds(40)), lossy);
+    std::vector<Shown> all;
+    line.relay.showTo(
+        [&](client::Way way, std::uint32_t number, std::string_view datagram, Time now) {
+            all.push_back({way, number, std::string(datagram), now});
+        });
+    UdpPeer bo;
+    ASSERT_TRUE(line.send(line.ann, "a", start));
+    ASSERT_TRUE(line.send(bo, "b", start));
+    EXPECT_TRUE(all.empty());
+    line.relay.service(start + milliseconds(40));
+    const std::vector<FakeRoom::Heard> heard = line.room->hear(2);
+    ASSERT_EQ(heard.size(), 2u);
+    ASSERT_TRUE(line.answer(heard.back().from, "lost later", start + milliseconds(50)));
+    ASSERT_EQ(all.size(), 3u);
+    const Shown expected[] = {{client::Way::toRoom, 0, "a", start + milliseconds(40)},
+                              {client::Way::toRoom, 1, "b", start + milliseconds(40)},
+                              {client::Way::fromRoom, 1, "lost later", start + milliseconds(50)}};
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        EXPECT_EQ(all[i].way, expected[i].way);
+        EXPECT_EQ(all[i].line, expected[i].line);
+        EXPECT_EQ(all[i].datagram, expected[i].datagram);
+        EXPECT_EQ(all[i].now, expected[i].now);
+    }
+}
+
 TEST(Relay, KeepsTheOrderOfWhatIsDueAtOnce) {
     Line line(delayed(milliseconds(5)));
     for (int i = 0; i < 50; ++i)

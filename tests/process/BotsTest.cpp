@@ -1,8 +1,10 @@
 #include "arena/picture/Png.h"
+#include "client/recording/RecordingReader.h"
 #include "common/Files.h"
 #include "tests/process/ServerProcess.h"
 #include "tests/process/ToolProcess.h"
 #include "tests/support/Courts.h"
+#include "tests/support/Datagrams.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/UdpPeer.h"
 
@@ -163,6 +165,39 @@ TEST_F(Bots, PlayAndLeaveAndTellWhatCameOfIt) {
     hardly.status();
     EXPECT_NE(tracks.pixels, arena::decodePng(readFile(folder.path + "/none.png")).pixels)
         << "whoever played has left tracks";
+}
+
+TEST_F(Bots, SaveWhatTheyAllSendAndHear) {
+    const std::string path = folder.path + "/match.drench";
+    BotsProcess bots(inRoom("--players 2 --seconds 2 --name Bot --save " + path));
+    ASSERT_EQ(bots.status(), 0) << bots.err();
+    client::RecordingReader reader = client::RecordingReader::open(path);
+    EXPECT_TRUE(reader.problems().empty());
+    EXPECT_EQ(reader.header().room, room(server));
+    EXPECT_EQ(reader.header().program, "drench-bots " DRENCH_VERSION);
+    EXPECT_TRUE(sameCells(loaded(reader.header().arena), loaded(ring())));
+    EXPECT_NEAR(std::chrono::duration<double>(reader.duration()).count(), 2.0, 1.0);
+    std::string first[2];
+    std::string last[2];
+    int states[2] = {};
+    while (const std::optional<client::RecordedDatagram> datagram = reader.next()) {
+        ASSERT_LT(datagram->line, 2u);
+        states[datagram->line] += datagram->bytes.size() == sizeof(UpdateMessage);
+        if (datagram->way == client::Way::fromRoom)
+            continue;
+        if (first[datagram->line].empty())
+            first[datagram->line] = datagram->bytes;
+        last[datagram->line] = datagram->bytes;
+    }
+    for (int line = 0; line < 2; ++line) {
+        EXPECT_EQ(first[line], joinDatagram("Bot " + std::to_string(line + 1)));
+        EXPECT_EQ(last[line].substr(0, 1), "d");
+        EXPECT_GT(states[line], 30);
+    }
+
+    BotsProcess again(inRoom("--players 2 --seconds 2 --save " + path));
+    EXPECT_EQ(again.status(), 2);
+    EXPECT_EQ(again.err(), path + ": is there already, and is not overwritten\n");
 }
 
 TEST_F(Bots, LeavePolitelyWhenInterrupted) {

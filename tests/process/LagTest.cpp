@@ -1,5 +1,6 @@
 #include "client/RoomAddress.h"
 #include "client/Session.h"
+#include "client/recording/RecordingReader.h"
 #include "common/Files.h"
 #include "tests/process/ServerProcess.h"
 #include "tests/process/ToolProcess.h"
@@ -104,6 +105,55 @@ TEST(Lag, PlayerFeelsTheDelayOfBothWays) {
     }
 }
 
+TEST(Lag, SavesWhatPassesWithTheArena) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/match.drench";
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    LagProcess lag("0" + room(server) + " --save " + path + " --arena " +
+                   folder.write("court", emptyCourt()));
+    ASSERT_NE(lag.port(), 0);
+    {
+        Session ann = joining(lag.port(), "Ann");
+        ASSERT_TRUE(playUntil(ann, [&] { return ann.statistics().snapshots >= 30; }));
+    }
+    {
+        Session bo = joining(lag.port(), "Bo");
+        ASSERT_TRUE(playUntil(bo, [&] { return bo.isPlaying(); }));
+    }
+    lag.signal(SIGTERM);
+    ASSERT_EQ(lag.status(), 0);
+    client::RecordingReader reader = client::RecordingReader::open(path);
+    EXPECT_TRUE(reader.problems().empty());
+    EXPECT_EQ(" " + reader.header().room, room(server));
+    EXPECT_EQ(reader.header().program, "drench-lag " DRENCH_VERSION);
+    EXPECT_EQ(loaded(reader.header().arena).columns, 32);
+    int joins = 0;
+    int states = 0;
+    while (const std::optional<client::RecordedDatagram> datagram = reader.next()) {
+        if (datagram->way == client::Way::toRoom && datagram->bytes.starts_with('j')) {
+            EXPECT_EQ(datagram->bytes.substr(1, 2), datagram->line == 0 ? "An" : "Bo");
+            ++joins;
+        }
+        states += datagram->bytes.size() == sizeof(UpdateMessage);
+    }
+    EXPECT_GE(joins, 2);
+    EXPECT_GE(states, 30);
+}
+
+TEST(Lag, GoesOnWhenTheRecordingCannotBeWritten) {
+    const ServerProcess server = ServerProcess::listening(emptyCourt());
+    LagProcess lag("0" + room(server) + " --save /dev/full");
+    ASSERT_NE(lag.port(), 0);
+    {
+        Session ann = joining(lag.port(), "Ann");
+        ASSERT_TRUE(playUntil(ann, [&] { return ann.statistics().snapshots >= 90; }));
+    }
+    lag.signal(SIGTERM);
+    EXPECT_EQ(lag.status(), 2);
+    EXPECT_EQ(lag.err(), "/dev/full: the recording ends early (No space left on device)\n");
+    EXPECT_NE(lag.out().find("1 client"), std::string::npos);
+}
+
 TEST(Lag, OneDirectionCanDifferFromBoth) {
     const ServerProcess server = ServerProcess::listening(emptyCourt());
     LagProcess lag("0" + room(server) +
@@ -190,6 +240,9 @@ TEST(Lag, WrongUseIsExplainedWithStatusTwo) {
             {taken, "port " + taken + ": Address already in use"},
             {own + " 127.0.0.1:" + own, "port " + own + ": the room cannot be the relay itself"},
             {"0 localhost:99999", "99999"},
+            {"0 --arena here", "--arena: does nothing without --save"},
+            {"0 --save /dev", "/dev: cannot be written (Is a directory)"},
+            {"0 --save /dev/null --arena /none", "/none: cannot be read"},
             {"0 localhost:5000 more", "more"},
             {"0 --delay -1", "--delay: -1 is no number from 0 to 10000"},
             {"0 --delay 80ms", "--delay: 80ms is no number"},

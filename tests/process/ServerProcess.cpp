@@ -64,7 +64,7 @@ ServerProcess::ServerProcess(const std::vector<std::string>& arguments,
     const Descriptor errors(
         open((folder() / "stderr").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     output_ = ends[0];
-    process_.emplace(words, ChildProcess::Outputs{output.number, errors.number});
+    process_.emplace(words, ChildProcess::Streams{output.number, errors.number});
 }
 
 std::optional<ServerProcess> ServerProcess::listeningAt(int port, const std::string& map) {

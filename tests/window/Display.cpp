@@ -17,7 +17,7 @@ Display::Display() {
     const Descriptor errors(open(folder_.write("errors", "").c_str(), O_WRONLY | O_CLOEXEC));
     server_.emplace(std::vector<std::string>{"/usr/bin/env", "Xvfb", "-displayfd", "1", "-screen",
                                              "0", size, "-nolisten", "tcp", "-fbdir", folder_.path},
-                    ChildProcess::Outputs{output.number, errors.number});
+                    ChildProcess::Streams{output.number, errors.number});
     const bool isOpen = waitUntil([&] {
         name = readFile(said);
         return server_->status() || name.find('\n') != std::string::npos;

@@ -67,6 +67,15 @@ TEST(RecordingWriter, EndsWithOneLineOnAFullDisk) {
     EXPECT_EQ(writer.problem(), writer.finish());
 }
 
+TEST(RecordingWriter, LeavesNoFileWithoutDatagrams) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/match";
+    EXPECT_EQ(RecordingWriter(path, madeHeader(), start).finish(), "");
+    EXPECT_THROW(readFile(path), InputError);
+    EXPECT_EQ(RecordingWriter("/dev/null", madeHeader(), start).finish(), "");
+    EXPECT_EQ(readFile("/dev/null"), "");
+}
+
 TEST(RecordingWriter, OverwritesNothing) {
     const TemporaryFolder folder;
     const std::string path = folder.write("match", "precious");

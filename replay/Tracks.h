@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-namespace drench::bots {
+namespace drench::replay {
 
 /// The path of one player over the ground, and the places of its soakings; the last part of a long
 /// path.
@@ -55,4 +55,4 @@ class Track {
 arena::Image tracksPicture(const MapManager& map, std::span<const Track> tracks, int width,
                            int height);
 
-} // namespace drench::bots
+} // namespace drench::replay

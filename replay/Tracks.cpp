@@ -1,15 +1,14 @@
-#include "bots/Tracks.h"
+#include "replay/Tracks.h"
 
-#include "arena/Reach.h"
-#include "arena/picture/Picture.h"
 #include "client/Records.h"
+#include "replay/PaleMap.h"
 #include "src/Collisions.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cmath>
 
-namespace drench::bots {
+namespace drench::replay {
 
 namespace {
 
@@ -23,9 +22,6 @@ constexpr float stride = 32.0f;
 /// Dark, and distinct from each other and from the colours of floors, also for people who see no
 /// red.
 constexpr Colour colours[] = {{206, 56, 12}, {24, 24, 28}, {140, 20, 160}, {0, 72, 190}};
-
-/// The share of white in everything below the tracks, which makes it paler than topPicture does.
-constexpr double paleness = 0.3;
 
 /// The width of a track, in cells.
 constexpr double lineWidth = 0.08;
@@ -69,11 +65,6 @@ void fillDrop(Image& image, ImagePoint centre, double radius, Colour colour) {
 void drawDrop(Image& image, ImagePoint centre, double radius, Colour colour) {
     fillDrop(image, centre, radius * 1.4, arena::white);
     fillDrop(image, centre, radius, colour);
-}
-
-/// Whether the point is above the map. A hostile room may send a point elsewhere, or NaN.
-bool isAbove(const MapManager& map, vec3 point) {
-    return point.x >= 0.0f && point.x <= map.width && point.z >= 0.0f && point.z <= map.length;
 }
 
 /// The points of a track that can be drawn.
@@ -172,20 +163,13 @@ Image tracksPicture(const MapManager& map, std::span<const Track> tracks, int wi
     const std::vector<ImagePoint> legend = legendPlaces(tracks, width, dot);
     const double lastLine = legend.empty() ? 0.0 : legend.back().y;
     const int mapHeight = height - static_cast<int>(lastLine) - legendHeight * dot;
-    // All floors are drawn alike: a map of tracks does not judge where players get to.
-    const std::vector<arena::CellIndex> floors = arena::walkableCells(map);
-    const Image plain = arena::topPicture(map, {}, floors, floors, width, mapHeight);
-    const arena::TopView view = arena::topView(map, floors, floors, width, mapHeight);
-    Image image(width, height, plain.at(0, 0));
-    std::copy(plain.pixels.begin(), plain.pixels.end(), image.pixels.begin());
-    arena::fillRectangle(image, {0.0, 0.0}, {double(width), double(height)}, arena::white,
-                         paleness);
+    PaleMap pale = paleMap(map, width, height, mapHeight);
     for (std::size_t i = 0; i < tracks.size(); ++i)
-        drawTrack(image, view, pointsAbove(map, tracks[i]), colourOf(i));
+        drawTrack(pale.image, pale.view, pointsAbove(map, tracks[i]), colourOf(i));
     for (std::size_t i = 0; i < tracks.size(); ++i)
-        drawSoakings(image, view, pointsAbove(map, tracks[i]), colourOf(i));
-    drawLegend(image, tracks, legend, mapHeight, dot);
-    return image;
+        drawSoakings(pale.image, pale.view, pointsAbove(map, tracks[i]), colourOf(i));
+    drawLegend(pale.image, tracks, legend, mapHeight, dot);
+    return pale.image;
 }
 
-} // namespace drench::bots
+} // namespace drench::replay

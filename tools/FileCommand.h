@@ -10,19 +10,19 @@
 
 namespace drench {
 
-// Shared by the subcommands of drench-map.
+// Shared by the subcommands of drench-map and of drench-replay.
 
 /// The action of the chosen subcommand; returns the exit status, may throw InputError.
 using Run = std::function<int()>;
 
 /// A subcommand and the files that it names. Copies share the names, so an action that runs later
 /// sees the parsed ones.
-struct MapCommand {
+struct FileCommand {
     CLI::App* options;
     std::shared_ptr<std::string> file = std::make_shared<std::string>();
     std::shared_ptr<std::string> output = std::make_shared<std::string>();
 
-    MapCommand(CLI::App& app, const char* name, const char* description);
+    FileCommand(CLI::App& app, const char* name, const char* description);
 
     /// Both are required.
     void addFile(const char* description);
@@ -48,6 +48,12 @@ CLI::Option* addNumbers(CLI::App& app, const char* name, std::array<Number, coun
     };
     return app.add_option_function<std::string>(name, read, description)->type_name(form);
 }
+
+/// Throws InputError if a name ends in anything but .png: programs choose the format by the ending.
+void requirePngName(const std::string& output);
+
+/// Throws InputError if a result would be written over an input.
+void requireOther(const std::string& input, const std::string& output);
 
 /// Writes a result, but never over the file that it was made from.
 void writeResult(const std::string& input, const std::string& output, const std::string& bytes);

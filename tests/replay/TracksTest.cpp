@@ -1,4 +1,4 @@
-#include "bots/Tracks.h"
+#include "replay/Tracks.h"
 #include "arena/Reach.h"
 #include "src/Player.h"
 #include "tests/support/PictureCourt.h"
@@ -12,7 +12,7 @@
 using namespace drench;
 
 using namespace pictures;
-using bots::Track;
+using replay::Track;
 
 namespace {
 
@@ -39,7 +39,7 @@ struct Court {
         }
     }
     Image picture(const std::vector<Track>& tracks, int side = 400) const {
-        return bots::tracksPicture(map, tracks, side, side);
+        return replay::tracksPicture(map, tracks, side, side);
     }
 
     /// Pixels that two pictures have different.
@@ -129,7 +129,7 @@ TEST(Track, ForgetsItsBeginningWhenItIsLong) {
 }
 
 TEST(TracksPicture, HasTheSizeAskedFor) {
-    const Image image = bots::tracksPicture(Court().map, {}, 320, 200);
+    const Image image = replay::tracksPicture(Court().map, {}, 320, 200);
     EXPECT_EQ(image.width, 320);
     EXPECT_EQ(image.height, 200);
 }
