@@ -1,24 +1,29 @@
 #!/usr/bin/env bash
-# Builds the Debian packages, and installs what that takes: deploy/debian/build.sh [--window]
-# The window's package is built too where its libraries are installed; --window installs them.
+# Builds the Debian packages, and installs what that takes: deploy/debian/build.sh [--window] [--keeper]
+# The packages of window and keeper are built too where their libraries are installed; --window and
+# --keeper install them.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-if [ $# -gt 0 ] && [ "$*" != --window ]; then
-  echo 'usage: deploy/debian/build.sh [--window]' >&2
-  exit 2
-fi
+for argument; do
+  if [ "$argument" != --window ] && [ "$argument" != --keeper ]; then
+    echo 'usage: deploy/debian/build.sh [--window] [--keeper]' >&2
+    exit 2
+  fi
+done
 
 . .ci/building.sh
 need_writable_checkout
 need_build_tools
 need_tool_libraries
 need_package_tools
-[ $# -eq 0 ] || need_window_libraries
+for argument; do
+  "need_${argument#--}_libraries"
+done
 install_missing
 echo 'Building; this takes a minute or two ...'
 configure package
 build package
-rm -f build/drench_*.deb build/libdrench-dev_*.deb build/drench-window_*.deb
+rm -f build/drench_*.deb build/libdrench-dev_*.deb build/drench-window_*.deb build/drench-keeper_*.deb
 quietly cpack --config build/package/CPackConfig.cmake -B build
 rm -rf build/_CPack_Packages
 as_root='sudo '
@@ -27,5 +32,8 @@ install="${as_root}apt-get install --reinstall"
 echo "For rooms, bots and arenas:     $install $(echo ./build/drench_*.deb)"
 if compgen -G 'build/drench-window_*.deb' >/dev/null; then
   echo "To play, with rooms and bots:   $install $(echo ./build/drench_*.deb ./build/drench-window_*.deb)"
+fi
+if compgen -G 'build/drench-keeper_*.deb' >/dev/null; then
+  echo "With a keeper for each room:    $install $(echo ./build/drench_*.deb ./build/drench-keeper_*.deb)"
 fi
 echo "To build clients in C++:        $install $(echo ./build/libdrench-dev_*.deb)"
