@@ -1,17 +1,20 @@
 #!/usr/bin/env bash
-# Builds the Debian packages, and installs what that takes: deploy/debian/build.sh [--window] [--arm64]
-# The window's package is built too where its libraries are installed; --window installs them. --arm64
-# builds those for rooms and clients a second time, for arm64.
+# Builds the Debian packages, and installs what that takes:
+#   deploy/debian/build.sh [--window] [--keeper] [--arm64]
+# The packages of window and keeper are built too where their libraries are installed; --window and
+# --keeper install them. --arm64 builds those for rooms and clients a second time, for arm64.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 window=
+keeper=
 arm64=
 for argument; do
   case $argument in
     --window) window=yes ;;
+    --keeper) keeper=yes ;;
     --arm64) arm64=yes ;;
     *)
-      echo 'usage: deploy/debian/build.sh [--window] [--arm64]' >&2
+      echo 'usage: deploy/debian/build.sh [--window] [--keeper] [--arm64]' >&2
       exit 2
       ;;
   esac
@@ -23,6 +26,7 @@ need_build_tools
 need_tool_libraries
 need_package_tools
 [ -z "$window" ] || need_window_libraries
+[ -z "$keeper" ] || need_keeper_libraries
 [ -z "$arm64" ] || need_cross_compiler
 install_missing
 
@@ -32,7 +36,7 @@ if [ -n "$arm64" ] && [ "$architecture" = arm64 ]; then
   exit 2
 fi
 echo 'Building; this takes a minute or two ...'
-rm -f build/drench_*.deb build/libdrench-dev_*.deb build/drench-window_*.deb
+rm -f build/drench_*.deb build/libdrench-dev_*.deb build/drench-window_*.deb build/drench-keeper_*.deb
 
 # pack PRESET
 pack() {
@@ -59,6 +63,9 @@ here="_$architecture.deb"
 echo "For rooms, bots and arenas:     $install $(echo ./build/drench_*"$here")"
 if compgen -G "build/drench-window_*$here" >/dev/null; then
   echo "To play, with rooms and bots:   $install $(echo ./build/drench_*"$here" ./build/drench-window_*"$here")"
+fi
+if compgen -G "build/drench-keeper_*$here" >/dev/null; then
+  echo "With a keeper for each room:    $install $(echo ./build/drench_*"$here" ./build/drench-keeper_*"$here")"
 fi
 echo "To build clients in C++:        $install $(echo ./build/libdrench-dev_*"$here")"
 [ -z "$arm64" ] || echo "For machines with arm64:        $(echo ./build/*_arm64.deb)"

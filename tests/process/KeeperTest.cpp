@@ -84,8 +84,9 @@ TEST(Keeper, CountsWhoComesAndGoesAndPassesTheConsoleOn) {
 TEST(Keeper, CarriesARoomOfBots) {
     KeeperProcess keeper("");
     ASSERT_TRUE(keeper.answers());
-    ToolProcess bots(DRENCH_BOTS,
-                     "127.0.0.1:" + std::to_string(keeper.port()) + " --players 4 --seconds 4");
+    ToolProcess bots(DRENCH_BOTS, "127.0.0.1:" + std::to_string(keeper.port()) +
+                                      " --players 4 --seconds 4 --arena " + keeper.folder() +
+                                      "/Resources/mapdata");
     EXPECT_TRUE(keeper.shows("drench_room_players", 4));
     RemotePlayer fifth(keeper.port());
     EXPECT_EQ(fifth.join("Fifth"), 0);
