@@ -72,7 +72,7 @@ need_window_test_tools() {
   need "Mesa's software renderer" libgl1 has_software_renderer
 }
 has_software_renderer() {
-  ldconfig -p | grep -q libGLX_mesa && compgen -G '/usr/lib/*/dri/swrast_dri.so'
+  ldconfig -p | grep libGLX_mesa >/dev/null && compgen -G '/usr/lib/*/dri/swrast_dri.so'
 }
 
 # For packages.
