@@ -46,6 +46,15 @@ if(DRENCH_TOOLS)
   install(DIRECTORY arenas DESTINATION ${CMAKE_INSTALL_DATADIR}/drench COMPONENT tools)
 endif()
 
+if(DRENCH_KEEPER)
+  install_at_home(drench-keeper keeper)
+  install(PROGRAMS deploy/prometheus/drench-scrape DESTINATION ${DRENCH_HOME} COMPONENT keeper)
+  install(FILES deploy/prometheus/prometheus.yml deploy/prometheus/alerts.yml
+                deploy/prometheus/dashboard.json
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/drench/prometheus COMPONENT keeper)
+  install(FILES deploy/man/drench-keeper.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT keeper)
+endif()
+
 if(DRENCH_WINDOW)
   install_at_home(drench window)
   set(desktop ${PROJECT_SOURCE_DIR}/deploy/desktop)
@@ -62,18 +71,24 @@ set(DRENCH_UNITS lib/systemd/system)
 install(FILES deploy/systemd/drench-recycle.service deploy/systemd/drench-recycle.timer
               deploy/systemd/drench.slice
         DESTINATION ${DRENCH_UNITS} COMPONENT server)
-install(CODE "
-  # A whole path takes the prefix's place, as it does for all that is installed.
-  set(home \"\${CMAKE_INSTALL_PREFIX}\")
-  cmake_path(APPEND home \"${DRENCH_HOME}\")
-  set(share \"\${CMAKE_INSTALL_PREFIX}\")
-  cmake_path(APPEND share \"${CMAKE_INSTALL_DATADIR}/drench\")
-  foreach(unit drench@ drench-firewall)
-    configure_file(\"${PROJECT_SOURCE_DIR}/deploy/systemd/\${unit}.service.in\"
-                   \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${DRENCH_UNITS}/\${unit}.service\"
-                   @ONLY)
-  endforeach()
-" COMPONENT server)
+# install_unit(TEMPLATE UNIT COMPONENT)
+function(install_unit template unit component)
+  install(CODE "
+    # A whole path takes the prefix's place, as it does for all that is installed.
+    set(home \"\${CMAKE_INSTALL_PREFIX}\")
+    cmake_path(APPEND home \"${DRENCH_HOME}\")
+    set(share \"\${CMAKE_INSTALL_PREFIX}\")
+    cmake_path(APPEND share \"${CMAKE_INSTALL_DATADIR}/drench\")
+    configure_file(\"${PROJECT_SOURCE_DIR}/deploy/systemd/${template}.in\"
+                   \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${DRENCH_UNITS}/${unit}\" @ONLY)
+  " COMPONENT ${component})
+endfunction()
+install_unit(drench@.service drench@.service server)
+install_unit(drench-firewall.service drench-firewall.service server)
+if(DRENCH_KEEPER)
+  install_unit(drench-keeper.conf drench@.service.d/keeper.conf keeper)
+  install_unit(drench-recycle-keeper.conf drench-recycle.timer.d/keeper.conf keeper)
+endif()
 
 # For find_package(drench).
 include(CMakePackageConfigHelpers)

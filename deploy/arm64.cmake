@@ -19,7 +19,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-set(ENV{PKG_CONFIG_LIBDIR}
-    ${libraries}/usr/local/lib/pkgconfig:${libraries}/usr/lib/aarch64-linux-gnu/pkgconfig:${libraries}/usr/share/pkgconfig)
+set(ENV{PKG_CONFIG_LIBDIR} ${libraries}/usr/lib/aarch64-linux-gnu/pkgconfig:${libraries}/usr/share/pkgconfig)
+# What deploy/container/libraries.sh builds.
+if(DRENCH_STATIC)
+  set(ENV{PKG_CONFIG_LIBDIR} ${libraries}/opt/static/lib/pkgconfig)
+endif()
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${libraries})
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L ${libraries})

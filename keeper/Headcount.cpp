@@ -11,8 +11,9 @@ namespace {
 
 using std::chrono::duration;
 
-/// States a second for each player: 62, and 58 at some hours of a server's first days.
-constexpr double statesPerSecond = 60.0;
+/// States a second for each player.
+constexpr double usualStates = 62.0;
+constexpr double fewestStates = 10.0;
 
 /// Below it a single state more or less would change the number.
 constexpr duration<double> shortestStretch{1.5};
@@ -35,15 +36,19 @@ void NetworkHeadcount::take(const std::optional<UdpCounters>& counters, Time now
         return;
     const double unanswering = static_cast<double>(counters->out - counters_->out) -
                                static_cast<double>(counters->in - counters_->in);
-    const double players = std::round(unanswering / stretch.count() / statesPerSecond);
-    players_ = static_cast<int>(std::clamp(players, 0.0, static_cast<double>(maxPlayers)));
+    const double states = unanswering / stretch.count();
+    const auto placesAmong = [](double players) {
+        return static_cast<int>(std::clamp(players, 0.0, static_cast<double>(maxPlayers)));
+    };
+    players_ = {.least = placesAmong(std::round(states / usualStates)),
+                .most = placesAmong(std::floor(states / fewestStates))};
     counters_ = counters;
     countedAt_ = now;
 }
 
 void Headcount::reset() {
     byNotices_ = 0;
-    byNetwork_.reset();
+    leastByNetwork_ = 0;
     contradictions_ = 0;
 }
 
@@ -57,18 +62,21 @@ void Headcount::left() {
     contradictions_ = 0;
 }
 
-void Headcount::compare(const std::optional<int>& byNetwork) {
-    byNetwork_ = byNetwork;
-    contradictions_ = byNetwork && *byNetwork != byNotices_ ? contradictions_ + 1 : 0;
-    if (contradictions_ < contradictionsThatCount)
+void Headcount::compare(const std::optional<PlayerRange>& byNetwork) {
+    if (!byNetwork || (byNotices_ >= byNetwork->least && byNotices_ <= byNetwork->most)) {
+        contradictions_ = 0;
         return;
-    byNotices_ = *byNetwork;
+    }
+    leastByNetwork_ = byNetwork->least;
+    if (++contradictions_ < contradictionsThatCount)
+        return;
+    byNotices_ = std::clamp(byNotices_, byNetwork->least, byNetwork->most);
     contradictions_ = 0;
     ++corrections_;
 }
 
 int Headcount::players() const {
-    return contradictions_ > 0 ? std::max(byNotices_, *byNetwork_) : byNotices_;
+    return contradictions_ > 0 ? std::max(byNotices_, leastByNetwork_) : byNotices_;
 }
 
 } // namespace drench::keeper

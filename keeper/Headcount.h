@@ -10,22 +10,31 @@ namespace drench::keeper {
 
 using client::Time;
 
-/// The number of players by what leaves the room: one state for each player in each tick. All else
-/// is in balance: each datagram that comes in draws one receipt. Valid where the room is alone with
-/// its keeper in a network namespace, whose counters these are.
+/// How many players there can be.
+struct PlayerRange {
+    int least = 0;
+    int most = 0;
+
+    bool operator==(const PlayerRange&) const = default;
+};
+
+/// The players by what leaves the room: one state for each of them in each tick. All else is in
+/// balance: each datagram that comes in draws one receipt. Valid where the room is alone with its
+/// keeper in a network namespace, whose counters these are.
 class NetworkHeadcount {
   public:
     /// Takes the counters of a moment. Without counters, or when they fall, counting begins anew.
     void take(const std::optional<UdpCounters>& counters, Time now);
 
-    /// The number of players over the last stretch of at least a second and a half; nothing before
-    /// its end.
-    std::optional<int> players() const { return players_; }
+    /// The players over the last stretch of at least a second and a half; nothing before its end.
+    /// At most those whom a room sends states to that ticks with a sixth of its rate, since a busy
+    /// machine slows it; at least those of a room that keeps its rate.
+    std::optional<PlayerRange> players() const { return players_; }
 
   private:
     std::optional<UdpCounters> counters_;
     Time countedAt_;
-    std::optional<int> players_;
+    std::optional<PlayerRange> players_;
 };
 
 /// The number of players by two sources: the notices, and the network where it can be counted.
@@ -38,8 +47,9 @@ class Headcount {
     void left();
 
     /// Compares with what the network says, once for each stretch of it. After three contradictions
-    /// in a row the notices were wrong, and the network's number takes their place.
-    void compare(const std::optional<int>& byNetwork);
+    /// in a row the notices were wrong, and the number that is nearest to theirs and possible takes
+    /// their place.
+    void compare(const std::optional<PlayerRange>& byNetwork);
 
     /// 0 to maxPlayers. While the two sources contradict each other, the larger number: nobody's
     /// match ends on a doubt.
@@ -50,7 +60,7 @@ class Headcount {
 
   private:
     int byNotices_ = 0;
-    std::optional<int> byNetwork_;
+    int leastByNetwork_ = 0;
     int contradictions_ = 0;
     std::uint64_t corrections_ = 0;
 };

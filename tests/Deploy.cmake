@@ -88,6 +88,20 @@ if(DRENCH_TOOLS)
                        PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
 endif()
 
+if(DRENCH_KEEPER)
+  add_test(NAME Deploy.PrometheusFindsAllRoomsAndTheirAlertsFire
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/metrics.sh ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+  add_test(NAME Deploy.KeeperCountsPlayersByTheNetworkToo
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/keeper-network.sh ${PROJECT_BINARY_DIR})
+  # The executable of the real SDK server, where there is one.
+  set(AGONES_SDK_SERVER "$ENV{AGONES_SDK_SERVER}" CACHE FILEPATH "SDK server of Agones, for its conformance run")
+  add_test(NAME Deploy.KeeperConformsToTheSdkServer
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/agones.sh ${PROJECT_BINARY_DIR} ${AGONES_SDK_SERVER})
+  set_tests_properties(Deploy.PrometheusFindsAllRoomsAndTheirAlertsFire
+                       Deploy.KeeperCountsPlayersByTheNetworkToo Deploy.KeeperConformsToTheSdkServer
+                       PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
+endif()
+
 if(DRENCH_TOOLS)
   file(GLOB plans CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/arenas/*.plan)
   foreach(plan IN LISTS plans)

@@ -22,7 +22,7 @@ need_build_tools
 need_tool_libraries
 need_package_tools
 need buildah buildah command -v buildah
-[ -z "$arm64" ] || need_cross_compiler
+[ -z "$arm64" ] || need_arm64_libraries
 install_missing
 own=$(dpkg --print-architecture)
 version=$(sed -n 's/^project(drench VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
@@ -69,7 +69,7 @@ images "$own" container strip
 [ -n "$arm64" ] || exit 0
 
 unpack_arm64_libraries
-quietly deploy/container/libraries.sh build/sysroot-arm64/usr/local \
+quietly deploy/container/libraries.sh build/sysroot-arm64/opt/static \
   --toolchain "$PWD/deploy/arm64.cmake" -DDRENCH_SYSROOT="$PWD/build/sysroot-arm64"
 configure container-arm64
 images arm64 container-arm64 aarch64-linux-gnu-strip

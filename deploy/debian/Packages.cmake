@@ -43,6 +43,22 @@ Static libraries with their headers, CMake files and two examples: the
 player's side of the protocol, and the game itself, to predict with.")
 set(CPACK_DEBIAN_LIBDRENCH-DEV_PACKAGE_SUGGESTS drench)
 
+# For hosts of many rooms, who bring its libraries along.
+if(DRENCH_KEEPER)
+  set(CPACK_COMPONENT_KEEPER_GROUP drench-keeper)
+  set(CPACK_DEBIAN_DRENCH-KEEPER_PACKAGE_NAME drench-keeper)
+  set(CPACK_DEBIAN_DRENCH-KEEPER_PACKAGE_SECTION net)
+  set(CPACK_DEBIAN_DRENCH-KEEPER_DESCRIPTION "Keeper of rooms of the Drench water fight
+Stands before the server of each room: waits for its players before it ends
+the room, recycles it when it is empty, publishes metrics for Prometheus, and
+speaks to Agones. With alerts and a dashboard.")
+  # The server that it starts, and the unit that it changes.
+  set(CPACK_DEBIAN_DRENCH-KEEPER_PACKAGE_DEPENDS "drench (= ${PROJECT_VERSION})")
+  set(CPACK_DEBIAN_DRENCH-KEEPER_PACKAGE_SUGGESTS "prometheus")
+  set(CPACK_DEBIAN_DRENCH-KEEPER_PACKAGE_CONTROL_EXTRA
+      ${CMAKE_CURRENT_LIST_DIR}/keeper/postinst ${CMAKE_CURRENT_LIST_DIR}/keeper/postrm)
+endif()
+
 # A host without a screen neither needs nor builds it.
 if(DRENCH_WINDOW)
   set(CPACK_COMPONENT_WINDOW_GROUP drench-window)

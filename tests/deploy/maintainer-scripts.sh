@@ -57,6 +57,19 @@ firewall=$(line_of 'deb-systemd-invoke try-.* drench-firewall\.service')
   fail 'rooms restart with new units and settings, and before the firewall'
 ! grep -E ' (start|restart|enable) ' /mnt/log || fail 'what the host has not started stays so'
 
+run keeper/postinst configure ''
+line_of daemon-reload >/mnt/line
+line_of '^deb-systemd-invoke stop drench-recycle\.timer' >/mnt/line
+! grep 'drench@' /mnt/log || fail 'rooms play on until they are given keepers'
+run keeper/postrm remove
+! grep '^deb-systemd-invoke' /mnt/log || fail 'without rooms no timer is started'
+sed -i 's/exit 1/exit 0/' /mnt/bin/systemctl
+run keeper/postrm remove
+line_of '^deb-systemd-invoke start drench-recycle\.timer' >/mnt/line
+run keeper/postrm upgrade 0.1.1
+! grep '^deb-systemd-invoke' /mnt/log || fail 'an upgrade of keepers leaves the timer as it is'
+sed -i 's/exit 0/exit 1/' /mnt/bin/systemctl
+
 run prerm remove
 for unit in 'drench@\*\.service' 'drench-recycle\.timer' 'drench-firewall\.service'; do
   grep -q "^deb-systemd-invoke stop .*$unit" /mnt/log || fail "a removal stops $unit"

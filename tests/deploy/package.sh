@@ -47,6 +47,13 @@ has_window=
   share/icons/hicolor/scalable/apps/drench.svg share/metainfo/invalid.drench.Drench.metainfo.xml \
   share/man/man6/drench.6.gz
 
+has_keeper=
+[ ! -d drench-keeper ] || has_keeper=yes
+[ -z "$has_keeper" ] || holds drench-keeper bin/drench-keeper lib/drench/drench-keeper lib/drench/drench-scrape \
+  lib/systemd/system/drench@.service.d/keeper.conf lib/systemd/system/drench-recycle.timer.d/keeper.conf \
+  share/drench/prometheus/prometheus.yml share/drench/prometheus/alerts.yml \
+  share/drench/prometheus/dashboard.json share/man/man1/drench-keeper.1.gz
+
 files_of() { (cd "$1/usr" && find . ! -type d | sort); }
 files_of drench >drench.files
 files_of libdrench-dev >libdrench-dev.files
@@ -65,10 +72,24 @@ if [ -n "$has_window" ]; then
       complain "$package depends on a window"
   done
 fi
+if [ -n "$has_keeper" ]; then
+  of_keepers='^\./(bin/drench-keeper$|lib/drench/drench-(keeper|scrape)$|lib/systemd/system/.*\.d/keeper\.conf$|share/(drench/prometheus|doc/drench-keeper)/|share/man/man1/drench-keeper)'
+  files_of drench-keeper >drench-keeper.files
+  ! grep -E "$of_keepers" drench.files || complain 'drench holds what is for keepers'
+  ! grep -vE "$of_keepers|^\./share/lintian/overrides/drench-keeper$" drench-keeper.files ||
+    complain 'drench-keeper holds what is not for keepers'
+  for package in drench libdrench-dev; do
+    ! grep -E '^(Pre-)?Depends:.*(httplib|prometheus|ssl)' $package/DEBIAN/control ||
+      complain "$package depends on a keeper's libraries"
+  done
+  grep -qx 'ExecStart=/usr/lib/drench/drench-keeper %i --metrics %i --agones off' \
+    'drench-keeper/usr/lib/systemd/system/drench@.service.d/keeper.conf' ||
+    complain 'the drop-in starts another keeper than the installed one'
+fi
 comm -12 drench.files libdrench-dev.files >both.files
 [ ! -s both.files ] || complain "both packages hold $(cat both.files)"
 
-for package in drench libdrench-dev ${has_window:+drench-window}; do
+for package in drench libdrench-dev ${has_window:+drench-window} ${has_keeper:+drench-keeper}; do
   grep -qx "Version: $version" $package/DEBIAN/control || complain "$package has another version than $version"
   about=$package/usr/share/doc/$package
   grep -q 'No licence has been granted yet' "$about/copyright" ||
@@ -98,7 +119,10 @@ done
 documented() {
   local option
   local package=drench
-  [ "$1" != drench ] || package=drench-window
+  case $1 in
+    drench) package=drench-window ;;
+    drench-keeper) package=drench-keeper ;;
+  esac
   for option in $("$package/usr/bin/$1" ${3+"$3"} --help | grep -oE '^ +(-.,)?--[a-z]+' | sed 's/.*--//'); do
     gzip -dc "$package/usr/share/man/$2.gz" | grep -E "Fl -$option\b|, -$option\b|\| -$option\b" >page.log ||
       complain "$2 does not name --$option"
@@ -111,6 +135,11 @@ for command in check build plan picture import export; do
   documented drench-map man1/drench-map.1 "$command"
 done
 [ -z "$has_window" ] || documented drench man6/drench.6
+if [ -n "$has_keeper" ]; then
+  documented drench-keeper man1/drench-keeper.1
+  [ "$(drench-keeper/usr/lib/drench/drench-keeper --version)" = "drench-keeper $version" ] ||
+    complain "drench-keeper has another version than $version"
+fi
 for program in drench-bots drench-lag drench-map; do
   [ "$("drench/usr/bin/$program" --version)" = "$program $version" ] ||
     complain "$program has another version than $version"

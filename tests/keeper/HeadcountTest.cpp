@@ -16,7 +16,8 @@ struct Counters {
     Counters() { headcount.take(counters, now); }
 
     /// Lets time pass in which players are sent states, and datagrams draw receipts.
-    std::optional<int> pass(milliseconds time, double statesPerSecond, std::uint64_t answered) {
+    std::optional<PlayerRange> pass(milliseconds time, double statesPerSecond,
+                                    std::uint64_t answered) {
         now += time;
         counters.in += answered;
         counters.out += answered + static_cast<std::uint64_t>(
@@ -27,46 +28,57 @@ struct Counters {
 };
 
 constexpr milliseconds stretch{2000};
+constexpr PlayerRange nobody{0, 0};
 
 } // namespace
 
 TEST(NetworkHeadcount, CountsThePlayersWhoAreSentStates) {
     Counters counters;
     EXPECT_FALSE(counters.headcount.players());
-    for (const int players : {0, 1, 2, 3, 4, 0}) {
-        EXPECT_EQ(counters.pass(stretch, 62.0 * players, 0), players);
-        EXPECT_EQ(counters.pass(stretch, 58.0 * players, 0), players) << "in coarse hours";
+    EXPECT_EQ(counters.pass(stretch, 0.0, 0), (PlayerRange{0, 0}));
+    for (const int players : {1, 2, 3, 4}) {
+        EXPECT_EQ(counters.pass(stretch, 62.0 * players, 0), (PlayerRange{players, 4}));
+        EXPECT_EQ(counters.pass(stretch, 58.0 * players, 0), (PlayerRange{players, 4}))
+            << "in coarse hours";
     }
+}
+
+TEST(NetworkHeadcount, RoomThatTicksSlowlyMayHoldMore) {
+    Counters counters;
+    EXPECT_EQ(counters.pass(stretch, 3 * 40.0, 0), (PlayerRange{2, 4}));
+    EXPECT_EQ(counters.pass(stretch, 4 * 31.0, 0), (PlayerRange{2, 4})) << "older than three days";
+    EXPECT_EQ(counters.pass(stretch, 2 * 12.0, 0), (PlayerRange{0, 2}));
+    EXPECT_EQ(counters.pass(stretch, 9.0, 0), (PlayerRange{0, 0}));
 }
 
 TEST(NetworkHeadcount, WhatIsAnsweredDoesNotCount) {
     Counters counters;
-    EXPECT_EQ(counters.pass(stretch, 0.0, 100'000), 0);
-    EXPECT_EQ(counters.pass(stretch, 3 * 62.0, 480), 3);
+    EXPECT_EQ(counters.pass(stretch, 0.0, 100'000), (PlayerRange{0, 0}));
+    EXPECT_EQ(counters.pass(stretch, 3 * 62.0, 480), (PlayerRange{3, 4}));
 }
 
 TEST(NetworkHeadcount, NeitherNoticesNorUnansweredDatagramsMakePlayers) {
     Counters counters;
-    EXPECT_EQ(counters.pass(stretch, 10.0, 0), 0);
+    EXPECT_EQ(counters.pass(stretch, 62.0 + 20.0, 0)->least, 1);
     counters.counters.in += 500;
-    EXPECT_EQ(counters.pass(stretch, 0.0, 0), 0);
-    EXPECT_EQ(counters.pass(stretch, 1e6, 0), 4) << "no more than a room holds";
+    EXPECT_EQ(counters.pass(stretch, 0.0, 0), (PlayerRange{0, 0}));
+    EXPECT_EQ(counters.pass(stretch, 1e6, 0), (PlayerRange{4, 4})) << "no more than a room holds";
 }
 
 TEST(NetworkHeadcount, WaitsForAStretchThatIsLongEnough) {
     Counters counters;
     EXPECT_FALSE(counters.pass(milliseconds(1400), 62.0, 0));
-    EXPECT_EQ(counters.pass(milliseconds(600), 62.0, 0), 1);
-    EXPECT_EQ(counters.pass(milliseconds(100), 1000.0, 0), 1) << "until the next is over";
+    EXPECT_EQ(counters.pass(milliseconds(600), 62.0, 0)->least, 1);
+    EXPECT_EQ(counters.pass(milliseconds(100), 1000.0, 0)->least, 1) << "until the next is over";
 }
 
 TEST(NetworkHeadcount, BeginsAnewWhereItCannotCount) {
     Counters counters;
-    EXPECT_EQ(counters.pass(stretch, 62.0, 0), 1);
+    EXPECT_EQ(counters.pass(stretch, 62.0, 0), (PlayerRange{1, 4}));
     counters.headcount.take(std::nullopt, counters.now);
     EXPECT_FALSE(counters.headcount.players());
     EXPECT_FALSE(counters.pass(stretch, 62.0, 0));
-    EXPECT_EQ(counters.pass(stretch, 62.0, 0), 1);
+    EXPECT_EQ(counters.pass(stretch, 62.0, 0), (PlayerRange{1, 4}));
     counters.counters = {};
     EXPECT_FALSE(counters.pass(stretch, 62.0, 0)) << "counters that fell";
 }
@@ -87,31 +99,44 @@ TEST(Headcount, FollowsTheNotices) {
     EXPECT_EQ(headcount.corrections(), 0u);
 }
 
-TEST(Headcount, TakesTheNetworksNumberAfterThreeContradictionsInARow) {
+TEST(Headcount, TakesWhatTheNetworkSaysAfterThreeContradictionsInARow) {
     Headcount headcount;
     headcount.joined();
     headcount.joined();
     for (int times = 0; times < 2; ++times) {
-        headcount.compare(0);
+        headcount.compare(nobody);
         EXPECT_EQ(headcount.players(), 2);
     }
-    headcount.compare(0);
+    headcount.compare(nobody);
     EXPECT_EQ(headcount.players(), 0);
     EXPECT_EQ(headcount.corrections(), 1u);
-    headcount.compare(0);
+    headcount.compare(nobody);
     headcount.joined();
     EXPECT_EQ(headcount.players(), 1) << "notices count on from there";
 }
 
+TEST(Headcount, IsCorrectedNoFurtherThanItMust) {
+    Headcount headcount;
+    for (int times = 0; times < 3; ++times)
+        headcount.compare(PlayerRange{2, 4});
+    EXPECT_EQ(headcount.players(), 2);
+    headcount.joined();
+    headcount.joined();
+    for (int times = 0; times < 3; ++times)
+        headcount.compare(PlayerRange{0, 3});
+    EXPECT_EQ(headcount.players(), 3);
+    EXPECT_EQ(headcount.corrections(), 2u);
+}
+
 TEST(Headcount, InDoubtNobodysMatchEnds) {
     Headcount headcount;
-    headcount.compare(3);
+    headcount.compare(PlayerRange{3, 4});
     EXPECT_EQ(headcount.players(), 3);
-    headcount.compare(0);
+    headcount.compare(nobody);
     EXPECT_EQ(headcount.players(), 0);
     headcount.joined();
     headcount.joined();
-    headcount.compare(1);
+    headcount.compare(nobody);
     EXPECT_EQ(headcount.players(), 2);
 }
 
@@ -119,20 +144,20 @@ TEST(Headcount, ContradictionsThatDoNotLastChangeNothing) {
     Headcount headcount;
     headcount.joined();
     for (int times = 0; times < 10; ++times) {
-        headcount.compare(2);
-        headcount.compare(2);
-        headcount.compare(1);
+        headcount.compare(PlayerRange{2, 4});
+        headcount.compare(PlayerRange{2, 4});
+        headcount.compare(PlayerRange{1, 4});
     }
-    headcount.compare(2);
-    headcount.compare(2);
+    headcount.compare(PlayerRange{2, 4});
+    headcount.compare(PlayerRange{2, 4});
     headcount.compare(std::nullopt);
-    headcount.compare(2);
-    headcount.compare(2);
-    // A join in the middle of a stretch is sent half its states.
+    headcount.compare(PlayerRange{2, 4});
+    headcount.compare(PlayerRange{2, 4});
+    // Who joins in the middle of a stretch is sent half its states.
     headcount.joined();
     EXPECT_EQ(headcount.players(), 2);
-    headcount.compare(1);
-    headcount.compare(2);
+    headcount.compare(PlayerRange{1, 1});
+    headcount.compare(PlayerRange{2, 4});
     EXPECT_EQ(headcount.players(), 2);
     EXPECT_EQ(headcount.corrections(), 0u);
 }
