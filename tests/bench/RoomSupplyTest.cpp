@@ -71,10 +71,19 @@ TEST(RoomSupply, AGroupWaitsForTheNextLookAndTheStart) {
     const RoomSupply supply = {
         .spares = 1, .syncPeriod = 10.0, .startTime = always(5.0), .groupRate = 10.0};
     const Waiting waiting = supplyRooms(supply, 25.5, Chance(5));
-    ASSERT_GE(waiting.waits.size(), 3u);
+    ASSERT_GE(waiting.waits.size(), 4u);
     EXPECT_EQ(waiting.waits[0], 0.0);
     EXPECT_NEAR(waiting.waits[1], 14.5, 0.5);
     EXPECT_NEAR(waiting.waits[2], 24.5, 0.5);
+    // The fourth still waits at the end.
+    EXPECT_NEAR(waiting.waits[3], 25.0, 0.5);
+}
+
+TEST(RoomSupply, MoreSparesMeetTheSameGroups) {
+    const RoomSupply few = {.spares = 2, .startTime = exponential(5.0)};
+    const RoomSupply many = {.spares = 50, .startTime = exponential(5.0)};
+    EXPECT_EQ(supplyRooms(few, 1000.0, Chance(8)).waits.size(),
+              supplyRooms(many, 1000.0, Chance(8)).waits.size());
 }
 
 TEST(RoomSupply, TheSameSeedGivesTheSameWaits) {
