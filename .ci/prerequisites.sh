@@ -83,8 +83,8 @@ need_package_tools() {
   need dpkg-shlibdeps dpkg-dev command -v dpkg-shlibdeps
 }
 
-# For arm64 on another machine.
-need_cross_compiler() {
+# For arm64 on another machine: the compiler, with its own libraries.
+need_arm64_libraries() {
   need 'a compiler for arm64' g++-aarch64-linux-gnu command -v aarch64-linux-gnu-g++
 }
 

@@ -53,14 +53,18 @@ if(DRENCH_TOOLS)
                    $<TARGET_FILE:drench-bots>)
   add_test(NAME Deploy.PackagesForArm64HoldTheSame
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/arm64-packages.sh ${PROJECT_BINARY_DIR})
-  # They build with all cores.
-  set_tests_properties(Deploy.GameIsTheSameOnArm64 Deploy.PackagesForArm64HoldTheSame
-                       PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900 RESOURCE_LOCK cross-build)
+  set(keeper "")
+  if(DRENCH_KEEPER)
+    set(keeper $<TARGET_FILE:drench-keeper>)
+  endif()
   add_test(NAME Deploy.FleetSaysWhatItShould
-           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/fleet.sh $<TARGET_FILE:drench-map>
-                   $<TARGET_FILE_NAME:$<TARGET_NAME_IF_EXISTS:drench-keeper>>)
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/fleet.sh $<TARGET_FILE:drench-map> "${keeper}")
   add_test(NAME Deploy.RoomRunsFromItsImage
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/container.sh $<TARGET_FILE:drench-bots>)
+  # They build with all cores.
+  set_tests_properties(Deploy.GameIsTheSameOnArm64 Deploy.PackagesForArm64HoldTheSame
+                       Deploy.RoomRunsFromItsImage
+                       PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900 RESOURCE_LOCK cross-build)
   add_test(NAME Deploy.DissectorNamesEveryByte
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/deploy/dissector.sh ${PROJECT_BINARY_DIR})
   add_executable(drench-hostile deploy/Hostile.cpp)
@@ -74,12 +78,13 @@ if(DRENCH_TOOLS)
   add_attack(RoomSurvivesBehindTheFirewall firewall.sh)
   add_attack(FirewallAndNeighboursWhoDoNotExist neighbours.sh)
   add_attack(FirewallEndsRoomsAnsweringEachOther echoes.sh)
+  add_attack(PodKeepsItsRoomUnderAttack pod.sh)
   set_tests_properties(Deploy.DissectorNamesEveryByte
                        PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 400 RUN_SERIAL TRUE)
   set_tests_properties(Deploy.RoomLivesUnderItsServiceUnit Deploy.PackageHoldsWhatItShould
                        Deploy.DesktopsTakeTheWindow Deploy.LintianAcceptsThePackages
                        Deploy.MaintainerScriptsKeepRoomsAndHostsFiles
-                       Deploy.RoomRunsFromItsImage
+                       Deploy.FleetSaysWhatItShould
                        PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
 endif()
 

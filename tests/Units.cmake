@@ -9,7 +9,7 @@ target_link_libraries(drench-game-tests PRIVATE drench-test-support drench-room)
 target_compile_definitions(drench-game-tests PRIVATE DRENCH_MAPDATA="${PROJECT_SOURCE_DIR}/Resources/mapdata")
 add_dependencies(drench-game-tests resources)
 
-file(GLOB library_tests CONFIGURE_DEPENDS arena/*.cpp arena/picture/*.cpp client/*.cpp common/*.cpp)
+file(GLOB library_tests CONFIGURE_DEPENDS arena/*.cpp arena/picture/*.cpp bench/*.cpp client/*.cpp common/*.cpp)
 if(NOT DRENCH_TOOLS)
   # They write files that the tools read, or play over a line that the relay impairs.
   list(REMOVE_ITEM library_tests ${CMAKE_CURRENT_SOURCE_DIR}/arena/picture/PictureTest.cpp
@@ -18,7 +18,8 @@ if(NOT DRENCH_TOOLS)
        ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictionRulesTest.cpp
        ${CMAKE_CURRENT_SOURCE_DIR}/client/PredictionTest.cpp)
 endif()
-add_executable(drench-tests ${library_tests} ${room_on_a_manual_clock})
+add_executable(drench-tests ${library_tests} ${room_on_a_manual_clock}
+                            ${PROJECT_SOURCE_DIR}/bench/RoomSupply.cpp)
 target_link_libraries(drench-tests PRIVATE drench-test-support drench-room drench-picture drench-client
                                            $<TARGET_NAME_IF_EXISTS:drench-png>
                                            $<TARGET_NAME_IF_EXISTS:drench-lag-parts>)

@@ -2,22 +2,14 @@
 # Builds the Debian packages, and installs what that takes:
 #   deploy/debian/build.sh [--window] [--keeper] [--arm64]
 # The packages of window and keeper are built too where their libraries are installed; --window and
-# --keeper install them. --arm64 builds those for rooms and clients a second time, for arm64.
+# --keeper install them. --arm64 builds all but the window's a second time, for arm64.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-window=
-keeper=
-arm64=
 for argument; do
-  case $argument in
-    --window) window=yes ;;
-    --keeper) keeper=yes ;;
-    --arm64) arm64=yes ;;
-    *)
-      echo 'usage: deploy/debian/build.sh [--window] [--keeper] [--arm64]' >&2
-      exit 2
-      ;;
-  esac
+  if [[ ! $argument =~ ^--(window|keeper|arm64)$ ]]; then
+    echo 'usage: deploy/debian/build.sh [--window] [--keeper] [--arm64]' >&2
+    exit 2
+  fi
 done
 
 . .ci/building.sh
@@ -25,13 +17,13 @@ need_writable_checkout
 need_build_tools
 need_tool_libraries
 need_package_tools
-[ -z "$window" ] || need_window_libraries
-[ -z "$keeper" ] || need_keeper_libraries
-[ -z "$arm64" ] || need_cross_compiler
+for argument; do
+  "need_${argument#--}_libraries"
+done
 install_missing
 
 architecture=$(dpkg --print-architecture)
-if [ -n "$arm64" ] && [ "$architecture" = arm64 ]; then
+if [[ " $* " = *' --arm64 '* ]] && [ "$architecture" = arm64 ]; then
   echo 'This machine is an arm64 itself: its packages are for arm64 without --arm64.' >&2
   exit 2
 fi
@@ -46,7 +38,7 @@ pack() {
   rm -rf build/_CPack_Packages
 }
 pack package
-if [ -n "$arm64" ]; then
+if [[ " $* " = *' --arm64 '* ]]; then
   echo 'Building the same for arm64 ...'
   unpack_arm64_libraries
   # Where dpkg-shlibdeps learns which packages the libraries are of.
@@ -68,4 +60,4 @@ if compgen -G "build/drench-keeper_*$here" >/dev/null; then
   echo "With a keeper for each room:    $install $(echo ./build/drench_*"$here" ./build/drench-keeper_*"$here")"
 fi
 echo "To build clients in C++:        $install $(echo ./build/libdrench-dev_*"$here")"
-[ -z "$arm64" ] || echo "For machines with arm64:        $(echo ./build/*_arm64.deb)"
+[[ " $* " != *' --arm64 '* ]] || echo "For machines with arm64:        $(echo ./build/*_arm64.deb)"

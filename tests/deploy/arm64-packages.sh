@@ -34,7 +34,9 @@ unpack_packages "$build" "$folder/own"
 
 files_of() { (cd "$1" && find . -path ./DEBIAN -prune -o ! -type d -print | sort); }
 depends() { sed -n 's/^Depends: //p' "$1/DEBIAN/control"; }
-for package in drench libdrench-dev; do
+packages=(drench libdrench-dev)
+[ ! -d "$folder/own/drench-keeper" ] || packages+=(drench-keeper)
+for package in "${packages[@]}"; do
   own=$folder/own/$package
   arm64=$folder/arm64/$package
   grep -qx 'Architecture: arm64' "$arm64/DEBIAN/control" || fail "$package is not for arm64"
