@@ -63,18 +63,18 @@ double ticksSince(const Evidence& evidence) {
 }
 
 /// About as many ticks as likely.
-std::vector<Way> likelyWays(const std::vector<Hypothesis>& hypotheses, const Evidence& evidence,
-                            bool mayHaveSatOut) {
+std::vector<Departure> likelyDepartures(const std::vector<Hypothesis>& hypotheses,
+                                        const Evidence& evidence, bool mayHaveSatOut) {
     const int likely = likelyTicks(evidence);
-    std::vector<Way> ways;
+    std::vector<Departure> departures;
     for (int ticks = std::max(1, likely - tickUncertainty); ticks <= likely + tickUncertainty;
          ++ticks)
-        ways.push_back({timesAfter(evidence, ticks), hypotheses});
+        departures.push_back({timesAfter(evidence, ticks), hypotheses});
     if (mayHaveSatOut) {
-        ways.push_back({timesAfter(evidence, likely), hypotheses});
-        ways.back().times.lastTickMoves = false;
+        departures.push_back({timesAfter(evidence, likely), hypotheses});
+        departures.back().times.lastTickMoves = false;
     }
-    return ways;
+    return departures;
 }
 
 } // namespace
@@ -100,21 +100,21 @@ TickTimes timesAfter(const Evidence& evidence, int ticks) {
     return times;
 }
 
-std::vector<Hypothesis> search(const Evidence& evidence, const std::vector<Way>& ways,
+std::vector<Hypothesis> search(const Evidence& evidence, const std::vector<Departure>& departures,
                                bool isTolerant, int& budget) {
-    double leastCost = ways.front().times.cost;
-    for (const Way& way : ways)
-        leastCost = std::min(leastCost, way.times.cost);
+    double leastCost = departures.front().times.cost;
+    for (const Departure& departure : departures)
+        leastCost = std::min(leastCost, departure.times.cost);
     for (const SearchLimits& limits : searches(evidence.line.spread(), isTolerant)) {
         std::vector<Hypothesis> found;
         int share = budget / 2;
         budget -= share;
-        for (const Way& way : ways) {
-            if (limits.early < wideMisfit && way.times.cost > leastCost + mostTickCost)
+        for (const Departure& departure : departures) {
+            if (limits.early < wideMisfit && departure.times.cost > leastCost + mostTickCost)
                 continue;
-            for (const Hypothesis& hypothesis : way.from) {
-                for (Hypothesis& next :
-                     explain(hypothesis, evidence.records, evidence.seen, way.times, limits, share))
+            for (const Hypothesis& hypothesis : departure.from) {
+                for (Hypothesis& next : explain(hypothesis, evidence.records, evidence.seen,
+                                                departure.times, limits, share))
                     merge(found, std::move(next));
             }
         }
@@ -132,11 +132,11 @@ std::vector<Hypothesis> continueExactly(const std::vector<Hypothesis>& hypothese
         return {};
     int budget = likelyBudget;
     std::vector<Hypothesis> found =
-        search(evidence, likelyWays(hypotheses, evidence, mayHaveSatOut), false, budget);
+        search(evidence, likelyDepartures(hypotheses, evidence, mayHaveSatOut), false, budget);
     if (!found.empty() || likely <= tickUncertainty + 1)
         return found;
     // Perhaps the room or the line was held up.
-    std::vector<Way> fewer;
+    std::vector<Departure> fewer;
     for (int ticks = likely - tickUncertainty - 1; ticks >= 1; --ticks)
         fewer.push_back({timesAfter(evidence, ticks), hypotheses});
     budget = stallBudget;
@@ -148,7 +148,7 @@ std::vector<Hypothesis> continueClosely(const std::vector<Hypothesis>& hypothese
     if (likelyTicks(evidence) > mostTicks)
         return {};
     int budget = closeBudget;
-    return search(evidence, likelyWays(hypotheses, evidence, mayHaveSatOut), true, budget);
+    return search(evidence, likelyDepartures(hypotheses, evidence, mayHaveSatOut), true, budget);
 }
 
 } // namespace drench::client

@@ -36,15 +36,15 @@ TickTimes timesAfter(const Evidence& evidence, int ticks);
 int likelyTicks(const Evidence& evidence);
 
 /// A number of ticks, and the hypotheses from which it may lead to what is seen.
-struct Way {
+struct Departure {
     TickTimes times;
     std::span<const Hypothesis> from;
 };
 
-/// All that leads to what is seen on one of the ways, under limits from the likeliest to the
-/// boldest; the first limits that find something end the search.
+/// All that leads to what is seen from one of the departures, under limits from the likeliest to
+/// the boldest; the first limits that find something end the search.
 /// @param budget  the effort that may be made, lessened by that which was
-std::vector<Hypothesis> search(const Evidence& evidence, const std::vector<Way>& ways,
+std::vector<Hypothesis> search(const Evidence& evidence, const std::vector<Departure>& departures,
                                bool isTolerant, int& budget);
 
 /// The same to the bit, within a budget, in about as many ticks as likely; else in fewer, as after

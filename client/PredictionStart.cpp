@@ -114,7 +114,7 @@ std::vector<Hypothesis> startsAtSpawn(MapManager& map, const Evidence& evidence,
                               evidence.arrival);
         }
         std::vector<std::vector<Hypothesis>> starts;
-        std::vector<Way> ways;
+        std::vector<Departure> departures;
         starts.reserve(static_cast<std::size_t>(most));
         for (int ticks = 1; ticks <= most; ++ticks) {
             TickTimes times = timesAfter(evidence, std::max(ticks, likely));
@@ -122,9 +122,9 @@ std::vector<Hypothesis> startsAtSpawn(MapManager& map, const Evidence& evidence,
             start.tick = tick + std::max(0, likely - ticks);
             const Milliseconds spawned = times.due - ticks * evidence.period;
             starts.push_back(startsFrom(start, evidence, false, spawned, spawned));
-            ways.push_back({times, starts.back()});
+            departures.push_back({times, starts.back()});
         }
-        std::vector<Hypothesis> found = search(evidence, ways, false, budget);
+        std::vector<Hypothesis> found = search(evidence, departures, false, budget);
         if (!found.empty())
             return found;
     }

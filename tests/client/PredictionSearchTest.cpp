@@ -198,8 +198,8 @@ TEST_F(Searching, EndsWithinABudget) {
     seen_.position.x += 5.0f;
     const Evidence nothing = {seen_, records_, line_, now_ + period, period};
     int budget = 10'000;
-    const std::vector<Way> ways = {{timesAfter(nothing, 1), explained_}};
-    EXPECT_TRUE(search(nothing, ways, false, budget).empty());
+    const std::vector<Departure> departures = {{timesAfter(nothing, 1), explained_}};
+    EXPECT_TRUE(search(nothing, departures, false, budget).empty());
     EXPECT_LT(budget, 1000);
     EXPECT_GE(budget, 0);
 }
