@@ -441,3 +441,56 @@ TEST(Hypotheses, AreSeenToTheBit) {
     seen.direction.y = std::nextafter(seen.direction.y, 2.0f);
     EXPECT_FALSE(isSeen(player, seen));
 }
+
+TEST(Hypotheses, TakeOverWhatIsCloseAndKeepTheRest) {
+    Player player('1', nullptr, 0.0f, 3);
+    player.look = player.position + player.direction;
+    const Player before = player;
+    PlayerUpdate seen = player.getPlayerUpdate();
+    takeOver(player, seen);
+    EXPECT_TRUE(sameFuture(player, before));
+
+    seen.position.x += 0.5f;
+    takeOver(player, seen);
+    EXPECT_TRUE(isSeen(player, seen));
+    EXPECT_EQ(player.look.x, before.look.x + 0.5f);
+    EXPECT_EQ(player.box.min.x, Box(seen.position, Player::bodySize).min.x);
+
+    seen.direction.z += 0.25f;
+    takeOver(player, seen);
+    EXPECT_TRUE(isSeen(player, seen));
+    EXPECT_EQ(player.look.z, player.position.z + player.direction.z);
+
+    seen.rotation.w += 0.25f;
+    takeOver(player, seen);
+    EXPECT_TRUE(isSeen(player, seen));
+}
+
+TEST(Hypotheses, AreSeenInEachPartOfAViewWithinCloseness) {
+    Player player('1', nullptr, 0.0f, 3);
+    for (const float apart : {-0.0015f, -0.0013f, 0.0013f, 0.0015f}) {
+        const bool isClose = std::abs(apart) < closeView;
+        for (const auto part : {+[](PlayerUpdate& s) { return &s.direction.x; },
+                                +[](PlayerUpdate& s) { return &s.direction.y; },
+                                +[](PlayerUpdate& s) { return &s.direction.z; },
+                                +[](PlayerUpdate& s) { return &s.rotation.x; },
+                                +[](PlayerUpdate& s) { return &s.rotation.y; },
+                                +[](PlayerUpdate& s) { return &s.rotation.z; },
+                                +[](PlayerUpdate& s) { return &s.rotation.w; }}) {
+            PlayerUpdate seen = player.getPlayerUpdate();
+            *part(seen) += apart;
+            EXPECT_EQ(hasView(player, seen, true), isClose) << apart;
+            EXPECT_FALSE(hasView(player, seen, false)) << apart;
+        }
+    }
+    for (const float apart : {-0.012f, -0.008f, 0.008f, 0.012f}) {
+        const bool isClose = std::abs(apart) < closePosition;
+        for (const auto part : {+[](vec3& v) { return &v.x; }, +[](vec3& v) { return &v.y; },
+                                +[](vec3& v) { return &v.z; }}) {
+            PlayerUpdate seen = player.getPlayerUpdate();
+            *part(seen.position) += apart;
+            EXPECT_EQ(hasPosition(player, seen, true), isClose) << apart;
+            EXPECT_FALSE(hasPosition(player, seen, false)) << apart;
+        }
+    }
+}
