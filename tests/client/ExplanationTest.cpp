@@ -4,7 +4,9 @@
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <optional>
 #include <utility>
+#include <variant>
 
 using namespace drench;
 using namespace drench::client;
@@ -376,6 +378,30 @@ TEST(SentRecords, KeepTheirNumbers) {
     EXPECT_EQ(records.end(), 10u);
     records.add(view(0.0, 10));
     EXPECT_EQ(records[10].dx, 10);
+}
+
+TEST(SentRecord, IsAnInputAndBack) {
+    ViewMessage turn;
+    turn.dx = -7;
+    turn.dy = 3;
+    const std::optional<SentRecord> turned = SentRecord::of(turn, 5.0);
+    ASSERT_TRUE(turned);
+    EXPECT_TRUE(turned->isView);
+    EXPECT_EQ(turned->sentAt, 5.0);
+    EXPECT_EQ(std::get<ViewMessage>(turned->input()).dx, -7);
+    EXPECT_EQ(std::get<ViewMessage>(turned->input()).dy, 3);
+    for (const bool isDown : {false, true}) {
+        KeyMessage press;
+        press.key = keyIndex::left;
+        press.down = static_cast<char>(isDown);
+        const std::optional<SentRecord> pressed = SentRecord::of(press, 6.0);
+        ASSERT_TRUE(pressed);
+        EXPECT_FALSE(pressed->isView);
+        EXPECT_EQ(pressed->isDown, isDown);
+        EXPECT_EQ(std::get<KeyMessage>(pressed->input()).key, keyIndex::left);
+        EXPECT_EQ(std::get<KeyMessage>(pressed->input()).down != 0, isDown);
+    }
+    EXPECT_FALSE(SentRecord::of(TalkMessage(), 0.0));
 }
 
 TEST(SentRecord, ChangesNothingIfItsKeyIsSo) {
