@@ -402,6 +402,11 @@ TEST(SentRecord, IsAnInputAndBack) {
         EXPECT_EQ(std::get<KeyMessage>(pressed->input()).down != 0, isDown);
     }
     EXPECT_FALSE(SentRecord::of(TalkMessage(), 0.0));
+    for (const int none : {-1, int{keyIndex::count}}) {
+        KeyMessage odd;
+        odd.key = static_cast<signed char>(none);
+        EXPECT_FALSE(SentRecord::of(odd, 0.0)) << none;
+    }
 }
 
 TEST(SentRecord, ChangesNothingIfItsKeyIsSo) {

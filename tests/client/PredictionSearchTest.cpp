@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 
 using namespace drench;
@@ -65,7 +64,7 @@ class Searching : public testing::Test {
 };
 
 bool isSameVector(const vec3& a, const vec3& b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    return a.x == b.x && a.y == b.y && a.z == b.z;
 }
 
 } // namespace
