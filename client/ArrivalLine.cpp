@@ -52,7 +52,7 @@ void ArrivalLine::arrival(std::int64_t tick, std::int64_t tickBefore, Millisecon
     period_ = period;
     due_ = at;
     const std::size_t memory = std::min(count_, memoryFor(lateness_));
-    for (std::size_t i = 1; i <= memory; ++i) {
+    for (std::size_t i = 2; i <= memory; ++i) {
         const Arrival& earlier = arrivals_[(count_ - i) % kept];
         due_ = std::min(due_, earlier.at + static_cast<double>(tick - earlier.tick) * period);
     }

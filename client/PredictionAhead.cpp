@@ -67,10 +67,9 @@ PredictionAhead::Moment PredictionAhead::at(const SentRecords& records, const Ar
     const double drawn = line.ticksSince(now + line.delay());
     const int shown = tickOf(drawn);
     const int played = static_cast<int>(states_.size()) - 1;
-    const int from = std::min({played, acting, shown}) - 1;
-    State state = states_[static_cast<std::size_t>(std::max(from, 0))];
+    State state = states_.front();
     Moment moment = {state.player, acting, state.player.position, drawn};
-    for (int tick = std::max(from, 0) + 1; tick <= std::max(acting, shown); ++tick) {
+    for (int tick = 1; tick <= std::max(acting, shown); ++tick) {
         const vec3 before = state.player.position;
         if (tick < acting && tick <= played)
             state = states_[static_cast<std::size_t>(tick)];

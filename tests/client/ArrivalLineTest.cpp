@@ -162,6 +162,9 @@ TEST(ArrivalLine, MakesUpForALargeStepFirmlyAndForAVeryLargeOneAtOnce) {
     for (int i = 0; i < 100; ++i)
         ticks.next(0.0);
     ticks.now += 100.0;
+    for (int i = 0; i < 2; ++i)
+        ticks.next(0.0);
+    EXPECT_NEAR(ticks.line.ticksSince(ticks.now), 100.0 / period / 2.0, 0.1) << "by half";
     for (int i = 0; i < 16; ++i)
         ticks.next(0.0);
     EXPECT_NEAR(ticks.line.ticksSince(ticks.now), 0.0, 0.5);

@@ -4,7 +4,9 @@
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <optional>
 #include <utility>
+#include <variant>
 
 using namespace drench;
 using namespace drench::client;
@@ -378,6 +380,35 @@ TEST(SentRecords, KeepTheirNumbers) {
     EXPECT_EQ(records[10].dx, 10);
 }
 
+TEST(SentRecord, IsAnInputAndBack) {
+    ViewMessage turn;
+    turn.dx = -7;
+    turn.dy = 3;
+    const std::optional<SentRecord> turned = SentRecord::of(turn, 5.0);
+    ASSERT_TRUE(turned);
+    EXPECT_TRUE(turned->isView);
+    EXPECT_EQ(turned->sentAt, 5.0);
+    EXPECT_EQ(std::get<ViewMessage>(turned->input()).dx, -7);
+    EXPECT_EQ(std::get<ViewMessage>(turned->input()).dy, 3);
+    for (const bool isDown : {false, true}) {
+        KeyMessage press;
+        press.key = keyIndex::left;
+        press.down = static_cast<char>(isDown);
+        const std::optional<SentRecord> pressed = SentRecord::of(press, 6.0);
+        ASSERT_TRUE(pressed);
+        EXPECT_FALSE(pressed->isView);
+        EXPECT_EQ(pressed->isDown, isDown);
+        EXPECT_EQ(std::get<KeyMessage>(pressed->input()).key, keyIndex::left);
+        EXPECT_EQ(std::get<KeyMessage>(pressed->input()).down != 0, isDown);
+    }
+    EXPECT_FALSE(SentRecord::of(TalkMessage(), 0.0));
+    for (const int none : {-1, int{keyIndex::count}}) {
+        KeyMessage odd;
+        odd.key = static_cast<signed char>(none);
+        EXPECT_FALSE(SentRecord::of(odd, 0.0)) << none;
+    }
+}
+
 TEST(SentRecord, ChangesNothingIfItsKeyIsSo) {
     Player player('1', nullptr, 0.0f, 0);
     EXPECT_TRUE(key(0.0, keyIndex::left, false).changesNothing(player));
@@ -440,4 +471,57 @@ TEST(Hypotheses, AreSeenToTheBit) {
     seen = player.getPlayerUpdate();
     seen.direction.y = std::nextafter(seen.direction.y, 2.0f);
     EXPECT_FALSE(isSeen(player, seen));
+}
+
+TEST(Hypotheses, TakeOverWhatIsCloseAndKeepTheRest) {
+    Player player('1', nullptr, 0.0f, 3);
+    player.look = player.position + player.direction;
+    const Player before = player;
+    PlayerUpdate seen = player.getPlayerUpdate();
+    takeOver(player, seen);
+    EXPECT_TRUE(sameFuture(player, before));
+
+    seen.position.x += 0.5f;
+    takeOver(player, seen);
+    EXPECT_TRUE(isSeen(player, seen));
+    EXPECT_EQ(player.look.x, before.look.x + 0.5f);
+    EXPECT_EQ(player.box.min.x, Box(seen.position, Player::bodySize).min.x);
+
+    seen.direction.z += 0.25f;
+    takeOver(player, seen);
+    EXPECT_TRUE(isSeen(player, seen));
+    EXPECT_EQ(player.look.z, player.position.z + player.direction.z);
+
+    seen.rotation.w += 0.25f;
+    takeOver(player, seen);
+    EXPECT_TRUE(isSeen(player, seen));
+}
+
+TEST(Hypotheses, AreSeenInEachPartOfAViewWithinCloseness) {
+    Player player('1', nullptr, 0.0f, 3);
+    for (const float apart : {-0.0015f, -0.0013f, 0.0013f, 0.0015f}) {
+        const bool isClose = std::abs(apart) < closeView;
+        for (const auto part : {+[](PlayerUpdate& s) { return &s.direction.x; },
+                                +[](PlayerUpdate& s) { return &s.direction.y; },
+                                +[](PlayerUpdate& s) { return &s.direction.z; },
+                                +[](PlayerUpdate& s) { return &s.rotation.x; },
+                                +[](PlayerUpdate& s) { return &s.rotation.y; },
+                                +[](PlayerUpdate& s) { return &s.rotation.z; },
+                                +[](PlayerUpdate& s) { return &s.rotation.w; }}) {
+            PlayerUpdate seen = player.getPlayerUpdate();
+            *part(seen) += apart;
+            EXPECT_EQ(hasView(player, seen, true), isClose) << apart;
+            EXPECT_FALSE(hasView(player, seen, false)) << apart;
+        }
+    }
+    for (const float apart : {-0.012f, -0.008f, 0.008f, 0.012f}) {
+        const bool isClose = std::abs(apart) < closePosition;
+        for (const auto part : {+[](vec3& v) { return &v.x; }, +[](vec3& v) { return &v.y; },
+                                +[](vec3& v) { return &v.z; }}) {
+            PlayerUpdate seen = player.getPlayerUpdate();
+            *part(seen.position) += apart;
+            EXPECT_EQ(hasPosition(player, seen, true), isClose) << apart;
+            EXPECT_FALSE(hasPosition(player, seen, false)) << apart;
+        }
+    }
 }

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <utility>
 
 using namespace drench::client;
 using std::chrono::milliseconds;
@@ -81,6 +82,31 @@ TEST(Interpolation, TurnsTheShorterWay) {
     const quat drawn = others.at(1.5, start)[0].rotation;
     EXPECT_GT(drawn.w, 0.9f);
     EXPECT_GT(drawn.y, 0.2f);
+}
+
+TEST(Interpolation, TurnsTheShorterWayAboutAnyAxis) {
+    MapManager map = loaded(emptyCourt());
+    for (int one = 0; one < 4; ++one) {
+        for (int other = 0; other < 4; ++other) {
+            if (one == other)
+                continue;
+            float parts[4] = {};
+            parts[one] = 0.6f;
+            parts[other] = 0.8f;
+            PlayerUpdate from = playerAt('2', {500.0f, standing, 500.0f});
+            from.rotation = quat(parts[0], parts[1], parts[2], parts[3]);
+            PlayerUpdate to = from;
+            std::swap(parts[one], parts[other]);
+            to.rotation = quat(-parts[0], -parts[1], -parts[2], -parts[3]);
+            Interpolation others(map);
+            others.take(stateOf(from), 1, start);
+            others.take(stateOf(to), 2, start);
+            const quat drawn = others.at(1.5, start)[0].rotation;
+            const float along = drawn.x * from.rotation.x + drawn.y * from.rotation.y +
+                                drawn.z * from.rotation.z + drawn.w * from.rotation.w;
+            EXPECT_NEAR(along, 1.4f / std::sqrt(2.0f), 1e-5f) << one << " " << other;
+        }
+    }
 }
 
 TEST(Interpolation, NobodyIsDrawnBeforeTheFirstSnapshot) {

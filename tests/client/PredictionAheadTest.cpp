@@ -95,6 +95,18 @@ TEST_F(PredictsAhead, RecordsInTheTicksInWhichTheyAct) {
     EXPECT_TRUE(sameFuture(anew(10.0).player, expected));
 }
 
+TEST_F(PredictsAhead, LaterRecordsInTheLastTickThatIsPredicted) {
+    records_.add(viewAt(2000.0, 90));
+    Player expected = explained_.player;
+    for (int tick = 1; tick <= 64; ++tick) {
+        if (tick == 64)
+            records_[0].actOn(expected);
+        expected.update(0.0f);
+    }
+    EXPECT_TRUE(sameFuture(anew(2000.0).player, expected));
+    EXPECT_LT(anew(2000.0).drawnTick, 64.1);
+}
+
 TEST_F(PredictsAhead, TheEyeBetweenTwoTicks) {
     explained_.player.keys[keyIndex::forward] = true;
     Player before = explained_.player;

@@ -230,6 +230,22 @@ TEST(PredictionLosses, AreToldEvenIfNothingFollows) {
     EXPECT_EQ(line.told.size(), 1u);
 }
 
+TEST(PredictionLosses, AreToldAsSoonAsNoHoldExplainsTheSilence) {
+    for (int phase = 0; phase < 8; ++phase) {
+        PredictedLine line(arena(), delayed(40));
+        line.pass(1000.0);
+        turn(line, 3, 100);
+        line.pass(200.0 + 2.0 * phase);
+        line.recordsToLose = 1;
+        line.sendView(7, -5);
+        // Due after 80 ms; then a tick and 29 ms, and the wait for the next snapshot.
+        line.pass(123.0);
+        EXPECT_TRUE(line.told.empty()) << phase;
+        line.pass(22.0);
+        EXPECT_EQ(line.told.size(), 1u) << phase;
+    }
+}
+
 TEST(PredictionLosses, OfKeysAreMadeGood) {
     for (const int key : {int{keyIndex::forward}, int{keyIndex::shoot}}) {
         PredictedLine line(arena(), delayed(40));

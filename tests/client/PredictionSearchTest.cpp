@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 
 using namespace drench;
@@ -65,7 +64,7 @@ class Searching : public testing::Test {
 };
 
 bool isSameVector(const vec3& a, const vec3& b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    return a.x == b.x && a.y == b.y && a.z == b.z;
 }
 
 } // namespace
@@ -228,6 +227,29 @@ TEST_F(Searching, StartsWithWhatIsSeenToTheBit) {
         EXPECT_EQ(std::any_of(starts.begin(), starts.end(), inAir), hasBefore);
         EXPECT_FALSE(std::all_of(starts.begin(), starts.end(), inAir));
     }
+}
+
+TEST_F(Searching, StartsAtEachSpawnInTheTickOfTheSnapshot) {
+    for (int pose = 0; pose < Player::spawnPoseCount; ++pose) {
+        truth_ = Player('1', "Ann", 0.0f, pose);
+        truth_.setMapMan(&map_);
+        for (int moved = 0; moved <= 6; ++moved) {
+            const std::vector<Hypothesis> starts = startsAtSpawn(map_, evidence(4), 100);
+            ASSERT_FALSE(starts.empty()) << pose << " " << moved;
+            // A spawn between two snapshots, and one before the last.
+            EXPECT_EQ(starts[0].tick, 100 + std::max(4, moved)) << pose << " " << moved;
+            EXPECT_TRUE(sameFuture(starts[0].player, truth_));
+            truth_.update(0.0f);
+        }
+        EXPECT_TRUE(startsAtSpawn(map_, evidence(4), 100).empty()) << "two ticks more at most";
+    }
+}
+
+TEST_F(Searching, StartsAtNoSpawnFarAway) {
+    EXPECT_TRUE(startsAtSpawn(map_, evidence(1), 100).empty());
+    truth_ = Player('1', "Ann", 0.0f, 5);
+    truth_.moveAll({1.0f, 0.0f, 0.0f}, 1.0f);
+    EXPECT_TRUE(startsAtSpawn(map_, evidence(1), 100).empty());
 }
 
 TEST_F(Searching, StartsInTheAirWithTheSpeedOfAFall) {
