@@ -39,9 +39,9 @@ install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT server)
 install(FILES deploy/man/drench-server.6 DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT server)
 if(DRENCH_TOOLS)
   install_at_home(drench-bots tools)
-  install(TARGETS drench-map drench-lag RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(TARGETS drench-map drench-lag drench-replay RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   install(FILES deploy/man/drench-bots.6 DESTINATION ${CMAKE_INSTALL_MANDIR}/man6 COMPONENT tools)
-  install(FILES deploy/man/drench-map.1 deploy/man/drench-lag.1
+  install(FILES deploy/man/drench-map.1 deploy/man/drench-lag.1 deploy/man/drench-replay.1
           DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(DIRECTORY arenas DESTINATION ${CMAKE_INSTALL_DATADIR}/drench COMPONENT tools)
 endif()

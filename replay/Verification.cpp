@@ -42,6 +42,7 @@ constexpr double burstInPeriods = 0.5;
 constexpr std::size_t doubtSpan = 64;
 constexpr std::size_t mostDoubts = 6;
 constexpr int doubtfulTicks = 4;
+constexpr int mostLateInARow = 2;
 
 /// After a soaking; less than Player::respawnDelay, for what the line may add to its state.
 constexpr RecordedTime soonestRespawn = std::chrono::milliseconds(3000);
@@ -176,14 +177,23 @@ class Verifier {
         }
         if (!tried.impossible.empty() && mayDoubt(i)) {
             doubts_.push_back(i);
-            Tried again = tryStep(frame, doubtfulTicks);
+            const int ticks = arrivals_.mostTicks(i) + doubtfulTicks;
+            Tried again = tryStepPastLast(frame, 1);
+            if (!again.impossible.empty())
+                again = tryStep(frame, ticks);
             if (!again.impossible.empty() && mayBeLate(frame)) {
-                ++result_.late;
-                return;
+                if (++lateInARow_ <= mostLateInARow) {
+                    ++result_.late;
+                    return;
+                }
+                again = startAnew(frame);
             }
+            if (!again.impossible.empty())
+                again = tryStepPastLast(frame, ticks);
             if (again.impossible.empty())
                 tried = std::move(again);
         }
+        lateInARow_ = 0;
         result_.steps += tried.steps;
         result_.overGaps += tried.overGaps;
         result_.impossibleSteps += tried.impossible.size();
@@ -194,6 +204,33 @@ class Verifier {
         known_.push_back(std::move(tried.next));
         if (known_.size() > nearby)
             known_.pop_front();
+    }
+
+    /// The same if the last state is taken for a late one that was not told as such. The last state
+    /// stays if that explains nothing.
+    Tried tryStepPastLast(const Frame& frame, int ticks) {
+        Known last = std::move(known_.back());
+        known_.pop_back();
+        Tried tried;
+        if (known_.empty())
+            tried.impossible.emplace_back();
+        else
+            tried = tryStep(frame, ticks);
+        if (tried.impossible.empty())
+            ++result_.late;
+        else
+            known_.push_back(std::move(last));
+        return tried;
+    }
+
+    /// Forgets all states: a late one among them was not told as such, and all after it look late.
+    Tried startAnew(const Frame& frame) {
+        Tried tried;
+        tried.next = {&frame, {}, known_.back().soakedAt};
+        tried.steps = static_cast<std::uint64_t>(playersIn(frame.state));
+        tried.overGaps = tried.steps;
+        known_.clear();
+        return tried;
     }
 
     /// The steps of all players to a state, of at most so many ticks.
@@ -328,6 +365,8 @@ class Verifier {
 
     /// The latest states that followed one another, the newest last.
     std::deque<Known> known_;
+
+    int lateInARow_ = 0;
 
     /// The latest states that were doubted.
     std::deque<std::size_t> doubts_;

@@ -180,7 +180,8 @@ void writeJson(std::ostream& out, std::span<const replay::Soaking> soakings) {
     writeJson(out, ordered_json{{"soakings", all}});
 }
 
-void writeTable(std::ostream& out, const replay::Verification& verification) {
+void writeTable(std::ostream& out, const VerifyReport& report) {
+    const replay::Verification& verification = report.verification;
     for (const replay::Impossible& one : verification.listed)
         out << clockTime(one.time) << ": " << one.id << " (" << printable(one.name) << ") "
             << one.what << '\n';
@@ -190,9 +191,25 @@ void writeTable(std::ostream& out, const replay::Verification& verification) {
         << counted(verification.states, "state") << ": " << verification.impossibleSteps
         << " impossible, " << verification.overGaps << " over lost states; "
         << counted(verification.late, "late state") << " left out\n";
+    for (const replay::KnownInputs& known : report.inputs) {
+        const client::Prediction::Statistics& statistics = known.statistics;
+        out << printable(known.name)
+            << ", by its own inputs: " << counted(statistics.exact, "state") << " to the bit, "
+            << statistics.close << " closely, " << statistics.unexplained << " not\n";
+    }
 }
 
-void writeJson(std::ostream& out, const replay::Verification& verification) {
+void writeJson(std::ostream& out, const VerifyReport& report) {
+    const replay::Verification& verification = report.verification;
+    ordered_json inputs = ordered_json::array();
+    for (const replay::KnownInputs& known : report.inputs)
+        inputs.push_back({{"line", known.line},
+                          {"name", known.name},
+                          {"exact", known.statistics.exact},
+                          {"close", known.statistics.close},
+                          {"unexplained", known.statistics.unexplained},
+                          {"lostKeys", known.statistics.lostKeys},
+                          {"lostViews", known.statistics.lostViews}});
     ordered_json listed = ordered_json::array();
     for (const replay::Impossible& one : verification.listed)
         listed.push_back({{"seconds", secondsOf(one.time)},
@@ -204,7 +221,8 @@ void writeJson(std::ostream& out, const replay::Verification& verification) {
                                 {"overLostStates", verification.overGaps},
                                 {"lateStates", verification.late},
                                 {"impossibleSteps", verification.impossibleSteps},
-                                {"impossible", listed}});
+                                {"impossible", listed},
+                                {"byInputs", inputs}});
 }
 
 } // namespace drench

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "client/recording/RecordingReader.h"
+#include "replay/KnownInputs.h"
 #include "replay/Soakings.h"
 #include "replay/Verification.h"
 
@@ -40,7 +41,13 @@ void writeJson(std::ostream& out, const RecordingInfo& info);
 void writeTable(std::ostream& out, std::span<const replay::Soaking> soakings);
 void writeJson(std::ostream& out, std::span<const replay::Soaking> soakings);
 
-void writeTable(std::ostream& out, const replay::Verification& verification);
-void writeJson(std::ostream& out, const replay::Verification& verification);
+/// The two answers to whether a match was by the rules.
+struct VerifyReport {
+    replay::Verification verification;
+    std::vector<replay::KnownInputs> inputs;
+};
+
+void writeTable(std::ostream& out, const VerifyReport& report);
+void writeJson(std::ostream& out, const VerifyReport& report);
 
 } // namespace drench

@@ -293,13 +293,17 @@ void addVerify(CLI::App& app, Run& run) {
                             "when one cannot, 2 when the file cannot be used.");
     command.options->callback([=, &run] {
         run = [=] {
-            const replay::Verification verification =
+            const VerifyReport report =
                 withRecording(*command.file, [&](client::RecordingReader& reader) {
                     MapManager map = mapOf(reader, *arena);
-                    return replay::verify(replay::statesOf(reader), map);
+                    VerifyReport both;
+                    both.verification = replay::verify(replay::statesOf(reader), map);
+                    reader.seek(client::RecordedTime(0));
+                    both.inputs = replay::predictKnownInputs(reader, map);
+                    return both;
                 });
-            print(verification, *asJson);
-            return verification.impossibleSteps == 0 ? possible : notPossible;
+            print(report, *asJson);
+            return report.verification.impossibleSteps == 0 ? possible : notPossible;
         };
     });
 }

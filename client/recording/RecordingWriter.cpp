@@ -18,7 +18,9 @@ namespace {
 /// Well below the second that a block spans.
 constexpr std::chrono::milliseconds pause(250);
 
-int openNew(const std::string& path) {
+/// A new file for a recording with this header, which must keep its limits.
+int openNew(const std::string& path, const RecordingHeader& header) {
+    static_cast<void>(RecordingBytes(header));
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
     if (file < 0)
         throw InputError(path + ": cannot be written (" + std::strerror(errno) + ")");
@@ -48,8 +50,8 @@ class SignalsBlocked {
 
 } // namespace
 
-RecordingWriter::RecordingWriter(const std::string& path, const RecordingHeader& header, Time start)
-    : path_(path), start_(start), file_(openNew(path)), bytes_(header) {
+RecordingWriter::RecordingWriter(const std::string& path, const RecordingHeader& header, Time now)
+    : path_(path), start_(now), file_(openNew(path, header)), header_(header) {
     const SignalsBlocked blocked;
     thread_ = std::thread([this] { run(); });
 }
@@ -95,7 +97,6 @@ std::string RecordingWriter::finish() {
 }
 
 void RecordingWriter::run() {
-    write(bytes_.takeReady());
     for (bool isEnding = false; !isEnding;) {
         std::vector<RecordedDatagram> taken;
         {
@@ -105,15 +106,27 @@ void RecordingWriter::run() {
             taken = std::exchange(waiting_, {});
             bytesWaiting_ = 0;
         }
-        for (const RecordedDatagram& datagram : taken)
-            bytes_.add(datagram);
-        // Nothing more may come for a long time.
-        if (taken.empty())
-            bytes_.endBlock();
-        if (isEnding)
-            bytes_.end();
-        write(bytes_.takeReady());
+        keep(std::move(taken));
+        if (bytes_ && isEnding)
+            bytes_->end();
+        if (bytes_)
+            write(bytes_->takeReady());
     }
+}
+
+void RecordingWriter::keep(std::vector<RecordedDatagram>&& taken) {
+    if (!bytes_ && !taken.empty()) {
+        first_ = taken.front().time;
+        header_.startedAt += first_.count();
+        bytes_.emplace(header_);
+    }
+    for (RecordedDatagram& datagram : taken) {
+        datagram.time -= first_;
+        bytes_->add(datagram);
+    }
+    // Nothing more may come for a long time.
+    if (bytes_ && taken.empty())
+        bytes_->endBlock();
 }
 
 /// After a failure nothing more is written: a reader could not tell what lacks.

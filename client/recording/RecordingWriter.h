@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -24,9 +25,10 @@ class RecordingWriter {
     /// The most bytes that wait for the disk; with more, the recording ends.
     static constexpr std::size_t mostBytesWaiting = std::size_t{32} << 20;
 
-    /// Makes the file, whose times count from `start`. Throws InputError if that fails, or if a
-    /// file with something in it is there already: a recording is never overwritten.
-    RecordingWriter(const std::string& path, const RecordingHeader& header, Time start);
+    /// Makes the file, whose times count from the first datagram. Throws InputError if that fails,
+    /// or if a file with something in it is there already: a recording is never overwritten.
+    /// @param now  the moment of the header's start, which moves to that of the first datagram
+    RecordingWriter(const std::string& path, const RecordingHeader& header, Time now);
 
     /// As finish().
     ~RecordingWriter();
@@ -45,6 +47,7 @@ class RecordingWriter {
 
   private:
     void run();
+    void keep(std::vector<RecordedDatagram>&& taken);
     void write(const std::string& bytes);
     void endEarly(const std::string& reason);
 
@@ -52,8 +55,10 @@ class RecordingWriter {
     Time start_;
     Descriptor file_;
 
-    /// Of the thread alone.
-    RecordingBytes bytes_;
+    /// Of the thread alone; made with the first datagram, at this time.
+    RecordingHeader header_;
+    RecordedTime first_{};
+    std::optional<RecordingBytes> bytes_;
     bool isBroken_ = false;
 
     /// Guards the members below.

@@ -23,8 +23,9 @@ set(CPACK_DEBIAN_DRENCH_PACKAGE_NAME drench)
 set(CPACK_DEBIAN_DRENCH_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_DRENCH_DESCRIPTION "${PROJECT_DESCRIPTION}
 A program that is a room, and a hardened service with one unit for each
-room; bots to play against; a tool that makes, checks and draws arenas; and
-a relay that makes any line bad.")
+room; bots to play against; a tool that makes, checks and draws arenas; a
+relay that makes any line bad and records matches; and a tool that looks into
+recordings.")
 # Its nft loads the firewall.
 set(CPACK_DEBIAN_DRENCH_PACKAGE_RECOMMENDS nftables)
 set(CPACK_DEBIAN_DRENCH_PACKAGE_CONTROL_EXTRA

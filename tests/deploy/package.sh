@@ -29,11 +29,11 @@ holds() {
     [ -r "$package/usr/$file" ] || complain "not in $package: /usr/$file"
   done
 }
-holds drench bin/drench-server bin/drench-bots bin/drench-map bin/drench-lag lib/drench/Resources/mapdata \
+holds drench bin/drench-server bin/drench-bots bin/drench-map bin/drench-lag bin/drench-replay lib/drench/Resources/mapdata \
   share/doc/drench/hosting.md share/drench/drench.nft share/drench/drench.lua share/drench/arenas/cascade.plan \
   lib/drench/drench-guard lib/sysctl.d/60-drench.conf \
   share/man/man6/drench-server.6.gz share/man/man6/drench-bots.6.gz \
-  share/man/man1/drench-map.1.gz share/man/man1/drench-lag.1.gz lib/systemd/system/drench@.service \
+  share/man/man1/drench-map.1.gz share/man/man1/drench-lag.1.gz share/man/man1/drench-replay.1.gz lib/systemd/system/drench@.service \
   lib/systemd/system/drench-recycle.service lib/systemd/system/drench-recycle.timer \
   lib/systemd/system/drench-firewall.service lib/systemd/system/drench.slice
 holds libdrench-dev lib/libdrench-game.a lib/libdrench-client.a include/drench/game/Player.h \
@@ -106,12 +106,16 @@ documented() {
 }
 documented drench-bots man6/drench-bots.6
 documented drench-lag man1/drench-lag.1
+documented drench-replay man1/drench-replay.1
 documented drench-map man1/drench-map.1
 for command in check build plan picture import export; do
   documented drench-map man1/drench-map.1 "$command"
 done
+for command in info soakings heat tracks cut join import verify; do
+  documented drench-replay man1/drench-replay.1 "$command"
+done
 [ -z "$has_window" ] || documented drench man6/drench.6
-for program in drench-bots drench-lag drench-map; do
+for program in drench-bots drench-lag drench-map drench-replay; do
   [ "$("drench/usr/bin/$program" --version)" = "$program $version" ] ||
     complain "$program has another version than $version"
 done

@@ -30,7 +30,7 @@ std::uint64_t countIn(RecordingReader reader) {
 
 } // namespace
 
-TEST(RecordingWriter, WritesTheSameFileAsInMemory) {
+TEST(RecordingWriter, WritesWhatItTakesFromTheFirstDatagramOn) {
     const TemporaryFolder folder;
     const std::string path = folder.path + "/match";
     const std::vector<RecordedDatagram> match = madeMatch(200);
@@ -39,8 +39,12 @@ TEST(RecordingWriter, WritesTheSameFileAsInMemory) {
     EXPECT_EQ(writer.finish(), "");
     RecordingReader reader = RecordingReader::open(path);
     EXPECT_TRUE(reader.problems().empty());
-    for (const RecordedDatagram& datagram : match)
+    const RecordedTime first = match.front().time;
+    EXPECT_EQ(reader.header().startedAt, madeHeader().startedAt + first.count());
+    for (RecordedDatagram datagram : match) {
+        datagram.time -= first;
         ASSERT_TRUE(same(reader.next().value(), datagram));
+    }
     EXPECT_FALSE(reader.next());
 }
 
@@ -87,6 +91,10 @@ TEST(RecordingWriter, OverwritesNothing) {
     }
     EXPECT_EQ(readFile(path), "precious");
     EXPECT_THROW(RecordingWriter(folder.path + "/no/match", madeHeader(), start), InputError);
+    RecordingHeader large;
+    large.room = std::string(recordingLimits::textBytes + 1, 'x');
+    EXPECT_THROW(RecordingWriter(folder.path + "/large", large, start), InputError);
+    EXPECT_THROW(readFile(folder.path + "/large"), InputError);
 }
 
 TEST(RecordingWriter, ThrowsAwayNothingBelowItsLimitAndEndsBeyond) {
