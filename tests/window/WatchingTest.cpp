@@ -176,7 +176,10 @@ TEST(Video, WrongUseIsNamed) {
         EXPECT_EQ(film.status(), 2) << arguments;
         EXPECT_NE(film.err().find(word), std::string::npos) << arguments << ": " << film.err();
     }
-    ToolProcess room("/usr/bin/env", windowCommand("", folder.path, "localhost:1 --video x.mp4"));
-    EXPECT_EQ(room.status(), 2);
-    EXPECT_NE(room.err().find("recorded match"), std::string::npos) << room.err();
+    for (const char* option : {"--video x.mp4", "--from 1", "--view eye", "--player 1"}) {
+        ToolProcess room("/usr/bin/env",
+                         windowCommand("", folder.path, std::string("localhost:1 ") + option));
+        EXPECT_EQ(room.status(), 2);
+        EXPECT_NE(room.err().find("wants a recorded match"), std::string::npos) << room.err();
+    }
 }
