@@ -71,6 +71,7 @@ need_window_test_tools() {
   need xvfb-run xvfb command -v xvfb-run
   need xauth xauth command -v xauth
   need xdotool xdotool command -v xdotool
+  need ffmpeg ffmpeg command -v ffprobe
   need "Mesa's software renderer" libgl1 has_software_renderer
 }
 has_software_renderer() {

@@ -24,9 +24,10 @@ constexpr char endHelp[] =
     "Keys: W, A, S, D walk, the mouse turns, its left button fires, space jumps, Esc frees the "
     "mouse.\n"
     "\n"
-    "Exit status: 0 after playing, 1 when the room did not answer, let nobody in or was lost, 2 "
-    "when "
-    "the command line, a file or the display cannot be used.";
+    "Exit status: 0 after playing or watching, 1 when the room did not answer, let nobody in or "
+    "was "
+    "lost, or a video was interrupted, 2 when the command line, a file or the display cannot be "
+    "used.";
 
 } // namespace
 
@@ -64,27 +65,29 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
            "N")
         ->check(numberBetween(frameLimitLimits.least, frameLimitLimits.most))
         ->default_str("that of the settings");
-    CLI::Option* video =
+    CLI::Option* const video =
         option("--video", options.video, "Draw the recorded match there, without a display", "MP4");
-    option("--from", options.from, "Where in the recording to begin", "S")
-        ->check(numberBetween(0.0, longestRun));
+    CLI::Option* const from = option("--from", options.from, "Where in the recording to begin", "S")
+                                  ->check(numberBetween(0.0, longestRun));
     option("--to", options.to, "Where a video ends", "S")
         ->check(numberBetween(0.0, longestRun))
         ->default_str("its end")
         ->needs(video);
-    option("--view", options.view,
-           "From where it is seen: through a player's eye, behind a "
-           "player, or above",
-           "eye|follow|above")
-        ->check(CLI::IsMember({"eye", "follow", "above"}))
-        ->capture_default_str();
-    option("--player", options.player, "Which player that is, 1 to 4", "N")
-        ->check(numberBetween(1, maxPlayers))
-        ->default_str("whoever recorded it");
-    option("--camera", options.camera,
-           "See it from one place: the eye and a point to look at, world units", "X,Y,Z,X,Y,Z")
-        ->delimiter(',')
-        ->expected(6);
+    CLI::Option* const view = option("--view", options.view,
+                                     "From where it is seen: through a player's eye, behind a "
+                                     "player, or above",
+                                     "eye|follow|above")
+                                  ->check(CLI::IsMember({"eye", "follow", "above"}).description(""))
+                                  ->capture_default_str();
+    CLI::Option* const player =
+        option("--player", options.player, "Which player that is, 1 to 4", "N")
+            ->check(numberBetween(1, maxPlayers))
+            ->default_str("whoever recorded it");
+    CLI::Option* const camera =
+        option("--camera", options.camera,
+               "See it from one place: the eye and a point to look at, world units", "X,Y,Z,X,Y,Z")
+            ->delimiter(',')
+            ->expected(6);
     option("--fps", options.videoRate, "Frames a second of a video", "N")
         ->check(numberBetween(1, 240))
         ->capture_default_str()
@@ -98,8 +101,10 @@ std::optional<int> readOptions(int argc, char** argv, Options& options) {
         if (isRecording(options.room))
             options.recording = std::exchange(options.room, "");
         options.room = roomOfLink(options.room);
-        if (!options.video.empty() && options.recording.empty())
-            throw CLI::ValidationError("--video", "wants a recorded match to draw");
+        for (const CLI::Option* each : {video, from, view, player, camera}) {
+            if (options.recording.empty() && each->count() > 0)
+                throw CLI::ValidationError(each->get_name(), "wants a recorded match");
+        }
         if (!options.video.empty() && (size[0] % 2 != 0 || size[1] % 2 != 0))
             throw CLI::ValidationError("--size", "a video's width and height are even numbers");
         if (options.name.size() > longestName)

@@ -32,6 +32,10 @@ client::Time::duration durationOf(double seconds) {
     return std::chrono::round<client::Time::duration>(Seconds(seconds));
 }
 
+double momentOf(client::Time time) {
+    return Seconds(time.time_since_epoch()).count();
+}
+
 } // namespace
 
 Playback::Playback(std::vector<PlayedEvent> events) : events_(std::move(events)) {
@@ -55,14 +59,14 @@ Playback::Playback(std::vector<PlayedEvent> events) : events_(std::move(events))
     std::sort(soakings_.begin(), soakings_.end(),
               [](const Soaking& a, const Soaking& b) { return a.moment < b.moment; });
     match_.watchAs(recorder_);
-    seek(0.0);
+    seek(begin());
 }
 
-double Playback::momentOf(client::Time time) const {
-    return Seconds(time - events_[snapshots_.front()].moment).count();
+double Playback::begin() const {
+    return momentOf(events_[snapshots_.front()].moment);
 }
 
-double Playback::length() const {
+double Playback::end() const {
     return momentOf(endTime());
 }
 
@@ -125,9 +129,10 @@ std::span<const PlayedEvent> Playback::passed() const {
 }
 
 void Playback::seek(double moment) {
-    const client::Time begin = events_[snapshots_.front()].moment;
+    // Clamped first: a moment may be of any size.
     const client::Time target =
-        std::min(begin + durationOf(std::clamp(moment, 0.0, length())), endTime());
+        std::clamp(client::Time(durationOf(std::clamp(moment, begin(), end()))),
+                   events_[snapshots_.front()].moment, endTime());
     const auto after = std::upper_bound(checkpoints_.begin(), checkpoints_.end(), target,
                                         [&](client::Time time, const Checkpoint& each) {
                                             return time < events_[each.event].moment;
@@ -164,7 +169,7 @@ bool Playback::seekLastSoaking() {
 
 void Playback::setPaused(bool paused) {
     if (!paused && isAtEnd())
-        seek(0.0);
+        seek(begin());
     isPaused_ = paused;
 }
 

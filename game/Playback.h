@@ -14,7 +14,7 @@ namespace drench::game {
 
 /// A recorded match at any of its moments, and its way through them: at a speed, paused, or by
 /// leaps. What it shows follows from the moment alone, however one got there. Moments are seconds
-/// from the first snapshot on.
+/// since the recording began.
 class Playback {
   public:
     /// Somebody was soaked.
@@ -35,7 +35,9 @@ class Playback {
     /// Plays from the begin, at the usual speed. Throws InputError if there is no snapshot.
     explicit Playback(std::vector<PlayedEvent> events);
 
-    double length() const;
+    /// The moments of the first snapshot and of the last one.
+    double begin() const;
+    double end() const;
     double moment() const;
 
     /// The same moment on the clock of the match.
@@ -99,7 +101,6 @@ class Playback {
     void takeUntil(client::Time moment);
     void findSoakings(const PlayedEvent& event);
     void addSoaking(const Soaking& soaking);
-    double momentOf(client::Time time) const;
     client::Time endTime() const;
 
     std::vector<PlayedEvent> events_;

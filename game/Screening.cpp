@@ -64,10 +64,10 @@ void Screening::act(WatchCommand command) {
         playback.seek(playback.moment() + leap);
         break;
     case WatchCommand::toBegin:
-        playback.seek(0.0);
+        playback.seek(playback.begin());
         break;
     case WatchCommand::toEnd:
-        playback.seek(playback.length());
+        playback.seek(playback.end());
         break;
     case WatchCommand::lastSoaking:
         playback.seekLastSoaking();

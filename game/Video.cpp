@@ -1,5 +1,6 @@
 #include "game/Video.h"
 
+#include "common/Decimals.h"
 #include "common/Files.h"
 #include "game/Dressing.h"
 #include "game/Labels.h"
@@ -30,13 +31,15 @@ constexpr std::uint64_t soundSeed = 1;
 /// The frames of a video, in their order, each at its moment.
 class Frames {
   public:
-    Frames(const VideoPlan& plan, Watching& watching) : plan_(plan), watching_(watching) {
-        const double to =
-            std::min(plan.to.value_or(watching.playback().length()), watching.playback().length());
-        count_ = std::llround((to - plan.from) * plan.rate);
+    Frames(const VideoPlan& plan, Watching& watching)
+        : plan_(plan), watching_(watching),
+          from_(std::max(plan.from, watching.playback().begin())) {
+        const double end = watching.playback().end();
+        count_ = std::llround((std::min(plan.to.value_or(end), end) - from_) * plan.rate);
         if (count_ < 1)
-            throw InputError("there is nothing to be shown from " + std::to_string(plan.from) +
-                             " s to " + std::to_string(to) + " s");
+            throw InputError("there is nothing to be shown: the match lasts from " +
+                             decimals(watching.playback().begin(), 1) + " s to " +
+                             decimals(end, 1) + " s");
     }
 
     long long count() const { return count_; }
@@ -51,10 +54,11 @@ class Frames {
         scene.camera.fieldOfView = fieldOfViewFrom(static_cast<float>(usual.fieldOfView));
         const double step = 1.0 / plan_.rate;
         const auto unseen =
-            static_cast<long long>(std::min(leadIn, plan_.from) * static_cast<double>(plan_.rate));
+            static_cast<long long>(std::min(leadIn, from_ - watching_.playback().begin()) *
+                                   static_cast<double>(plan_.rate));
         Playback& playback = watching_.playback();
         playback.setPaused(false);
-        playback.seek(plan_.from - static_cast<double>(unseen) * step);
+        playback.seek(from_ - static_cast<double>(unseen) * step);
         for (long long frame = -unseen; frame < count_; ++frame) {
             watching_.pass(frame == -unseen ? 0.0 : step, usual, scene);
             scene.time = playback.moment();
@@ -67,6 +71,7 @@ class Frames {
   private:
     const VideoPlan& plan_;
     Watching& watching_;
+    double from_ = 0.0;
     long long count_ = 0;
 };
 

@@ -70,6 +70,7 @@ Shows the water fight and lets one play it, in rooms of others or against
 bots in a room on this machine. Needs OpenGL 3.3.")
   # The arenas, and the rooms and bots that it starts.
   set(CPACK_DEBIAN_DRENCH-WINDOW_PACKAGE_DEPENDS "drench (= ${PROJECT_VERSION}), fonts-inter")
+  set(CPACK_DEBIAN_DRENCH-WINDOW_PACKAGE_SUGGESTS ffmpeg)
 endif()
 
 include(CPack)

@@ -28,8 +28,7 @@ constexpr char help[] =
 
 std::string timeWords(const Playback& playback) {
     using Seconds = std::chrono::duration<double>;
-    return lengthWords(Seconds(playback.moment())) + " / " +
-           lengthWords(Seconds(playback.length()));
+    return lengthWords(Seconds(playback.moment())) + " / " + lengthWords(Seconds(playback.end()));
 }
 
 /// "0.25 x".
@@ -71,9 +70,9 @@ void drawPlaySign(ImDrawList& list, const Theme& theme, ImVec2 centre, bool isPa
 /// The bar itself between two corners.
 void drawTrack(ImDrawList& list, const Theme& theme, const Playback& playback, Palette palette,
                ImVec2 from, ImVec2 to) {
-    const double length = std::max(playback.length(), 1e-9);
+    const double length = std::max(playback.end() - playback.begin(), 1e-9);
     const auto xOf = [&](double moment) {
-        return from.x + static_cast<float>(moment / length) * (to.x - from.x);
+        return from.x + static_cast<float>((moment - playback.begin()) / length) * (to.x - from.x);
     };
     const float middle = 0.5f * (from.y + to.y);
     const float half = theme.px(0.5f * trackHeight);
@@ -149,9 +148,9 @@ void drawPlaybackBar(const Theme& theme, Watching& watching, Palette palette) {
     ImGui::SetCursorScreenPos({trackLeft, from.y});
     ImGui::InvisibleButton("track", {trackRight - trackLeft, height});
     if (ImGui::IsItemActive())
-        playback.seek(playback.length() *
-                      static_cast<double>((ImGui::GetIO().MousePos.x - trackLeft) /
-                                          (trackRight - trackLeft)));
+        playback.seek(std::lerp(playback.begin(), playback.end(),
+                                static_cast<double>((ImGui::GetIO().MousePos.x - trackLeft) /
+                                                    (trackRight - trackLeft))));
     drawTrack(list, theme, playback, palette, {trackLeft, from.y}, {trackRight, to.y});
     ImGui::End();
     ImGui::PopStyleVar();

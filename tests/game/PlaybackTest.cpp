@@ -66,7 +66,7 @@ std::string shown(const Playback& playback, MapManager& map) {
 
 TEST_F(PlaybackOfAMatch, BeginsAtTheFirstSnapshotAndEndsAtTheLast) {
     EXPECT_EQ(playback.moment(), 0.0);
-    EXPECT_NEAR(playback.length(), 999 * 0.016, 0.001);
+    EXPECT_NEAR(playback.end(), 999 * 0.016, 0.001);
     EXPECT_EQ(playback.recorder(), '1');
     EXPECT_EQ(playback.match().ownId(), '1');
     EXPECT_NEAR(z(), 0.0f, 0.1f);
@@ -100,7 +100,7 @@ TEST_F(PlaybackOfAMatch, PausesOnRequestAndAtTheEnd) {
     EXPECT_TRUE(playback.passed().empty());
     playback.setPaused(false);
     playback.pass(100.0);
-    EXPECT_EQ(playback.moment(), playback.length());
+    EXPECT_EQ(playback.moment(), playback.end());
     EXPECT_TRUE(playback.isPaused());
     playback.setPaused(false);
     EXPECT_EQ(playback.moment(), 0.0) << "begins anew";
@@ -136,7 +136,7 @@ TEST_F(PlaybackOfAMatch, LeapsStayWithinIt) {
     playback.seek(-5.0);
     EXPECT_EQ(playback.moment(), 0.0);
     playback.seek(1e9);
-    EXPECT_EQ(playback.moment(), playback.length());
+    EXPECT_EQ(playback.moment(), playback.end());
     EXPECT_TRUE(playback.isAtEnd());
     EXPECT_FALSE(playback.players(map).empty());
 }
@@ -209,12 +209,26 @@ TEST(Playback, WithoutASnapshotThereIsNothingToWatch) {
     EXPECT_THROW(Playback(std::vector<PlayedEvent>()), InputError);
 }
 
+TEST(Playback, MomentsCountFromTheBeginOfTheRecording) {
+    RecordedLine line;
+    line.now = 5000.0 - RecordedLine::period;
+    line.ticks(100, {walker(0)});
+    Playback playback(line.events());
+    EXPECT_NEAR(playback.begin(), 5.0, 1e-3);
+    EXPECT_NEAR(playback.end(), 5.0 + 99 * 0.016, 1e-3);
+    EXPECT_EQ(playback.moment(), playback.begin());
+    playback.seek(6.0);
+    EXPECT_NEAR(playback.moment(), 6.0, 1e-6);
+    playback.seek(1.0);
+    EXPECT_EQ(playback.moment(), playback.begin());
+}
+
 TEST(Playback, OfASingleSnapshotStandsStill) {
     RecordedLine line;
     line.tick({walker(0)});
     Playback playback(line.events());
     MapManager map = loaded(emptyCourt());
-    EXPECT_EQ(playback.length(), 0.0);
+    EXPECT_EQ(playback.end(), 0.0);
     EXPECT_EQ(playback.players(map).size(), 1u);
     playback.pass(1.0);
     EXPECT_TRUE(playback.isPaused());

@@ -14,8 +14,8 @@ class RecordedLine {
     /// Milliseconds from tick to tick.
     static constexpr double period = 16.0;
 
-    /// Milliseconds since the recording began.
-    double now = 0.0;
+    /// Milliseconds since the recording began, which it does with the first tick.
+    double now = -period;
 
     void hear(const std::string& datagram, double lateness = 0.0) {
         using Time = drench::client::Time;

@@ -44,9 +44,9 @@ TEST_F(ScreeningOfAMatch, KeysLeap) {
     tap("ArrowRight");
     EXPECT_NEAR(playback().moment(), 5.0, 1e-6);
     tap("End");
-    EXPECT_EQ(playback().moment(), playback().length());
+    EXPECT_EQ(playback().moment(), playback().end());
     tap("ArrowLeft");
-    EXPECT_NEAR(playback().moment(), playback().length() - 5.0, 1e-6);
+    EXPECT_NEAR(playback().moment(), playback().end() - 5.0, 1e-6);
     tap("Home");
     EXPECT_EQ(playback().moment(), 0.0);
     tap("KeyN");
