@@ -81,7 +81,8 @@ void Keeper::startRoom(Time now) {
     network_ = {};
     probe_.reset(now);
     metrics_.serverStarted();
-    measureAt_ = now;
+    // Until it has become the server, it has our memory.
+    measureAt_ = now + measuringPeriod;
     lastWrite_.clear();
 }
 

@@ -78,7 +78,8 @@ TEST(Keeper, CountsWhoComesAndGoesAndPassesTheConsoleOn) {
     EXPECT_TRUE(keeper.shows("drench_room_players", 0));
     EXPECT_TRUE(comesTrue(
         [&] { return keeper.metric("drench_room_receipt_round_trip_seconds_count") >= 2.0; }));
-    EXPECT_GT(keeper.metric("drench_room_resident_memory_bytes").value_or(0.0), 1e6);
+    EXPECT_TRUE(comesTrue(
+        [&] { return keeper.metric("drench_room_resident_memory_bytes").value_or(0.0) > 1e6; }));
     EXPECT_GT(keeper.metric("drench_room_age_seconds").value_or(0.0), 0.0);
     keeper.signal(SIGTERM);
     EXPECT_EQ(keeper.status(), 0);
@@ -94,10 +95,13 @@ TEST(Keeper, CountsWhoComesAndGoesAndPassesTheConsoleOn) {
 TEST(Keeper, CarriesARoomOfBots) {
     KeeperProcess keeper("");
     ASSERT_TRUE(keeper.answers());
+    // Not this user's own: they study the arena first, which takes sanitizers half a minute.
+    setenv("XDG_CACHE_HOME", (keeper.folder() + "/cache").c_str(), 1);
     ToolProcess bots(DRENCH_BOTS, "127.0.0.1:" + std::to_string(keeper.port()) +
-                                      " --players 4 --seconds 4 --arena " + keeper.folder() +
+                                      " --players 4 --seconds 10 --arena " + keeper.folder() +
                                       "/Resources/mapdata");
-    EXPECT_TRUE(keeper.shows("drench_room_players", 4));
+    EXPECT_TRUE(keeper.shows("drench_room_players", 4) || keeper.shows("drench_room_players", 4) ||
+                keeper.shows("drench_room_players", 4));
     RemotePlayer fifth(keeper.port());
     EXPECT_EQ(fifth.join("Fifth"), 0);
     EXPECT_TRUE(keeper.shows("drench_room_refusals_total", 1));
