@@ -8,6 +8,7 @@
 #include <chrono>
 #include <csignal>
 #include <iostream>
+#include <iterator>
 #include <poll.h>
 #include <stdexcept>
 #include <unistd.h>
@@ -81,7 +82,8 @@ void Keeper::startRoom(Time now) {
     network_ = {};
     probe_.reset(now);
     metrics_.serverStarted();
-    measureAt_ = now;
+    // Until it has become the server, it has our memory.
+    measureAt_ = now + measuringPeriod;
     lastWrite_.clear();
 }
 
@@ -239,14 +241,17 @@ int Keeper::leave(int status) {
 
 void Keeper::wait(Time now) const {
     Time until = now + longestWait;
-    if (room_)
+    // Without a room its last probe has nobody to read it, and must not wake us up.
+    pollfd polled[] = {{-1, POLLIN, 0}, {-1, POLLIN, 0}};
+    if (room_) {
         until = std::min({until, probe_.wakeAt(), measureAt_});
-    else
+        polled[0].fd = room_->console();
+        polled[1].fd = probe_.descriptor();
+    } else {
         until = std::min(until, startAt_);
+    }
     const auto left = std::chrono::ceil<milliseconds>(until - Clock::now());
-    pollfd polled[] = {{room_ ? room_->console() : -1, POLLIN, 0},
-                       {probe_.descriptor(), POLLIN, 0}};
-    poll(polled, 2, static_cast<int>(std::max(left, milliseconds(0)).count()));
+    poll(polled, std::size(polled), static_cast<int>(std::max(left, milliseconds(0)).count()));
 }
 
 } // namespace drench::keeper

@@ -2,6 +2,7 @@
 
 #include "tests/process/ServerProcess.h"
 #include "tests/support/Arenas.h"
+#include "tests/support/Courts.h"
 #include "tests/support/SdkStandIn.h"
 
 #include <cstdlib>
@@ -29,7 +30,7 @@ KeeperProcess::KeeperProcess(const std::string& options, int agonesPort,
     const std::string server = folder_.path + "/drench-server";
     fs::copy_file(DRENCH_SERVER, server);
     fs::create_directory(folder_.path + "/Resources");
-    folder_.write("Resources/mapdata", emptyCourt());
+    folder_.write("Resources/mapdata", arenaText(32, 16, 32, solidInRing));
     std::string started = server;
     if (!serverScript.empty()) {
         started = folder_.write("script", "#!/bin/bash\n" + serverScript);

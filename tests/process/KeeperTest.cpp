@@ -7,7 +7,9 @@
 
 #include <atomic>
 #include <csignal>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -46,6 +48,14 @@ class StayingPlayer {
     std::thread thread_;
 };
 
+std::set<std::string> descriptorsOf(int pid) {
+    std::set<std::string> names;
+    for (const auto& entry :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/fd"))
+        names.insert(entry.path().filename());
+    return names;
+}
+
 std::string line(int port) {
     return "Server is listening on port " + std::to_string(port) + "\n";
 }
@@ -68,7 +78,8 @@ TEST(Keeper, CountsWhoComesAndGoesAndPassesTheConsoleOn) {
     EXPECT_TRUE(keeper.shows("drench_room_players", 0));
     EXPECT_TRUE(comesTrue(
         [&] { return keeper.metric("drench_room_receipt_round_trip_seconds_count") >= 2.0; }));
-    EXPECT_GT(keeper.metric("drench_room_resident_memory_bytes").value_or(0.0), 1e6);
+    EXPECT_TRUE(comesTrue(
+        [&] { return keeper.metric("drench_room_resident_memory_bytes").value_or(0.0) > 1e6; }));
     EXPECT_GT(keeper.metric("drench_room_age_seconds").value_or(0.0), 0.0);
     keeper.signal(SIGTERM);
     EXPECT_EQ(keeper.status(), 0);
@@ -84,10 +95,13 @@ TEST(Keeper, CountsWhoComesAndGoesAndPassesTheConsoleOn) {
 TEST(Keeper, CarriesARoomOfBots) {
     KeeperProcess keeper("");
     ASSERT_TRUE(keeper.answers());
+    // Not this user's own: they study the arena first, which takes sanitizers half a minute.
+    setenv("XDG_CACHE_HOME", (keeper.folder() + "/cache").c_str(), 1);
     ToolProcess bots(DRENCH_BOTS, "127.0.0.1:" + std::to_string(keeper.port()) +
-                                      " --players 4 --seconds 4 --arena " + keeper.folder() +
+                                      " --players 4 --seconds 10 --arena " + keeper.folder() +
                                       "/Resources/mapdata");
-    EXPECT_TRUE(keeper.shows("drench_room_players", 4));
+    EXPECT_TRUE(keeper.shows("drench_room_players", 4) || keeper.shows("drench_room_players", 4) ||
+                keeper.shows("drench_room_players", 4));
     RemotePlayer fifth(keeper.port());
     EXPECT_EQ(fifth.join("Fifth"), 0);
     EXPECT_TRUE(keeper.shows("drench_room_refusals_total", 1));
@@ -133,7 +147,10 @@ TEST(Keeper, StartsTheRoomAgainAfterItsDeath) {
     EXPECT_TRUE(keeper.says(line(keeper.port()), 2));
     EXPECT_TRUE(keeper.answers());
     EXPECT_EQ(keeper.metric("drench_room_players"), 0);
-    EXPECT_NE(keeper.serverPid(), first);
+    const int second = keeper.serverPid();
+    EXPECT_NE(second, first);
+    EXPECT_EQ(descriptorsOf(second), (std::set<std::string>{"0", "1", "2", "3"}))
+        << "its own: a console and a socket";
     StayingPlayer again(keeper.port(), "Ann");
     EXPECT_TRUE(keeper.shows("drench_room_players", 1));
 }
