@@ -3,7 +3,9 @@
 #include "src/Messages.h"
 
 #include <algorithm>
+#include <array>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 namespace drench::keeper {
 
@@ -14,6 +16,10 @@ using Kind = AgonesCall::Kind;
 
 /// The game server's counter, list and label.
 constexpr char playersName[] = "players";
+
+/// What an allocation would change nothing of, or would take back: the end, which others have asked
+/// for.
+constexpr std::array<std::string_view, 3> statesToKeep = {"Allocated", "Shutdown", "Unhealthy"};
 
 /// After an allocation the state takes a moment to say so.
 constexpr milliseconds allocationShows{10'000};
@@ -66,7 +72,9 @@ void AgonesCalls::setAnswering(bool answering) {
 
 Time AgonesCalls::allocateAt() const {
     // Ready would take an allocation back, and so comes first.
-    return players_ > 0 && ready_.isDone && state_ != "Allocated" ? allocate_.at : Time::max();
+    const bool helps =
+        std::find(statesToKeep.begin(), statesToKeep.end(), state_) == statesToKeep.end();
+    return players_ > 0 && ready_.isDone && helps ? allocate_.at : Time::max();
 }
 
 Time AgonesCalls::playersAt() const {

@@ -1,7 +1,6 @@
 #include "keeper/AgonesSdk.h"
 
 #include "common/StopSignals.h"
-#include "keeper/Sockets.h"
 
 #include <chrono>
 #include <httplib.h>
@@ -78,7 +77,6 @@ void AgonesSdk::run() {
     client.set_connection_timeout(patience);
     client.set_read_timeout(patience);
     client.set_write_timeout(patience);
-    client.set_socket_options(prepareSocket);
     std::unique_lock lock(mutex_);
     while (!isEnding_) {
         const std::optional<AgonesCall> call = calls_.due(Clock::now());

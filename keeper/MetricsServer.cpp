@@ -1,13 +1,13 @@
 #include "keeper/MetricsServer.h"
 
 #include "common/StopSignals.h"
-#include "keeper/Sockets.h"
 
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <httplib.h>
 #include <stdexcept>
+#include <sys/socket.h>
 
 namespace drench::keeper {
 
@@ -21,6 +21,13 @@ struct OneAfterTheOther : httplib::TaskQueue {
     void shutdown() override {}
 };
 
+/// The library's own settings would let two keepers share a port. A keeper that is started again
+/// need not wait for its old connections.
+void refuseSharing(int socket) {
+    const int on = 1;
+    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+}
+
 /// How long a slow scraper may keep others waiting.
 constexpr std::chrono::seconds patience{1};
 
@@ -30,7 +37,7 @@ MetricsServer::MetricsServer(const std::string& address, std::uint16_t port,
                              std::function<std::string()> text)
     : server_(std::make_unique<httplib::Server>()) {
     server_->new_task_queue = [] { return new OneAfterTheOther; };
-    server_->set_socket_options(prepareSocket);
+    server_->set_socket_options(refuseSharing);
     server_->set_keep_alive_max_count(1);
     server_->set_keep_alive_timeout(patience.count());
     server_->set_read_timeout(patience);

@@ -83,6 +83,21 @@ TEST(AgonesCalls, AllocationFromOutsideNeedsNoOther) {
     EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"players"}));
 }
 
+TEST(AgonesCalls, EndsThatOthersHaveAskedForAreNotTakenBack) {
+    for (const std::string state : {"Shutdown", "Unhealthy"}) {
+        Line line;
+        line.calls.setAnswering(true);
+        line.body = allocated;
+        line.calls.setPlayers(1);
+        line.pass(milliseconds(20'000));
+        line.body = R"({"status": {"state": ")" + state + R"("}})";
+        line.pass(milliseconds(2000));
+        EXPECT_EQ(line.calls.state(), state);
+        for (const std::string& kind : line.pass(milliseconds(30'000)))
+            EXPECT_NE(kind, "allocate") << state;
+    }
+}
+
 TEST(AgonesCalls, AllocationThatDoesNotShowIsRepeated) {
     Line line;
     line.calls.setAnswering(true);

@@ -81,6 +81,12 @@ TEST(NetworkHeadcount, BeginsAnewWhereItCannotCount) {
     EXPECT_EQ(counters.pass(stretch, 62.0, 0), (PlayerRange{1, 4}));
     counters.counters = {};
     EXPECT_FALSE(counters.pass(stretch, 62.0, 0)) << "counters that fell";
+    counters.counters.in = 100;
+    EXPECT_TRUE(counters.pass(stretch, 62.0, 0));
+    counters.counters.in = 99;
+    EXPECT_FALSE(counters.pass(stretch, 62.0, 0)) << "one of them";
+    counters.counters.out = 0;
+    EXPECT_FALSE(counters.pass(stretch, 62.0, 0)) << "the other";
 }
 
 TEST(Headcount, FollowsTheNotices) {

@@ -13,7 +13,7 @@ TEST(Notices, TellWhatTheServerWrote) {
     for (const char* line :
          {"sizeof(UpdateMessage) 244\n", "htons(port) = 34835\n", "usage: port\n",
           "Server is listening on port 5000\n", "Error binding socket\n",
-          "Error reading file at: /x/Resources/mapdata", "", "\n", "Ann joined"})
+          "Error reading file at: /x/Resources/mapdata", "Who is there!\n", "", "\n", "Ann joined"})
         EXPECT_EQ(noticeIn(line), Notice::other) << line;
 }
 

@@ -7,7 +7,9 @@
 
 #include <atomic>
 #include <csignal>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -45,6 +47,14 @@ class StayingPlayer {
     std::atomic<bool> leaving_ = false;
     std::thread thread_;
 };
+
+std::set<std::string> descriptorsOf(int pid) {
+    std::set<std::string> names;
+    for (const auto& entry :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/fd"))
+        names.insert(entry.path().filename());
+    return names;
+}
 
 std::string line(int port) {
     return "Server is listening on port " + std::to_string(port) + "\n";
@@ -84,8 +94,9 @@ TEST(Keeper, CountsWhoComesAndGoesAndPassesTheConsoleOn) {
 TEST(Keeper, CarriesARoomOfBots) {
     KeeperProcess keeper("");
     ASSERT_TRUE(keeper.answers());
-    ToolProcess bots(DRENCH_BOTS,
-                     "127.0.0.1:" + std::to_string(keeper.port()) + " --players 4 --seconds 4");
+    ToolProcess bots(DRENCH_BOTS, "127.0.0.1:" + std::to_string(keeper.port()) +
+                                      " --players 4 --seconds 4 --arena " + keeper.folder() +
+                                      "/Resources/mapdata");
     EXPECT_TRUE(keeper.shows("drench_room_players", 4));
     RemotePlayer fifth(keeper.port());
     EXPECT_EQ(fifth.join("Fifth"), 0);
@@ -132,7 +143,10 @@ TEST(Keeper, StartsTheRoomAgainAfterItsDeath) {
     EXPECT_TRUE(keeper.says(line(keeper.port()), 2));
     EXPECT_TRUE(keeper.answers());
     EXPECT_EQ(keeper.metric("drench_room_players"), 0);
-    EXPECT_NE(keeper.serverPid(), first);
+    const int second = keeper.serverPid();
+    EXPECT_NE(second, first);
+    EXPECT_EQ(descriptorsOf(second), (std::set<std::string>{"0", "1", "2", "3"}))
+        << "its own: a console and a socket";
     StayingPlayer again(keeper.port(), "Ann");
     EXPECT_TRUE(keeper.shows("drench_room_players", 1));
 }
