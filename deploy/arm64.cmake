@@ -7,7 +7,8 @@ set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
 set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
 
-list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES DRENCH_SYSROOT)
+# Each try of the compiler reads this file again, and shares the environment.
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES DRENCH_SYSROOT DRENCH_STATIC)
 if(DRENCH_SYSROOT)
   set(CMAKE_SYSROOT ${DRENCH_SYSROOT})
   set(libraries ${DRENCH_SYSROOT})

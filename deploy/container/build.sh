@@ -64,14 +64,15 @@ images() {
 }
 
 quietly deploy/container/libraries.sh "build/static-$own"
-configure container
+# Afresh, since CMake keeps where it once found libraries, the shared ones too.
+configure container --fresh
 images "$own" container strip
 [ -n "$arm64" ] || exit 0
 
 unpack_arm64_libraries
 quietly deploy/container/libraries.sh build/sysroot-arm64/opt/static \
   --toolchain "$PWD/deploy/arm64.cmake" -DDRENCH_SYSROOT="$PWD/build/sysroot-arm64"
-configure container-arm64
+configure container-arm64 --fresh
 images arm64 container-arm64 aarch64-linux-gnu-strip
 for each in "$image" "$image-firewall"; do
   ! buildah manifest exists "$each:all" || buildah manifest rm "$each:all"

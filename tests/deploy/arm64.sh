@@ -27,7 +27,7 @@ fail() {
   [ $# -eq 0 ] || cat "$@" >&2
   exit 1
 }
-emulated() { qemu-aarch64 -L /usr/aarch64-linux-gnu "$@"; }
+emulated=(qemu-aarch64 -L /usr/aarch64-linux-gnu)
 
 {
   cmake --preset arm64 -B "$build" -DDRENCH_WERROR=ON
@@ -35,12 +35,12 @@ emulated() { qemu-aarch64 -L /usr/aarch64-linux-gnu "$@"; }
 } >"$folder/build.log" 2>&1 || fail 'The game cannot be built for arm64:' "$folder/build.log"
 
 # A few tests start their own executable, which qemu cannot do by itself.
-tests() { emulated "$build/drench-game-tests" --gtest_filter="$1" >"$folder/tests.log" 2>&1; }
+tests() { "${emulated[@]}" "$build/drench-game-tests" --gtest_filter="$1" >"$folder/tests.log" 2>&1; }
 tests -FileLoaderDeathTest.\* || fail 'On arm64 the game is another:' "$folder/tests.log"
 tests Match.OfThousandsOfTicksEndsInOneKnownState || fail 'On arm64 the match ends otherwise.'
 grep -q 'PASSED.* 1 test' "$folder/tests.log" || fail 'There is no such match.'
 
-emulated "$build/drench-server" "$port" >"$folder/room.log" 2>&1 &
+"${emulated[@]}" "$build/drench-server" "$port" >"$folder/room.log" 2>&1 &
 room=$!
 for _ in $(seq 100); do
   ! grep -q listening "$folder/room.log" || break
