@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <glm/geometric.hpp>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,7 @@ void watch(Watching& watching, const std::vector<Command>& commands) {
                     watching.playback().moment() <= watching.playback().end(),
                 "the moment is one of the match");
         requireDrawable(scene);
+        require(glm::length(scene.camera.direction) > 0.1f, "the eye looks somewhere");
     };
     pass(0.0);
     for (const Command& command : commands) {
@@ -103,9 +105,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         case 1:
             state.change(much, offsetof(PlayerUpdate, position), bytes.text(sizeof(vec3)));
             break;
-        case 2:
-            state.change(much, bytes.next<std::uint8_t>(), bytes.text(8));
+        case 2: {
+            const auto offset = bytes.next<std::uint8_t>();
+            state.change(much, offset, bytes.text(8));
             break;
+        }
         case 3:
             show(milliseconds(much * much * much));
             break;
