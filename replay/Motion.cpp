@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 namespace drench::replay {
@@ -115,7 +114,7 @@ class Search {
         if (found_.empty())
             return {std::nullopt, nearest_};
         Unseen unseen{found_, unseen_.turnedFrom};
-        if (std::memcmp(&before_.direction, &seen_.direction, sizeof(vec3)) != 0)
+        if (!isSame(before_.direction, seen_.direction))
             unseen.turnedFrom = before_.direction;
         return {unseen, 0.0};
     }
@@ -141,7 +140,7 @@ class Search {
     }
 
     bool isAllowed(const Level& strafe) const {
-        const bool hasTurned = std::memcmp(&before_.direction, &seen_.direction, sizeof(vec3)) != 0;
+        const bool hasTurned = !isSame(before_.direction, seen_.direction);
         if (hasTurned)
             return canStrafe(strafe, before_.direction, seen_.direction);
         return !unseen_.turnedFrom || canStrafe(strafe, *unseen_.turnedFrom, seen_.direction);
@@ -200,6 +199,10 @@ std::array<double, 3> viewInRotation(const PlayerUpdate& player) {
 
 } // namespace
 
+bool isSame(const vec3& a, const vec3& b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
 Step step(MapManager& map, const PlayerUpdate& before, const Unseen& unseen,
           const PlayerUpdate& seen) {
     return Search(map, before, unseen, seen).run();
@@ -246,8 +249,7 @@ bool isAtSpawn(const PlayerUpdate& seen) {
     for (int pose = 0; pose < Player::spawnPoseCount; ++pose) {
         Player player('0', nullptr, 0.0f, pose);
         const PlayerUpdate spawned = player.getPlayerUpdate();
-        if (std::memcmp(&spawned.position, &seen.position, sizeof(vec3)) == 0 &&
-            std::memcmp(&spawned.direction, &seen.direction, sizeof(vec3)) == 0)
+        if (isSame(spawned.position, seen.position) && isSame(spawned.direction, seen.direction))
             return true;
     }
     return false;

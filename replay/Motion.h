@@ -36,6 +36,9 @@ struct Step {
     double missedBy = 0.0;
 };
 
+/// Whether two vectors have the same components.
+bool isSame(const vec3& a, const vec3& b);
+
 /// Whether a player can be in state `seen` one tick after `before`: moves it by Player::update with
 /// all keys that there are, in the direction seen, within a hundredth of a unit.
 Step step(MapManager& map, const PlayerUpdate& before, const Unseen& unseen,

@@ -113,10 +113,6 @@ class Arrivals {
     bool isSteady_ = true;
 };
 
-bool isSameBody(const PlayerUpdate& a, const PlayerUpdate& b) {
-    return std::memcmp(&a.position, &b.position, sizeof a.position) == 0;
-}
-
 int playersIn(const UpdateMessage& state) {
     return static_cast<int>(
         std::count_if(std::begin(state.updates), std::end(state.updates),
@@ -274,14 +270,13 @@ class Verifier {
         Step found = step(map_, before, unseen, seen);
         if (found.unseen)
             outcome.unseen = std::move(*found.unseen);
-        else if (ticks > 1 && canBeThere(map_, before, unseen, seen, ticks))
+        else if (ticks > 1 &&
+                 (canBeThere(map_, before, unseen, seen, ticks) || canHaveRespawned(seen, ticks)))
             outcome.isOverGap = true;
-        else if (isSameBody(before, seen) &&
+        else if (isSame(before.position, seen.position) &&
                  playersIn(next.frame->state) < playersIn(known_.back().frame->state))
             // The one behind a player who left sits out that tick.
             outcome.unseen = unseen;
-        else if (ticks > 1 && canHaveRespawned(seen, ticks))
-            outcome.isOverGap = true;
         else
             outcome.what = missed(found.missedBy);
         if (outcome.what.empty())
@@ -349,7 +344,7 @@ class Verifier {
             const PlayerUpdate* before = client::playerWith(from.frame->state, seen.id);
             if (seen.id == 0 || !before)
                 continue;
-            hasMoved = hasMoved || !isSameBody(*before, seen);
+            hasMoved = hasMoved || !isSame(before->position, seen.position);
             if (client::isSoaked(seen) || client::isSoaked(*before))
                 continue;
             const Unseen& unseen = unseenOf(from, seen.id);

@@ -11,7 +11,7 @@ set_tests_properties(House.CheckOfArrowsRefusesEachWayToBreakThem PROPERTIES SKI
 foreach(call ServerCall SocketCall)
   set(function_of_ServerCall "Server::update")
   set(function_of_SocketCall "SocketInfo::init")
-  foreach(room room game client arena picture bot-parts lag-parts play render ui)
+  foreach(room room game client recording arena picture replay-parts bot-parts lag-parts play render ui)
     if(NOT TARGET drench-${room})
       continue()
     endif()

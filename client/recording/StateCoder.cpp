@@ -55,6 +55,16 @@ std::int64_t distance(float a, float b) {
     return std::abs(rank(a) - rank(b));
 }
 
+/// Whether floats of two players are the same, of zeros and NaN too.
+template<class Floats>
+bool sameBits(const Floats& a, const Floats& b, std::size_t from, std::size_t count) {
+    for (std::size_t at = from; at < from + count; ++at) {
+        if (rank(a[at]) != rank(b[at]))
+            return false;
+    }
+    return true;
+}
+
 vec3 vectorAt(const float* floats) {
     return {floats[0], floats[1], floats[2]};
 }
@@ -134,8 +144,7 @@ bool StateCoder::isTame(const Slot& slot) {
 
 /// The turn that leads about from the slot's direction to the one seen.
 StateCoder::Step StateCoder::guessTurn(const Slot& slot, const Floats& seen) {
-    if (std::memcmp(&slot.floats[directionAt], &seen[directionAt], 3 * sizeof(float)) == 0 &&
-        std::memcmp(&slot.floats[rotationAt], &seen[rotationAt], 4 * sizeof(float)) == 0)
+    if (sameBits(slot.floats, seen, directionAt, 3) && sameBits(slot.floats, seen, rotationAt, 4))
         return {};
     const vec3 from = vectorAt(&slot.floats[directionAt]);
     const vec3 to = vectorAt(&seen[directionAt]);
@@ -235,11 +244,10 @@ void StateCoder::move(Slot& slot, std::uint8_t moves) {
 
 /// Corrects what is not seen after a prediction that was wrong.
 void StateCoder::takeOverPosition(Slot& slot, const Floats& before, const Floats& predicted) {
-    const vec3 now = vectorAt(&slot.floats[positionAt]);
-    const vec3 expected = vectorAt(&predicted[positionAt]);
-    if (std::memcmp(&now, &expected, sizeof now) == 0)
+    if (sameBits(slot.floats, predicted, positionAt, 3))
         return;
-    if (std::bit_cast<std::uint32_t>(now.y) != std::bit_cast<std::uint32_t>(expected.y))
+    const vec3 now = vectorAt(&slot.floats[positionAt]);
+    if (!sameBits(slot.floats, predicted, positionAt + 1, 1))
         slot.verticalSpeed = now.y - before[positionAt + 1];
     slot.look = now + vectorAt(&slot.floats[directionAt]);
     if (!isTame(slot)) {
