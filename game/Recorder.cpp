@@ -59,15 +59,17 @@ void Recorder::toggle(const std::string& arena, Time now) {
     isRecording_ = true;
     begin_ = now;
     // To shrink a large arena takes longer than a frame may.
-    beginning_ = std::async(
-        std::launch::async,
-        [folder = folder_, header = client::headerNow(arena, room_, program), now]() -> Begun {
+    beginning_ =
+        std::async(std::launch::async, [folder = folder_,
+                                        header = client::headerNow(arena, room_, program), now] {
+            Begun begun;
             try {
-                const std::string file = newRecordingFile(folder);
-                return {file, std::make_unique<client::RecordingWriter>(file, header, now), ""};
+                begun.file = newRecordingFile(folder);
+                begun.writer = std::make_unique<client::RecordingWriter>(begun.file, header, now);
             } catch (const InputError& error) {
-                return {"", nullptr, error.what()};
+                begun.problem = error.what();
             }
+            return begun;
         });
 }
 
