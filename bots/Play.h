@@ -4,12 +4,12 @@
 #include "bots/Report.h"
 #include "bots/Roadmap.h"
 #include "bots/Tally.h"
-#include "replay/Tracks.h"
 #include "client/Bodies.h"
 #include "client/RoomAddress.h"
 #include "client/Session.h"
 #include "client/Tap.h"
 #include "common/Chance.h"
+#include "replay/Tracks.h"
 
 #include <functional>
 #include <optional>
