@@ -6,7 +6,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-targets=(server client prediction match scene maptext plan vox script settings chart recording bots relay)
+targets=(server client prediction match scene watching maptext plan vox script settings chart recording bots relay)
 usage() { echo "usage: ./fuzz.sh [target] [seconds]    (targets: ${targets[*]}; 60 seconds each)"; }
 misused() {
   usage >&2

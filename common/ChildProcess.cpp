@@ -100,7 +100,10 @@ std::string programNamed(const std::string& name) {
     const char* const set = std::getenv("PATH");
     std::istringstream folders(set ? set : "");
     for (std::string folder; std::getline(folders, folder, ':');) {
-        std::string file = folder.empty() ? name : folder + "/" + name;
+        std::string file = std::move(folder);
+        if (!file.empty())
+            file += '/';
+        file += name;
         struct stat status {};
         if (stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
             access(file.c_str(), X_OK) == 0)

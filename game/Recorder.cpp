@@ -39,53 +39,75 @@ void Recorder::leave(Time now) {
 void Recorder::take(client::Way way, std::string_view datagram, Time now) {
     if (recent_)
         recent_->take(way, 0, datagram, now);
-    if (writer_)
-        writer_->take(way, 0, datagram, now);
+    if (begun_.writer)
+        begun_.writer->take(way, 0, datagram, now);
+    else if (isRecording_)
+        waiting_.push_back({way, std::string(datagram), now});
 }
 
 double Recorder::seconds(Time now) const {
-    return writer_ ? std::chrono::duration<double>(now - begin_).count() : 0.0;
+    return isRecording_ ? std::chrono::duration<double>(now - begin_).count() : 0.0;
 }
 
 void Recorder::toggle(const std::string& arena, Time now) {
-    if (writer_) {
+    if (isRecording_) {
         end(now);
         return;
     }
     if (!recent_)
         return;
-    try {
-        file_ = newRecordingFile(folder_);
-        writer_ = std::make_unique<client::RecordingWriter>(
-            file_, client::headerNow(arena, room_, program), now);
-        begin_ = now;
-        news_.push_back("Recording.");
-    } catch (const InputError& error) {
-        news_.emplace_back(error.what());
+    isRecording_ = true;
+    begin_ = now;
+    // To shrink a large arena takes longer than a frame may.
+    beginning_ =
+        std::async(std::launch::async, [folder = folder_,
+                                        header = client::headerNow(arena, room_, program), now] {
+            Begun begun;
+            try {
+                begun.file = newRecordingFile(folder);
+                begun.writer = std::make_unique<client::RecordingWriter>(begun.file, header, now);
+            } catch (const InputError& error) {
+                begun.problem = error.what();
+            }
+            return begun;
+        });
+}
+
+/// Waits until the file is begun.
+void Recorder::takeBegun() {
+    begun_ = beginning_.get();
+    if (!begun_.writer) {
+        isRecording_ = false;
+        news_.push_back(begun_.problem);
+    }
+    for (const Waiting& each : std::exchange(waiting_, {})) {
+        if (begun_.writer)
+            begun_.writer->take(each.way, 0, each.datagram, each.moment);
     }
 }
 
 void Recorder::end(Time now) {
-    if (!writer_)
+    if (beginning_.valid())
+        takeBegun();
+    if (!std::exchange(isRecording_, false))
         return;
-    const auto length = std::chrono::duration_cast<client::RecordedTime>(now - begin_);
-    ending_.push_back(std::async(
-        std::launch::async, [writer = std::move(writer_), file = file_, length]() mutable {
-            const std::string problem = writer->finish();
-            return problem.empty() ? "Recorded " + lengthWords(length) + " as " + nameOf(file)
-                                   : problem;
-        }));
+    const auto length = std::chrono::duration<double>(now - begin_);
+    ending_.push_back(std::async(std::launch::async, [begun = std::exchange(begun_, {}), length] {
+        const std::string problem = begun.writer->finish();
+        return problem.empty() ? "Recorded " + lengthWords(length) + " as " + nameOf(begun.file)
+                               : problem;
+    }));
 }
 
 void Recorder::keepRecent(const std::string& arena) {
     if (!recent_)
         return;
-    recent_->setArena(arena);
     ending_.push_back(
-        std::async(std::launch::async, [bytes = recent_->recording(), folder = folder_] {
+        std::async(std::launch::async, [recent = *recent_, arena, folder = folder_]() mutable {
             try {
+                recent.setArena(arena);
                 const std::string file = newRecordingFile(folder);
-                replaceFile(file, bytes);
+                replaceFile(file, recent.recording());
                 return "Kept the last two minutes as " + nameOf(file);
             } catch (const InputError& error) {
                 return std::string(error.what());
@@ -94,14 +116,22 @@ void Recorder::keepRecent(const std::string& arena) {
 }
 
 std::vector<std::string> Recorder::takeNews() {
-    std::erase_if(ending_, [this](std::future<std::string>& each) {
-        if (each.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+    const auto isReady = [](const auto& future) {
+        return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    };
+    if (beginning_.valid() && isReady(beginning_)) {
+        takeBegun();
+        if (isRecording_)
+            news_.push_back("Recording.");
+    }
+    if (begun_.writer && !begun_.writer->problem().empty())
+        end(begin_);
+    std::erase_if(ending_, [&](std::future<std::string>& each) {
+        if (!isReady(each))
             return false;
         news_.push_back(each.get());
         return true;
     });
-    if (writer_ && !writer_->problem().empty())
-        end(begin_);
     return std::exchange(news_, {});
 }
 

@@ -30,7 +30,7 @@ class Recorder {
     /// The room is left: a recording ends, and the last minutes are forgotten.
     void leave(Time now);
 
-    bool isRecording() const { return writer_ != nullptr; }
+    bool isRecording() const { return isRecording_; }
 
     /// Since the recording began; 0 without one.
     double seconds(Time now) const;
@@ -46,15 +46,36 @@ class Recorder {
     std::vector<std::string> takeNews();
 
   private:
+    /// A file that was begun.
+    struct Begun {
+        std::string file;
+        std::unique_ptr<client::RecordingWriter> writer;
+
+        /// Why there is none; empty otherwise.
+        std::string problem;
+    };
+
+    struct Waiting {
+        client::Way way;
+        std::string datagram;
+        Time moment;
+    };
+
     void take(client::Way way, std::string_view datagram, Time now);
+    void takeBegun();
     void end(Time now);
 
     std::string folder_;
     std::string room_;
     std::optional<client::RecentRecording> recent_;
-    std::unique_ptr<client::RecordingWriter> writer_;
-    std::string file_;
+
+    /// A recording that goes on: its file is begun in the background, and what comes until then
+    /// waits for it.
+    bool isRecording_ = false;
     Time begin_;
+    std::future<Begun> beginning_;
+    std::vector<Waiting> waiting_;
+    Begun begun_;
     std::vector<std::string> news_;
 
     /// Files that are being written; each ends with a line to tell.

@@ -56,6 +56,9 @@ void Watching::pass(double seconds, const Settings& settings, Scene& scene) {
         ears_->take(each.event, isEye ? watched : '\0', std::nullopt);
 
     const PlayerUpdate* player = playerIn(players, watched);
+    // Numbers of a hostile room lead nowhere.
+    if (player && !isDrawable(*player))
+        player = nullptr;
     // After a leap nobody else knows where a soaked player's eye stayed.
     const std::optional<PlayerUpdate> stayed =
         player && client::isSoaked(*player) ? playback_.lastAlive(watched) : std::nullopt;

@@ -41,7 +41,7 @@ std::string speedWords(double speed) {
 /// "Ann, from behind".
 std::string viewWords(const Watching& watching) {
     const MatchPlayer* const player = watching.match().player(watching.watched());
-    const std::string name = player ? player->name : "";
+    std::string name = player ? player->name : "";
     switch (watching.spectator().view()) {
     case Spectator::View::eye:
         return name;

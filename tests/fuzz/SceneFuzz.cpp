@@ -4,23 +4,17 @@
 // 127.0.0.1, where what is sent has arrived.
 
 #include "client/Session.h"
-#include "game/Figures.h"
-#include "game/GunInHands.h"
-#include "game/Labels.h"
 #include "game/Senses.h"
-#include "game/WaterShapes.h"
 #include "tests/fuzz/Bytes.h"
 #include "tests/fuzz/HostileState.h"
 #include "tests/fuzz/Require.h"
 #include "tests/fuzz/RoomSocket.h"
-#include "tests/support/Courts.h"
+#include "tests/fuzz/SceneRules.h"
 #include "tests/support/Datagrams.h"
 
-#include <cmath>
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <vector>
 
 using namespace drench;
 using namespace drench::game;
@@ -30,42 +24,9 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr char name[] = "Ann";
-constexpr float aspect = 16.0f / 9.0f;
 
 /// Of one input, so that no input takes long.
 constexpr int mostFrames = 100;
-
-/// More than the most figures, jets, drops and patches that a scene may hold.
-constexpr std::size_t mostVertices = 40'000;
-
-/// A court with some cubes to stand on and to hide behind.
-MapManager& arena() {
-    static MapManager map = court(9, 6, 9, [](int i, int j, int k) {
-        return (j == 1 && i % 3 == 0 && k % 4 == 0) || (j <= 3 && i == 4 && k == 4);
-    });
-    return map;
-}
-
-UpdateMessage firstState() {
-    UpdateMessage state;
-    for (int i = 0; i < maxPlayers; ++i) {
-        PlayerUpdate player;
-        player.id = static_cast<char>('1' + i);
-        player.position = {96.0f + 128.0f * static_cast<float>(i), standing, 160.0f};
-        player.direction = {0.0f, 0.0f, 1.0f};
-        std::string(i == 0 ? name : "Bo").copy(player.name, sizeof player.name - 1);
-        state.add(player);
-    }
-    return state;
-}
-
-bool isFinite(const glm::vec2& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y);
-}
-
-bool isFinite(const glm::vec3& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
 
 /// What lasts from frame to frame, and the frame itself.
 class Picture {
@@ -82,50 +43,13 @@ class Picture {
         senses_.show(scene_, settings, true, now, seconds);
         if (Ears* const ears = senses_.ears())
             ears->forget();
-        checkScene();
-        checkVertices();
+        requireDrawable(scene_);
     }
 
     const Scene& scene() const { return scene_; }
 
   private:
-    void checkScene() const {
-        require(isFinite(scene_.camera.eye) && isFinite(scene_.camera.direction),
-                "the eye is somewhere");
-        require(scene_.figures.size() <= maxPlayers && scene_.shadows.size() <= maxPlayers,
-                "each player is shown once");
-        require(scene_.jets.size() <= Water::mostJets && scene_.drops.size() <= Drops::most &&
-                    scene_.splashes.size() <= WetPatches::most,
-                "water is bounded");
-        require(scene_.names.size() <= scene_.figures.size(), "each figure has one name");
-        for (const Label& label : labelsOf(scene_, aspect)) {
-            require(label.place.x >= 0.0f && label.place.x <= 1.0f && label.place.y >= 0.0f &&
-                        label.place.y <= 1.0f && std::isfinite(label.distance),
-                    "a label lies in the picture");
-            require(label.colour >= 0 && label.colour < maxPlayers, "a colour is a player's");
-        }
-    }
-
-    void checkVertices() {
-        Solids solids;
-        for (const FigurePose& figure : scene_.figures)
-            addFigure(solids, figure);
-        if (scene_.gun)
-            addGunInHands(solids, *scene_.gun, scene_.camera);
-        require(solids.vertices.size() <= mostVertices, "solids are bounded");
-        for (const SolidVertex& vertex : solids.vertices)
-            require(isFinite(vertex.position) && isFinite(vertex.normal), "a vertex is somewhere");
-        WaterShapes shapes;
-        addWater(shapes, scene_);
-        require(shapes.size() <= mostVertices, "shapes of water are bounded");
-        for (const WaterVertex& vertex : shapes)
-            require(isFinite(vertex.place) && isFinite(vertex.shape) &&
-                        std::isfinite(vertex.along) && vertex.strength >= 0.0f &&
-                        vertex.strength <= 1.0f,
-                    "water is somewhere");
-    }
-
-    Senses senses_{arena()};
+    Senses senses_{courtWithCubes()};
     Scene scene_;
 };
 
@@ -184,7 +108,7 @@ void act(Bytes& bytes, std::size_t much, client::Session& session) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Bytes bytes(data, size);
     Watch watch;
-    HostileState state(firstState());
+    HostileState state(fourPlayers(name));
     int frames = 0;
     const auto show = [&](milliseconds time, bool ahead) {
         watch.send(state.datagram());

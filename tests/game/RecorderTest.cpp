@@ -119,11 +119,24 @@ TEST_F(RecorderInRoom, LeavingEndsARecording) {
     EXPECT_EQ(kept().size(), 1u);
 }
 
+TEST_F(RecorderInRoom, MissesNothingWhileTheFileIsBegun) {
+    recorder.toggle("", now);
+    play(50);
+    EXPECT_TRUE(recorder.isRecording());
+    EXPECT_EQ(news(), "Recording.");
+    play(50);
+    recorder.toggle("", now);
+    news();
+    ASSERT_EQ(kept().size(), 1u);
+    EXPECT_EQ(client::RecordingReader::open(kept()[0].file).datagrams(), 100u);
+}
+
 TEST(Recorder, SaysWhyItCannot) {
     Recorder homeless("");
     const client::Time now{};
     homeless.enter("localhost:5000", now);
     homeless.toggle("", now);
+    homeless.leave(now);
     EXPECT_FALSE(homeless.isRecording());
     const std::vector<std::string> news = homeless.takeNews();
     ASSERT_EQ(news.size(), 1u);

@@ -124,8 +124,9 @@ TEST(Video, HasEveryFrameAndItsSound) {
     const TemporaryFolder folder;
     const std::string file = folder.path + "/match.mp4";
     for (const std::string view : {"eye --player 3", "follow", "above"}) {
-        ToolProcess film =
-            withoutDisplay(folder, "--video " + file + oneSecond + " --view " + view);
+        std::string arguments = "--video " + file + oneSecond;
+        arguments += " --view " + view;
+        ToolProcess film = withoutDisplay(folder, arguments);
         ASSERT_EQ(film.status(), 0) << film.err();
         EXPECT_EQ(film.err(), "");
         ToolProcess probe("/usr/bin/env",
