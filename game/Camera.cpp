@@ -1,9 +1,25 @@
 #include "game/Camera.h"
 
+#include <algorithm>
 #include <cmath>
 #include <glm/gtc/matrix_transform.hpp>
 
 namespace drench::game {
+
+namespace {
+
+/// The least part to the side of a direction of length 1.
+constexpr float leastSlant = 1e-3f;
+
+} // namespace
+
+void turnTo(Camera& camera, glm::vec3 direction) {
+    // Squares of very large or small numbers are none.
+    direction /= std::max({std::abs(direction.x), std::abs(direction.y), std::abs(direction.z)});
+    direction = glm::normalize(direction);
+    if (std::hypot(direction.x, direction.z) > leastSlant)
+        camera.direction = direction;
+}
 
 Camera overviewOf(const MapManager& map) {
     Camera camera;

@@ -37,6 +37,10 @@ constexpr float nearPlane = 6.0f;
 /// World units; the largest arena is 16 384 wide.
 constexpr float farPlane = 24576.0f;
 
+/// Has the eye look along `direction`, of any length. It stays as it was for one that is zero, no
+/// number, or straight up or down, where a picture has no upper edge: hostile rooms send those.
+void turnTo(Camera& camera, glm::vec3 direction);
+
 /// Above a corner of the arena, seeing all of it: for whoever is nowhere in it.
 Camera overviewOf(const MapManager& map);
 

@@ -47,7 +47,7 @@ void Senses::show(Scene& scene, const Settings& settings, bool isInRoom, client:
     if (isInRoom && bodies_) {
         if (const std::optional<client::Prediction::Body> body = bodies_->own(now)) {
             scene.camera.eye = onScreen(body->eye);
-            scene.camera.direction = onScreen(body->player.direction);
+            turnTo(scene.camera, onScreen(body->player.direction));
             own = {match_.ownId(), scene.camera.eye, scene.camera.direction,
                    body->player.isShooting()};
         }

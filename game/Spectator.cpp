@@ -155,7 +155,7 @@ void Spectator::place(Camera& camera, const PlayerUpdate* player, const MapManag
     } else if (player && !client::isSoaked(*player)) {
         if (view_ == View::eye) {
             camera.eye = onScreen(player->position);
-            camera.direction = onScreen(player->direction);
+            turnTo(camera, onScreen(player->direction));
         } else {
             follow(camera, *player, map, seconds);
         }

@@ -49,6 +49,7 @@ inline void requireBounded(const drench::game::Scene& scene) {
     using namespace drench::game;
     constexpr float aspect = 16.0f / 9.0f;
     require(isFinite(scene.camera.eye) && isFinite(scene.camera.direction), "the eye is somewhere");
+    require(glm::length(scene.camera.direction) > 0.1f, "the eye looks somewhere");
     require(scene.figures.size() <= maxPlayers && scene.shadows.size() <= maxPlayers,
             "each player is shown once");
     require(scene.jets.size() <= Water::mostJets && scene.drops.size() <= Drops::most &&

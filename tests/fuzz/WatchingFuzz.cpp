@@ -56,7 +56,6 @@ void watch(Watching& watching, const std::vector<Command>& commands) {
                     watching.playback().moment() <= watching.playback().end(),
                 "the moment is one of the match");
         requireDrawable(scene);
-        require(glm::length(scene.camera.direction) > 0.1f, "the eye looks somewhere");
     };
     pass(0.0);
     for (const Command& command : commands) {

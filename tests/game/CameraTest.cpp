@@ -1,7 +1,9 @@
 #include "game/Camera.h"
 
+#include <cmath>
 #include <glm/trigonometric.hpp>
 #include <gtest/gtest.h>
+#include <limits>
 
 using namespace drench::game;
 
@@ -40,4 +42,28 @@ TEST(Camera, KeepsDepthsApartFromHalfABodyToTheEndOfTheLargestArena) {
     const Camera camera;
     EXPECT_GT(inPicture(camera, 1.0f, {0.0f, 0.0f, 8.0f}).z, -1.0f);
     EXPECT_LT(inPicture(camera, 1.0f, {0.0f, 0.0f, 16384.0f * 1.41f}).z, 1.0f);
+}
+
+TEST(Camera, TurnsToDirectionsOfAnyLength) {
+    for (const float length : {1e-40f, 1e-20f, 1.0f, 3e38f}) {
+        Camera camera;
+        turnTo(camera, {length, length, 0.0f});
+        EXPECT_NEAR(camera.direction.x, std::sqrt(0.5f), 1e-4f) << length;
+        EXPECT_NEAR(camera.direction.y, std::sqrt(0.5f), 1e-4f) << length;
+        EXPECT_EQ(camera.direction.z, 0.0f) << length;
+    }
+}
+
+TEST(Camera, KeepsItsDirectionWhereNoneIsGivenThatAPictureCanHave) {
+    constexpr float none = std::numeric_limits<float>::quiet_NaN();
+    constexpr float endless = std::numeric_limits<float>::infinity();
+    for (const glm::vec3 direction :
+         {glm::vec3(0.0f), glm::vec3(0.0f, 1.0f, 0.0f), glm::vec3(1e-4f, -1.0f, 0.0f),
+          glm::vec3(none, 0.0f, 1.0f), glm::vec3(1.0f, none, 1.0f),
+          glm::vec3(endless, 0.0f, 1.0f)}) {
+        Camera camera;
+        camera.direction = {1.0f, 0.0f, 0.0f};
+        turnTo(camera, direction);
+        EXPECT_EQ(camera.direction, glm::vec3(1.0f, 0.0f, 0.0f));
+    }
 }
