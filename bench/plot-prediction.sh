@@ -1,21 +1,8 @@
 #!/usr/bin/env bash
-# Draws what bench/prediction wrote with --tsv. Usage: bench/plot-prediction.sh COLUMNS.tsv PICTURE.png.
-# Needs gnuplot.
+# Draws what bench/prediction wrote with --tsv: bench/plot-prediction.sh COLUMNS.tsv PICTURE.png
 set -euo pipefail
-if [ $# -ne 2 ] || [ ! -r "$1" ]; then
-  echo 'usage: bench/plot-prediction.sh COLUMNS.tsv PICTURE.png' >&2
-  exit 2
-fi
-
-# Beside the picture, so that a failure leaves the old one.
-unfinished=$2.unfinished
-trap 'rm -f "$unfinished"' EXIT
-gnuplot -e "columns='$1'; picture='$unfinished'" - <<'GNUPLOT'
-set terminal pngcairo size 1400,600 font 'sans,13' background '#ffffff'
-set output picture
-set datafile separator tab
-set border 3 linecolor '#666666'
-set tics nomirror textcolor '#333333'
+. "$(dirname "$0")/plotting.sh"
+plot "$@" <<'GNUPLOT'
 set grid linecolor '#dddddd' linetype 1
 set key top left Left reverse samplen 1.5 textcolor '#333333' font ',12'
 set logscale x
@@ -37,4 +24,3 @@ set xlabel 'share of inputs where it is off by more'
 plot for [i=1:4] columns index 2*i-1 skip 1 using 1:2 with lines title lines[i] \
      linecolor rgb colours[i] linewidth 2.5
 GNUPLOT
-mv "$unfinished" "$2"

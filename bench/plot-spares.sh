@@ -1,21 +1,8 @@
 #!/usr/bin/env bash
-# Draws what bench/spares wrote with --tsv. Usage: bench/plot-spares.sh COLUMNS.tsv PICTURE.png. Needs
-# gnuplot.
+# Draws what bench/spares wrote with --tsv: bench/plot-spares.sh COLUMNS.tsv PICTURE.png
 set -euo pipefail
-if [ $# -ne 2 ] || [ ! -r "$1" ]; then
-  echo 'usage: bench/plot-spares.sh COLUMNS.tsv PICTURE.png' >&2
-  exit 2
-fi
-
-# Beside the picture, so that a failure leaves the old one.
-unfinished=$2.unfinished
-trap 'rm -f "$unfinished"' EXIT
-gnuplot -e "columns='$1'; picture='$unfinished'" - <<'GNUPLOT'
-set terminal pngcairo size 1400,600 font 'sans,13' background '#ffffff'
-set output picture
-set datafile separator tab
-set border 3 linecolor '#666666'
-set tics nomirror textcolor '#333333'
+. "$(dirname "$0")/plotting.sh"
+plot "$@" <<'GNUPLOT'
 set grid linecolor '#dddddd' linetype 1
 set key top right Right noreverse samplen 1.5 textcolor '#333333' font ',12' title 'a room starts in'
 array colours[4] = ['#2368b5', '#2a9d6f', '#d98e04', '#c0392b']
@@ -40,4 +27,3 @@ set ytics auto
 plot for [i=1:4] columns index 1 skip 1 using 1:i+1 with lines title starts[i] \
      linecolor rgb colours[i] linewidth 2.5
 GNUPLOT
-mv "$unfinished" "$2"

@@ -1,20 +1,8 @@
 #!/usr/bin/env bash
-# Draws what bench/rooms wrote with --tsv. Usage: bench/plot.sh COLUMNS.tsv PICTURE.png. Needs gnuplot.
+# Draws what bench/rooms wrote with --tsv: bench/plot.sh COLUMNS.tsv PICTURE.png
 set -euo pipefail
-if [ $# -ne 2 ] || [ ! -r "$1" ]; then
-  echo 'usage: bench/plot.sh COLUMNS.tsv PICTURE.png' >&2
-  exit 2
-fi
-
-# Beside the picture, so that a failure leaves the old one.
-unfinished=$2.unfinished
-trap 'rm -f "$unfinished"' EXIT
-gnuplot -e "columns='$1'; picture='$unfinished'" - <<'GNUPLOT'
-set terminal pngcairo size 1400,600 font 'sans,13' background '#ffffff'
-set output picture
-set datafile separator tab
-set border 3 linecolor '#666666'
-set tics nomirror textcolor '#333333'
+. "$(dirname "$0")/plotting.sh"
+plot "$@" <<'GNUPLOT'
 set grid ytics linecolor '#dddddd' linetype 1
 set key top left Left reverse samplen 1.5 textcolor '#333333'
 floor = '#9aa5b1'
@@ -53,4 +41,3 @@ plot columns index 1 skip 1 using 1:2 with linespoints title 'the bare system ca
      '' index 1 skip 1 using 1:3 with linespoints title 'the server' \
        linecolor rgb server linewidth 2.5 pointtype 7
 GNUPLOT
-mv "$unfinished" "$2"
