@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/prctl.h>
@@ -31,8 +32,15 @@ void become(const std::vector<char*>& words, const ChildProcess::Streams& stream
         dup2(streams.errors, STDERR_FILENO);
     if (streams.input >= 0)
         dup2(streams.input, STDIN_FILENO);
+    unsigned firstToClose = STDERR_FILENO + 1;
+    if (streams.further >= 0) {
+        dup2(streams.further, ChildProcess::furtherNumber);
+        // Where it had that number already.
+        fcntl(ChildProcess::furtherNumber, F_SETFD, 0);
+        firstToClose = ChildProcess::furtherNumber + 1;
+    }
     // Libraries open sockets that a program would inherit.
-    close_range(STDERR_FILENO + 1, ~0u, 0);
+    close_range(firstToClose, ~0u, 0);
     execv(words.front(), words.data());
     _exit(cannotRun);
 }

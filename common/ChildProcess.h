@@ -17,12 +17,17 @@ class ChildProcess {
     explicit ChildProcess(const std::function<void()>& main);
 
     /// The descriptors that become a program's standard output, error and input; -1 leaves them as
-    /// they are.
+    /// they are. A program gets no others than these four.
     struct Streams {
         int output = -1;
         int errors = -1;
         int input = -1;
+
+        /// Becomes descriptor `furtherNumber`; -1 for none.
+        int further = -1;
     };
+
+    static constexpr int furtherNumber = 3;
 
     /// Starts a program: the first word is its file, the others are its arguments. Its exit status
     /// is 127 if the file cannot be run.

@@ -29,7 +29,7 @@ constexpr char soundBits[] = "160k";
 }
 
 std::vector<std::string> ffmpegWords(const std::string& ffmpeg, const std::string& file, int width,
-                                     int height, int rate, int sound) {
+                                     int height, int rate) {
     return {ffmpeg, "-hide_banner", "-loglevel", "error", "-y",
             // The frames.
             "-f", "rawvideo", "-pixel_format", "rgb24", "-video_size",
@@ -37,7 +37,7 @@ std::vector<std::string> ffmpegWords(const std::string& ffmpeg, const std::strin
             std::to_string(rate), "-i", "-",
             // The sound.
             "-f", "s16le", "-ar", std::to_string(sampleRate), "-ac", "2", "-i",
-            "/dev/fd/" + std::to_string(sound),
+            "/dev/fd/" + std::to_string(ChildProcess::furtherNumber),
             // No date of making, so that equal frames make equal files.
             "-map_metadata", "-1", "-fflags", "+bitexact", "-c:v", "libx264", "-crf", quality,
             "-pix_fmt", "yuv420p", "-c:a", "aac", "-b:a", soundBits, "-movflags", "+faststart",
@@ -81,8 +81,8 @@ VideoFile::VideoFile(std::string path, int width, int height, int rate, int soun
         failWithReason("there is no way to ffmpeg");
     const Descriptor out(ends[0]);
     frames_.emplace(ends[1]);
-    ffmpeg_.emplace(ffmpegWords(ffmpeg, file_.name(), width, height, rate, sound),
-                    ChildProcess::Streams{.input = out.number});
+    ffmpeg_.emplace(ffmpegWords(ffmpeg, file_.name(), width, height, rate),
+                    ChildProcess::Streams{.input = out.number, .further = sound});
 }
 
 void VideoFile::failEnded() {

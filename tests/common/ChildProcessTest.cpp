@@ -4,6 +4,7 @@
 #include "common/Timekeeper.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -55,6 +56,29 @@ TEST(ChildProcess, InputComesFromWhereItIsTaken) {
     const TemporaryFolder folder;
     const Descriptor in(open(folder.write("in", "3\n").c_str(), O_RDONLY | O_CLOEXEC));
     EXPECT_EQ(shell("read status; exit $status", {.input = in.number}).wait(), 3);
+}
+
+TEST(ChildProcess, FurtherDescriptorHasItsNumberWhateverItHadBefore) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("further", "5\n");
+    const Descriptor further(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(shell("read status <&3; exit $status", {.further = further.number}).wait(), 5);
+    ChildProcess withIt([&path] {
+        dup3(open(path.c_str(), O_RDONLY), ChildProcess::furtherNumber, O_CLOEXEC);
+        _exit(shell("read status <&3; exit $status", {.further = ChildProcess::furtherNumber})
+                  .wait());
+    });
+    EXPECT_EQ(withIt.wait(), 5);
+}
+
+TEST(ChildProcess, ProgramGetsNoOtherDescriptors) {
+    const Descriptor left(open("/dev/null", O_RDONLY));
+    const Descriptor further(open("/dev/null", O_RDONLY));
+    const auto number = [](int descriptor) { return std::to_string(descriptor); };
+    const std::string isOpen = "test -e /proc/self/fd/";
+    EXPECT_NE(shell(isOpen + number(left.number)).wait(), 0);
+    const int gone = std::max(left.number, ChildProcess::furtherNumber + 1);
+    EXPECT_NE(shell(isOpen + number(gone), {.further = further.number}).wait(), 0);
 }
 
 TEST(ProgramNamed, IsWhatAShellWouldRun) {
