@@ -55,5 +55,6 @@ build() {
 # unpack_arm64_libraries: what the packages are built against, into build/sysroot-arm64.
 unpack_arm64_libraries() {
   quietly deploy/debian/sysroot.sh arm64 build/sysroot-arm64 \
-    libc6-dev libstdc++6 libcli11-dev nlohmann-json3-dev libpng-dev libcpp-httplib-dev prometheus-cpp-dev
+    libc6-dev libstdc++6 libcli11-dev nlohmann-json3-dev libpng-dev libzstd-dev libpcap-dev \
+    libcpp-httplib-dev prometheus-cpp-dev
 }
