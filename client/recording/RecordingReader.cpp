@@ -27,7 +27,8 @@ RecordedTime timeAfter(RecordedTime time, std::uint64_t gap) {
     return time + RecordedTime(static_cast<std::int64_t>(gap));
 }
 
-/// The blocks that an index names. Throws InputError if they cannot lie in `size` bytes.
+/// The blocks that an index names. Throws InputError if they cannot lie one behind the other in
+/// `size` bytes.
 std::vector<BlockPlace> placesIn(std::string_view content, std::uint64_t size) {
     ColumnReader left(content);
     const std::uint64_t count = left.number();
@@ -35,8 +36,8 @@ std::vector<BlockPlace> placesIn(std::string_view content, std::uint64_t size) {
     BlockPlace place;
     for (std::uint64_t i = 0; i < count; ++i) {
         const std::uint64_t gap = left.number();
-        if (gap > size - place.offset)
-            throw InputError("a block lies outside");
+        if (gap < sizeof(BlockHead) || gap > size - place.offset)
+            throw InputError("blocks overlap or lie outside");
         place.offset += gap;
         place.firstTime = timeAfter(place.lastTime, left.number());
         place.lastTime = timeAfter(place.firstTime, left.number());
@@ -224,7 +225,11 @@ void RecordingReader::load(std::size_t block) {
     const auto offset = static_cast<std::size_t>(place.offset);
     loaded_.clear();
     try {
-        const std::string_view bytes = std::string_view(bytes_).substr(offset);
+        // A block of an index may claim bytes of the next one, which would be read many times over.
+        const std::size_t end = block + 1 < blocks_.size()
+                                    ? static_cast<std::size_t>(blocks_[block + 1].offset)
+                                    : bytes_.size();
+        const std::string_view bytes = std::string_view(bytes_).substr(offset, end - offset);
         const std::optional<BlockHead> head = headAt(bytes);
         if (!head || head->kind != BlockKind::datagrams ||
             RecordedTime(head->firstTime) != place.firstTime ||

@@ -1,6 +1,7 @@
 #include "client/recording/RecordingReader.h"
 
 #include "client/recording/Block.h"
+#include "client/recording/Columns.h"
 #include "client/recording/RecordingBytes.h"
 #include "common/Chance.h"
 #include "common/Files.h"
@@ -64,6 +65,25 @@ std::string errorOf(const std::string& bytes) {
         return error.what();
     }
     return "";
+}
+
+/// With another index, which names so many blocks, each so far behind the one before.
+std::string withIndex(const std::string& blocks, const std::vector<std::uint64_t>& gaps) {
+    BlockHead first;
+    const std::size_t firstAt = blocks.find(std::string("BLKD"));
+    std::memcpy(&first, blocks.data() + firstAt, sizeof first);
+    std::string index;
+    putNumber(index, gaps.size());
+    for (const std::uint64_t gap : gaps) {
+        putNumber(index, gap);
+        putNumber(index, 0);
+        putNumber(index, static_cast<std::uint64_t>(first.lastTime - first.firstTime));
+        putNumber(index, first.datagrams);
+    }
+    IndexTrailer trailer;
+    trailer.offset = blocks.size();
+    return blocks + blockOf(BlockKind::index, index) +
+           std::string(reinterpret_cast<const char*>(&trailer), sizeof trailer);
 }
 
 /// Without its index and what names it.
@@ -250,6 +270,26 @@ TEST(Recording, WhoseTimesGoBackIsRefusedFromThere) {
     ASSERT_FALSE(reader.problems().empty());
     EXPECT_NE(reader.problems()[0].find("begins before the block before it ended"),
               std::string::npos);
+}
+
+TEST(Recording, WhoseIndexNamesABlockTwiceIsReadWithoutIt) {
+    const std::vector<RecordedDatagram> match = {at(0, "a"), at(0, "b")};
+    const std::string blocks = withoutIndex(recordingOf(match));
+    const std::uint64_t firstAt = blocks.find("BLKD");
+    EXPECT_TRUE(RecordingReader(withIndex(blocks, {firstAt}), "file").problems().empty());
+    const RecordingReader reader(withIndex(blocks, std::vector<std::uint64_t>{firstAt, 0, 0, 0}),
+                                 "file");
+    EXPECT_EQ(reader.datagrams(), match.size());
+    EXPECT_FALSE(reader.problems().empty());
+}
+
+TEST(Recording, WhoseBlocksReachIntoTheNextLosesThem) {
+    const std::string blocks =
+        withoutIndex(recordingOf({at(0, "a"), at(0, std::string(999, 'b'))}));
+    const std::uint64_t firstAt = blocks.find("BLKD");
+    RecordingReader reader(withIndex(blocks, {firstAt, sizeof(BlockHead)}), "file");
+    EXPECT_TRUE(allOf(reader).empty());
+    EXPECT_FALSE(reader.problems().empty());
 }
 
 TEST(Recording, OfAnotherKindOrVersionIsRefused) {
