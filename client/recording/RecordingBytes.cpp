@@ -32,6 +32,8 @@ RecordingHeader headerNow(std::string arena, std::string room, std::string progr
 RecordingBytes::RecordingBytes(const RecordingHeader& header) {
     if (header.arena.size() > recordingLimits::arenaBytes)
         throw InputError("the arena is too large for a recording");
+    if (!isPossibleStart(header.startedAt))
+        throw InputError("a recording cannot begin at such a time");
     std::string bytes;
     putSigned(bytes, header.startedAt);
     putText(bytes, header.room);

@@ -142,10 +142,16 @@ std::size_t RecordingReader::takeBlock(std::size_t offset) {
     try {
         switch (head->kind) {
         case BlockKind::header:
+            if (hasHeader_)
+                break;
+            if (head->bytes > blockLimits::headerBytes)
+                throw InputError("a header is too long");
             takeHeader(contentOf(*head, stored));
             break;
         case BlockKind::arena:
-            takeArena(contentOf(*head, stored));
+            // Only once, right or wrong: each takes long to decompress.
+            if (!std::exchange(hasMetArena_, true))
+                takeArena(contentOf(*head, stored));
             break;
         case BlockKind::datagrams:
             if (RecordedTime(head->firstTime) < duration())
@@ -165,11 +171,15 @@ std::size_t RecordingReader::takeBlock(std::size_t offset) {
 
 void RecordingReader::takeHeader(std::string_view content) {
     ColumnReader left(content);
-    header_.startedAt = left.signedNumber();
-    header_.room = textIn(left);
-    header_.program = textIn(left);
+    RecordingHeader header;
+    header.startedAt = left.signedNumber();
+    if (!isPossibleStart(header.startedAt))
+        throw InputError("it began at an impossible time");
+    header.room = textIn(left);
+    header.program = textIn(left);
     if (left.number() > 0)
         arenaChecksum_ = left.number();
+    header_ = std::move(header);
     hasHeader_ = true;
 }
 

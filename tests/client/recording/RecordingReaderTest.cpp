@@ -67,6 +67,13 @@ std::string errorOf(const std::string& bytes) {
     return "";
 }
 
+/// Of a recording that began then, in a room and by a program without names.
+std::string headerContent(std::int64_t startedAt) {
+    std::string content;
+    putSigned(content, startedAt);
+    return content + std::string(4, '\0');
+}
+
 /// With another index, which names so many blocks, each so far behind the one before.
 std::string withIndex(const std::string& blocks, const std::vector<std::uint64_t>& gaps) {
     BlockHead first;
@@ -292,6 +299,36 @@ TEST(Recording, WhoseBlocksReachIntoTheNextLosesThem) {
     EXPECT_FALSE(reader.problems().empty());
 }
 
+TEST(Recording, HasTheFirstOfSeveralHeadersAndArenas) {
+    std::string whole = recordingOf({});
+    const std::uint64_t arenaAt = whole.find("BLKA");
+    const std::string header = whole.substr(recordingMagic.size(), arenaAt - recordingMagic.size());
+    const std::string broken = blockOf(BlockKind::arena, "another arena");
+    const std::string other = blockOf(BlockKind::header, headerContent(5));
+    const RecordingReader first(whole.insert(arenaAt, other), "file");
+    EXPECT_EQ(first.header().startedAt, madeHeader().startedAt);
+    EXPECT_EQ(first.header().arena, madeHeader().arena);
+    const RecordingReader second(std::string(recordingMagic) + header + broken +
+                                     blockOf(BlockKind::arena, madeHeader().arena),
+                                 "file");
+    EXPECT_EQ(second.header().arena, "");
+}
+
+TEST(Recording, WithAnImpossibleHeaderIsReadWithoutIt) {
+    const auto problemsOf = [](const std::string& content) {
+        const RecordingReader reader(
+            std::string(recordingMagic) + blockOf(BlockKind::header, content), "file");
+        EXPECT_EQ(reader.header().startedAt, 0);
+        return reader.problems().empty() ? "" : reader.problems().front();
+    };
+    EXPECT_EQ(problemsOf(headerContent(INT64_MAX)),
+              "file: byte 8: a block that cannot be read: it began at an impossible time");
+    EXPECT_EQ(problemsOf(headerContent(INT64_MIN)),
+              "file: byte 8: a block that cannot be read: it began at an impossible time");
+    EXPECT_EQ(problemsOf(headerContent(0) + std::string(blockLimits::headerBytes, '\0')),
+              "file: byte 8: a block that cannot be read: a header is too long");
+}
+
 TEST(Recording, OfAnotherKindOrVersionIsRefused) {
     EXPECT_EQ(errorOf(""), "file: is no recording");
     EXPECT_EQ(errorOf("P6 1 1"), "file: is no recording");
@@ -306,5 +343,10 @@ TEST(Recording, OfATooLargeHeaderIsRefused) {
     EXPECT_THROW(RecordingBytes{header}, InputError);
     header.room.clear();
     header.arena = std::string(recordingLimits::arenaBytes + 1, 'x');
+    EXPECT_THROW(RecordingBytes{header}, InputError);
+    header.arena.clear();
+    header.startedAt = -recordingLimits::startedAt;
+    EXPECT_NO_THROW(RecordingBytes{header});
+    --header.startedAt;
     EXPECT_THROW(RecordingBytes{header}, InputError);
 }
