@@ -111,7 +111,9 @@ void addSoakings(CLI::App& app, Run& run) {
     command.options->callback([=, &run] {
         run = [=] {
             const std::vector<replay::Soaking> soakings =
-                withRecording(*command.file, replay::soakingsOf);
+                withRecording(*command.file, [](client::RecordingReader& reader) {
+                    return replay::soakingsOf(reader);
+                });
             print(std::span<const replay::Soaking>(soakings), *asJson);
             return 0;
         };
