@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -50,8 +51,10 @@ class SignalsBlocked {
 
 } // namespace
 
-RecordingWriter::RecordingWriter(const std::string& path, const RecordingHeader& header, Time now)
-    : path_(path), start_(now), file_(openNew(path, header)), header_(header) {
+RecordingWriter::RecordingWriter(const std::string& path, const RecordingHeader& header, Time now,
+                                 std::size_t mostBytes)
+    : path_(path), start_(now), file_(openNew(path, header)), header_(header),
+      mostBytes_(mostBytes) {
     const SignalsBlocked blocked;
     thread_ = std::thread([this] { run(); });
 }
@@ -106,19 +109,34 @@ void RecordingWriter::run() {
             taken = std::exchange(waiting_, {});
             bytesWaiting_ = 0;
         }
-        keep(std::move(taken));
-        if (bytes_ && isEnding)
-            bytes_->end();
+        orEndEarly([&] { keep(std::move(taken)); });
+        orEndEarly([&] {
+            if (bytes_ && isEnding)
+                bytes_->end();
+        });
         if (bytes_)
             write(bytes_->takeReady());
     }
 }
 
+/// No thread may throw.
+template<class Step>
+void RecordingWriter::orEndEarly(const Step& step) {
+    try {
+        step();
+    } catch (const std::exception& error) {
+        isFull_ = true;
+        endEarly(error.what());
+    }
+}
+
 void RecordingWriter::keep(std::vector<RecordedDatagram>&& taken) {
+    if (isFull_)
+        return;
     if (!bytes_ && !taken.empty()) {
         first_ = taken.front().time;
         header_.startedAt += first_.count();
-        bytes_.emplace(header_);
+        bytes_.emplace(header_, mostBytes_);
     }
     for (RecordedDatagram& datagram : taken) {
         datagram.time -= first_;

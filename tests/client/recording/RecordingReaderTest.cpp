@@ -337,6 +337,26 @@ TEST(Recording, OfAnotherKindOrVersionIsRefused) {
     EXPECT_EQ(errorOf(newer), "file: is a recording of version 9; this program reads version 1");
 }
 
+TEST(Recording, BecomesNoLargerThanCanBeRead) {
+    constexpr std::size_t most = RecordingBytes::lastBytes + (std::size_t{1} << 20);
+    RecordingBytes recording(madeHeader(), most);
+    Chance chance(7);
+    std::string noise(50000, '\0');
+    const auto addAll = [&] {
+        for (int i = 0; i < 100; ++i) {
+            for (char& byte : noise)
+                byte = static_cast<char>(chance.below(256));
+            recording.add(at(i, noise));
+        }
+    };
+    EXPECT_THROW(addAll(), InputError);
+    recording.end();
+    const RecordingReader reader(recording.takeReady(), "file");
+    EXPECT_LE(reader.fileBytes(), most);
+    EXPECT_GT(reader.datagrams(), 20u);
+    EXPECT_TRUE(reader.problems().empty());
+}
+
 TEST(Recording, OfATooLargeHeaderIsRefused) {
     RecordingHeader header;
     header.room = std::string(recordingLimits::textBytes + 1, 'x');
