@@ -357,6 +357,11 @@ TEST(Recording, BecomesNoLargerThanCanBeRead) {
     EXPECT_TRUE(reader.problems().empty());
 }
 
+TEST(Recording, HasBlocksThatTakeNoMoreMemoryThanTheirBytes) {
+    const std::string block = blockOf(BlockKind::datagrams, std::string(1000000, 'x'));
+    EXPECT_LE(block.capacity(), block.size() + 64);
+}
+
 TEST(Recording, OfATooLargeHeaderIsRefused) {
     RecordingHeader header;
     header.room = std::string(recordingLimits::textBytes + 1, 'x');
