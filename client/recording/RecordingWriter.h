@@ -26,7 +26,8 @@ class RecordingWriter {
     static constexpr std::size_t mostBytesWaiting = std::size_t{32} << 20;
 
     /// Makes the file, whose times count from the first datagram. Throws InputError if that fails,
-    /// or if a file with something in it is there already: a recording is never overwritten.
+    /// if a file with something in it is there already, or if another RecordingWriter has it: a
+    /// recording is never overwritten.
     /// @param now  the moment of the header's start, which moves to that of the first datagram
     /// @param mostBytes  see RecordingBytes
     RecordingWriter(const std::string& path, const RecordingHeader& header, Time now,

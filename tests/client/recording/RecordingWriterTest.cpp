@@ -104,6 +104,24 @@ TEST(RecordingWriter, LeavesNoFileWithoutDatagrams) {
     EXPECT_EQ(readFile("/dev/null"), "");
 }
 
+TEST(RecordingWriter, HasItsFileForItself) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/match";
+    const std::vector<RecordedDatagram> match = madeMatch(10);
+    {
+        RecordingWriter writer(path, madeHeader(), start);
+        try {
+            const RecordingWriter second(path, madeHeader(), start);
+            FAIL();
+        } catch (const InputError& error) {
+            EXPECT_EQ(error.what(), path + ": is being written by another program");
+        }
+        takeAll(writer, match);
+        EXPECT_EQ(writer.finish(), "");
+    }
+    EXPECT_EQ(countIn(RecordingReader::open(path)), match.size());
+}
+
 TEST(RecordingWriter, OverwritesNothing) {
     const TemporaryFolder folder;
     const std::string path = folder.write("match", "precious");
