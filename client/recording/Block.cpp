@@ -19,7 +19,7 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little);
 
-/// The longest that a crash can take away.
+/// The writer's program takes little more with it when it crashes.
 constexpr RecordedTime longestBlock = std::chrono::seconds(1);
 
 /// A block is full with this much, well within its limits.
