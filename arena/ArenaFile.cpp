@@ -24,13 +24,17 @@ ArenaFile readArena(const std::string& file) {
     return loaded;
 }
 
-ArenaFile readWholeArena(const std::string& file) {
-    ArenaFile loaded = readArena(file);
-    for (const TextProblem& problem : loaded.text.problems) {
+void requireWhole(const MapText& text, const std::string& origin) {
+    for (const TextProblem& problem : text.problems) {
         if (!problem.harmless)
-            throw InputError(file + ':' + std::to_string(problem.place.line) + ':' +
+            throw InputError(origin + ':' + std::to_string(problem.place.line) + ':' +
                              std::to_string(problem.place.column) + ": " + problem.words);
     }
+}
+
+ArenaFile readWholeArena(const std::string& file) {
+    ArenaFile loaded = readArena(file);
+    requireWhole(loaded.text, file);
     return loaded;
 }
 

@@ -27,8 +27,11 @@ struct ArenaFile {
 /// file's name, if no map can be read from it.
 ArenaFile readArena(const std::string& file);
 
-/// Reads a file that must hold the whole map. Also throws at the first problem of a map text that
-/// makes the server read another map than is meant.
+/// Throws InputError, which begins with `origin`, at the first problem that makes the server read
+/// another map than is meant.
+void requireWhole(const MapText& text, const std::string& origin);
+
+/// Reads a file that must hold the whole map. Also throws as requireWhole() does.
 ArenaFile readWholeArena(const std::string& file);
 
 /// Reads the bytes of a voxel file. Puts the file's name before the words of an InputError.

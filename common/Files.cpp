@@ -24,19 +24,6 @@ namespace {
     fail(path, what + " (" + std::strerror(errno) + ")");
 }
 
-bool writeAll(int descriptor, const std::string& bytes) {
-    std::size_t written = 0;
-    while (written < bytes.size()) {
-        const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        written += static_cast<std::size_t>(count);
-    }
-    return true;
-}
-
 /// The mode that a newly made file gets.
 mode_t newFileMode() {
     const mode_t mask = umask(0);
@@ -88,6 +75,19 @@ bool isStandardOutput(const struct stat& file) {
 }
 
 } // namespace
+
+bool writeAll(int descriptor, std::string_view bytes) {
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        written += static_cast<std::size_t>(count);
+    }
+    return true;
+}
 
 std::string readFile(const std::string& path, std::size_t most) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));

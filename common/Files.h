@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace drench {
 
@@ -17,6 +18,10 @@ constexpr std::size_t mostArenaBytes = std::size_t{64} << 20;
 /// The file's bytes, unchanged. Throws InputError with the path and the system's reason if the file
 /// cannot be read, is a folder, or has more than `most` bytes.
 std::string readFile(const std::string& path, std::size_t most = mostArenaBytes);
+
+/// Writes the bytes behind what was written, also in several goes. False if that fails; errno says
+/// why.
+bool writeAll(int descriptor, std::string_view bytes);
 
 /// Replaces the file by exactly these bytes, or leaves it as it was and throws InputError: the
 /// bytes go to a temporary file beside it, which is then renamed. Follows links and keeps the mode

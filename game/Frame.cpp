@@ -194,7 +194,9 @@ void Frame::act(const ActionChange& change) {
 void Frame::record(Action action, client::Time now) {
     if (action != Action::record && action != Action::keepRecent)
         return;
-    const std::string arena = arena_.isCertain() ? arena::writeMapText(arena_.map()) : "";
+    const bool needsArena = action == Action::keepRecent || !recorder_.isRecording();
+    const std::string arena =
+        needsArena && arena_.isCertain() ? arena::writeMapText(arena_.map()) : "";
     if (action == Action::record)
         recorder_.toggle(arena, now);
     else

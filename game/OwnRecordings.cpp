@@ -1,6 +1,7 @@
 #include "game/OwnRecordings.h"
 
 #include "client/recording/RecordingReader.h"
+#include "common/Descriptor.h"
 #include "common/Files.h"
 #include "common/UserFolders.h"
 #include "game/OpenedRecording.h"
@@ -8,7 +9,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <ctime>
+#include <fcntl.h>
 #include <filesystem>
 #include <system_error>
 
@@ -80,9 +84,14 @@ std::string newRecordingFile(const std::string& folder) {
         throw InputError(folder + ": cannot be made (" + problem.message() + ")");
     const std::string name = folder + "/" + nowAsName();
     std::string file = name + ending;
-    for (int copy = 2; fs::exists(file); ++copy)
+    for (int copy = 2;; ++copy) {
+        const Descriptor made(open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        if (made.number >= 0)
+            return file;
+        if (errno != EEXIST)
+            throw InputError(file + ": cannot be made (" + std::strerror(errno) + ")");
         file = name + " " + std::to_string(copy) + ending;
-    return file;
+    }
 }
 
 std::string lengthWords(std::chrono::duration<double> length) {

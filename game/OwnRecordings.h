@@ -32,8 +32,8 @@ constexpr std::size_t mostRecordings = 100;
 /// milliseconds. What is no recording is left out.
 std::vector<OwnRecording> recordingsIn(const std::string& folder);
 
-/// The name of a recording that begins now in the folder, which is made if need be. Throws
-/// InputError if it cannot be.
+/// The name of a recording that begins now in the folder, which is made if need be. An empty file
+/// with this name is there then, so that nobody else gets it. Throws InputError if that fails.
 std::string newRecordingFile(const std::string& folder);
 
 /// "0:34", "1:02:03".

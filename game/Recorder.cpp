@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace drench::game {
@@ -16,6 +18,21 @@ constexpr char program[] = "drench " DRENCH_VERSION;
 
 std::string nameOf(const std::string& file) {
     return std::filesystem::path(file).filename().string();
+}
+
+/// Has a new file in the folder filled by fill(file), and returns its name; leaves none behind if
+/// that throws.
+template<class Fill>
+std::string makeFile(const std::string& folder, const Fill& fill) {
+    std::string file = newRecordingFile(folder);
+    try {
+        fill(file);
+    } catch (...) {
+        std::error_code ignored;
+        std::filesystem::remove(file, ignored);
+        throw;
+    }
+    return file;
 }
 
 } // namespace
@@ -64,9 +81,10 @@ void Recorder::toggle(const std::string& arena, Time now) {
                                         header = client::headerNow(arena, room_, program), now] {
             Begun begun;
             try {
-                begun.file = newRecordingFile(folder);
-                begun.writer = std::make_unique<client::RecordingWriter>(begun.file, header, now);
-            } catch (const InputError& error) {
+                begun.file = makeFile(folder, [&](const std::string& file) {
+                    begun.writer = std::make_unique<client::RecordingWriter>(file, header, now);
+                });
+            } catch (const std::exception& error) {
                 begun.problem = error.what();
             }
             return begun;
@@ -93,26 +111,31 @@ void Recorder::end(Time now) {
         return;
     const auto length = std::chrono::duration<double>(now - begin_);
     ending_.push_back(std::async(std::launch::async, [begun = std::exchange(begun_, {}), length] {
-        const std::string problem = begun.writer->finish();
-        return problem.empty() ? "Recorded " + lengthWords(length) + " as " + nameOf(begun.file)
-                               : problem;
+        try {
+            const std::string problem = begun.writer->finish();
+            return problem.empty() ? "Recorded " + lengthWords(length) + " as " + nameOf(begun.file)
+                                   : problem;
+        } catch (const std::exception& error) {
+            return std::string(error.what());
+        }
     }));
 }
 
 void Recorder::keepRecent(const std::string& arena) {
     if (!recent_)
         return;
-    ending_.push_back(
-        std::async(std::launch::async, [recent = *recent_, arena, folder = folder_]() mutable {
-            try {
-                recent.setArena(arena);
-                const std::string file = newRecordingFile(folder);
-                replaceFile(file, recent.recording());
-                return "Kept the last two minutes as " + nameOf(file);
-            } catch (const InputError& error) {
-                return std::string(error.what());
-            }
-        }));
+    ending_.push_back(std::async(std::launch::async, [recent = *recent_, arena,
+                                                      folder = folder_]() mutable {
+        try {
+            recent.setArena(arena);
+            const std::string recording = recent.recording();
+            const std::string file =
+                makeFile(folder, [&](const std::string& made) { replaceFile(made, recording); });
+            return "Kept the last " + lengthWords(recent.duration()) + " as " + nameOf(file);
+        } catch (const std::exception& error) {
+            return std::string(error.what());
+        }
+    }));
 }
 
 std::vector<std::string> Recorder::takeNews() {

@@ -133,6 +133,16 @@ Packet readPacket(int link, std::string_view bytes) {
             .bytes = datagram.substr(udpHead, size - udpHead)};
 }
 
+/// When a packet was caught, in microseconds since 1970; nothing if that is impossible.
+std::optional<std::int64_t> timeOf(const pcap_pkthdr& head) {
+    constexpr std::int64_t microseconds = 1'000'000;
+    constexpr std::int64_t most = client::recordingLimits::startedAt / microseconds - 1;
+    if (head.ts.tv_sec < -most || head.ts.tv_sec > most || head.ts.tv_usec < 0 ||
+        head.ts.tv_usec >= microseconds)
+        return std::nullopt;
+    return std::int64_t{head.ts.tv_sec} * microseconds + head.ts.tv_usec;
+}
+
 using Capture = std::unique_ptr<pcap_t, decltype(&pcap_close)>;
 
 Capture openCapture(const std::string& path) {
@@ -166,7 +176,9 @@ Imported importCapture(const std::string& path, std::uint16_t port, const std::s
     const u_char* data = nullptr;
     int status = 0;
     while ((status = pcap_next_ex(capture.get(), &head, &data)) == 1) {
-        const Packet packet = readPacket(link, {reinterpret_cast<const char*>(data), head->caplen});
+        Packet packet = readPacket(link, {reinterpret_cast<const char*>(data), head->caplen});
+        if (packet.kind == Kind::datagram && !timeOf(*head))
+            packet.kind = Kind::broken;
         const bool isToRoom = packet.to.port == port;
         switch (packet.kind) {
         case Kind::broken:
@@ -190,7 +202,7 @@ Imported importCapture(const std::string& path, std::uint16_t port, const std::s
             ++imported.others;
             continue;
         }
-        const std::int64_t now = std::int64_t{head->ts.tv_sec} * 1000000 + head->ts.tv_usec;
+        const std::int64_t now = *timeOf(*head);
         if (!recording) {
             header.startedAt = now;
             header.room = named(isToRoom ? packet.to : packet.from);

@@ -82,7 +82,11 @@ std::string join(std::vector<RecordingReader>& readers) {
             return piece.start <= other.end && other.start <= piece.end;
         });
         piece.firstLine = overlaps ? lines : 0;
-        lines = std::max(lines, piece.firstLine + linesIn(reader));
+        const std::uint32_t last = piece.firstLine + linesIn(reader);
+        if (last > client::recordingLimits::lines)
+            throw InputError(reader.name() + ": with those before it there are more than " +
+                             std::to_string(client::recordingLimits::lines) + " lines");
+        lines = std::max(lines, last);
         piece.next = reader.next();
         pieces.push_back(std::move(piece));
     }

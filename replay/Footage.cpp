@@ -1,6 +1,7 @@
 #include "replay/Footage.h"
 
 #include "client/Records.h"
+#include "common/Files.h"
 
 #include <chrono>
 #include <variant>
@@ -28,15 +29,19 @@ bool OneLine::takes(const RecordedDatagram& datagram) {
     return true;
 }
 
-std::vector<Frame> statesOf(client::RecordingReader& reader) {
+std::vector<Frame> statesOf(client::RecordingReader& reader, std::size_t most) {
     std::vector<Frame> frames;
     OneLine line;
     while (const std::optional<RecordedDatagram> datagram = reader.next()) {
         if (!line.takes(*datagram))
             continue;
         const client::RoomRecord record = client::readRecord(datagram->bytes);
-        if (const auto* state = std::get_if<UpdateMessage>(&record))
-            frames.push_back({datagram->time, *state});
+        const auto* state = std::get_if<UpdateMessage>(&record);
+        if (!state)
+            continue;
+        if (frames.size() == most)
+            throw InputError(reader.name() + ": longer than can be looked into at once; cut it");
+        frames.push_back({datagram->time, *state});
     }
     return frames;
 }

@@ -3,6 +3,7 @@
 #include "client/recording/RecordingReader.h"
 #include "src/Messages.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -31,7 +32,11 @@ struct Frame {
     UpdateMessage state;
 };
 
-/// The states of one line, from the reader's place on, as client::readRecord() gives them.
-std::vector<Frame> statesOf(client::RecordingReader& reader);
+/// Nine hours of states, which take half a gigabyte.
+constexpr std::size_t mostFrames = 2'000'000;
+
+/// The states of one line, from the reader's place on, as client::readRecord() gives them. Throws
+/// InputError if there are more than `most`.
+std::vector<Frame> statesOf(client::RecordingReader& reader, std::size_t most = mostFrames);
 
 } // namespace drench::replay

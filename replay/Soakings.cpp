@@ -2,11 +2,13 @@
 
 #include "client/Notices.h"
 #include "client/Records.h"
+#include "common/Files.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <deque>
+#include <map>
 #include <variant>
 
 namespace drench::replay {
@@ -78,6 +80,8 @@ class Watcher {
         giveUp(time);
     }
 
+    std::size_t count() const { return soakings_.size(); }
+
     std::vector<Soaking> finish() {
         giveUp(RecordedTime::max());
         std::stable_sort(soakings_.begin(), soakings_.end(),
@@ -125,11 +129,11 @@ class Watcher {
     }
 
     void add(Soaking&& soaking) {
-        const auto last =
-            std::find_if(soakings_.rbegin(), soakings_.rend(),
-                         [&](const Soaking& other) { return other.victim == soaking.victim; });
-        if (last == soakings_.rend() || soaking.time - last->time >= soonestAgain)
-            soakings_.push_back(std::move(soaking));
+        const auto [last, isFirst] = lastTimes_.try_emplace(soaking.victim, soaking.time);
+        if (!isFirst && soaking.time - last->second < soonestAgain)
+            return;
+        last->second = soaking.time;
+        soakings_.push_back(std::move(soaking));
     }
 
     static void place(Soaking& soaking, const PlayerUpdate* victim, const PlayerUpdate* shooter) {
@@ -144,11 +148,14 @@ class Watcher {
     UpdateMessage last_;
     std::deque<Notice> waiting_;
     std::vector<Soaking> soakings_;
+
+    /// Of each victim's latest soaking.
+    std::map<std::string, RecordedTime> lastTimes_;
 };
 
 } // namespace
 
-std::vector<Soaking> soakingsOf(client::RecordingReader& reader) {
+std::vector<Soaking> soakingsOf(client::RecordingReader& reader, std::size_t most) {
     Watcher watcher;
     OneLine line;
     while (const std::optional<RecordedDatagram> datagram = reader.next()) {
@@ -159,6 +166,8 @@ std::vector<Soaking> soakingsOf(client::RecordingReader& reader) {
             watcher.hear(datagram->time, *talk);
         else if (const auto* state = std::get_if<UpdateMessage>(&record))
             watcher.see(datagram->time, *state);
+        if (watcher.count() > most)
+            throw InputError(reader.name() + ": has more soakings than any match; cut it");
     }
     return watcher.finish();
 }

@@ -4,6 +4,7 @@
 #include "replay/Footage.h"
 #include "src/Vector.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,8 +26,12 @@ struct Soaking {
     std::optional<double> distance = std::nullopt;
 };
 
+/// More than four players can have in five days: who is soaked is out for four seconds.
+constexpr std::size_t mostSoakings = 500'000;
+
 /// The soakings of a recording, from the reader's place on. States tell who was soaked, and the
-/// notices, or points where a notice was lost, by whom.
-std::vector<Soaking> soakingsOf(client::RecordingReader& reader);
+/// notices, or points where a notice was lost, by whom. Throws InputError if there are more than
+/// `most`.
+std::vector<Soaking> soakingsOf(client::RecordingReader& reader, std::size_t most = mostSoakings);
 
 } // namespace drench::replay

@@ -1,3 +1,4 @@
+#include "arena/ArenaFile.h"
 #include "arena/MapText.h"
 #include "arena/picture/Png.h"
 #include "client/recording/RecordingReader.h"
@@ -53,15 +54,18 @@ auto withRecording(const std::string& file, const Read& read) {
     return result;
 }
 
-/// The map of a recording, or of the file that --arena names.
-MapManager mapOf(const client::RecordingReader& reader, const std::string& arenaFile) {
-    const std::string text = arenaFile.empty() ? reader.header().arena : arenaTextOf(arenaFile);
-    if (text.empty())
+/// The arena that a recording holds. Throws InputError if it holds none, or not all of it.
+arena::MapText ownArenaOf(const client::RecordingReader& reader) {
+    if (reader.header().arena.empty())
         throw InputError(reader.name() + ": does not hold its arena; name its file with --arena");
-    MapManager map = arena::readMapText(text).map;
-    if (!map.hasCells())
-        throw InputError(reader.name() + ": holds an arena without cells");
-    return map;
+    arena::MapText text = arena::readMapText(reader.header().arena);
+    arena::requireWhole(text, reader.name() + ": its arena");
+    return text;
+}
+
+/// The map of a recording, or of the file that --arena names. What is whole has cells.
+MapManager mapOf(const client::RecordingReader& reader, const std::string& arenaFile) {
+    return (arenaFile.empty() ? ownArenaOf(reader) : arena::readWholeArena(arenaFile).text).map;
 }
 
 template<class Result>
@@ -111,7 +115,9 @@ void addSoakings(CLI::App& app, Run& run) {
     command.options->callback([=, &run] {
         run = [=] {
             const std::vector<replay::Soaking> soakings =
-                withRecording(*command.file, replay::soakingsOf);
+                withRecording(*command.file, [](client::RecordingReader& reader) {
+                    return replay::soakingsOf(reader);
+                });
             print(std::span<const replay::Soaking>(soakings), *asJson);
             return 0;
         };

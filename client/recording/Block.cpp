@@ -19,7 +19,7 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little);
 
-/// The longest that a crash can take away.
+/// The writer's program takes little more with it when it crashes.
 constexpr RecordedTime longestBlock = std::chrono::seconds(1);
 
 /// A block is full with this much, well within its limits.
@@ -171,12 +171,16 @@ std::string blockOf(BlockKind kind, std::string_view bytes, BlockHead head) {
         throw InputError(std::string("not compressed: ") + ZSTD_getErrorName(size));
     stored.resize(size);
     head.kind = kind;
-    head.storedBytes = static_cast<std::uint32_t>(stored.size());
+    head.storedBytes = static_cast<std::uint32_t>(size);
     head.bytes = static_cast<std::uint32_t>(bytes.size());
     head.storedChecksum = checksum(stored);
     seal(head);
-    stored.insert(0, reinterpret_cast<const char*>(&head), sizeof head);
-    return stored;
+    // Blocks may be kept for minutes: without the room that compressing needed.
+    std::string block;
+    block.reserve(sizeof head + size);
+    block.append(reinterpret_cast<const char*>(&head), sizeof head);
+    block += stored;
+    return block;
 }
 
 std::optional<BlockHead> headAt(std::string_view bytes) {

@@ -43,6 +43,9 @@ constexpr std::uint32_t storedBytes = 20u << 20;
 constexpr std::uint32_t bytes = 20u << 20;
 constexpr std::uint32_t datagrams = 1u << 14;
 
+/// Of a header's content.
+constexpr std::uint32_t headerBytes = 4096;
+
 /// Of all the datagrams of a block together.
 constexpr std::size_t datagramBytes = std::size_t{8} << 20;
 } // namespace blockLimits

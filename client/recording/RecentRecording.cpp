@@ -30,6 +30,13 @@ void RecentRecording::endBlock() {
     }
 }
 
+RecordedTime RecentRecording::duration() const {
+    if (blocks_.empty() && builder_.isEmpty())
+        return RecordedTime(0);
+    return builder_.lastTime() -
+           (blocks_.empty() ? builder_.firstTime() : blocks_.front().firstTime);
+}
+
 std::string RecentRecording::recording() {
     endBlock();
     const RecordedTime start = blocks_.empty() ? RecordedTime(0) : blocks_.front().firstTime;

@@ -33,6 +33,9 @@ class RecentRecording {
     /// A recording of what is kept, as the bytes of a file; it has no datagrams when nothing is.
     std::string recording();
 
+    /// From the first datagram kept to the last; 0 without any.
+    RecordedTime duration() const;
+
     /// What is kept now, in memory.
     std::size_t bytes() const { return bytes_; }
 

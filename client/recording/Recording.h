@@ -58,6 +58,14 @@ constexpr std::size_t fileBytes = std::size_t{1} << 30;
 
 /// About 50 days.
 constexpr RecordedTime duration{std::int64_t{1} << 42};
+
+/// Of RecordingHeader::startedAt, before and after 1970: 36,000 years, which leaves room for sums.
+constexpr std::int64_t startedAt = std::int64_t{1} << 60;
 } // namespace recordingLimits
+
+/// Whether a recording may have begun then, in microseconds since 1970.
+constexpr bool isPossibleStart(std::int64_t startedAt) {
+    return -recordingLimits::startedAt <= startedAt && startedAt <= recordingLimits::startedAt;
+}
 
 } // namespace drench::client

@@ -29,9 +29,12 @@ RecordingHeader headerNow(std::string arena, std::string room, std::string progr
             .startedAt = std::chrono::duration_cast<std::chrono::microseconds>(now).count()};
 }
 
-RecordingBytes::RecordingBytes(const RecordingHeader& header) {
+RecordingBytes::RecordingBytes(const RecordingHeader& header, std::size_t mostBytes)
+    : mostBytes_(mostBytes) {
     if (header.arena.size() > recordingLimits::arenaBytes)
         throw InputError("the arena is too large for a recording");
+    if (!isPossibleStart(header.startedAt))
+        throw InputError("a recording cannot begin at such a time");
     std::string bytes;
     putSigned(bytes, header.startedAt);
     putText(bytes, header.room);
@@ -47,6 +50,11 @@ RecordingBytes::RecordingBytes(const RecordingHeader& header) {
 void RecordingBytes::add(const RecordedDatagram& datagram) {
     if (!builder_.hasRoomFor(datagram))
         endBlock();
+    if (size_ + places_.size() + lastBytes > mostBytes_)
+        throw InputError("a recording is no larger than " + std::to_string(mostBytes_ >> 20) +
+                         " MiB");
+    if (places_.size() + lastBytes > blockLimits::bytes)
+        throw InputError("a recording has no more than " + std::to_string(blocks_) + " blocks");
     builder_.add(datagram);
 }
 
@@ -57,8 +65,14 @@ void RecordingBytes::addBlock(std::string block, RecordedTime shift) {
     head.lastTime -= shift.count();
     seal(head);
     std::memcpy(block.data(), &head, sizeof head);
-    places_.push_back(
-        {size_, RecordedTime(head.firstTime), RecordedTime(head.lastTime), head.datagrams});
+    const BlockPlace place{size_, RecordedTime(head.firstTime), RecordedTime(head.lastTime),
+                           head.datagrams};
+    putNumber(places_, place.offset - last_.offset);
+    putNumber(places_, static_cast<std::uint64_t>((place.firstTime - last_.lastTime).count()));
+    putNumber(places_, static_cast<std::uint64_t>((place.lastTime - place.firstTime).count()));
+    putNumber(places_, place.datagrams);
+    last_ = place;
+    ++blocks_;
     append(block);
 }
 
@@ -70,15 +84,8 @@ void RecordingBytes::endBlock() {
 void RecordingBytes::end() {
     endBlock();
     std::string index;
-    putNumber(index, places_.size());
-    BlockPlace before;
-    for (const BlockPlace& place : places_) {
-        putNumber(index, place.offset - before.offset);
-        putNumber(index, static_cast<std::uint64_t>((place.firstTime - before.lastTime).count()));
-        putNumber(index, static_cast<std::uint64_t>((place.lastTime - place.firstTime).count()));
-        putNumber(index, place.datagrams);
-        before = place;
-    }
+    putNumber(index, blocks_);
+    index += places_;
     IndexTrailer trailer;
     trailer.offset = size_;
     append(blockOf(BlockKind::index, index));

@@ -3,10 +3,9 @@
 #include "client/recording/Block.h"
 #include "client/recording/Recording.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
-#include <vector>
 
 namespace drench::client {
 
@@ -28,9 +27,15 @@ struct IndexTrailer {
 class RecordingBytes {
   public:
     /// Throws InputError if the header exceeds recordingLimits.
-    explicit RecordingBytes(const RecordingHeader& header);
+    /// @param mostBytes  of the whole file, at least lastBytes
+    explicit RecordingBytes(const RecordingHeader& header,
+                            std::size_t mostBytes = recordingLimits::fileBytes);
 
-    /// See BlockBuilder::add().
+    /// Room for the last two blocks, and for what an index takes besides its places.
+    static constexpr std::size_t lastBytes = std::size_t{4} << 20;
+
+    /// See BlockBuilder::add(). Throws InputError, and adds nothing, if the file could become too
+    /// large to be read.
     void add(const RecordedDatagram& datagram);
 
     /// What BlockBuilder::take() gave, its times earlier by `shift`. It must not begin before the
@@ -49,10 +54,15 @@ class RecordingBytes {
   private:
     void append(const std::string& bytes);
 
+    std::size_t mostBytes_;
     BlockBuilder builder_;
     std::string ready_;
     std::uint64_t size_ = 0;
-    std::vector<BlockPlace> places_;
+
+    /// The content of the index without its first number, and the last block in it.
+    std::string places_;
+    std::uint64_t blocks_ = 0;
+    BlockPlace last_;
 };
 
 } // namespace drench::client

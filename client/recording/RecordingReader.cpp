@@ -27,7 +27,8 @@ RecordedTime timeAfter(RecordedTime time, std::uint64_t gap) {
     return time + RecordedTime(static_cast<std::int64_t>(gap));
 }
 
-/// The blocks that an index names. Throws InputError if they cannot lie in `size` bytes.
+/// The blocks that an index names. Throws InputError if they cannot lie one behind the other in
+/// `size` bytes.
 std::vector<BlockPlace> placesIn(std::string_view content, std::uint64_t size) {
     ColumnReader left(content);
     const std::uint64_t count = left.number();
@@ -35,8 +36,8 @@ std::vector<BlockPlace> placesIn(std::string_view content, std::uint64_t size) {
     BlockPlace place;
     for (std::uint64_t i = 0; i < count; ++i) {
         const std::uint64_t gap = left.number();
-        if (gap > size - place.offset)
-            throw InputError("a block lies outside");
+        if (gap < sizeof(BlockHead) || gap > size - place.offset)
+            throw InputError("blocks overlap or lie outside");
         place.offset += gap;
         place.firstTime = timeAfter(place.lastTime, left.number());
         place.lastTime = timeAfter(place.firstTime, left.number());
@@ -141,10 +142,16 @@ std::size_t RecordingReader::takeBlock(std::size_t offset) {
     try {
         switch (head->kind) {
         case BlockKind::header:
+            if (hasHeader_)
+                break;
+            if (head->bytes > blockLimits::headerBytes)
+                throw InputError("a header is too long");
             takeHeader(contentOf(*head, stored));
             break;
         case BlockKind::arena:
-            takeArena(contentOf(*head, stored));
+            // Only once, right or wrong: each takes long to decompress.
+            if (!std::exchange(hasMetArena_, true))
+                takeArena(contentOf(*head, stored));
             break;
         case BlockKind::datagrams:
             if (RecordedTime(head->firstTime) < duration())
@@ -164,11 +171,15 @@ std::size_t RecordingReader::takeBlock(std::size_t offset) {
 
 void RecordingReader::takeHeader(std::string_view content) {
     ColumnReader left(content);
-    header_.startedAt = left.signedNumber();
-    header_.room = textIn(left);
-    header_.program = textIn(left);
+    RecordingHeader header;
+    header.startedAt = left.signedNumber();
+    if (!isPossibleStart(header.startedAt))
+        throw InputError("it began at an impossible time");
+    header.room = textIn(left);
+    header.program = textIn(left);
     if (left.number() > 0)
         arenaChecksum_ = left.number();
+    header_ = std::move(header);
     hasHeader_ = true;
 }
 
@@ -224,7 +235,11 @@ void RecordingReader::load(std::size_t block) {
     const auto offset = static_cast<std::size_t>(place.offset);
     loaded_.clear();
     try {
-        const std::string_view bytes = std::string_view(bytes_).substr(offset);
+        // A block of an index may claim bytes of the next one, which would be read many times over.
+        const std::size_t end = block + 1 < blocks_.size()
+                                    ? static_cast<std::size_t>(blocks_[block + 1].offset)
+                                    : bytes_.size();
+        const std::string_view bytes = std::string_view(bytes_).substr(offset, end - offset);
         const std::optional<BlockHead> head = headAt(bytes);
         if (!head || head->kind != BlockKind::datagrams ||
             RecordedTime(head->firstTime) != place.firstTime ||

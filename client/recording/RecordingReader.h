@@ -58,6 +58,7 @@ class RecordingReader {
     std::string name_;
     RecordingHeader header_;
     bool hasHeader_ = false;
+    bool hasMetArena_ = false;
     std::optional<std::uint64_t> arenaChecksum_;
     std::vector<BlockPlace> blocks_;
     std::vector<std::string> problems_;

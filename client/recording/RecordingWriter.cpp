@@ -6,7 +6,9 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -18,16 +20,29 @@ namespace {
 /// Well below the second that a block spans.
 constexpr std::chrono::milliseconds pause(250);
 
+/// Throws InputError unless a file may be written to: nobody else writes it, and it is empty.
+void requireOwn(int file, const std::string& path) {
+    struct stat status {};
+    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    if (flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        throw InputError(path + ": is being written by another program");
+    // Only now: another writer may just have ended.
+    if (fstat(file, &status) == 0 && status.st_size > 0)
+        throw InputError(path + ": is there already, and is not overwritten");
+}
+
 /// A new file for a recording with this header, which must keep its limits.
 int openNew(const std::string& path, const RecordingHeader& header) {
     static_cast<void>(RecordingBytes(header));
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
     if (file < 0)
         throw InputError(path + ": cannot be written (" + std::strerror(errno) + ")");
-    struct stat status {};
-    if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
+    try {
+        requireOwn(file, path);
+    } catch (...) {
         close(file);
-        throw InputError(path + ": is there already, and is not overwritten");
+        throw;
     }
     return file;
 }
@@ -50,8 +65,10 @@ class SignalsBlocked {
 
 } // namespace
 
-RecordingWriter::RecordingWriter(const std::string& path, const RecordingHeader& header, Time now)
-    : path_(path), start_(now), file_(openNew(path, header)), header_(header) {
+RecordingWriter::RecordingWriter(const std::string& path, const RecordingHeader& header, Time now,
+                                 std::size_t mostBytes)
+    : path_(path), start_(now), file_(openNew(path, header)), header_(header),
+      mostBytes_(mostBytes) {
     const SignalsBlocked blocked;
     thread_ = std::thread([this] { run(); });
 }
@@ -106,19 +123,34 @@ void RecordingWriter::run() {
             taken = std::exchange(waiting_, {});
             bytesWaiting_ = 0;
         }
-        keep(std::move(taken));
-        if (bytes_ && isEnding)
-            bytes_->end();
+        orEndEarly([&] { keep(std::move(taken)); });
+        orEndEarly([&] {
+            if (bytes_ && isEnding)
+                bytes_->end();
+        });
         if (bytes_)
             write(bytes_->takeReady());
     }
 }
 
+/// No thread may throw.
+template<class Step>
+void RecordingWriter::orEndEarly(const Step& step) {
+    try {
+        step();
+    } catch (const std::exception& error) {
+        isFull_ = true;
+        endEarly(error.what());
+    }
+}
+
 void RecordingWriter::keep(std::vector<RecordedDatagram>&& taken) {
+    if (isFull_)
+        return;
     if (!bytes_ && !taken.empty()) {
         first_ = taken.front().time;
         header_.startedAt += first_.count();
-        bytes_.emplace(header_);
+        bytes_.emplace(header_, mostBytes_);
     }
     for (RecordedDatagram& datagram : taken) {
         datagram.time -= first_;
@@ -131,16 +163,10 @@ void RecordingWriter::keep(std::vector<RecordedDatagram>&& taken) {
 
 /// After a failure nothing more is written: a reader could not tell what lacks.
 void RecordingWriter::write(const std::string& bytes) {
-    std::size_t written = 0;
-    while (written < bytes.size() && !isBroken_) {
-        const ssize_t count = ::write(file_.number, bytes.data() + written, bytes.size() - written);
-        if (count >= 0) {
-            written += static_cast<std::size_t>(count);
-        } else if (errno != EINTR) {
-            isBroken_ = true;
-            endEarly(std::strerror(errno));
-        }
-    }
+    if (isBroken_ || writeAll(file_.number, bytes))
+        return;
+    isBroken_ = true;
+    endEarly(std::strerror(errno));
 }
 
 void RecordingWriter::endEarly(const std::string& reason) {

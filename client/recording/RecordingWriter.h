@@ -18,17 +18,20 @@
 namespace drench::client {
 
 /// Writes a recording while it goes on, about once a second, in a thread of its own: take() only
-/// keeps what it gets. When the file cannot be written any further, the recording ends there, and
-/// the program goes on; problem() says why.
+/// keeps what it gets. When the file cannot be written any further, or becomes too large to be
+/// read, the recording ends there, and the program goes on; problem() says why.
 class RecordingWriter {
   public:
     /// The most bytes that wait for the disk; with more, the recording ends.
     static constexpr std::size_t mostBytesWaiting = std::size_t{32} << 20;
 
     /// Makes the file, whose times count from the first datagram. Throws InputError if that fails,
-    /// or if a file with something in it is there already: a recording is never overwritten.
+    /// if a file with something in it is there already, or if another RecordingWriter has it: a
+    /// recording is never overwritten.
     /// @param now  the moment of the header's start, which moves to that of the first datagram
-    RecordingWriter(const std::string& path, const RecordingHeader& header, Time now);
+    /// @param mostBytes  see RecordingBytes
+    RecordingWriter(const std::string& path, const RecordingHeader& header, Time now,
+                    std::size_t mostBytes = recordingLimits::fileBytes);
 
     /// As finish().
     ~RecordingWriter();
@@ -48,6 +51,8 @@ class RecordingWriter {
   private:
     void run();
     void keep(std::vector<RecordedDatagram>&& taken);
+    template<class Step>
+    void orEndEarly(const Step& step);
     void write(const std::string& bytes);
     void endEarly(const std::string& reason);
 
@@ -58,7 +63,11 @@ class RecordingWriter {
     /// Of the thread alone; made with the first datagram, at this time.
     RecordingHeader header_;
     RecordedTime first_{};
+    std::size_t mostBytes_;
     std::optional<RecordingBytes> bytes_;
+
+    /// A datagram was left out, and with it all that follow: a reader could not tell what lacks.
+    bool isFull_ = false;
     bool isBroken_ = false;
 
     /// Guards the members below.

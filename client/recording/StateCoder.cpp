@@ -163,7 +163,7 @@ StateCoder::Step StateCoder::guessTurn(const Slot& slot, const Floats& seen) {
             .dy = static_cast<std::int32_t>(dy)};
 }
 
-/// Turns as Player::rotateView does, except near the vertical, where it refuses.
+/// Turns as Player::rotateView does, but also near the vertical, where that refuses to.
 void StateCoder::turn(Slot& slot, const Step& step) {
     if (!isTame(slot) || std::abs(step.dx) > mostCounts || std::abs(step.dy) > mostCounts)
         return;

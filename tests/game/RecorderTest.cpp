@@ -7,6 +7,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <chrono>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -74,10 +75,43 @@ TEST_F(RecorderInRoom, RecordsFromAKeyToTheNext) {
 TEST_F(RecorderInRoom, KeepsTheLastTwoMinutesAndNoMore) {
     play(63 * 200);
     recorder.keepRecent("1 1 1 1 1");
-    EXPECT_EQ(news().find("Kept the last two minutes as "), 0u);
+    EXPECT_EQ(news().find("Kept the last 2:0"), 0u);
     ASSERT_EQ(kept().size(), 1u);
     EXPECT_NEAR(secondsOf(kept()[0]), 120.5, 0.6);
     EXPECT_EQ(client::RecordingReader::open(kept()[0].file).header().arena, "1 1 1 1 1");
+}
+
+TEST_F(RecorderInRoom, SaysHowLittleItKeptAfterAShortTime) {
+    play(63 * 10);
+    recorder.keepRecent("");
+    EXPECT_EQ(news().find("Kept the last 0:10 as "), 0u);
+}
+
+TEST_F(RecorderInRoom, GivesFilesThatBeginTogetherNamesOfTheirOwn) {
+    play(50);
+    recorder.toggle("", now);
+    recorder.keepRecent("");
+    play(10);
+    recorder.toggle("", now);
+    std::vector<std::string> lines;
+    for (int i = 0; i < 1000 && lines.size() < 2; ++i) {
+        for (const std::string& line : recorder.takeNews())
+            lines.push_back(line);
+        std::this_thread::sleep_for(milliseconds(10));
+    }
+    EXPECT_EQ(lines.size(), 2u);
+    EXPECT_EQ(kept().size(), 2u);
+}
+
+TEST_F(RecorderInRoom, LeavesNothingBehindWhenAFileCannotBegin) {
+    play(10);
+    const std::string large(client::recordingLimits::arenaBytes + 1, '1');
+    recorder.toggle(large, now);
+    EXPECT_EQ(news(), "the arena is too large for a recording");
+    EXPECT_FALSE(recorder.isRecording());
+    recorder.keepRecent(large);
+    EXPECT_EQ(news(), "the arena is too large for a recording");
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path));
 }
 
 TEST_F(RecorderInRoom, GoesOnInTheSameRoomAndEndsInAnother) {

@@ -137,6 +137,10 @@ TEST(Replay, WrongUseIsExplainedWithStatusTwo) {
     client::RecordingBytes bare({});
     bare.end();
     const std::string unknown = folder.write("bare", bare.takeReady());
+    client::RecordingBytes torn({.arena = "2 2 2 1 1", .room = "", .program = ""});
+    torn.end();
+    const std::string partOfArena = folder.write("torn", torn.takeReady());
+    const std::string flat = folder.write("flat", "3 0 3");
     const std::string out = folder.path + "/out";
     expectWrongUse(DRENCH_REPLAY,
                    {
@@ -146,6 +150,8 @@ TEST(Replay, WrongUseIsExplainedWithStatusTwo) {
                        {"info /none", "/none: cannot be read"},
                        {"verify " + unknown, "does not hold its arena; name its file with --arena"},
                        {"verify --arena " + text + " " + unknown, "text:1:1: "},
+                       {"verify --arena " + flat + " " + unknown, "flat:"},
+                       {"verify " + partOfArena, "torn: its arena:1:"},
                        {"heat " + match + " -o a.jpg", "a.jpg: a picture is written as PNG"},
                        {"heat " + match + " --size 10x10 -o a.png", "--size: sides are from 100"},
                        {"cut " + match + " 1 later -o " + out, "later: is no time such as"},

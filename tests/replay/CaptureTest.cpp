@@ -51,6 +51,28 @@ std::string capture(unsigned link, const std::vector<std::string>& packets) {
     return file;
 }
 
+/// A block of a pcapng capture.
+std::string newerBlock(std::uint32_t type, const std::string& content) {
+    const std::string length = little32(static_cast<std::uint32_t>(content.size()) + 12);
+    return little32(type) + length + content + length;
+}
+
+/// A pcapng capture of raw IP, with a packet at each of these times, in seconds since 1970.
+std::string newerCapture(const std::vector<std::int64_t>& times) {
+    const std::string wholeSeconds("\x09\0\x01\0\0\0\0\0\0\0\0\0", 12);
+    std::string file =
+        newerBlock(0x0a0d0d0a, little32(0x1a2b3c4d) + little32(1) + little32(-1u) + little32(-1u)) +
+        newerBlock(1, little32(101) + little32(65535) + wholeSeconds);
+    for (const std::int64_t time : times) {
+        const std::string packet = udp(1, 40000, 9, 5000, "word");
+        const std::string length = little32(static_cast<std::uint32_t>(packet.size()));
+        file += newerBlock(6, little32(0) + little32(static_cast<std::uint32_t>(time >> 32)) +
+                                  little32(static_cast<std::uint32_t>(time)) + length + length +
+                                  packet);
+    }
+    return file;
+}
+
 struct Import {
     TemporaryFolder folder;
     replay::Imported imported;
@@ -142,6 +164,19 @@ TEST(Capture, LeavesOutWhatIsNotOfTheRoomAndCountsIt) {
     EXPECT_EQ(import.imported.others, 2u);
     EXPECT_EQ(import.imported.fragments, 2u);
     EXPECT_EQ(import.imported.broken, 4u);
+}
+
+TEST(Capture, CountsPacketsOfImpossibleTimesAsBroken) {
+    const TemporaryFolder folder;
+    const std::string bytes =
+        newerCapture({1700000000, std::int64_t{1} << 62, std::int64_t{1} << 41, 1700000002});
+    const replay::Imported imported =
+        replay::importCapture(folder.write("pcapng", bytes), 5000, "", "test");
+    const client::RecordingReader reader(imported.recording, "imported");
+    EXPECT_EQ(reader.header().startedAt, 1700000000000000);
+    EXPECT_EQ(reader.duration(), std::chrono::seconds(2));
+    EXPECT_EQ(imported.datagrams, 2u);
+    EXPECT_EQ(imported.broken, 2u);
 }
 
 TEST(Capture, OfAnotherPortIsTakenWhenAsked) {

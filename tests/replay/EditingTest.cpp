@@ -17,13 +17,13 @@ namespace {
 
 /// A recording of one datagram each second, from a moment on, in microseconds.
 RecordingReader recorded(std::int64_t start, int seconds, const std::string& words,
-                         const std::string& arena = "arena") {
+                         const std::string& arena = "arena", std::uint32_t line = 0) {
     client::RecordingHeader header;
     header.arena = arena;
     header.startedAt = start;
     client::RecordingBytes recording(header);
     for (int i = 0; i < seconds; ++i)
-        recording.add({std::chrono::seconds(i), Way::toRoom, 0, words + std::to_string(i)});
+        recording.add({std::chrono::seconds(i), Way::toRoom, line, words + std::to_string(i)});
     recording.end();
     return {recording.takeReady(), words};
 }
@@ -86,6 +86,14 @@ TEST(Editing, JoinTakesTheArenaThatIsKnownAndRefusesTwo) {
 
 TEST(Editing, JoinRefusesWhatLiesTooFarApart) {
     EXPECT_THROW(joined(recorded(0, 1, "a"), recorded(std::int64_t{1} << 50, 1, "b")), InputError);
-    EXPECT_THROW(joined(recorded(INT64_MIN / 2, 1, "a"), recorded(INT64_MAX / 2, 1, "b")),
-                 InputError);
+    RecordingReader earliest = recorded(-client::recordingLimits::startedAt, 1, "a");
+    RecordingReader latest = recorded(client::recordingLimits::startedAt, 1, "b");
+    EXPECT_THROW(joined(std::move(earliest), std::move(latest)), InputError);
+}
+
+TEST(Editing, JoinRefusesMoreLinesThanARecordingHas) {
+    constexpr std::uint32_t last = client::recordingLimits::lines - 1;
+    EXPECT_EQ(told(joined(recorded(0, 1, "a"), recorded(0, 1, "b", "arena", last - 1))),
+              "0:0:a0 0:" + std::to_string(last) + ":b0 ");
+    EXPECT_THROW(joined(recorded(0, 1, "a"), recorded(0, 1, "b", "arena", last)), InputError);
 }

@@ -1,6 +1,7 @@
 #include "replay/Soakings.h"
 
 #include "client/recording/RecordingBytes.h"
+#include "common/Files.h"
 #include "src/Player.h"
 #include "tests/replay/RecordedMatch.h"
 #include "tests/support/Datagrams.h"
@@ -43,10 +44,10 @@ struct Script {
         state.add(b);
         datagram(bytesOf(state));
     }
-    std::vector<Soaking> soakings() {
+    std::vector<Soaking> soakings(std::size_t most = replay::mostSoakings) {
         recording.end();
         client::RecordingReader reader(recording.takeReady(), "script");
-        return replay::soakingsOf(reader);
+        return replay::soakingsOf(reader, most);
     }
 };
 
@@ -117,6 +118,17 @@ TEST(Soakings, OfAnotherLineCountNotTwice) {
     script.datagram(noticeDatagram("Ann soaked Bo!"));
     script.state(annScored, soaked(bo, -1));
     EXPECT_EQ(script.soakings().size(), 1u);
+}
+
+TEST(Soakings, OfTheSamePlayerCountAgainAfterAWhile) {
+    Script script;
+    for (int i = 0; i < 3; ++i) {
+        script.state(ann, bo);
+        script.state(annScored, soaked(bo, -1));
+        script.now += RecordedTime(4000000);
+    }
+    EXPECT_EQ(Script(script).soakings(3).size(), 3u);
+    EXPECT_THROW(script.soakings(2), InputError);
 }
 
 TEST(Soakings, OfARecordedMatchAreKnown) {

@@ -23,8 +23,12 @@ TEST(RecentRecording, KeepsTheLastDatagrams) {
     const std::vector<RecordedDatagram> match = madeMatch(1000);
     constexpr RecordedTime span = std::chrono::seconds(5);
     RecentRecording recent(madeHeader(), start, span);
+    EXPECT_EQ(recent.duration().count(), 0);
     takeAll(recent, match);
+    const RecordedTime duration = recent.duration();
     RecordingReader reader(recent.recording(), "recent");
+    EXPECT_EQ(recent.duration(), reader.duration());
+    EXPECT_LE(reader.duration(), duration);
     EXPECT_TRUE(reader.problems().empty());
     EXPECT_GE(reader.duration(), span);
     EXPECT_LE(reader.duration(), span + std::chrono::milliseconds(1100));

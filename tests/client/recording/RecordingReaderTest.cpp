@@ -1,6 +1,7 @@
 #include "client/recording/RecordingReader.h"
 
 #include "client/recording/Block.h"
+#include "client/recording/Columns.h"
 #include "client/recording/RecordingBytes.h"
 #include "common/Chance.h"
 #include "common/Files.h"
@@ -64,6 +65,32 @@ std::string errorOf(const std::string& bytes) {
         return error.what();
     }
     return "";
+}
+
+/// Of a recording that began then, in a room and by a program without names.
+std::string headerContent(std::int64_t startedAt) {
+    std::string content;
+    putSigned(content, startedAt);
+    return content + std::string(4, '\0');
+}
+
+/// With another index, which names so many blocks, each so far behind the one before.
+std::string withIndex(const std::string& blocks, const std::vector<std::uint64_t>& gaps) {
+    BlockHead first;
+    const std::size_t firstAt = blocks.find(std::string("BLKD"));
+    std::memcpy(&first, blocks.data() + firstAt, sizeof first);
+    std::string index;
+    putNumber(index, gaps.size());
+    for (const std::uint64_t gap : gaps) {
+        putNumber(index, gap);
+        putNumber(index, 0);
+        putNumber(index, static_cast<std::uint64_t>(first.lastTime - first.firstTime));
+        putNumber(index, first.datagrams);
+    }
+    IndexTrailer trailer;
+    trailer.offset = blocks.size();
+    return blocks + blockOf(BlockKind::index, index) +
+           std::string(reinterpret_cast<const char*>(&trailer), sizeof trailer);
 }
 
 /// Without its index and what names it.
@@ -252,6 +279,56 @@ TEST(Recording, WhoseTimesGoBackIsRefusedFromThere) {
               std::string::npos);
 }
 
+TEST(Recording, WhoseIndexNamesABlockTwiceIsReadWithoutIt) {
+    const std::vector<RecordedDatagram> match = {at(0, "a"), at(0, "b")};
+    const std::string blocks = withoutIndex(recordingOf(match));
+    const std::uint64_t firstAt = blocks.find("BLKD");
+    EXPECT_TRUE(RecordingReader(withIndex(blocks, {firstAt}), "file").problems().empty());
+    const RecordingReader reader(withIndex(blocks, std::vector<std::uint64_t>{firstAt, 0, 0, 0}),
+                                 "file");
+    EXPECT_EQ(reader.datagrams(), match.size());
+    EXPECT_FALSE(reader.problems().empty());
+}
+
+TEST(Recording, WhoseBlocksReachIntoTheNextLosesThem) {
+    const std::string blocks =
+        withoutIndex(recordingOf({at(0, "a"), at(0, std::string(999, 'b'))}));
+    const std::uint64_t firstAt = blocks.find("BLKD");
+    RecordingReader reader(withIndex(blocks, {firstAt, sizeof(BlockHead)}), "file");
+    EXPECT_TRUE(allOf(reader).empty());
+    EXPECT_FALSE(reader.problems().empty());
+}
+
+TEST(Recording, HasTheFirstOfSeveralHeadersAndArenas) {
+    std::string whole = recordingOf({});
+    const std::uint64_t arenaAt = whole.find("BLKA");
+    const std::string header = whole.substr(recordingMagic.size(), arenaAt - recordingMagic.size());
+    const std::string broken = blockOf(BlockKind::arena, "another arena");
+    const std::string other = blockOf(BlockKind::header, headerContent(5));
+    const RecordingReader first(whole.insert(arenaAt, other), "file");
+    EXPECT_EQ(first.header().startedAt, madeHeader().startedAt);
+    EXPECT_EQ(first.header().arena, madeHeader().arena);
+    const RecordingReader second(std::string(recordingMagic) + header + broken +
+                                     blockOf(BlockKind::arena, madeHeader().arena),
+                                 "file");
+    EXPECT_EQ(second.header().arena, "");
+}
+
+TEST(Recording, WithAnImpossibleHeaderIsReadWithoutIt) {
+    const auto problemsOf = [](const std::string& content) {
+        const RecordingReader reader(
+            std::string(recordingMagic) + blockOf(BlockKind::header, content), "file");
+        EXPECT_EQ(reader.header().startedAt, 0);
+        return reader.problems().empty() ? "" : reader.problems().front();
+    };
+    EXPECT_EQ(problemsOf(headerContent(INT64_MAX)),
+              "file: byte 8: a block that cannot be read: it began at an impossible time");
+    EXPECT_EQ(problemsOf(headerContent(INT64_MIN)),
+              "file: byte 8: a block that cannot be read: it began at an impossible time");
+    EXPECT_EQ(problemsOf(headerContent(0) + std::string(blockLimits::headerBytes, '\0')),
+              "file: byte 8: a block that cannot be read: a header is too long");
+}
+
 TEST(Recording, OfAnotherKindOrVersionIsRefused) {
     EXPECT_EQ(errorOf(""), "file: is no recording");
     EXPECT_EQ(errorOf("P6 1 1"), "file: is no recording");
@@ -260,11 +337,41 @@ TEST(Recording, OfAnotherKindOrVersionIsRefused) {
     EXPECT_EQ(errorOf(newer), "file: is a recording of version 9; this program reads version 1");
 }
 
+TEST(Recording, BecomesNoLargerThanCanBeRead) {
+    constexpr std::size_t most = RecordingBytes::lastBytes + (std::size_t{1} << 20);
+    RecordingBytes recording(madeHeader(), most);
+    Chance chance(7);
+    std::string noise(50000, '\0');
+    const auto addAll = [&] {
+        for (int i = 0; i < 100; ++i) {
+            for (char& byte : noise)
+                byte = static_cast<char>(chance.below(256));
+            recording.add(at(i, noise));
+        }
+    };
+    EXPECT_THROW(addAll(), InputError);
+    recording.end();
+    const RecordingReader reader(recording.takeReady(), "file");
+    EXPECT_LE(reader.fileBytes(), most);
+    EXPECT_GT(reader.datagrams(), 20u);
+    EXPECT_TRUE(reader.problems().empty());
+}
+
+TEST(Recording, HasBlocksThatTakeNoMoreMemoryThanTheirBytes) {
+    const std::string block = blockOf(BlockKind::datagrams, std::string(1000000, 'x'));
+    EXPECT_LE(block.capacity(), block.size() + 64);
+}
+
 TEST(Recording, OfATooLargeHeaderIsRefused) {
     RecordingHeader header;
     header.room = std::string(recordingLimits::textBytes + 1, 'x');
     EXPECT_THROW(RecordingBytes{header}, InputError);
     header.room.clear();
     header.arena = std::string(recordingLimits::arenaBytes + 1, 'x');
+    EXPECT_THROW(RecordingBytes{header}, InputError);
+    header.arena.clear();
+    header.startedAt = -recordingLimits::startedAt;
+    EXPECT_NO_THROW(RecordingBytes{header});
+    --header.startedAt;
     EXPECT_THROW(RecordingBytes{header}, InputError);
 }

@@ -1,6 +1,7 @@
 #include "client/recording/RecordingWriter.h"
 
 #include "client/recording/RecordingReader.h"
+#include "common/Chance.h"
 #include "common/Files.h"
 #include "tests/client/recording/MadeMatch.h"
 #include "tests/support/TemporaryFolder.h"
@@ -71,6 +72,29 @@ TEST(RecordingWriter, EndsWithOneLineOnAFullDisk) {
     EXPECT_EQ(writer.problem(), writer.finish());
 }
 
+TEST(RecordingWriter, EndsBeforeTheFileIsTooLargeToBeRead) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/match";
+    constexpr std::size_t most = RecordingBytes::lastBytes + (std::size_t{2} << 20);
+    RecordingWriter writer(path, madeHeader(), start, most);
+    Chance chance(1);
+    std::string noise(60000, '\0');
+    std::size_t taken = 0;
+    for (; taken < 200; ++taken) {
+        for (char& byte : noise)
+            byte = static_cast<char>(chance.below(256));
+        writer.take(Way::fromRoom, 0, noise, start);
+    }
+    EXPECT_EQ(writer.finish(),
+              path + ": the recording ends early (a recording is no larger than 6 MiB)");
+    const RecordingReader reader = RecordingReader::open(path);
+    EXPECT_TRUE(reader.problems().empty());
+    EXPECT_LE(reader.fileBytes(), most);
+    EXPECT_GE(reader.fileBytes(), std::size_t{2} << 20);
+    EXPECT_LT(reader.datagrams(), taken);
+    EXPECT_EQ(countIn(reader), reader.datagrams());
+}
+
 TEST(RecordingWriter, LeavesNoFileWithoutDatagrams) {
     const TemporaryFolder folder;
     const std::string path = folder.path + "/match";
@@ -78,6 +102,24 @@ TEST(RecordingWriter, LeavesNoFileWithoutDatagrams) {
     EXPECT_THROW(readFile(path), InputError);
     EXPECT_EQ(RecordingWriter("/dev/null", madeHeader(), start).finish(), "");
     EXPECT_EQ(readFile("/dev/null"), "");
+}
+
+TEST(RecordingWriter, HasItsFileForItself) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "/match";
+    const std::vector<RecordedDatagram> match = madeMatch(10);
+    {
+        RecordingWriter writer(path, madeHeader(), start);
+        try {
+            const RecordingWriter second(path, madeHeader(), start);
+            FAIL();
+        } catch (const InputError& error) {
+            EXPECT_EQ(error.what(), path + ": is being written by another program");
+        }
+        takeAll(writer, match);
+        EXPECT_EQ(writer.finish(), "");
+    }
+    EXPECT_EQ(countIn(RecordingReader::open(path)), match.size());
 }
 
 TEST(RecordingWriter, OverwritesNothing) {
