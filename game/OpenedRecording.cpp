@@ -110,7 +110,6 @@ OpenedRecording openRecording(const std::string& file, const std::vector<KnownAr
                               bool ignoresText) {
     client::RecordingReader reader = client::RecordingReader::open(file);
     OpenedRecording opened;
-    opened.file = file;
     const std::string& room = reader.header().room;
     opened.title = (room.empty() ? "" : drawable(room) + ", ") + dateOf(reader.header().startedAt);
     const std::optional<std::uint32_t> line = wholeLine(reader);

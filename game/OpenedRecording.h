@@ -15,8 +15,6 @@ bool isRecording(const std::string& file);
 
 /// A recording made ready to be watched.
 struct OpenedRecording {
-    std::string file;
-
     /// The room and when it was: "localhost:5000, 22 November 2026, 10:12".
     std::string title;
 

@@ -26,11 +26,6 @@ Watching::Watching(std::vector<PlayedEvent> events, MapManager& map)
     beginAnew();
 }
 
-void Watching::setMap(MapManager& map) {
-    map_ = &map;
-    beginAnew();
-}
-
 void Watching::beginAnew() {
     leaps_ = playback_.leaps();
     staging_.emplace(*map_, dropSeed);

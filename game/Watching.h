@@ -19,9 +19,6 @@ class Watching {
     /// @param map  the room's arena; must outlive this
     Watching(std::vector<PlayedEvent> events, MapManager& map);
 
-    /// Shows another arena from now on.
-    void setMap(MapManager& map);
-
     Playback& playback() { return playback_; }
     const Playback& playback() const { return playback_; }
     Spectator& spectator() { return spectator_; }
