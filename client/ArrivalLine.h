@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/Explanation.h"
+#include "client/SentRecords.h"
 
 #include <array>
 #include <cstddef>
@@ -19,9 +19,9 @@ class ArrivalLine {
 
     bool hasArrivals() const { return count_ > 0; }
 
-    /// When the newest snapshot was due: the earliest of the recent arrivals, carried on to it. A
-    /// few late arrivals leave it alone; after a stall of the room it follows at once when the last
-    /// early arrival is forgotten.
+    /// When the newest snapshot was due: the earliest of the recent arrivals, carried on to it. On
+    /// an even line one late arrival leaves it alone and a second moves it; the more arrivals
+    /// jitter, the more late ones it takes.
     Milliseconds due() const { return due_; }
     Milliseconds period() const { return period_; }
 
@@ -49,7 +49,7 @@ class ArrivalLine {
     /// Whether a record has acted since the last guess.
     bool knowsDelay() const { return samples_ > 0; }
 
-    /// The standard deviation of that, apart from the wait for the tick.
+    /// The standard deviation of delay(), apart from the wait for the tick.
     Milliseconds spread() const;
 
   private:

@@ -3,7 +3,7 @@
 #include "client/ArrivalLine.h"
 #include "client/Clock.h"
 #include "client/Events.h"
-#include "client/Explanation.h"
+#include "client/Hypothesis.h"
 #include "client/Inputs.h"
 #include "client/PredictionAhead.h"
 #include "client/PredictionSearch.h"

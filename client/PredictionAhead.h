@@ -1,7 +1,7 @@
 #pragma once
 
 #include "client/ArrivalLine.h"
-#include "client/Explanation.h"
+#include "client/Hypothesis.h"
 #include "src/Player.h"
 
 #include <cstdint>

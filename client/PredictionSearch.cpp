@@ -1,5 +1,7 @@
 #include "client/PredictionSearch.h"
 
+#include "client/Explanation.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -9,9 +11,9 @@ namespace {
 
 /// The effort for one snapshot at most, together less than a millisecond: for the likely numbers of
 /// ticks, for fewer, and for what is only close.
-constexpr int likelyBudget = 13'000;
-constexpr int stallBudget = 5000;
-constexpr int closeBudget = 4000;
+constexpr int likelyBudget = 11'000;
+constexpr int stallBudget = 4000;
+constexpr int closeBudget = 3000;
 
 /// The cost of a gap between two snapshots, and of each tick in it, in the units of
 /// Hypothesis::cost.
@@ -30,9 +32,9 @@ constexpr Milliseconds wideMisfit = 250.0;
 /// A busy machine on the way holds records up for this long now and then, in milliseconds.
 constexpr Milliseconds longestHold = 20.0;
 
-/// Searches from the likeliest to the boldest. Where a loss and a record that was held up explain a
-/// snapshot alike, as among views with equal counts, both are kept.
-std::vector<SearchLimits> searches(Milliseconds spread, bool isTolerant) {
+/// The limits of searches, from the likeliest to the boldest. Where a loss and a record that was
+/// held up explain a snapshot alike, as among views with equal counts, both are kept.
+std::vector<SearchLimits> limitsFromLikeliest(Milliseconds spread, bool isTolerant) {
     const Milliseconds tight = spread + 1.0;
     const Milliseconds narrow = 3.0 * spread + 2.0;
     const Milliseconds heldUp = std::max(narrow, longestHold);
@@ -105,7 +107,7 @@ std::vector<Hypothesis> search(const Evidence& evidence, const std::vector<Depar
     double leastCost = departures.front().times.cost;
     for (const Departure& departure : departures)
         leastCost = std::min(leastCost, departure.times.cost);
-    for (const SearchLimits& limits : searches(evidence.line.spread(), isTolerant)) {
+    for (const SearchLimits& limits : limitsFromLikeliest(evidence.line.spread(), isTolerant)) {
         std::vector<Hypothesis> found;
         int share = budget / 2;
         budget -= share;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/Explanation.h"
+#include "client/Hypothesis.h"
 #include "client/PredictionSearch.h"
 #include "src/MapManager.h"
 #include "src/Messages.h"

@@ -54,17 +54,21 @@ Frame::Frame(Window& window, ShownArena& arena, Settings settings, KeepSettings 
 }
 
 void Frame::watch(OpenedRecording opened) {
-    renderer_.setArena(opened.mesh);
+    const ArenaMesh mesh = std::move(opened.mesh);
     screening_.emplace(std::move(opened));
+    renderer_.setArena(mesh);
     visit_.screens().watch(screening_->title());
-    scene_.camera = overviewOf(arena_.map());
+    scene_.camera = overviewOf(screening_->map());
+    // The match begins now, however long this took.
+    begin_ = client::Clock::now();
+    sinceLast_ = 0.0;
 }
 
 void Frame::run() {
     waitUntilDue();
     const client::Time begin = client::Clock::now();
     const client::Time before = std::exchange(begin_, begin);
-    sinceLast_ = std::min(secondsBetween(before, begin), longestStickTime);
+    sinceLast_ = secondsBetween(before, begin);
     pacing_.begin(begin);
     const std::chrono::nanoseconds processor = threadProcessorTime();
     takeInputs();
@@ -140,8 +144,8 @@ void Frame::takeInputs() {
         turning_.moveMouse(events.mouseX, events.mouseY, settings_.sensitivity,
                            {settings_.invertX, settings_.invertY});
     if (gameHasInput && isFocused_)
-        turning_.holdStick(events.stickX, events.stickY, sinceLast_, settings_.stickSensitivity,
-                           {settings_.invertX, settings_.invertY});
+        turning_.holdStick(events.stickX, events.stickY, std::min(sinceLast_, longestStickTime),
+                           settings_.stickSensitivity, {settings_.invertX, settings_.invertY});
     window_.captureMouse(gameHasMouse);
     const ViewCounts counts = turning_.take();
     if (screening_)
@@ -248,25 +252,43 @@ void Frame::changeArena() {
 
 /// Opens what was chosen to be watched, and brings back the arena of the start when that is over.
 void Frame::changeScreening() {
-    if (const std::string chosen = overlay_.takeChosenRecording();
-        !chosen.empty() && !opening_.valid())
-        opening_ = std::async(std::launch::async, [&known = arena_.known(), chosen] {
-            return openRecording(chosen, known);
-        });
-    if (opening_.valid() &&
-        opening_.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
-        try {
-            OpenedRecording opened = opening_.get();
-            if (visit_.screens().place() == Place::start)
-                watch(std::move(opened));
-        } catch (const InputError& error) {
-            overlay_.warn(error.what());
-        }
-    }
+    openChosenRecording();
+    if (opening_.valid() && opening_.wait_for(std::chrono::seconds(0)) == std::future_status::ready)
+        takeOpenedRecording();
     if (screening_ && visit_.screens().place() != Place::watching) {
         screening_.reset();
         arena_.showAgain();
     }
+}
+
+void Frame::openChosenRecording() {
+    if (std::string chosen = overlay_.takeChosenRecording(); !chosen.empty()) {
+        // The latest choice counts.
+        stopOpening_.request_stop();
+        chosenRecording_ = std::move(chosen);
+        overlay_.remarkRecordings("Opening the recording.");
+    }
+    if (chosenRecording_.empty() || opening_.valid())
+        return;
+    stopOpening_ = {};
+    opening_ =
+        std::async(std::launch::async, [&known = arena_.known(), stop = stopOpening_.get_token(),
+                                        file = std::exchange(chosenRecording_, {})] {
+            return openRecording(file, known, false, stop);
+        });
+}
+
+void Frame::takeOpenedRecording() {
+    std::string remark;
+    try {
+        OpenedRecording opened = opening_.get();
+        if (!stopOpening_.stop_requested() && visit_.screens().place() == Place::start)
+            watch(std::move(opened));
+    } catch (const InputError& error) {
+        remark = error.what();
+    }
+    if (!stopOpening_.stop_requested())
+        overlay_.remarkRecordings(remark);
 }
 
 void Frame::compose(client::Time now) {

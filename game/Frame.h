@@ -22,6 +22,7 @@
 #include <functional>
 #include <future>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,11 @@ class Frame {
     using KeepSettings = std::function<void(const Settings&)>;
 
     Frame(Window& window, ShownArena& arena, Settings settings, KeepSettings keep);
+
+    /// Gives up the recording that is being opened.
+    ~Frame() { stopOpening_.request_stop(); }
+    Frame(const Frame&) = delete;
+    Frame& operator=(const Frame&) = delete;
 
     /// The way into a room. Without one, the player chooses.
     Visit& visit() { return visit_; }
@@ -76,6 +82,8 @@ class Frame {
     void changeArena();
     void record(Action action, client::Time now);
     void changeScreening();
+    void openChosenRecording();
+    void takeOpenedRecording();
     void compose(client::Time now);
     void sound(client::Time now);
     void drawOverlay(client::Time now);
@@ -100,9 +108,11 @@ class Frame {
     Autopilot autopilot_;
     Senses senses_;
 
-    /// What is watched, and what is being opened.
+    /// What is watched, what is being opened, and the file that was chosen to be opened next.
     std::optional<Screening> screening_;
     std::future<OpenedRecording> opening_;
+    std::stop_source stopOpening_;
+    std::string chosenRecording_;
     SoundDevice soundDevice_;
     bool saidSilence_ = false;
     Captions captions_;

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <map>
 #include <optional>
+#include <utility>
 
 namespace drench::game {
 
@@ -22,11 +23,18 @@ namespace {
 /// More than enough to tell arenas apart.
 constexpr std::size_t judgedSnapshots = 20'000;
 
+void requireWanted(const std::stop_token& stop) {
+    if (stop.stop_requested())
+        throw InputError("the recording was not opened: that was no longer wanted");
+}
+
 /// The line that tells the most of the match, the first of equal ones. Nothing if none tells
 /// anything.
-std::optional<std::uint32_t> wholeLine(client::RecordingReader& reader) {
+std::optional<std::uint32_t> wholeLine(client::RecordingReader& reader,
+                                       const std::stop_token& stop) {
     std::map<std::uint32_t, std::uint64_t> snapshots;
     while (const std::optional<client::RecordedDatagram> each = reader.next()) {
+        requireWanted(stop);
         if (each->way == client::Way::fromRoom &&
             std::holds_alternative<UpdateMessage>(client::readRecord(each->bytes)))
             ++snapshots[each->line];
@@ -37,10 +45,12 @@ std::optional<std::uint32_t> wholeLine(client::RecordingReader& reader) {
     return most == snapshots.end() ? std::nullopt : std::optional(most->first);
 }
 
-std::vector<PlayedEvent> eventsOf(client::RecordingReader& reader, std::uint32_t line) {
+std::vector<PlayedEvent> eventsOf(client::RecordingReader& reader, std::uint32_t line,
+                                  const std::stop_token& stop) {
     reader.seek(client::RecordedTime(0));
     LineDecoder decoder;
     while (const std::optional<client::RecordedDatagram> each = reader.next()) {
+        requireWanted(stop);
         if (each->line != line)
             continue;
         if (each->way == client::Way::fromRoom)
@@ -107,26 +117,28 @@ std::string dateOf(std::int64_t startedAt) {
 }
 
 OpenedRecording openRecording(const std::string& file, const std::vector<KnownArena>& known,
-                              bool ignoresText) {
+                              bool ignoresText, const std::stop_token& stop) {
     client::RecordingReader reader = client::RecordingReader::open(file);
-    OpenedRecording opened;
-    opened.file = file;
     const std::string& room = reader.header().room;
-    opened.title = (room.empty() ? "" : drawable(room) + ", ") + dateOf(reader.header().startedAt);
-    const std::optional<std::uint32_t> line = wholeLine(reader);
+    std::string title =
+        (room.empty() ? "" : drawable(room) + ", ") + dateOf(reader.header().startedAt);
+    const std::optional<std::uint32_t> line = wholeLine(reader, stop);
     if (!line)
         throw InputError(file + ": nothing can be watched, since no state of the room is in it");
-    opened.events = eventsOf(reader, *line);
-    opened.problems = reader.problems();
-    if (opened.events.size() >= LineDecoder::mostEvents)
-        opened.problems.push_back(file + ": longer than can be watched at once; cut it");
+    std::vector<PlayedEvent> events = eventsOf(reader, *line, stop);
+    std::vector<std::string> problems = reader.problems();
+    if (events.size() >= LineDecoder::mostEvents)
+        problems.push_back(file + ": longer than can be watched at once; cut it");
+    std::unique_ptr<MapManager> map;
     if (!ignoresText)
-        opened.map = ownArena(reader.header().arena, opened.problems);
-    if (!opened.map)
-        opened.map =
-            std::make_unique<MapManager>(judgedArena(known, opened.events, opened.problems));
-    opened.mesh = meshOf(*opened.map);
-    return opened;
+        map = ownArena(reader.header().arena, problems);
+    if (!map)
+        map = std::make_unique<MapManager>(judgedArena(known, events, problems));
+    Playback playback(std::move(events));
+    ArenaMesh mesh = meshOf(*map, stop);
+    requireWanted(stop);
+    return {std::move(title), std::move(playback), std::move(map), std::move(mesh),
+            std::move(problems)};
 }
 
 } // namespace drench::game

@@ -218,7 +218,7 @@ bool Overlay::drawPanel(const View& view, Visit& visit, Settings& settings) {
 
 bool Overlay::drawStart(const View& view, Visit& visit, Settings& settings) {
     const StartPage::Outcome outcome =
-        startPage_.draw(interface_.theme(), settings, rooms_, recordings_);
+        startPage_.draw(interface_.theme(), settings, rooms_, recordings_, recordingsRemark_);
     if (outcome.hosts)
         visit.host(getAppPath(), hostedBots, settings.name, view.now);
     else if (!outcome.room.empty())

@@ -86,6 +86,9 @@ class Overlay {
     /// Shows a line there for some seconds.
     void tell(const std::string& words, client::Time now) { news_.push_back({words, now}); }
 
+    /// Says a line below the recordings of the start from now on; empty for the usual one.
+    void remarkRecordings(const std::string& words) { recordingsRemark_ = words; }
+
     /// The recording that was chosen to be watched since the last call; empty for none.
     std::string takeChosenRecording() { return std::exchange(chosenRecording_, {}); }
 
@@ -117,6 +120,7 @@ class Overlay {
     /// The user's own recordings, looked for whenever the start is shown.
     std::future<std::vector<OwnRecording>> lookingForRecordings_;
     std::vector<OwnRecording> recordings_;
+    std::string recordingsRemark_;
     bool wasAtStart_ = false;
     std::string chosenRecording_;
     bool showsTable_ = false;

@@ -15,8 +15,10 @@ namespace {
 
 using Seconds = std::chrono::duration<double>;
 
-/// From one checkpoint to the next: a leap takes no more events than came in this time.
+/// From one checkpoint to the next, both at least: a leap takes few events, and the checkpoints of
+/// a long recording of little take no more memory than its events.
 constexpr Seconds checkpointGap{10.0};
+constexpr std::size_t checkpointEvents = 256;
 
 /// Seconds. Of one soaking the notice and the snapshot come within this time.
 constexpr double soakingSlack = 1.0;
@@ -51,13 +53,12 @@ Playback::Playback(std::vector<PlayedEvent> events) : events_(std::move(events))
     for (std::size_t i = 0; i < events_.size(); ++i) {
         const PlayedEvent& each = events_[i];
         if (checkpoints_.empty() ||
-            each.moment - events_[checkpoints_.back().event].moment >= checkpointGap)
+            (i - checkpoints_.back().event >= checkpointEvents &&
+             each.moment - events_[checkpoints_.back().event].moment >= checkpointGap))
             checkpoints_.push_back({i, match_});
         match_.take(each.event, each.moment);
         findSoakings(each);
     }
-    std::sort(soakings_.begin(), soakings_.end(),
-              [](const Soaking& a, const Soaking& b) { return a.moment < b.moment; });
     match_.watchAs(recorder_);
     seek(begin());
 }
@@ -93,18 +94,18 @@ void Playback::findSoakings(const PlayedEvent& event) {
 }
 
 void Playback::addSoaking(const Soaking& soaking) {
-    const auto same = std::find_if(soakings_.rbegin(), soakings_.rend(), [&](const Soaking& each) {
-        return soaking.moment - each.moment < soakingSlack &&
-               (each.whom == soaking.whom || each.whom == 0 || soaking.whom == 0);
-    });
-    if (same == soakings_.rend()) {
-        soakings_.push_back(soaking);
+    // Soakings come in their order: all before the first that is too old are older still.
+    for (auto each = soakings_.rbegin();
+         each != soakings_.rend() && soaking.moment - each->moment < soakingSlack; ++each) {
+        if (each->whom != soaking.whom && each->whom != 0 && soaking.whom != 0)
+            continue;
+        if (each->who == 0)
+            each->who = soaking.who;
+        if (each->whom == 0)
+            each->whom = soaking.whom;
         return;
     }
-    if (same->who == 0)
-        same->who = soaking.who;
-    if (same->whom == 0)
-        same->whom = soaking.whom;
+    soakings_.push_back(soaking);
 }
 
 void Playback::takeUntil(client::Time moment) {
@@ -217,13 +218,6 @@ std::optional<PlayerUpdate> Playback::lastAlive(char id) const {
             return *player;
     }
     return std::nullopt;
-}
-
-std::vector<const client::Snapshot*> Playback::firstSnapshots(std::size_t most) const {
-    std::vector<const client::Snapshot*> first;
-    for (std::size_t i = 0; i < std::min(most, snapshots_.size()); ++i)
-        first.push_back(&snapshot(i));
-    return first;
 }
 
 } // namespace drench::game

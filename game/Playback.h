@@ -33,6 +33,7 @@ class Playback {
     static constexpr double leadToSoaking = 3.0;
 
     /// Plays from the begin, at the usual speed. Throws InputError if there is no snapshot.
+    /// @param events  by ascending moment
     explicit Playback(std::vector<PlayedEvent> events);
 
     /// The moments of the first snapshot and of the last one.
@@ -83,9 +84,6 @@ class Playback {
     /// The player as seen last before it was soaked, or now; nothing if it was not in the room
     /// within the last seconds.
     std::optional<PlayerUpdate> lastAlive(char id) const;
-
-    /// The first snapshots, for whoever wants to know the arena.
-    std::vector<const client::Snapshot*> firstSnapshots(std::size_t most) const;
 
     /// The identifier of whoever recorded it; 0 if unknown.
     char recorder() const { return recorder_; }

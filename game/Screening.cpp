@@ -2,6 +2,7 @@
 
 #include "src/Player.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace drench::game {
@@ -10,6 +11,9 @@ namespace {
 
 /// Seconds of one leap by key.
 constexpr double leap = 5.0;
+
+/// Seconds: nobody watched while a machine or a program stood still.
+constexpr double longestPass = 0.5;
 
 constexpr int leftButton = 1;
 constexpr int rightButton = 3;
@@ -30,7 +34,7 @@ Spectator::View viewAfter(Spectator::View view) {
 
 Screening::Screening(OpenedRecording opened)
     : title_(std::move(opened.title)), problems_(std::move(opened.problems)),
-      map_(std::move(opened.map)), watching_(std::move(opened.events), *map_) {}
+      map_(std::move(opened.map)), watching_(std::move(opened.playback), *map_) {}
 
 bool Screening::press(Input input, bool down) {
     if (input.device == Input::Device::mouse &&
@@ -100,8 +104,9 @@ void Screening::turn(ViewCounts counts) {
 }
 
 void Screening::pass(double seconds, const Settings& settings, Scene& scene) {
-    watching_.spectator().fly(flight_.way(), static_cast<float>(seconds));
-    watching_.pass(seconds, settings, scene);
+    const double passed = std::min(seconds, longestPass);
+    watching_.spectator().fly(flight_.way(), static_cast<float>(passed));
+    watching_.pass(passed, settings, scene);
 }
 
 } // namespace drench::game

@@ -31,7 +31,7 @@ class Screening {
     /// Turns the camera, where it can be turned.
     void turn(ViewCounts counts);
 
-    /// The next frame, so many seconds later.
+    /// The next frame, so many seconds later; goes on by half a second at most.
     void pass(double seconds, const Settings& settings, Scene& scene);
 
   private:

@@ -55,14 +55,13 @@ bool ShownArena::isCertain() const {
 }
 
 void ShownArena::showAgain() {
-    if (!making_.lit.valid())
-        make(shown_);
+    isShown_ = false;
 }
 
 std::optional<ArenaMesh> ShownArena::change() {
     const std::size_t best = fitting();
     if (!making_.lit.valid()) {
-        if (best != shown_)
+        if (best != shown_ || !isShown_)
             make(best);
         return std::nullopt;
     }
@@ -74,11 +73,13 @@ std::optional<ArenaMesh> ShownArena::change() {
         if (stop_.stop_requested())
             return std::nullopt;
         shown_ = making_.arena;
+        isShown_ = true;
         return mesh;
     }
     if (isWanted && making_.rough.valid() && client::Clock::now() >= making_.roughDue &&
         isReady(making_.rough)) {
         shown_ = making_.arena;
+        isShown_ = true;
         return making_.rough.get();
     }
     return std::nullopt;

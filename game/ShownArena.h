@@ -76,6 +76,9 @@ class ShownArena {
     std::vector<KnownArena>& known_;
     client::Time::duration patience_;
     std::size_t shown_ = 0;
+
+    /// False while something else is drawn.
+    bool isShown_ = true;
     std::optional<ArenaFinder> finder_;
 
     /// The arenas in the finder's order.

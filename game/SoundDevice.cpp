@@ -78,7 +78,7 @@ void SoundDevice::play(const Heard& heard, client::Time now) {
     SDL_LockAudioDevice(device_);
     Mixer& mixer = sounds_->mixer;
     mixer.listenFrom(heard.listener);
-    mixer.setVolume(static_cast<float>(heard.volume * heard.volume));
+    mixer.setVolume(factorOf(heard.volume));
     mixer.setJets(heard.jets);
     for (const Cue& cue : heard.cues)
         mixer.play(cue);

@@ -81,7 +81,7 @@ SoundTrack mix(const VideoPlan& plan, const MapManager& map, const Frames& frame
     SoundTrack track;
     const SoundBank bank(soundSeed);
     Mixer mixer(bank);
-    mixer.setVolume(static_cast<float>(usual.masterVolume * usual.masterVolume));
+    mixer.setVolume(factorOf(usual.masterVolume * usual.effectsVolume));
     std::vector<float> samples;
     frames.each(map, [&](long long frame, const Scene& scene) {
         mixer.listenFrom({inGame(scene.camera.eye), inGame(scene.camera.direction)});

@@ -37,7 +37,7 @@ class SoundTrack {
 class VideoFile {
   public:
     /// Throws InputError if ffmpeg is not installed or the file cannot be written.
-    /// @param size  even numbers of pixels
+    /// @param width,height  even numbers of pixels
     /// @param rate  frames a second
     /// @param sound  all of it: see SoundTrack::finish()
     VideoFile(std::string path, int width, int height, int rate, int sound);

@@ -21,13 +21,8 @@ const PlayerUpdate* playerIn(std::span<const PlayerUpdate> players, char id) {
 
 } // namespace
 
-Watching::Watching(std::vector<PlayedEvent> events, MapManager& map)
-    : playback_(std::move(events)), spectator_(playback_.recorder()), map_(&map) {
-    beginAnew();
-}
-
-void Watching::setMap(MapManager& map) {
-    map_ = &map;
+Watching::Watching(Playback playback, MapManager& map)
+    : playback_(std::move(playback)), spectator_(playback_.recorder()), map_(&map) {
     beginAnew();
 }
 

@@ -7,7 +7,7 @@
 #include "game/Staging.h"
 
 #include <optional>
-#include <vector>
+#include <span>
 
 namespace drench::game {
 
@@ -17,10 +17,7 @@ namespace drench::game {
 class Watching {
   public:
     /// @param map  the room's arena; must outlive this
-    Watching(std::vector<PlayedEvent> events, MapManager& map);
-
-    /// Shows another arena from now on.
-    void setMap(MapManager& map);
+    Watching(Playback playback, MapManager& map);
 
     Playback& playback() { return playback_; }
     const Playback& playback() const { return playback_; }

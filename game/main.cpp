@@ -113,7 +113,7 @@ int film(const Options& options) {
     OpenedRecording opened = openRecording(options.recording, known.arenas, !options.arena.empty());
     for (const std::string& problem : opened.problems)
         std::cerr << problem << '\n';
-    Watching watching(std::move(opened.events), *opened.map);
+    Watching watching(std::move(opened.playback), *opened.map);
     begin(watching, *opened.map, options);
     listenForSignals();
     Console console(false, false);

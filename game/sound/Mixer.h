@@ -10,6 +10,12 @@
 
 namespace drench::game {
 
+/// The factor of the samples at a volume as players set it, 0 to 1: its square, evenly spaced for
+/// the ear.
+constexpr float factorOf(double volume) {
+    return static_cast<float>(volume * volume);
+}
+
 /// Mixes what is heard into stereo. Farther sounds are softer, and each ear hears its own side, at
 /// constant power. Nothing ever clips or clicks. Nothing here allocates, so the thread of a sound
 /// device may pull; its owner sees to it that no two threads call at once.
@@ -29,7 +35,8 @@ class Mixer {
     /// The jets that go on from now; at most one for each player.
     void setJets(std::span<const HeardJet> jets);
 
-    /// @param volume  0 for silence to 1; reached within a fiftieth of a second
+    /// @param volume  0 for silence to 1, a factor of the samples; reached within a fiftieth of a
+    /// second
     void setVolume(float volume) { volume_ = volume; }
 
     /// The next frames: left and right sample in turn, from -1 to 1. The size must be even. While

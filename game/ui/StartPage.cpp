@@ -35,6 +35,14 @@ ImU32 colourOf(const RoomProbe& probe) {
     }
 }
 
+/// Of words in the small font that wrap at the column's end.
+float heightOfSmall(const Theme& theme, const std::string& words) {
+    return theme.fonts.small
+        ->CalcTextSizeA(sizeOf(theme.fonts.small, "A").y, FLT_MAX, ImGui::GetContentRegionAvail().x,
+                        words.c_str())
+        .y;
+}
+
 /// The name of the game with a drop in front.
 void drawTitle(const Theme& theme) {
     ImDrawList& list = *ImGui::GetWindowDrawList();
@@ -59,7 +67,8 @@ void drawTitle(const Theme& theme) {
 } // namespace
 
 StartPage::Outcome StartPage::draw(const Theme& theme, Settings& settings, const RoomList& rooms,
-                                   const std::vector<OwnRecording>& recordings) {
+                                   const std::vector<OwnRecording>& recordings,
+                                   const std::string& remark) {
     Outcome outcome;
     dimBehind(0.25f);
     const Page page(theme, "start", pageWidth, pageHeight);
@@ -79,7 +88,7 @@ StartPage::Outcome StartPage::draw(const Theme& theme, Settings& settings, const
     ImGui::SameLine(0.0f, theme.px(28.0f));
     ImGui::BeginChild("right", {0.0f, 0.0f});
     if (showsRecordings_) {
-        drawRecordings(theme, settings.bindings, recordings, outcome);
+        drawRecordings(theme, settings.bindings, recordings, remark, outcome);
     } else {
         drawRooms(theme, settings, rooms, outcome);
         drawAddress(theme, outcome);
@@ -105,10 +114,7 @@ void StartPage::drawRooms(const Theme& theme, Settings& settings, const RoomList
                           Outcome& outcome) {
     heading(theme, "Rooms");
     // The field for another address, a small line above it, and the remark below.
-    const float remark = theme.fonts.small
-                             ->CalcTextSizeA(sizeOf(theme.fonts.small, "A").y, FLT_MAX,
-                                             ImGui::GetContentRegionAvail().x, timesRemark)
-                             .y;
+    const float remark = heightOfSmall(theme, timesRemark);
     const float foot = ImGui::GetFrameHeight() + sizeOf(theme.fonts.small, "A").y + remark +
                        3.0f * ImGui::GetStyle().ItemSpacing.y;
     ImGui::BeginChild("rooms", {0.0f, -foot});
@@ -168,9 +174,16 @@ void StartPage::drawAddress(const Theme& theme, Outcome& outcome) {
 }
 
 void StartPage::drawRecordings(const Theme& theme, const Bindings& bindings,
-                               const std::vector<OwnRecording>& recordings, Outcome& outcome) {
+                               const std::vector<OwnRecording>& recordings,
+                               const std::string& remark, Outcome& outcome) {
     heading(theme, "Recorded matches");
-    const float foot = 2.2f * sizeOf(theme.fonts.text, "A").y + ImGui::GetStyle().ItemSpacing.y;
+    const std::string words = remark.empty()
+                                  ? "In a match, " + firstInputWords(bindings, Action::record) +
+                                        " begins and ends a recording, and " +
+                                        firstInputWords(bindings, Action::keepRecent) +
+                                        " keeps the last two minutes."
+                                  : remark;
+    const float foot = heightOfSmall(theme, words) + 2.0f * ImGui::GetStyle().ItemSpacing.y;
     ImGui::BeginChild("recordings", {0.0f, -foot});
     if (recordings.empty())
         paleText("None yet.");
@@ -198,10 +211,7 @@ void StartPage::drawRecordings(const Theme& theme, const Bindings& bindings,
     }
     ImGui::EndChild();
     const InFont small(theme.fonts.small);
-    paleText("In a match, " + firstInputWords(bindings, Action::record) +
-             " begins and ends a "
-             "recording, and " +
-             firstInputWords(bindings, Action::keepRecent) + " keeps the last two minutes.");
+    paleText(words);
 }
 
 } // namespace drench::game

@@ -28,8 +28,9 @@ class StartPage {
     };
 
     /// Draws the page and lets the player change the name.
+    /// @param remark  said below the recordings; empty for which inputs record
     Outcome draw(const Theme& theme, Settings& settings, const RoomList& rooms,
-                 const std::vector<OwnRecording>& recordings);
+                 const std::vector<OwnRecording>& recordings, const std::string& remark);
 
   private:
     void drawName(const Theme& theme, Settings& settings, Outcome& outcome);
@@ -37,7 +38,8 @@ class StartPage {
     void drawAddress(const Theme& theme, Outcome& outcome);
 
     void drawRecordings(const Theme& theme, const Bindings& bindings,
-                        const std::vector<OwnRecording>& recordings, Outcome& outcome);
+                        const std::vector<OwnRecording>& recordings, const std::string& remark,
+                        Outcome& outcome);
 
     std::string address_;
     bool showsRecordings_ = false;

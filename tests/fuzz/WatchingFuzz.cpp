@@ -123,7 +123,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                 static_cast<int>(much)});
         }
     }
-    Watching watching(decoder.finish(), courtWithCubes());
+    Watching watching(Playback(decoder.finish()), courtWithCubes());
     watch(watching, commands);
     return 0;
 }

@@ -7,6 +7,12 @@
 namespace {
 
 std::atomic<long> count{0};
+std::atomic<long> bytes{0};
+
+void note(std::size_t size) {
+    ++count;
+    bytes += static_cast<long>(size);
+}
 
 } // namespace
 
@@ -14,8 +20,12 @@ long allocations() {
     return count;
 }
 
+long allocatedBytes() {
+    return bytes;
+}
+
 void* operator new(std::size_t size) {
-    ++count;
+    note(size);
     if (void* const memory = std::malloc(size > 0 ? size : 1))
         return memory;
     throw std::bad_alloc();
@@ -23,7 +33,7 @@ void* operator new(std::size_t size) {
 
 // Whoever asks like this gives back with the delete below.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    ++count;
+    note(size);
     return std::malloc(size > 0 ? size : 1);
 }
 

@@ -274,6 +274,12 @@ TEST(Mixer, VolumeIsReachedWithoutAClick) {
     EXPECT_GT(energyOf(pulled(mixer, 4800)), 0.1);
 }
 
+TEST(Mixer, HalfAVolumeIsAQuarterOfTheSamples) {
+    EXPECT_EQ(factorOf(0.0), 0.0f);
+    EXPECT_EQ(factorOf(0.5), 0.25f);
+    EXPECT_EQ(factorOf(1.0), 1.0f);
+}
+
 TEST(Mixer, BeginsInSilence) {
     Mixer mixer(bank());
     mixer.setVolume(0.0f);

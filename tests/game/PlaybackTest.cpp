@@ -1,6 +1,8 @@
 #include "game/Playback.h"
 
 #include "common/Files.h"
+#include "game/FrameCosts.h"
+#include "tests/game/Allocations.h"
 #include "tests/game/RecordedLine.h"
 #include "tests/support/Arenas.h"
 
@@ -195,12 +197,6 @@ TEST_F(PlaybackOfAMatch, KnowsWhereASoakedPlayerWas) {
     EXPECT_FALSE(playback.lastAlive('4'));
 }
 
-TEST_F(PlaybackOfAMatch, AnswersForTheArenaWithItsFirstSnapshots) {
-    EXPECT_EQ(playback.firstSnapshots(10).size(), 10u);
-    EXPECT_EQ(playback.firstSnapshots(5000).size(), 1000u);
-    EXPECT_EQ(playback.firstSnapshots(10)[0]->state.updates[0].id, '1');
-}
-
 TEST(Playback, WithoutASnapshotThereIsNothingToWatch) {
     RecordedLine line;
     line.hear(acceptanceDatagram('1'));
@@ -250,4 +246,37 @@ TEST(Playback, WhereSnapshotsLackForLongNobodySlidesAcross) {
     const float z = playback.players(map).front().position.z;
     EXPECT_GT(z, start.z + 89.0f * step + 20.0f * step) << "walked on for a while";
     EXPECT_LT(z, start.z + 89.0f * step + 40.0f * step) << "then stood";
+}
+
+TEST(Playback, OfDaysInWhichLittleHappensTakesLittleMemory) {
+    RecordedLine line;
+    constexpr long count = 20'000;
+    for (long i = 0; i < count; ++i) {
+        line.now += 11'000.0;
+        line.tick({walker(static_cast<int>(i))});
+    }
+    std::vector<PlayedEvent> events = line.events();
+    const long before = allocatedBytes();
+    Playback playback(std::move(events));
+    EXPECT_LT((allocatedBytes() - before) / count, long{sizeof(PlayedEvent)});
+    MapManager map = loaded(emptyCourt());
+    for (const std::size_t tick : {19'999u, 255u, 256u, 257u, 0u, 12'345u}) {
+        playback.seek(playback.begin() + 11.016 * static_cast<double>(tick) + 0.001);
+        EXPECT_NEAR(playback.players(map).front().position.z - start.z,
+                    step * static_cast<float>(tick % 100), 1.0f)
+            << tick;
+    }
+}
+
+TEST(Playback, OfManySoakingsIsReadyAtOnce) {
+    RecordedLine line;
+    line.tick({walker(0), bob});
+    std::vector<PlayedEvent> events = line.events();
+    for (int i = 0; i < 300'000; ++i)
+        events.push_back(
+            {events.back().moment + std::chrono::seconds(2), client::Soaking{"Ann", "Bob"}});
+    const std::chrono::nanoseconds before = threadProcessorTime();
+    const Playback playback(std::move(events));
+    EXPECT_LT(threadProcessorTime() - before, std::chrono::seconds(5));
+    EXPECT_EQ(playback.soakings().size(), 300'000u);
 }

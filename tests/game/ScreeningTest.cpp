@@ -19,10 +19,8 @@ OpenedRecording recording() {
         line.tick({playerAt('1', {500.0f, standing, 500.0f}, "Ann"),
                    playerAt('2', {900.0f, standing, 900.0f}, "Bob")});
     }
-    OpenedRecording opened;
-    opened.events = line.events();
-    opened.map = std::make_unique<MapManager>(loaded(emptyCourt()));
-    return opened;
+    return {
+        "", Playback(line.events()), std::make_unique<MapManager>(loaded(emptyCourt())), {}, {}};
 }
 
 struct ScreeningOfAMatch : testing::Test {
@@ -100,6 +98,13 @@ TEST_F(ScreeningOfAMatch, AFlightFollowsKeysAndMouse) {
     EXPECT_LT(scene.camera.direction.y, -0.1f);
     screening.press({Input::Device::mouse, 1}, false);
     EXPECT_FALSE(screening.isDragging());
+}
+
+TEST_F(ScreeningOfAMatch, GoesOnAsTimePassesAndNotWhileTheMachineStoodStill) {
+    pass(0.2);
+    EXPECT_NEAR(playback().moment(), 0.2, 1e-6) << "a minimised window draws five frames a second";
+    pass(3600.0);
+    EXPECT_NEAR(playback().moment(), 0.7, 1e-6);
 }
 
 TEST_F(ScreeningOfAMatch, OtherKeysAreForOthers) {

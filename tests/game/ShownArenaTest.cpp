@@ -163,3 +163,15 @@ TEST_F(ArenaInARoom, ComesOnceMoreAfterSomethingElseWasDrawn) {
     EXPECT_EQ(&before.map(), &known[0].map);
     EXPECT_FALSE(before.change());
 }
+
+TEST_F(ArenaInARoom, ComesOnceMoreEvenIfAnotherWasInTheMaking) {
+    const Colours first = coloursOf(arena->firstSurface());
+    standsOnTheBlock();
+    EXPECT_FALSE(arena->change()) << "the other one's surface begins to be made";
+    arena->enterRoom();
+    arena->showAgain();
+    const std::optional<ArenaMesh> again = changes(longEnough);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(coloursOf(*again), first);
+    EXPECT_EQ(&arena->map(), &known[0].map);
+}

@@ -31,7 +31,7 @@ std::vector<PlayedEvent> match() {
 
 struct WatchingAMatch : testing::Test {
     MapManager map = loaded(emptyCourt());
-    Watching watching{match(), map};
+    Watching watching{Playback(match()), map};
     Scene scene;
 
     void pass(double seconds) { watching.pass(seconds, {}, scene); }
@@ -123,7 +123,7 @@ TEST_F(WatchingAMatch, ALeapBeginsTheWaterAnew) {
 }
 
 TEST_F(WatchingAMatch, IsTheSameEveryTime) {
-    Watching again{match(), map};
+    Watching again{Playback(match()), map};
     Scene other;
     for (int i = 0; i < 330; ++i) {
         pass(1.0 / 30.0);
