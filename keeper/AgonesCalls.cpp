@@ -65,9 +65,14 @@ void AgonesCalls::Trial::succeeded(Time next) {
     pause = shortestPause;
 }
 
-void AgonesCalls::setAnswering(bool answering) {
-    isAnswering_ = answering;
-    ready_.isWished = ready_.isWished || answering;
+void AgonesCalls::setAnswering(std::optional<Time> until) {
+    answersUntil_ = until;
+    ready_.isWished = ready_.isWished || until;
+}
+
+Time AgonesCalls::healthAt(Time now) const {
+    const Time at = std::max(now, nextHealthAt_);
+    return answersUntil_ && at < *answersUntil_ ? at : Time::max();
 }
 
 Time AgonesCalls::allocateAt() const {
@@ -87,7 +92,7 @@ std::optional<AgonesCall> AgonesCalls::due(Time now) const {
             return AgonesCall{Kind::shutdown, "POST", "/shutdown", "{}"};
         return std::nullopt;
     }
-    if (isAnswering_ && now >= healthAt_)
+    if (now >= healthAt(now))
         return AgonesCall{Kind::health, "POST", "/health", "{}"};
     if (now >= ready_.dueAt())
         return AgonesCall{Kind::ready, "POST", "/ready", "{}"};
@@ -100,11 +105,10 @@ std::optional<AgonesCall> AgonesCalls::due(Time now) const {
     return std::nullopt;
 }
 
-Time AgonesCalls::nextAt() const {
+Time AgonesCalls::nextAt(Time now) const {
     if (shutdown_.isWished)
         return shutdown_.dueAt();
-    return std::min({isAnswering_ ? healthAt_ : Time::max(), ready_.dueAt(), allocateAt(),
-                     playersAt(), stateAt_});
+    return std::min({healthAt(now), ready_.dueAt(), allocateAt(), playersAt(), stateAt_});
 }
 
 AgonesCall AgonesCalls::playersCall() const {
@@ -144,7 +148,7 @@ void AgonesCalls::answered(const AgonesCall& call, int status, const std::string
     };
     switch (call.kind) {
     case Kind::health:
-        healthAt_ = now + period;
+        nextHealthAt_ = now + period;
         break;
     case Kind::ready:
         settle(ready_);

@@ -36,9 +36,10 @@ class AgonesCalls {
   public:
     static constexpr milliseconds period{2000};
 
-    /// The room answers, or does no more: only while it does, it is called healthy. The first time,
-    /// it is called ready.
-    void setAnswering(bool answering);
+    /// The moment until which the room's last receipt lets it count as answering; nothing while it
+    /// does not answer. Before that moment alone it is called healthy, so that nobody who stops
+    /// telling keeps it so. The first time, it is called ready.
+    void setAnswering(std::optional<Time> until);
 
     /// Told as a counter, list or label, and allocates the room while somebody plays in it.
     void setPlayers(int players) { players_ = players; }
@@ -50,7 +51,7 @@ class AgonesCalls {
     std::optional<AgonesCall> due(Time now) const;
 
     /// The moment of the next call, unless the room changes before.
-    Time nextAt() const;
+    Time nextAt(Time now) const;
 
     /// How a call went.
     /// @param status  of the answer; 0 for none
@@ -82,6 +83,7 @@ class AgonesCalls {
     /// How the players are told: the newest way that the SDK server and its fleet know.
     enum class Way { counter, list, label };
 
+    Time healthAt(Time now) const;
     Time allocateAt() const;
     Time playersAt() const;
     AgonesCall playersCall() const;
@@ -91,7 +93,7 @@ class AgonesCalls {
     static constexpr milliseconds shortestPause{500};
     static constexpr milliseconds longestPause{8000};
 
-    bool isAnswering_ = false;
+    std::optional<Time> answersUntil_;
     int players_ = 0;
     std::string state_;
 
@@ -99,7 +101,7 @@ class AgonesCalls {
     Wish shutdown_;
     Trial allocate_;
     Trial tellPlayers_;
-    Time healthAt_;
+    Time nextHealthAt_;
     Time stateAt_;
     Way way_ = Way::counter;
     std::optional<int> toldPlayers_;

@@ -28,8 +28,8 @@ class AgonesSdk {
     AgonesSdk(const AgonesSdk&) = delete;
     AgonesSdk& operator=(const AgonesSdk&) = delete;
 
-    /// Tells how the room is.
-    void update(bool answering, int players);
+    /// Tells how the room is, as to AgonesCalls.
+    void update(std::optional<Time> answersUntil, int players);
 
     /// Asks for the end of this game server, and waits for the answer, at most so long. Returns
     /// whether the SDK server took it.

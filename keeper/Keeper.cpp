@@ -165,7 +165,7 @@ void Keeper::look(Time now) {
     metrics_.setUnansweredProbes(probe_.unanswered());
     metrics_.setAge(room_ ? now - situation_.started : Time::duration());
     if (agones_) {
-        agones_->update(answering, players);
+        agones_->update(answering ? probe_.answersUntil() : std::nullopt, players);
         heedAgones(now);
     }
 }

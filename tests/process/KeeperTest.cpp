@@ -7,10 +7,12 @@
 
 #include <atomic>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
+#include <sys/ioctl.h>
 #include <thread>
 
 // drench-keeper as hosts use it, before the real server.
@@ -195,6 +197,35 @@ TEST(Keeper, KeepsAHangingRoomFromBeingCalledHealthy) {
     kill(server, SIGSTOP);
     keeper.signal(SIGTERM);
     EXPECT_EQ(keeper.status(), 0);
+}
+
+TEST(Keeper, CallsNoRoomHealthyWhileNobodyReadsItsOwnLog) {
+    const SdkStandIn sdk;
+    // Another room answers for this one, whose console floods.
+    const ServerProcess room = ServerProcess::listening(emptyCourt());
+    const TemporaryFolder folder;
+    const std::string server = folder.write("script", "#!/bin/bash\nsleep 3\nexec yes\n");
+    std::filesystem::permissions(server, std::filesystem::perms::owner_all);
+    int log[2];
+    ASSERT_EQ(pipe2(log, O_CLOEXEC), 0);
+    const Descriptor reading(log[0]);
+    const Descriptor writing(log[1]);
+    setenv("AGONES_SDK_HTTP_PORT", std::to_string(sdk.port()).c_str(), 1);
+    const ChildProcess keeper({DRENCH_KEEPER, std::to_string(room.port()), "--server", server},
+                              {.output = writing.number});
+    unsetenv("AGONES_SDK_HTTP_PORT");
+    EXPECT_TRUE(sdk.waitFor("POST /health {}", 2));
+    const auto lengthOfLog = [&] {
+        int length = 0;
+        ioctl(reading.number, FIONREAD, &length);
+        return length;
+    };
+    ASSERT_TRUE(
+        comesTrue([&] { return lengthOfLog() >= fcntl(reading.number, F_GETPIPE_SZ) / 2; }));
+    std::this_thread::sleep_for(std::chrono::seconds(7));
+    const int before = sdk.count("POST /health {}");
+    std::this_thread::sleep_for(std::chrono::seconds(5));
+    EXPECT_EQ(sdk.count("POST /health {}"), before);
 }
 
 TEST(Keeper, RecyclesAnOldRoomOnlyWhenItIsEmpty) {
