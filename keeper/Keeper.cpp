@@ -29,6 +29,9 @@ constexpr milliseconds longestWait{1000};
 /// How long the end waits for the SDK server of Agones to take it.
 constexpr milliseconds longestShutdown{5000};
 
+/// A console that floods must not keep everything else from its turn.
+constexpr int writesPerTurn = 64;
+
 /// The exit status of ChildProcess for an executable that cannot be run.
 constexpr int cannotRun = 127;
 
@@ -120,8 +123,12 @@ void Keeper::heedSignals(Time now) {
 }
 
 void Keeper::readConsole() {
-    while (const std::optional<std::string> written = room_->nextWrite())
+    for (int writes = 0; writes < writesPerTurn; ++writes) {
+        const std::optional<std::string> written = room_->nextWrite();
+        if (!written)
+            return;
         take(*written);
+    }
 }
 
 void Keeper::take(const std::string& written) {
