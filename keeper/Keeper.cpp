@@ -207,9 +207,19 @@ void Keeper::endIfDue(Time now) {
     if (ending_ == Ending::none)
         return;
     say(reasonOf(ending_));
+    const bool isForGood = !startsAgain(ending_, situation_, settings_.policy);
     // Before the end, so that nobody is sent here any more.
-    if (!startsAgain(ending_, situation_, settings_.policy))
+    if (isForGood)
         shutDownAgones();
+    // Agones may have taken seconds to answer, in which players came.
+    readConsole();
+    if (headcount_.players() > 0 && ending_ != Ending::stoppedWithPlayers) {
+        ending_ = Ending::none;
+        if (isForGood && !situation_.stopAskedAt)
+            situation_.stopAskedAt = Clock::now();
+        say("somebody came in the last moment, and may play on");
+        return;
+    }
     // The server handles no signal: this one ends it as any other does, also if it hangs.
     room_->signal(SIGKILL);
 }
@@ -218,10 +228,10 @@ std::optional<int> Keeper::afterTheEnd(Time now) {
     const int status = room_->status();
     const Time::duration life = now - situation_.started;
     room_.reset();
-    if (ending_ == Ending::none && !situation_.stopAskedAt) {
+    if (ending_ == Ending::none) {
         say("the room ended by itself with status " + std::to_string(status) + " after " +
             inSeconds(life) + "; its last line: " + lastWrite_);
-        if (status == cannotRun)
+        if (status == cannotRun && !situation_.stopAskedAt)
             return notUsable;
     }
     if (!startsAgain(ending_, situation_, settings_.policy))

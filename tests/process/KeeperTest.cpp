@@ -263,6 +263,32 @@ TEST(Keeper, StopWaitsUntilThePlayersHaveGone) {
     EXPECT_EQ(keeper.status(), 0);
 }
 
+TEST(Keeper, TellsOfARoomThatDiesWhileItsStopWaits) {
+    KeeperProcess keeper("");
+    ASSERT_TRUE(keeper.answers());
+    const StayingPlayer ann(keeper.port(), "Ann");
+    EXPECT_TRUE(keeper.shows("drench_room_players", 1));
+    keeper.signal(SIGTERM);
+    EXPECT_TRUE(keeper.says("asked to stop; 1 player"));
+    kill(keeper.serverPid(), SIGKILL);
+    EXPECT_EQ(keeper.status(), 0) << "a stop was asked for";
+    EXPECT_NE(keeper.out().find("the room ended by itself with status 137"), std::string::npos)
+        << keeper.out();
+}
+
+TEST(Keeper, PlayersWhoComeWhileAgonesTakesTheEndPlayOn) {
+    const HangingServer sdk;
+    KeeperProcess keeper("", sdk.port());
+    ASSERT_TRUE(keeper.answers());
+    keeper.signal(SIGTERM);
+    EXPECT_TRUE(keeper.says("the room is empty and ends, as asked\n"));
+    StayingPlayer ann(keeper.port(), "Ann");
+    EXPECT_TRUE(keeper.says("somebody came in the last moment, and may play on\n"));
+    EXPECT_TRUE(keeper.shows("drench_room_players", 1));
+    ann.leave();
+    EXPECT_EQ(keeper.status(), 0);
+}
+
 TEST(Keeper, StopWaitsNoLongerThanItsLimit) {
     KeeperProcess keeper("--wait-for-players 2");
     ASSERT_TRUE(keeper.answers());
