@@ -40,7 +40,8 @@ void NetworkHeadcount::take(const std::optional<UdpCounters>& counters, Time now
     const auto placesAmong = [](double players) {
         return static_cast<int>(std::clamp(players, 0.0, static_cast<double>(maxPlayers)));
     };
-    players_ = {.least = placesAmong(std::round(states / usualStates)),
+    // What one player says goes to all, so that a single one can make up for several.
+    players_ = {.least = states >= usualStates / 2 ? 1 : 0,
                 .most = placesAmong(std::floor(states / fewestStates))};
     counters_ = counters;
     countedAt_ = now;
