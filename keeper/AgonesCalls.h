@@ -11,6 +11,14 @@ namespace drench::keeper {
 using client::Time;
 using std::chrono::milliseconds;
 
+/// Players, and for how many there are places, them included.
+struct PlayerPlaces {
+    int players = 0;
+    int capacity = 0;
+
+    bool operator==(const PlayerPlaces&) const = default;
+};
+
 /// A request to the SDK server of Agones.
 struct AgonesCall {
     enum class Kind { health, ready, allocate, players, shutdown, state };
@@ -22,8 +30,8 @@ struct AgonesCall {
     /// JSON; empty for GET.
     std::string body;
 
-    /// The number of players that the body tells.
-    int players = 0;
+    /// What the body tells.
+    PlayerPlaces places = {};
 };
 
 /// The kind's word, for metrics.
@@ -42,7 +50,7 @@ class AgonesCalls {
     void setAnswering(std::optional<Time> until);
 
     /// Told as a counter, list or label, and allocates the room while somebody plays in it.
-    void setPlayers(int players) { players_ = players; }
+    void setPlayers(const PlayerPlaces& places) { places_ = places; }
 
     /// The end: nothing else is due any more.
     void shutDown() { shutdown_.isWished = true; }
@@ -94,7 +102,7 @@ class AgonesCalls {
     static constexpr milliseconds longestPause{8000};
 
     std::optional<Time> answersUntil_;
-    int players_ = 0;
+    PlayerPlaces places_;
     std::string state_;
 
     Wish ready_;
@@ -104,7 +112,7 @@ class AgonesCalls {
     Time nextHealthAt_;
     Time stateAt_;
     Way way_ = Way::counter;
-    std::optional<int> toldPlayers_;
+    std::optional<PlayerPlaces> toldPlaces_;
 };
 
 } // namespace drench::keeper

@@ -41,12 +41,12 @@ AgonesSdk::~AgonesSdk() {
     thread_.join();
 }
 
-void AgonesSdk::update(std::optional<Time> answersUntil, int players) {
+void AgonesSdk::update(std::optional<Time> answersUntil, const PlayerPlaces& places) {
     bool isDue;
     {
         const std::lock_guard lock(mutex_);
         calls_.setAnswering(answersUntil);
-        calls_.setPlayers(players);
+        calls_.setPlayers(places);
         isDue = calls_.due(Clock::now()).has_value();
     }
     if (isDue)

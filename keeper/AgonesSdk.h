@@ -29,7 +29,7 @@ class AgonesSdk {
     AgonesSdk& operator=(const AgonesSdk&) = delete;
 
     /// Tells how the room is, as to AgonesCalls.
-    void update(std::optional<Time> answersUntil, int players);
+    void update(std::optional<Time> answersUntil, const PlayerPlaces& places);
 
     /// Asks for the end of this game server, and waits for the answer, at most so long. Returns
     /// whether the SDK server took it.

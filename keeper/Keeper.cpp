@@ -3,6 +3,7 @@
 #include "common/Counting.h"
 #include "common/ExitStatus.h"
 #include "common/StopSignals.h"
+#include "src/Messages.h"
 
 #include <algorithm>
 #include <chrono>
@@ -172,7 +173,9 @@ void Keeper::look(Time now) {
     metrics_.setUnansweredProbes(probe_.unanswered());
     metrics_.setAge(room_ ? now - situation_.started : Time::duration());
     if (agones_) {
-        agones_->update(answering ? probe_.answersUntil() : std::nullopt, players);
+        // A room that is to end takes nobody in any more who asks Agones for a place.
+        agones_->update(answering ? probe_.answersUntil() : std::nullopt,
+                        {players, situation_.stopAskedAt ? players : maxPlayers});
         heedAgones(now);
     }
 }

@@ -75,7 +75,7 @@ TEST(AgonesCalls, RoomWhoseKeeperTellsNothingMoreIsHealthyNoLongerThanItsReceipt
 
 TEST(AgonesCalls, FirstJoinAllocatesTheRoomAfterItIsReady) {
     Line line;
-    line.calls.setPlayers(1);
+    line.calls.setPlayers({1, 4});
     EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"state"}));
     line.calls.setAnswering(Time::max());
     EXPECT_EQ(line.pass(milliseconds(0)),
@@ -83,7 +83,7 @@ TEST(AgonesCalls, FirstJoinAllocatesTheRoomAfterItIsReady) {
     line.body = allocated;
     EXPECT_EQ(line.pass(milliseconds(2000)), Kinds({"health", "state"}));
     EXPECT_EQ(line.calls.state(), "Allocated");
-    line.calls.setPlayers(2);
+    line.calls.setPlayers({2, 4});
     EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"players"}));
 }
 
@@ -92,7 +92,7 @@ TEST(AgonesCalls, AllocationFromOutsideNeedsNoOther) {
     line.body = allocated;
     line.calls.setAnswering(Time::max());
     line.pass(milliseconds(0));
-    line.calls.setPlayers(1);
+    line.calls.setPlayers({1, 4});
     EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"players"}));
 }
 
@@ -101,7 +101,7 @@ TEST(AgonesCalls, EndsThatOthersHaveAskedForAreNotTakenBack) {
         Line line;
         line.calls.setAnswering(Time::max());
         line.body = allocated;
-        line.calls.setPlayers(1);
+        line.calls.setPlayers({1, 4});
         line.pass(milliseconds(20'000));
         line.body = R"({"status": {"state": ")" + state + R"("}})";
         line.pass(milliseconds(2000));
@@ -114,7 +114,7 @@ TEST(AgonesCalls, EndsThatOthersHaveAskedForAreNotTakenBack) {
 TEST(AgonesCalls, AllocationThatDoesNotShowIsRepeated) {
     Line line;
     line.calls.setAnswering(Time::max());
-    line.calls.setPlayers(1);
+    line.calls.setPlayers({1, 4});
     line.pass(milliseconds(9000));
     int allocations = 0;
     for (const std::string& kind : line.pass(milliseconds(12'000)))
@@ -146,7 +146,7 @@ TEST(AgonesCalls, ReadyIsTriedAgainAfterLongerAndLongerPauses) {
 TEST(AgonesCalls, PlayersAreACounterWhereThereIsOne) {
     Line line;
     line.calls.setAnswering(Time::max());
-    line.calls.setPlayers(3);
+    line.calls.setPlayers({3, 4});
     line.pass(milliseconds(0));
     const AgonesCall& call = line.made.at(3);
     EXPECT_EQ(call.method, "PATCH");
@@ -154,11 +154,22 @@ TEST(AgonesCalls, PlayersAreACounterWhereThereIsOne) {
     EXPECT_EQ(json::parse(call.body), json::parse(R"({"count": "3", "capacity": "4"})"));
 }
 
+TEST(AgonesCalls, RoomThatIsToEndHasNoFreePlaces) {
+    Line line;
+    line.calls.setAnswering(Time::max());
+    line.calls.setPlayers({3, 4});
+    line.pass(milliseconds(0));
+    line.calls.setPlayers({3, 3});
+    EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"players"}));
+    EXPECT_EQ(json::parse(line.made.back().body),
+              json::parse(R"({"count": "3", "capacity": "3"})"));
+}
+
 TEST(AgonesCalls, PlayersAreAListOrALabelWhereThereIsNoCounter) {
     AgonesCalls calls;
     const Time now = Time() + std::chrono::hours(1);
     calls.setAnswering(Time::max());
-    calls.setPlayers(2);
+    calls.setPlayers({2, 4});
     calls.answered({Kind::ready, "", "", ""}, 200, "", now);
     calls.answered({Kind::health, "", "", ""}, 200, "", now);
     calls.answered({Kind::state, "", "", ""}, 200, allocated, now);
@@ -183,12 +194,12 @@ TEST(AgonesCalls, PlayersWhoComeWhileTheNumberIsToldAreToldNext) {
     const Time now = Time() + std::chrono::hours(1);
     calls.answered({Kind::ready, "", "", ""}, 200, "", now);
     calls.answered({Kind::state, "", "", ""}, 200, allocated, now);
-    calls.setPlayers(1);
+    calls.setPlayers({1, 4});
     const AgonesCall call = calls.due(now).value();
-    calls.setPlayers(2);
+    calls.setPlayers({2, 4});
     calls.answered(call, 200, "", now);
     const AgonesCall next = calls.due(now).value();
-    EXPECT_EQ(next.players, 2);
+    EXPECT_EQ(next.places.players, 2);
 }
 
 TEST(AgonesCalls, OverloadedServerIsAskedTheSameAgain) {
@@ -196,7 +207,7 @@ TEST(AgonesCalls, OverloadedServerIsAskedTheSameAgain) {
     const Time now = Time() + std::chrono::hours(1);
     calls.answered({Kind::ready, "", "", ""}, 200, "", now);
     calls.answered({Kind::state, "", "", ""}, 200, allocated, now);
-    calls.setPlayers(1);
+    calls.setPlayers({1, 4});
     for (const int status : {0, 500, 503, 400}) {
         const Time later = calls.nextAt(now) > now ? now + std::chrono::minutes(1) : now;
         while (calls.due(later).value().kind != Kind::players)

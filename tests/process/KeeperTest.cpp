@@ -353,6 +353,8 @@ TEST(Keeper, FollowsWhatOthersDoWithItsGameServer) {
     EXPECT_EQ(sdk.count("POST /allocate {}"), 0);
     sdk.setState("Shutdown");
     EXPECT_TRUE(keeper.says("asked to stop; 1 player"));
+    EXPECT_TRUE(sdk.waitFor(R"(PATCH /v1beta1/counters/players {"capacity":"1","count":"1"})"))
+        << "nobody else is sent there";
     ann.leave();
     EXPECT_EQ(keeper.status(), 0);
 }
