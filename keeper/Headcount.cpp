@@ -51,6 +51,7 @@ void Headcount::reset() {
     byNotices_ = 0;
     leastByNetwork_ = 0;
     contradictions_ = 0;
+    seemsToHang_ = false;
 }
 
 void Headcount::joined() {
@@ -64,6 +65,8 @@ void Headcount::left() {
 }
 
 void Headcount::compare(const std::optional<PlayerRange>& byNetwork) {
+    if (byNetwork && byNetwork->most > 0)
+        seemsToHang_ = false;
     if (!byNetwork || (byNotices_ >= byNetwork->least && byNotices_ <= byNetwork->most)) {
         contradictions_ = 0;
         return;
@@ -71,6 +74,7 @@ void Headcount::compare(const std::optional<PlayerRange>& byNetwork) {
     leastByNetwork_ = byNetwork->least;
     if (++contradictions_ < contradictionsThatCount)
         return;
+    seemsToHang_ = byNotices_ > 0 && byNetwork->most == 0;
     byNotices_ = std::clamp(byNotices_, byNetwork->least, byNetwork->most);
     contradictions_ = 0;
     ++corrections_;

@@ -56,6 +56,11 @@ class Headcount {
     /// match ends on a doubt.
     int players() const;
 
+    /// Whether a room with players was sending no states any more when the network took the
+    /// notices' place: it may answer datagrams, but does not tick. Ends with the next state or
+    /// server.
+    bool seemsToHang() const { return seemsToHang_; }
+
     /// The notices' numbers that were replaced.
     std::uint64_t corrections() const { return corrections_; }
 
@@ -63,6 +68,7 @@ class Headcount {
     int byNotices_ = 0;
     int leastByNetwork_ = 0;
     int contradictions_ = 0;
+    bool seemsToHang_ = false;
     std::uint64_t corrections_ = 0;
 };
 

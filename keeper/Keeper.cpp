@@ -162,7 +162,9 @@ void Keeper::look(Time now) {
         if (now >= measureAt_)
             measure(now);
     }
-    const bool answering = room_ && !room_->hasEnded() && probe_.answers(now);
+    // Receipts come from a thread of the server that goes on where its ticks hang.
+    const bool answering =
+        room_ && !room_->hasEnded() && probe_.answers(now) && !headcount_.seemsToHang();
     const int players = room_ ? headcount_.players() : 0;
     if (players > 0)
         situation_.emptySince.reset();

@@ -109,3 +109,9 @@ wait "$bots"
 expect drench_keeper_headcount_corrections_total 1
 expect drench_room_players 0
 end
+
+# A room that says that somebody plays, and sends nobody anything, answers and still does not count as well.
+keep 's/^Server is listening.*/&\nAnn joined/'
+expect drench_room_answering 0
+expect drench_room_players 0
+end

@@ -139,6 +139,36 @@ TEST(Headcount, TakesWhatTheNetworkSaysAfterThreeContradictionsInARow) {
     EXPECT_EQ(headcount.players(), 1) << "notices count on from there";
 }
 
+TEST(Headcount, RoomWithPlayersWhoAreSentNothingSeemsToHang) {
+    Headcount headcount;
+    for (int times = 0; times < 5; ++times)
+        headcount.compare(nobody);
+    EXPECT_FALSE(headcount.seemsToHang()) << "an empty room sends nothing";
+    headcount.joined();
+    headcount.compare(nobody);
+    headcount.compare(nobody);
+    EXPECT_FALSE(headcount.seemsToHang());
+    headcount.compare(nobody);
+    EXPECT_TRUE(headcount.seemsToHang());
+    headcount.compare(nobody);
+    headcount.compare(std::nullopt);
+    EXPECT_TRUE(headcount.seemsToHang());
+    headcount.compare(PlayerRange{1, 4});
+    EXPECT_FALSE(headcount.seemsToHang()) << "it ticks again";
+    headcount.joined();
+    for (int times = 0; times < 3; ++times)
+        headcount.compare(nobody);
+    EXPECT_TRUE(headcount.seemsToHang());
+    headcount.reset();
+    EXPECT_FALSE(headcount.seemsToHang());
+    headcount.joined();
+    headcount.joined();
+    for (int times = 0; times < 3; ++times)
+        headcount.compare(PlayerRange{0, 1});
+    EXPECT_EQ(headcount.corrections(), 3u);
+    EXPECT_FALSE(headcount.seemsToHang()) << "it ticks slowly";
+}
+
 TEST(Headcount, IsCorrectedNoFurtherThanItMust) {
     Headcount headcount;
     for (int times = 0; times < 3; ++times)
