@@ -143,8 +143,8 @@ def fleet_problems(fleet, documents):
     if grace < wait + GOODBYE_SECONDS:
         yield f"{name}: killed after {grace} s, while players may stay {wait} s"
     # The node's upgrade lets a pod go on for an hour at most, which is what Kubernetes' providers grant.
-    if server["eviction"]["safe"] == "OnUpgrade" and wait > 3600:
-        yield f"{name}: an upgrade does not wait for {wait} s"
+    if server["eviction"]["safe"] == "OnUpgrade" and grace > 3600:
+        yield f"{name}: an upgrade does not wait for {grace} s"
     if options["--agones"] != "on":
         yield f"{name}: the keeper may play without Agones"
 
@@ -312,6 +312,7 @@ SLIPS = [
     ("Fleet", GAME_SERVER + "counters", {"player": {"capacity": 4}}),
     ("Fleet", GAME_SERVER + "eviction.safe", "Sometimes"),
     ("Fleet", POD + "terminationGracePeriodSeconds", 30),
+    ("Fleet", POD + "terminationGracePeriodSeconds", 3630),
     ("Fleet", POD + "terminationGracePeriodSeconds", REMOVED),
     ("Fleet", POD + "hostNetwork", True),
     ("Fleet", POD + "securityContext.runAsNonRoot", False),
