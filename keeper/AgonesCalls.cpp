@@ -1,7 +1,5 @@
 #include "keeper/AgonesCalls.h"
 
-#include "src/Messages.h"
-
 #include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
@@ -65,20 +63,25 @@ void AgonesCalls::Trial::succeeded(Time next) {
     pause = shortestPause;
 }
 
-void AgonesCalls::setAnswering(bool answering) {
-    isAnswering_ = answering;
-    ready_.isWished = ready_.isWished || answering;
+void AgonesCalls::setAnswering(std::optional<Time> until) {
+    answersUntil_ = until;
+    ready_.isWished = ready_.isWished || until;
+}
+
+Time AgonesCalls::healthAt(Time now) const {
+    const Time at = std::max(now, nextHealthAt_);
+    return answersUntil_ && at < *answersUntil_ ? at : Time::max();
 }
 
 Time AgonesCalls::allocateAt() const {
     // Ready would take an allocation back, and so comes first.
     const bool helps =
         std::find(statesToKeep.begin(), statesToKeep.end(), state_) == statesToKeep.end();
-    return players_ > 0 && ready_.isDone && helps ? allocate_.at : Time::max();
+    return places_.players > 0 && ready_.isDone && helps ? allocate_.at : Time::max();
 }
 
 Time AgonesCalls::playersAt() const {
-    return ready_.isDone && toldPlayers_ != players_ ? tellPlayers_.at : Time::max();
+    return ready_.isDone && toldPlaces_ != places_ ? tellPlayers_.at : Time::max();
 }
 
 std::optional<AgonesCall> AgonesCalls::due(Time now) const {
@@ -87,7 +90,7 @@ std::optional<AgonesCall> AgonesCalls::due(Time now) const {
             return AgonesCall{Kind::shutdown, "POST", "/shutdown", "{}"};
         return std::nullopt;
     }
-    if (isAnswering_ && now >= healthAt_)
+    if (now >= healthAt(now))
         return AgonesCall{Kind::health, "POST", "/health", "{}"};
     if (now >= ready_.dueAt())
         return AgonesCall{Kind::ready, "POST", "/ready", "{}"};
@@ -100,36 +103,35 @@ std::optional<AgonesCall> AgonesCalls::due(Time now) const {
     return std::nullopt;
 }
 
-Time AgonesCalls::nextAt() const {
+Time AgonesCalls::nextAt(Time now) const {
     if (shutdown_.isWished)
         return shutdown_.dueAt();
-    return std::min({isAnswering_ ? healthAt_ : Time::max(), ready_.dueAt(), allocateAt(),
-                     playersAt(), stateAt_});
+    return std::min({healthAt(now), ready_.dueAt(), allocateAt(), playersAt(), stateAt_});
 }
 
 AgonesCall AgonesCalls::playersCall() const {
-    AgonesCall call{Kind::players, "PATCH", "", "", players_};
+    AgonesCall call{Kind::players, "PATCH", "", "", places_};
     // Their REST has 64-bit numbers as text.
     switch (way_) {
     case Way::counter:
         call.path = std::string("/v1beta1/counters/") + playersName;
-        call.body =
-            json{{"count", std::to_string(players_)}, {"capacity", std::to_string(maxPlayers)}}
-                .dump();
+        call.body = json{{"count", std::to_string(places_.players)},
+                         {"capacity", std::to_string(places_.capacity)}}
+                        .dump();
         break;
     case Way::list: {
         // Names are no names for this: two may be alike, and none need be UTF-8.
         json values = json::array();
-        for (int place = 1; place <= players_; ++place)
+        for (int place = 1; place <= places_.players; ++place)
             values.push_back(std::to_string(place));
         call.path = std::string("/v1beta1/lists/") + playersName;
-        call.body = json{{"values", values}, {"capacity", std::to_string(maxPlayers)}}.dump();
+        call.body = json{{"values", values}, {"capacity", std::to_string(places_.capacity)}}.dump();
         break;
     }
     case Way::label:
         call.method = "PUT";
         call.path = "/metadata/label";
-        call.body = json{{"key", playersName}, {"value", std::to_string(players_)}}.dump();
+        call.body = json{{"key", playersName}, {"value", std::to_string(places_.players)}}.dump();
         break;
     }
     return call;
@@ -144,7 +146,7 @@ void AgonesCalls::answered(const AgonesCall& call, int status, const std::string
     };
     switch (call.kind) {
     case Kind::health:
-        healthAt_ = now + period;
+        nextHealthAt_ = now + period;
         break;
     case Kind::ready:
         settle(ready_);
@@ -174,7 +176,7 @@ void AgonesCalls::answered(const AgonesCall& call, int status, const std::string
 void AgonesCalls::takePlayersAnswer(const AgonesCall& call, int status, const std::string& body,
                                     Time now) {
     if (succeeded(status)) {
-        toldPlayers_ = call.players;
+        toldPlaces_ = call.places;
         tellPlayers_.succeeded(now);
     } else if (way_ != Way::label && isUnknownWay(status, body)) {
         way_ = way_ == Way::counter ? Way::list : Way::label;

@@ -11,6 +11,14 @@ namespace drench::keeper {
 using client::Time;
 using std::chrono::milliseconds;
 
+/// Players, and for how many there are places, them included.
+struct PlayerPlaces {
+    int players = 0;
+    int capacity = 0;
+
+    bool operator==(const PlayerPlaces&) const = default;
+};
+
 /// A request to the SDK server of Agones.
 struct AgonesCall {
     enum class Kind { health, ready, allocate, players, shutdown, state };
@@ -22,8 +30,8 @@ struct AgonesCall {
     /// JSON; empty for GET.
     std::string body;
 
-    /// The number of players that the body tells.
-    int players = 0;
+    /// What the body tells.
+    PlayerPlaces places = {};
 };
 
 /// The kind's word, for metrics.
@@ -36,12 +44,13 @@ class AgonesCalls {
   public:
     static constexpr milliseconds period{2000};
 
-    /// The room answers, or does no more: only while it does, it is called healthy. The first time,
-    /// it is called ready.
-    void setAnswering(bool answering);
+    /// The moment until which the room's last receipt lets it count as answering; nothing while it
+    /// does not answer. Before that moment alone it is called healthy, so that nobody who stops
+    /// telling keeps it so. The first time, it is called ready.
+    void setAnswering(std::optional<Time> until);
 
     /// Told as a counter, list or label, and allocates the room while somebody plays in it.
-    void setPlayers(int players) { players_ = players; }
+    void setPlayers(const PlayerPlaces& places) { places_ = places; }
 
     /// The end: nothing else is due any more.
     void shutDown() { shutdown_.isWished = true; }
@@ -50,7 +59,7 @@ class AgonesCalls {
     std::optional<AgonesCall> due(Time now) const;
 
     /// The moment of the next call, unless the room changes before.
-    Time nextAt() const;
+    Time nextAt(Time now) const;
 
     /// How a call went.
     /// @param status  of the answer; 0 for none
@@ -82,6 +91,7 @@ class AgonesCalls {
     /// How the players are told: the newest way that the SDK server and its fleet know.
     enum class Way { counter, list, label };
 
+    Time healthAt(Time now) const;
     Time allocateAt() const;
     Time playersAt() const;
     AgonesCall playersCall() const;
@@ -91,18 +101,18 @@ class AgonesCalls {
     static constexpr milliseconds shortestPause{500};
     static constexpr milliseconds longestPause{8000};
 
-    bool isAnswering_ = false;
-    int players_ = 0;
+    std::optional<Time> answersUntil_;
+    PlayerPlaces places_;
     std::string state_;
 
     Wish ready_;
     Wish shutdown_;
     Trial allocate_;
     Trial tellPlayers_;
-    Time healthAt_;
+    Time nextHealthAt_;
     Time stateAt_;
     Way way_ = Way::counter;
-    std::optional<int> toldPlayers_;
+    std::optional<PlayerPlaces> toldPlaces_;
 };
 
 } // namespace drench::keeper

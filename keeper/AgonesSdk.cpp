@@ -41,12 +41,12 @@ AgonesSdk::~AgonesSdk() {
     thread_.join();
 }
 
-void AgonesSdk::update(bool answering, int players) {
+void AgonesSdk::update(std::optional<Time> answersUntil, const PlayerPlaces& places) {
     bool isDue;
     {
         const std::lock_guard lock(mutex_);
-        calls_.setAnswering(answering);
-        calls_.setPlayers(players);
+        calls_.setAnswering(answersUntil);
+        calls_.setPlayers(places);
         isDue = calls_.due(Clock::now()).has_value();
     }
     if (isDue)
@@ -79,10 +79,10 @@ void AgonesSdk::run() {
     client.set_write_timeout(patience);
     std::unique_lock lock(mutex_);
     while (!isEnding_) {
-        const std::optional<AgonesCall> call = calls_.due(Clock::now());
+        const Time now = Clock::now();
+        const std::optional<AgonesCall> call = calls_.due(now);
         if (!call) {
-            changed_.wait_until(lock,
-                                std::min(calls_.nextAt(), Clock::now() + AgonesCalls::period));
+            changed_.wait_until(lock, std::min(calls_.nextAt(now), now + AgonesCalls::period));
             continue;
         }
         lock.unlock();

@@ -2,17 +2,12 @@
 
 #include "keeper/AgonesCalls.h"
 
-#include <array>
 #include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <mutex>
 #include <string>
 #include <thread>
-
-namespace httplib {
-class Client;
-}
 
 namespace drench::keeper {
 
@@ -23,13 +18,14 @@ class AgonesSdk {
     /// @param port  where its REST interface listens on 127.0.0.1
     explicit AgonesSdk(std::uint16_t port);
 
-    /// Ends the thread, which takes as long as the call under way: two seconds at most.
+    /// Ends the thread, which takes as long as the call under way: up to a second for connecting,
+    /// one for sending, and one for each part of the answer.
     ~AgonesSdk();
     AgonesSdk(const AgonesSdk&) = delete;
     AgonesSdk& operator=(const AgonesSdk&) = delete;
 
-    /// Tells how the room is.
-    void update(bool answering, int players);
+    /// Tells how the room is, as to AgonesCalls.
+    void update(std::optional<Time> answersUntil, const PlayerPlaces& places);
 
     /// Asks for the end of this game server, and waits for the answer, at most so long. Returns
     /// whether the SDK server took it.
@@ -43,7 +39,6 @@ class AgonesSdk {
 
   private:
     void run();
-    void make(const AgonesCall& call, httplib::Client& client);
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;

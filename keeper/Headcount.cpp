@@ -40,7 +40,8 @@ void NetworkHeadcount::take(const std::optional<UdpCounters>& counters, Time now
     const auto placesAmong = [](double players) {
         return static_cast<int>(std::clamp(players, 0.0, static_cast<double>(maxPlayers)));
     };
-    players_ = {.least = placesAmong(std::round(states / usualStates)),
+    // What one player says goes to all, so that a single one can make up for several.
+    players_ = {.least = states >= usualStates / 2 ? 1 : 0,
                 .most = placesAmong(std::floor(states / fewestStates))};
     counters_ = counters;
     countedAt_ = now;
@@ -50,6 +51,7 @@ void Headcount::reset() {
     byNotices_ = 0;
     leastByNetwork_ = 0;
     contradictions_ = 0;
+    seemsToHang_ = false;
 }
 
 void Headcount::joined() {
@@ -63,6 +65,8 @@ void Headcount::left() {
 }
 
 void Headcount::compare(const std::optional<PlayerRange>& byNetwork) {
+    if (byNetwork && byNetwork->most > 0)
+        seemsToHang_ = false;
     if (!byNetwork || (byNotices_ >= byNetwork->least && byNotices_ <= byNetwork->most)) {
         contradictions_ = 0;
         return;
@@ -70,6 +74,7 @@ void Headcount::compare(const std::optional<PlayerRange>& byNetwork) {
     leastByNetwork_ = byNetwork->least;
     if (++contradictions_ < contradictionsThatCount)
         return;
+    seemsToHang_ = byNotices_ > 0 && byNetwork->most == 0;
     byNotices_ = std::clamp(byNotices_, byNetwork->least, byNetwork->most);
     contradictions_ = 0;
     ++corrections_;

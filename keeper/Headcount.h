@@ -18,9 +18,9 @@ struct PlayerRange {
     bool operator==(const PlayerRange&) const = default;
 };
 
-/// The players by what leaves the room: one state for each of them in each tick. All else is in
-/// balance: each datagram that comes in draws one receipt. Valid where the room is alone with its
-/// keeper in a network namespace, whose counters these are.
+/// The players by what leaves the room: one state for each of them in each tick, and what they say
+/// to each. All else is in balance: each datagram that comes in draws one receipt. Valid where the
+/// room is alone with its keeper in a network namespace, whose counters these are.
 class NetworkHeadcount {
   public:
     /// Takes the counters of a moment. Without counters, or when they fall, counting begins anew.
@@ -28,7 +28,8 @@ class NetworkHeadcount {
 
     /// The players over the last stretch of at least a second and a half; nothing before its end.
     /// At most those whom a room sends states to that ticks with a sixth of its rate, since a busy
-    /// machine slows it; at least those of a room that keeps its rate.
+    /// machine slows it. At least one where as much leaves as to one player by half that rate: how
+    /// many more, a single player who chats could make up.
     std::optional<PlayerRange> players() const { return players_; }
 
   private:
@@ -55,6 +56,11 @@ class Headcount {
     /// match ends on a doubt.
     int players() const;
 
+    /// Whether a room with players was sending no states any more when the network took the
+    /// notices' place: it may answer datagrams, but does not tick. Ends with the next state or
+    /// server.
+    bool seemsToHang() const { return seemsToHang_; }
+
     /// The notices' numbers that were replaced.
     std::uint64_t corrections() const { return corrections_; }
 
@@ -62,6 +68,7 @@ class Headcount {
     int byNotices_ = 0;
     int leastByNetwork_ = 0;
     int contradictions_ = 0;
+    bool seemsToHang_ = false;
     std::uint64_t corrections_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include "common/Counting.h"
 #include "common/ExitStatus.h"
 #include "common/StopSignals.h"
+#include "src/Messages.h"
 
 #include <algorithm>
 #include <chrono>
@@ -28,6 +29,9 @@ constexpr milliseconds longestWait{1000};
 
 /// How long the end waits for the SDK server of Agones to take it.
 constexpr milliseconds longestShutdown{5000};
+
+/// A console that floods must not keep everything else from its turn.
+constexpr int writesPerTurn = 64;
 
 /// The exit status of ChildProcess for an executable that cannot be run.
 constexpr int cannotRun = 127;
@@ -120,8 +124,12 @@ void Keeper::heedSignals(Time now) {
 }
 
 void Keeper::readConsole() {
-    while (const std::optional<std::string> written = room_->nextWrite())
+    for (int writes = 0; writes < writesPerTurn; ++writes) {
+        const std::optional<std::string> written = room_->nextWrite();
+        if (!written)
+            return;
         take(*written);
+    }
 }
 
 void Keeper::take(const std::string& written) {
@@ -154,7 +162,9 @@ void Keeper::look(Time now) {
         if (now >= measureAt_)
             measure(now);
     }
-    const bool answering = room_ && !room_->hasEnded() && probe_.answers(now);
+    // Receipts come from a thread of the server that goes on where its ticks hang.
+    const bool answering =
+        room_ && !room_->hasEnded() && probe_.answers(now) && !headcount_.seemsToHang();
     const int players = room_ ? headcount_.players() : 0;
     if (players > 0)
         situation_.emptySince.reset();
@@ -165,7 +175,9 @@ void Keeper::look(Time now) {
     metrics_.setUnansweredProbes(probe_.unanswered());
     metrics_.setAge(room_ ? now - situation_.started : Time::duration());
     if (agones_) {
-        agones_->update(answering, players);
+        // A room that is to end takes nobody in any more who asks Agones for a place.
+        agones_->update(answering ? probe_.answersUntil() : std::nullopt,
+                        {players, situation_.stopAskedAt ? players : maxPlayers});
         heedAgones(now);
     }
 }
@@ -200,9 +212,19 @@ void Keeper::endIfDue(Time now) {
     if (ending_ == Ending::none)
         return;
     say(reasonOf(ending_));
+    const bool isForGood = !startsAgain(ending_, situation_, settings_.policy);
     // Before the end, so that nobody is sent here any more.
-    if (!startsAgain(ending_, situation_, settings_.policy))
+    if (isForGood)
         shutDownAgones();
+    // Agones may have taken seconds to answer, in which players came.
+    readConsole();
+    if (headcount_.players() > 0 && ending_ != Ending::stoppedWithPlayers) {
+        ending_ = Ending::none;
+        if (isForGood && !situation_.stopAskedAt)
+            situation_.stopAskedAt = Clock::now();
+        say("somebody came in the last moment, and may play on");
+        return;
+    }
     // The server handles no signal: this one ends it as any other does, also if it hangs.
     room_->signal(SIGKILL);
 }
@@ -211,10 +233,10 @@ std::optional<int> Keeper::afterTheEnd(Time now) {
     const int status = room_->status();
     const Time::duration life = now - situation_.started;
     room_.reset();
-    if (ending_ == Ending::none && !situation_.stopAskedAt) {
+    if (ending_ == Ending::none) {
         say("the room ended by itself with status " + std::to_string(status) + " after " +
             inSeconds(life) + "; its last line: " + lastWrite_);
-        if (status == cannotRun)
+        if (status == cannotRun && !situation_.stopAskedAt)
             return notUsable;
     }
     if (!startsAgain(ending_, situation_, settings_.policy))

@@ -1,18 +1,16 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 #include <thread>
 
-namespace httplib {
-class Server;
-}
-
 namespace drench::keeper {
 
-/// Answers GET /metrics over HTTP, in one thread of its own, one request after the other.
+/// Answers GET /metrics over HTTP, in one thread of its own, one request after the other. Each has
+/// a second and 8 KiB: whoever sends more or slower gets no answer.
 class MetricsServer {
   public:
     /// Throws std::runtime_error if it cannot listen there.
@@ -24,7 +22,10 @@ class MetricsServer {
     MetricsServer& operator=(const MetricsServer&) = delete;
 
   private:
-    std::unique_ptr<httplib::Server> server_;
+    class Http;
+
+    std::unique_ptr<Http> server_;
+    std::atomic<bool> hasEnded_ = false;
     std::thread thread_;
 };
 

@@ -35,7 +35,12 @@ class Probe {
     /// Sends what is due and takes what has come. Returns the round trip of a receipt.
     std::optional<std::chrono::duration<double>> service(Time now);
 
-    bool answers(Time now) const { return answeredAt_ && now - *answeredAt_ < trust; }
+    /// The end of the trust in the last receipt; nothing before a server's first.
+    std::optional<Time> answersUntil() const {
+        return answeredAt_ ? std::optional(*answeredAt_ + trust) : std::nullopt;
+    }
+
+    bool answers(Time now) const { return answeredAt_ && now < *answersUntil(); }
 
     /// The probes without a receipt in time, but for those before a server's first.
     std::uint64_t unanswered() const { return unanswered_; }

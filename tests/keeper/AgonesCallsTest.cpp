@@ -31,9 +31,9 @@ struct Line {
                 kinds.push_back(nameOf(call->kind));
                 calls.answered(*call, status, body, now);
             }
-            if (calls.nextAt() > end)
+            if (calls.nextAt(now) > end)
                 break;
-            now = calls.nextAt();
+            now = calls.nextAt(now);
         }
         now = end;
         return kinds;
@@ -51,44 +51,57 @@ TEST(AgonesCalls, SilentRoomIsNeitherReadyNorHealthy) {
 
 TEST(AgonesCalls, AnsweringRoomIsReadyOnceAndHealthyEveryTwoSeconds) {
     Line line;
-    line.calls.setAnswering(true);
+    line.calls.setAnswering(Time::max());
     EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"health", "ready", "players", "state"}));
     EXPECT_EQ(line.pass(milliseconds(4000)), Kinds({"health", "state", "health", "state"}));
-    line.calls.setAnswering(false);
+    line.calls.setAnswering(std::nullopt);
     EXPECT_EQ(line.pass(milliseconds(2000)), Kinds({"state"}));
-    line.calls.setAnswering(true);
+    line.calls.setAnswering(Time::max());
     EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"health"}));
+}
+
+TEST(AgonesCalls, RoomWhoseKeeperTellsNothingMoreIsHealthyNoLongerThanItsReceiptIsTrusted) {
+    Line line;
+    line.calls.setAnswering(line.now + milliseconds(5000));
+    line.pass(milliseconds(0));
+    EXPECT_EQ(line.pass(milliseconds(4900)), Kinds({"health", "state", "health", "state"}));
+    EXPECT_EQ(line.pass(milliseconds(4000)), Kinds({"state", "state"}));
+    EXPECT_GT(line.calls.nextAt(line.now), line.now) << "its caller waits";
+    line.calls.setAnswering(line.now + milliseconds(1));
+    EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"health"}));
+    line.calls.setAnswering(line.now);
+    EXPECT_EQ(line.pass(milliseconds(2000)), Kinds({"state"}));
 }
 
 TEST(AgonesCalls, FirstJoinAllocatesTheRoomAfterItIsReady) {
     Line line;
-    line.calls.setPlayers(1);
+    line.calls.setPlayers({1, 4});
     EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"state"}));
-    line.calls.setAnswering(true);
+    line.calls.setAnswering(Time::max());
     EXPECT_EQ(line.pass(milliseconds(0)),
               Kinds({"health", "ready", "allocate", "players", "state"}));
     line.body = allocated;
     EXPECT_EQ(line.pass(milliseconds(2000)), Kinds({"health", "state"}));
     EXPECT_EQ(line.calls.state(), "Allocated");
-    line.calls.setPlayers(2);
+    line.calls.setPlayers({2, 4});
     EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"players"}));
 }
 
 TEST(AgonesCalls, AllocationFromOutsideNeedsNoOther) {
     Line line;
     line.body = allocated;
-    line.calls.setAnswering(true);
+    line.calls.setAnswering(Time::max());
     line.pass(milliseconds(0));
-    line.calls.setPlayers(1);
+    line.calls.setPlayers({1, 4});
     EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"players"}));
 }
 
 TEST(AgonesCalls, EndsThatOthersHaveAskedForAreNotTakenBack) {
     for (const std::string state : {"Shutdown", "Unhealthy"}) {
         Line line;
-        line.calls.setAnswering(true);
+        line.calls.setAnswering(Time::max());
         line.body = allocated;
-        line.calls.setPlayers(1);
+        line.calls.setPlayers({1, 4});
         line.pass(milliseconds(20'000));
         line.body = R"({"status": {"state": ")" + state + R"("}})";
         line.pass(milliseconds(2000));
@@ -100,8 +113,8 @@ TEST(AgonesCalls, EndsThatOthersHaveAskedForAreNotTakenBack) {
 
 TEST(AgonesCalls, AllocationThatDoesNotShowIsRepeated) {
     Line line;
-    line.calls.setAnswering(true);
-    line.calls.setPlayers(1);
+    line.calls.setAnswering(Time::max());
+    line.calls.setPlayers({1, 4});
     line.pass(milliseconds(9000));
     int allocations = 0;
     for (const std::string& kind : line.pass(milliseconds(12'000)))
@@ -112,7 +125,7 @@ TEST(AgonesCalls, AllocationThatDoesNotShowIsRepeated) {
 TEST(AgonesCalls, ReadyIsTriedAgainAfterLongerAndLongerPauses) {
     Line line;
     line.status = 0;
-    line.calls.setAnswering(true);
+    line.calls.setAnswering(Time::max());
     std::vector<milliseconds> moments;
     const Time start = line.now;
     for (int step = 0; step < 3000; ++step) {
@@ -132,8 +145,8 @@ TEST(AgonesCalls, ReadyIsTriedAgainAfterLongerAndLongerPauses) {
 
 TEST(AgonesCalls, PlayersAreACounterWhereThereIsOne) {
     Line line;
-    line.calls.setAnswering(true);
-    line.calls.setPlayers(3);
+    line.calls.setAnswering(Time::max());
+    line.calls.setPlayers({3, 4});
     line.pass(milliseconds(0));
     const AgonesCall& call = line.made.at(3);
     EXPECT_EQ(call.method, "PATCH");
@@ -141,11 +154,22 @@ TEST(AgonesCalls, PlayersAreACounterWhereThereIsOne) {
     EXPECT_EQ(json::parse(call.body), json::parse(R"({"count": "3", "capacity": "4"})"));
 }
 
+TEST(AgonesCalls, RoomThatIsToEndHasNoFreePlaces) {
+    Line line;
+    line.calls.setAnswering(Time::max());
+    line.calls.setPlayers({3, 4});
+    line.pass(milliseconds(0));
+    line.calls.setPlayers({3, 3});
+    EXPECT_EQ(line.pass(milliseconds(0)), Kinds({"players"}));
+    EXPECT_EQ(json::parse(line.made.back().body),
+              json::parse(R"({"count": "3", "capacity": "3"})"));
+}
+
 TEST(AgonesCalls, PlayersAreAListOrALabelWhereThereIsNoCounter) {
     AgonesCalls calls;
     const Time now = Time() + std::chrono::hours(1);
-    calls.setAnswering(true);
-    calls.setPlayers(2);
+    calls.setAnswering(Time::max());
+    calls.setPlayers({2, 4});
     calls.answered({Kind::ready, "", "", ""}, 200, "", now);
     calls.answered({Kind::health, "", "", ""}, 200, "", now);
     calls.answered({Kind::state, "", "", ""}, 200, allocated, now);
@@ -170,12 +194,12 @@ TEST(AgonesCalls, PlayersWhoComeWhileTheNumberIsToldAreToldNext) {
     const Time now = Time() + std::chrono::hours(1);
     calls.answered({Kind::ready, "", "", ""}, 200, "", now);
     calls.answered({Kind::state, "", "", ""}, 200, allocated, now);
-    calls.setPlayers(1);
+    calls.setPlayers({1, 4});
     const AgonesCall call = calls.due(now).value();
-    calls.setPlayers(2);
+    calls.setPlayers({2, 4});
     calls.answered(call, 200, "", now);
     const AgonesCall next = calls.due(now).value();
-    EXPECT_EQ(next.players, 2);
+    EXPECT_EQ(next.places.players, 2);
 }
 
 TEST(AgonesCalls, OverloadedServerIsAskedTheSameAgain) {
@@ -183,9 +207,9 @@ TEST(AgonesCalls, OverloadedServerIsAskedTheSameAgain) {
     const Time now = Time() + std::chrono::hours(1);
     calls.answered({Kind::ready, "", "", ""}, 200, "", now);
     calls.answered({Kind::state, "", "", ""}, 200, allocated, now);
-    calls.setPlayers(1);
+    calls.setPlayers({1, 4});
     for (const int status : {0, 500, 503, 400}) {
-        const Time later = calls.nextAt() > now ? now + std::chrono::minutes(1) : now;
+        const Time later = calls.nextAt(now) > now ? now + std::chrono::minutes(1) : now;
         while (calls.due(later).value().kind != Kind::players)
             calls.answered(calls.due(later).value(), 200, allocated, later);
         const AgonesCall call = calls.due(later).value();
@@ -196,7 +220,7 @@ TEST(AgonesCalls, OverloadedServerIsAskedTheSameAgain) {
 
 TEST(AgonesCalls, AfterTheEndNothingElseIsSaid) {
     Line line;
-    line.calls.setAnswering(true);
+    line.calls.setAnswering(Time::max());
     line.pass(milliseconds(0));
     line.calls.shutDown();
     line.status = 503;

@@ -19,12 +19,12 @@ std::uint16_t portOf(int number) {
 TEST(AgonesSdk, MakesTheCallsOfARoomsLife) {
     const SdkStandIn server;
     AgonesSdk sdk(portOf(server.port()));
-    sdk.update(false, 0);
+    sdk.update(std::nullopt, {0, 4});
     EXPECT_TRUE(comesTrue([&] { return sdk.state() == "Scheduled"; }));
     EXPECT_TRUE(server.calls().empty());
-    sdk.update(true, 0);
+    sdk.update(Time::max(), {0, 4});
     EXPECT_TRUE(server.waitFor("POST /ready {}"));
-    sdk.update(true, 1);
+    sdk.update(Time::max(), {1, 4});
     EXPECT_TRUE(server.waitFor("POST /allocate {}"));
     EXPECT_TRUE(server.waitFor(R"(PATCH /v1beta1/counters/players {"capacity":"4","count":"1"})"));
     EXPECT_TRUE(comesTrue([&] { return sdk.state() == "Allocated"; }));
@@ -37,7 +37,7 @@ TEST(AgonesSdk, MakesTheCallsOfARoomsLife) {
 TEST(AgonesSdk, WithoutCountersAndListsPlayersAreALabel) {
     const SdkStandIn server(0, false);
     AgonesSdk sdk(portOf(server.port()));
-    sdk.update(true, 2);
+    sdk.update(Time::max(), {2, 4});
     EXPECT_TRUE(server.waitFor(R"(PUT /metadata/label {"key":"players","value":"2"})"));
     EXPECT_EQ(sdk.takeFailures(), (std::map<std::string, int>{{"players", 2}}));
     EXPECT_TRUE(sdk.takeFailures().empty());
@@ -46,7 +46,7 @@ TEST(AgonesSdk, WithoutCountersAndListsPlayersAreALabel) {
 TEST(AgonesSdk, WaitsForAServerThatComesLate) {
     const int port = freeTcpPort();
     AgonesSdk sdk(portOf(port));
-    sdk.update(true, 0);
+    sdk.update(Time::max(), {0, 4});
     std::map<std::string, int> failures;
     EXPECT_TRUE(comesTrue([&] {
         failures.merge(sdk.takeFailures());
@@ -64,7 +64,7 @@ TEST(AgonesSdk, NeitherDeadNorHangingServerHoldsItsOwnerUp) {
         {
             AgonesSdk sdk(portOf(port));
             for (int times = 0; times < 1000; ++times) {
-                sdk.update(true, times % 4);
+                sdk.update(Time::max(), {times % 4, 4});
                 sdk.state();
             }
             EXPECT_LT(Clock::now() - start, std::chrono::seconds(1)) << port;

@@ -37,24 +37,42 @@ TEST(NetworkHeadcount, CountsThePlayersWhoAreSentStates) {
     EXPECT_FALSE(counters.headcount.players());
     EXPECT_EQ(counters.pass(stretch, 0.0, 0), (PlayerRange{0, 0}));
     for (const int players : {1, 2, 3, 4}) {
-        EXPECT_EQ(counters.pass(stretch, 62.0 * players, 0), (PlayerRange{players, 4}));
-        EXPECT_EQ(counters.pass(stretch, 58.0 * players, 0), (PlayerRange{players, 4}))
+        EXPECT_EQ(counters.pass(stretch, 62.0 * players, 0), (PlayerRange{1, 4}));
+        EXPECT_EQ(counters.pass(stretch, 58.0 * players, 0), (PlayerRange{1, 4}))
             << "in coarse hours";
+    }
+}
+
+TEST(NetworkHeadcount, PlayerWhoChatsIsNoCrowd) {
+    for (const double chats : {31.0, 62.0, 186.0, 1000.0}) {
+        Counters counters;
+        // Each draws a receipt, and goes to all players: to the one who wrote it.
+        EXPECT_EQ(counters.pass(stretch, 62.0 + chats, static_cast<std::uint64_t>(2 * chats)),
+                  (PlayerRange{1, 4}))
+            << chats;
+        Headcount headcount;
+        headcount.joined();
+        for (int times = 0; times < 10; ++times)
+            headcount.compare(counters.headcount.players());
+        EXPECT_EQ(headcount.players(), 1) << chats;
+        EXPECT_EQ(headcount.corrections(), 0u) << chats;
     }
 }
 
 TEST(NetworkHeadcount, RoomThatTicksSlowlyMayHoldMore) {
     Counters counters;
-    EXPECT_EQ(counters.pass(stretch, 3 * 40.0, 0), (PlayerRange{2, 4}));
-    EXPECT_EQ(counters.pass(stretch, 4 * 31.0, 0), (PlayerRange{2, 4})) << "older than three days";
+    EXPECT_EQ(counters.pass(stretch, 3 * 40.0, 0), (PlayerRange{1, 4}));
+    EXPECT_EQ(counters.pass(stretch, 4 * 31.0, 0), (PlayerRange{1, 4})) << "older than three days";
     EXPECT_EQ(counters.pass(stretch, 2 * 12.0, 0), (PlayerRange{0, 2}));
+    EXPECT_EQ(counters.pass(stretch, 30.0, 0)->least, 0);
+    EXPECT_EQ(counters.pass(stretch, 31.0, 0)->least, 1);
     EXPECT_EQ(counters.pass(stretch, 9.0, 0), (PlayerRange{0, 0}));
 }
 
 TEST(NetworkHeadcount, WhatIsAnsweredDoesNotCount) {
     Counters counters;
     EXPECT_EQ(counters.pass(stretch, 0.0, 100'000), (PlayerRange{0, 0}));
-    EXPECT_EQ(counters.pass(stretch, 3 * 62.0, 480), (PlayerRange{3, 4}));
+    EXPECT_EQ(counters.pass(stretch, 3 * 62.0, 480), (PlayerRange{1, 4}));
 }
 
 TEST(NetworkHeadcount, NeitherNoticesNorUnansweredDatagramsMakePlayers) {
@@ -62,7 +80,7 @@ TEST(NetworkHeadcount, NeitherNoticesNorUnansweredDatagramsMakePlayers) {
     EXPECT_EQ(counters.pass(stretch, 62.0 + 20.0, 0)->least, 1);
     counters.counters.in += 500;
     EXPECT_EQ(counters.pass(stretch, 0.0, 0), (PlayerRange{0, 0}));
-    EXPECT_EQ(counters.pass(stretch, 1e6, 0), (PlayerRange{4, 4})) << "no more than a room holds";
+    EXPECT_EQ(counters.pass(stretch, 1e6, 0), (PlayerRange{1, 4})) << "no more than a room holds";
 }
 
 TEST(NetworkHeadcount, WaitsForAStretchThatIsLongEnough) {
@@ -119,6 +137,36 @@ TEST(Headcount, TakesWhatTheNetworkSaysAfterThreeContradictionsInARow) {
     headcount.compare(nobody);
     headcount.joined();
     EXPECT_EQ(headcount.players(), 1) << "notices count on from there";
+}
+
+TEST(Headcount, RoomWithPlayersWhoAreSentNothingSeemsToHang) {
+    Headcount headcount;
+    for (int times = 0; times < 5; ++times)
+        headcount.compare(nobody);
+    EXPECT_FALSE(headcount.seemsToHang()) << "an empty room sends nothing";
+    headcount.joined();
+    headcount.compare(nobody);
+    headcount.compare(nobody);
+    EXPECT_FALSE(headcount.seemsToHang());
+    headcount.compare(nobody);
+    EXPECT_TRUE(headcount.seemsToHang());
+    headcount.compare(nobody);
+    headcount.compare(std::nullopt);
+    EXPECT_TRUE(headcount.seemsToHang());
+    headcount.compare(PlayerRange{1, 4});
+    EXPECT_FALSE(headcount.seemsToHang()) << "it ticks again";
+    headcount.joined();
+    for (int times = 0; times < 3; ++times)
+        headcount.compare(nobody);
+    EXPECT_TRUE(headcount.seemsToHang());
+    headcount.reset();
+    EXPECT_FALSE(headcount.seemsToHang());
+    headcount.joined();
+    headcount.joined();
+    for (int times = 0; times < 3; ++times)
+        headcount.compare(PlayerRange{0, 1});
+    EXPECT_EQ(headcount.corrections(), 3u);
+    EXPECT_FALSE(headcount.seemsToHang()) << "it ticks slowly";
 }
 
 TEST(Headcount, IsCorrectedNoFurtherThanItMust) {

@@ -1,16 +1,45 @@
 #include "keeper/Metrics.h"
 #include "keeper/MetricsServer.h"
 
+#include "common/Descriptor.h"
 #include "tests/support/SdkStandIn.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <httplib.h>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
 
 using namespace drench::keeper;
+using drench::Descriptor;
 
 namespace {
+
+int connected(int port) {
+    const int scraper = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    EXPECT_EQ(connect(scraper, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    return scraper;
+}
+
+/// How much of the same again and again a server takes from a connection before it ends it.
+std::size_t taken(int scraper, const std::string& again, std::size_t longest) {
+    std::size_t sent = 0;
+    while (sent < longest) {
+        const ssize_t length = send(scraper, again.data(), again.size(), MSG_NOSIGNAL);
+        if (length <= 0)
+            break;
+        sent += static_cast<std::size_t>(length);
+    }
+    return sent;
+}
 
 /// Whether the text has this line.
 testing::AssertionResult has(const std::string& text, const std::string& line) {
@@ -101,12 +130,7 @@ TEST(MetricsServer, SilentScraperDoesNotHoldUpOthersForLong) {
     const MetricsServer server("127.0.0.1", static_cast<std::uint16_t>(port),
                                [] { return std::string("text\n"); });
     // Connects and says nothing.
-    const int silent = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    ASSERT_EQ(connect(silent, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    const Descriptor silent(connected(port));
     httplib::Client client("127.0.0.1", port);
     client.set_read_timeout(20);
     const auto start = std::chrono::steady_clock::now();
@@ -114,7 +138,63 @@ TEST(MetricsServer, SilentScraperDoesNotHoldUpOthersForLong) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4500));
     ASSERT_TRUE(answer);
     EXPECT_EQ(answer->body, "text\n");
-    close(silent);
+}
+
+TEST(MetricsServer, EndlessRequestsEndAndTakeNoMemory) {
+    const int port = freeTcpPort();
+    const MetricsServer server("127.0.0.1", static_cast<std::uint16_t>(port),
+                               [] { return std::string("text\n"); });
+    constexpr std::size_t endless = 256 * 1024 * 1024;
+    const double before = usageOf(getpid()).value().residentBytes;
+    const std::string line(4096, 'x');
+    for (const std::string& again : {line, "x: " + line + "\r\n"}) {
+        const Descriptor scraper(connected(port));
+        EXPECT_EQ(taken(scraper.number, "GET /metrics HTTP/1.1\r\n", 1), 23u);
+        EXPECT_LT(taken(scraper.number, again, endless), endless);
+    }
+    EXPECT_LT(usageOf(getpid()).value().residentBytes - before, 32.0 * 1024 * 1024);
+    EXPECT_TRUE(httplib::Client("127.0.0.1", port).Get("/metrics"));
+}
+
+TEST(MetricsServer, RangesAreNotHeeded) {
+    const int port = freeTcpPort();
+    const MetricsServer server("127.0.0.1", static_cast<std::uint16_t>(port),
+                               [] { return std::string("text\n"); });
+    httplib::Client client("127.0.0.1", port);
+    std::string ranges = "bytes=0-";
+    while (ranges.size() < 7000)
+        ranges += ",0-";
+    const auto answer = client.Get("/metrics", {{"Range", ranges}});
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->status, 200);
+    EXPECT_EQ(answer->body, "text\n");
+}
+
+TEST(MetricsServer, TricklersHoldUpNeitherOthersNorTheEnd) {
+    const int port = freeTcpPort();
+    auto server = std::make_unique<MetricsServer>("127.0.0.1", static_cast<std::uint16_t>(port),
+                                                  [] { return std::string("text\n"); });
+    std::atomic<bool> trickles = true;
+    std::thread trickler([&] {
+        while (trickles) {
+            const Descriptor scraper(connected(port));
+            while (trickles && taken(scraper.number, "x", 1) == 1)
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    });
+    httplib::Client client("127.0.0.1", port);
+    client.set_read_timeout(20);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(client.Get("/metrics"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4500));
+    trickles = false;
+    trickler.join();
+    const Descriptor last(connected(port));
+    EXPECT_EQ(taken(last.number, "x", 1), 1u);
+    const auto end = std::chrono::steady_clock::now();
+    server.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - end, std::chrono::milliseconds(4500));
 }
 
 TEST(MetricsServer, TakenPortsAndOddAddressesAreRefused) {

@@ -79,6 +79,7 @@ TEST(Probe, IsARecordOfNobodyWhoseReceiptIsTimed) {
     Time now = Time() + std::chrono::hours(1);
     probe.reset(now);
     EXPECT_FALSE(probe.answers(now));
+    EXPECT_FALSE(probe.answersUntil());
     EXPECT_FALSE(probe.service(now));
     EXPECT_EQ(room.heard(), bytesOf(KeepAliveMessage()));
     EXPECT_EQ(probe.wakeAt(), now + Probe::patience);
@@ -89,6 +90,7 @@ TEST(Probe, IsARecordOfNobodyWhoseReceiptIsTimed) {
     EXPECT_TRUE(probe.answers(now));
     EXPECT_TRUE(probe.answers(now + Probe::trust - milliseconds(1)));
     EXPECT_FALSE(probe.answers(now + Probe::trust));
+    EXPECT_EQ(probe.answersUntil(), now + Probe::trust);
 }
 
 TEST(Probe, GoesOutEveryTwoSecondsOnceTheRoomAnswers) {

@@ -7,10 +7,12 @@
 
 #include <atomic>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
+#include <sys/ioctl.h>
 #include <thread>
 
 // drench-keeper as hosts use it, before the real server.
@@ -197,6 +199,35 @@ TEST(Keeper, KeepsAHangingRoomFromBeingCalledHealthy) {
     EXPECT_EQ(keeper.status(), 0);
 }
 
+TEST(Keeper, CallsNoRoomHealthyWhileNobodyReadsItsOwnLog) {
+    const SdkStandIn sdk;
+    // Another room answers for this one, whose console floods.
+    const ServerProcess room = ServerProcess::listening(emptyCourt());
+    const TemporaryFolder folder;
+    const std::string server = folder.write("script", "#!/bin/bash\nsleep 3\nexec yes\n");
+    std::filesystem::permissions(server, std::filesystem::perms::owner_all);
+    int log[2];
+    ASSERT_EQ(pipe2(log, O_CLOEXEC), 0);
+    const Descriptor reading(log[0]);
+    const Descriptor writing(log[1]);
+    setenv("AGONES_SDK_HTTP_PORT", std::to_string(sdk.port()).c_str(), 1);
+    const ChildProcess keeper({DRENCH_KEEPER, std::to_string(room.port()), "--server", server},
+                              {.output = writing.number});
+    unsetenv("AGONES_SDK_HTTP_PORT");
+    EXPECT_TRUE(sdk.waitFor("POST /health {}", 2));
+    const auto lengthOfLog = [&] {
+        int length = 0;
+        ioctl(reading.number, FIONREAD, &length);
+        return length;
+    };
+    ASSERT_TRUE(
+        comesTrue([&] { return lengthOfLog() >= fcntl(reading.number, F_GETPIPE_SZ) / 2; }));
+    std::this_thread::sleep_for(std::chrono::seconds(7));
+    const int before = sdk.count("POST /health {}");
+    std::this_thread::sleep_for(std::chrono::seconds(5));
+    EXPECT_EQ(sdk.count("POST /health {}"), before);
+}
+
 TEST(Keeper, RecyclesAnOldRoomOnlyWhenItIsEmpty) {
     KeeperProcess keeper("--recycle-after 1 --recycle-when-empty-for 0.5");
     ASSERT_TRUE(keeper.answers());
@@ -228,6 +259,32 @@ TEST(Keeper, StopWaitsUntilThePlayersHaveGone) {
     std::this_thread::sleep_for(std::chrono::seconds(3));
     EXPECT_EQ(keeper.metric("drench_room_players"), 1);
     EXPECT_EQ(keeper.metric("drench_room_answering"), 1);
+    ann.leave();
+    EXPECT_EQ(keeper.status(), 0);
+}
+
+TEST(Keeper, TellsOfARoomThatDiesWhileItsStopWaits) {
+    KeeperProcess keeper("");
+    ASSERT_TRUE(keeper.answers());
+    const StayingPlayer ann(keeper.port(), "Ann");
+    EXPECT_TRUE(keeper.shows("drench_room_players", 1));
+    keeper.signal(SIGTERM);
+    EXPECT_TRUE(keeper.says("asked to stop; 1 player"));
+    kill(keeper.serverPid(), SIGKILL);
+    EXPECT_EQ(keeper.status(), 0) << "a stop was asked for";
+    EXPECT_NE(keeper.out().find("the room ended by itself with status 137"), std::string::npos)
+        << keeper.out();
+}
+
+TEST(Keeper, PlayersWhoComeWhileAgonesTakesTheEndPlayOn) {
+    const HangingServer sdk;
+    KeeperProcess keeper("", sdk.port());
+    ASSERT_TRUE(keeper.answers());
+    keeper.signal(SIGTERM);
+    EXPECT_TRUE(keeper.says("the room is empty and ends, as asked\n"));
+    StayingPlayer ann(keeper.port(), "Ann");
+    EXPECT_TRUE(keeper.says("somebody came in the last moment, and may play on\n"));
+    EXPECT_TRUE(keeper.shows("drench_room_players", 1));
     ann.leave();
     EXPECT_EQ(keeper.status(), 0);
 }
@@ -296,6 +353,8 @@ TEST(Keeper, FollowsWhatOthersDoWithItsGameServer) {
     EXPECT_EQ(sdk.count("POST /allocate {}"), 0);
     sdk.setState("Shutdown");
     EXPECT_TRUE(keeper.says("asked to stop; 1 player"));
+    EXPECT_TRUE(sdk.waitFor(R"(PATCH /v1beta1/counters/players {"capacity":"1","count":"1"})"))
+        << "nobody else is sent there";
     ann.leave();
     EXPECT_EQ(keeper.status(), 0);
 }

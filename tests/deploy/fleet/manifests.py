@@ -143,8 +143,8 @@ def fleet_problems(fleet, documents):
     if grace < wait + GOODBYE_SECONDS:
         yield f"{name}: killed after {grace} s, while players may stay {wait} s"
     # The node's upgrade lets a pod go on for an hour at most, which is what Kubernetes' providers grant.
-    if server["eviction"]["safe"] == "OnUpgrade" and wait > 3600:
-        yield f"{name}: an upgrade does not wait for {wait} s"
+    if server["eviction"]["safe"] == "OnUpgrade" and grace > 3600:
+        yield f"{name}: an upgrade does not wait for {grace} s"
     if options["--agones"] != "on":
         yield f"{name}: the keeper may play without Agones"
 
@@ -244,8 +244,12 @@ def allocation_problems(allocation):
     selectors = allocation["spec"]["selectors"]
     if [s.get("gameServerState") for s in selectors] != ["Allocated", "Ready"]:
         yield "allocation: friends do not come to others first, then to an empty room"
-    if "players" not in selectors[0].get("counters", {}):
+    places = selectors[0].get("counters", {}).get("players", {})
+    if places.get("minAvailable", 0) < 1:
         yield "allocation: nobody looks for free places"
+    # An allocated room may wait for others who are on their way, or is about to end.
+    if places.get("minCount", 0) < 1:
+        yield "allocation: friends come to a room where nobody plays"
     if len({json.dumps(s["matchLabels"]) for s in selectors}) != 1:
         yield "allocation: from two fleets"
     if [(p["key"], p.get("order")) for p in allocation["spec"]["priorities"]] != [("players", "Ascending")]:
@@ -308,6 +312,7 @@ SLIPS = [
     ("Fleet", GAME_SERVER + "counters", {"player": {"capacity": 4}}),
     ("Fleet", GAME_SERVER + "eviction.safe", "Sometimes"),
     ("Fleet", POD + "terminationGracePeriodSeconds", 30),
+    ("Fleet", POD + "terminationGracePeriodSeconds", 3630),
     ("Fleet", POD + "terminationGracePeriodSeconds", REMOVED),
     ("Fleet", POD + "hostNetwork", True),
     ("Fleet", POD + "securityContext.runAsNonRoot", False),
@@ -351,6 +356,9 @@ SLIPS = [
     ("GameServerAllocation", "spec.selectors.0.gameServerState", "Ready"),
     ("GameServerAllocation", "spec.selectors.0.counters", REMOVED),
     ("GameServerAllocation", "spec.selectors.0.counters.players", {"minAvailble": 2}),
+    ("GameServerAllocation", "spec.selectors.0.counters.players.minAvailable", REMOVED),
+    ("GameServerAllocation", "spec.selectors.0.counters.players.minCount", REMOVED),
+    ("GameServerAllocation", "spec.selectors.0.counters.players.minCount", 0),
     ("GameServerAllocation", "spec.priorities.0.order", "Descending"),
     ("GameServerAllocation", "spec.required", {}),
 ]
