@@ -28,10 +28,14 @@ void main() {
     vec3 middle = texelFetch(picture, at, 0).rgb;
     // Green alone is nearly the brightness.
     float m = middle.g;
-    float sw = texelFetchOffset(picture, at, 0, ivec2(-1, -1)).g;
-    float se = texelFetchOffset(picture, at, 0, ivec2(1, -1)).g;
-    float nw = texelFetchOffset(picture, at, 0, ivec2(-1, 1)).g;
-    float ne = texelFetchOffset(picture, at, 0, ivec2(1, 1)).g;
+    // Beyond the border there is nothing that may be fetched.
+    ivec2 last = textureSize(picture, 0) - 1;
+    ivec2 low = max(at - 1, ivec2(0));
+    ivec2 high = min(at + 1, last);
+    float sw = texelFetch(picture, low, 0).g;
+    float se = texelFetch(picture, ivec2(high.x, low.y), 0).g;
+    float nw = texelFetch(picture, ivec2(low.x, high.y), 0).g;
+    float ne = texelFetch(picture, high, 0).g;
     float least = min(m, min(min(sw, se), min(nw, ne)));
     float most = max(m, max(max(sw, se), max(nw, ne)));
     vec2 along = abs(vec2((sw + se) - (nw + ne), (sw + nw) - (se + ne)));
@@ -39,7 +43,6 @@ void main() {
     float isEdge = step(max(0.06, 0.14 * most), most - least);
     float share = isEdge * min(max(along.x, along.y) / (6.0 * shorter), 1.0);
     ivec2 ahead = along.x > along.y ? ivec2(1, 0) : ivec2(0, 1);
-    ivec2 last = textureSize(picture, 0) - 1;
     vec3 beside = texelFetch(picture, min(at + ahead, last), 0).rgb +
                   texelFetch(picture, max(at - ahead, ivec2(0)), 0).rgb;
     result = vec4(mix(middle, 0.5 * beside, share), 1.0);
