@@ -55,6 +55,13 @@ player() {
   flood_of_one "$@"
 }
 
+# own_player RATE SECONDS: one on the room's own host.
+own_player() {
+  in_room nft flush set inet drench own_rates
+  in_room nft add element inet drench players "{ $room_address . 40000 . $port }"
+  in_room "$hostile" "$room_address" "$port" "$room_address" 1 40000 q 1 "$@"
+}
+
 row 'without the firewall' '' '' '' '' '' '' '' '' '' ''
 plays_calmly
 dies 'source port 0' forged_port 1 1
@@ -136,6 +143,11 @@ for counter in unanswerable oversized too_fast strangers_too_fast; do
     fail "nothing was $counter"
 done
 in_room nft list table inet other | diff other - || fail 'what passed was tracked'
+
+# The host tracks what it sends itself.
+lets_in 'a player on the own host' all 1500 own_player 1000 1
+! in_room nft list set inet drench own_rates | grep elements ||
+  fail "a player on the room's own host used up what is for its keeper"
 
 ip -n "$room" link add other0 type veth peer name other1
 ip -n "$room" address add 198.19.0.1/24 dev other0
